@@ -1,0 +1,48 @@
+# The short names of everyday work. The build itself is CMake's; see CMakePresets.json.
+PREFIX ?= /usr/local
+DESTDIR ?=
+JOBS ?= $(shell nproc)
+PHOTO ?=
+BENCH ?=
+
+.PHONY: all setup demo test bench sanitize clang debug install format format-check clean
+
+all: build/release/CMakeCache.txt
+	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
+
+build/%/CMakeCache.txt: | setup
+	@cmake --preset $* > build/$*.log 2>&1 || { cat build/$*.log; exit 1; }
+
+# Installs the packages that are missing, and only then needs the network.
+setup:
+	@mkdir -p build
+	@tools/setup.sh
+
+demo: build/release/CMakeCache.txt
+	@cmake --build build/release -j$(JOBS) --target zebcv tour
+	@build/release/bin/tour $(PHOTO)
+
+test: build/release/CMakeCache.txt
+	@cmake --build build/release -j$(JOBS)
+	@ctest --test-dir build/release -j$(JOBS) --output-on-failure
+
+bench: build/release/CMakeCache.txt
+	@cmake --build build/release -j$(JOBS) --target zebcv_bench
+	@build/release/bin/zebcv_bench --json build/bench.json $(BENCH)
+
+clang debug clang-debug sanitize: %: build/%/CMakeCache.txt
+	@cmake --build build/$@ -j$(JOBS)
+	@ctest --test-dir build/$@ -j$(JOBS) --output-on-failure
+
+install: all
+	@DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX)
+
+SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
+format:
+	@clang-format -i $(SOURCES)
+
+format-check:
+	@clang-format --dry-run --Werror $(SOURCES)
+
+clean:
+	@rm -rf build out

@@ -1,0 +1,3 @@
+install(TARGETS zebcv zebcore LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES include/zebcv.h include/zebcore.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/zebcv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

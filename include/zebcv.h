@@ -1,0 +1,19 @@
+/**
+ * zebCV: two-dimensional computer-vision primitives for 32-bit x86 with AVX2 and FMA.
+ *
+ * The one header to include, from C99 or C++. It pulls in the types and the prototypes of every subsystem.
+ */
+#ifndef ZEBCV_H
+#define ZEBCV_H
+
+#include "zebcv/types.h"
+
+#include "zebcv/arith.h"
+#include "zebcv/core.h"
+#include "zebcv/feature.h"
+#include "zebcv/filter.h"
+#include "zebcv/morph.h"
+#include "zebcv/motion.h"
+#include "zebcv/segment.h"
+
+#endif

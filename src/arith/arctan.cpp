@@ -1,0 +1,38 @@
+// Fast angle of a vector in degrees: a quadratic in the ratio of the smaller to the larger component, reflected into
+// the octant of the vector.
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/vec.h"
+
+namespace {
+
+using namespace zeb;
+
+constexpr float smallestDivisor = 0x1.5798eep-27f;  // 1e-8
+constexpr float c2 = -0x1.fa05a6p+3f;               // -15.813189506530762
+constexpr float c1 = 0x1.e8c0eap+5f;                //  61.09419631958008
+constexpr float c0 = -0x1.1fbeaep-3f;               //  -0.14050041139125824
+
+ZEB_INLINE V32f angle(V32f y, V32f x) {
+  const V32f ay = abs(y), ax = abs(x);
+  const V32f m = max(max(ay, ax), splat(smallestDivisor));
+  const V32f r0 = approximateReciprocal(m);
+  const V32f r = fnma(r0, fms(r0, m, splat(1.0f)), r0);
+  const V32f a = min(ay, ax) * r;
+  V32f t = fma(fma(splat(c2), a, splat(c1)), a, splat(c0));
+  const V32f zero = splat(0.0f);
+  t = select(less(ax, ay), splat(90.0f) - t, t);
+  t = select(less(x, zero), splat(180.0f) - t, t);
+  return select(less(y, zero), splat(360.0f) - t, t);
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebibFastArctan_32f)(const Zeb32f* pSrcY, const Zeb32f* pSrcX, Zeb32f* pDst, int length) {
+  if (auto bad = firstFailure(present(pSrcY, pSrcX, pDst), atLeastOne(length))) return bad;
+  int i = 0;
+  for (; i <= length - 8; i += 8) store(pDst + i, angle(load(pSrcY + i), load(pSrcX + i)));
+  const int left = length - i;
+  if (left > 0) storeN(pDst + i, angle(loadN(pSrcY + i, left), loadN(pSrcX + i, left)), left);
+  return zebStsOk;
+}

@@ -1,0 +1,62 @@
+// The vocabulary of argument checks: one predicate per rule, each yielding the status of the broken rule or zebStsOk.
+//
+// A binding lists its rules in the order of its contract, and the first failure wins:
+//
+//   if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roi), holdsRow<Zeb8u>(srcStep, roi.width))) return bad;
+#pragma once
+
+#include <stdint.h>
+
+#include "zebcv/types.h"
+
+namespace zeb {
+
+template <class... Pointer>
+constexpr ZebStatus present(const Pointer*... pointers) {
+  return (... && (pointers != nullptr)) ? zebStsOk : zebStsErrNullPointer;
+}
+
+constexpr ZebStatus atLeastOne(int count) {
+  return count >= 1 ? zebStsOk : zebStsErrSize;
+}
+
+constexpr ZebStatus hasArea(ZebiSize size) {
+  return size.width >= 1 && size.height >= 1 ? zebStsOk : zebStsErrSize;
+}
+
+// Bytes of a row of pixels, in 64 bits so that no width can wrap.
+template <class T, int channels = 1>
+constexpr int64_t rowBytes(int width) {
+  return static_cast<int64_t>(width) * channels * static_cast<int64_t>(sizeof(T));
+}
+
+template <class T, int channels = 1>
+constexpr ZebStatus holdsRow(int step, int width) {
+  return step >= rowBytes<T, channels>(width) ? zebStsOk : zebStsErrStep;
+}
+
+template <class T>
+constexpr ZebStatus wholeElements(int step) {
+  return step % static_cast<int>(sizeof(T)) == 0 ? zebStsOk : zebStsErrNotEvenStep;
+}
+
+// A rule of a family's own: its condition and the status of breaking it.
+constexpr ZebStatus require(bool condition, ZebStatus otherwise) {
+  return condition ? zebStsOk : otherwise;
+}
+
+template <class... Status>
+constexpr ZebStatus firstFailure(Status... statuses) {
+  ZebStatus first = zebStsOk;
+  (void)(... || ((first = statuses) != zebStsOk));
+  return first;
+}
+
+// Writes a byte count that was formed in 64 bits, or reports that it does not fit.
+inline ZebStatus reportSize(int64_t bytes, int* pSize) {
+  if (bytes < 0 || bytes > INT32_MAX) return zebStsErrOverflow;
+  *pSize = static_cast<int>(bytes);
+  return zebStsOk;
+}
+
+}  // namespace zeb

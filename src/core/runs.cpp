@@ -1,0 +1,113 @@
+// Fills, copies and element-wise helpers over runs of elements.
+#include <string.h>
+
+#include "core/services.h"
+#include "core/streaming.h"
+#include "core/vec.h"
+
+namespace {
+
+using namespace zeb;
+
+template <class T>
+void fill(T value, T* p, int count) {
+  const int64_t bytes = static_cast<int64_t>(count) * static_cast<int64_t>(sizeof(T));
+  fillRun(p, count, value, streamsRun(bytes));
+}
+
+// Wider types are moved as bytes, in pieces whose byte count fits.
+template <class T>
+void copy(const T* src, T* dst, int count) {
+  constexpr int piece = 0x1FFFFFFF;
+  while (count > 0) {
+    const int n = count < piece ? count : piece;
+    memcpy(dst, src, static_cast<size_t>(n) * sizeof(T));
+    src += n, dst += n, count -= n;
+  }
+}
+
+template <class T, class Op>
+void combine(const T* src, T* dst, int count, Op op) {
+  constexpr int lanes = Vec<T>::lanes;
+  int i = 0;
+  for (; i <= count - lanes; i += lanes) store(dst + i, op(load(src + i), load(dst + i)));
+  if (i < count) storeN(dst + i, op(loadN(src + i, count - i), loadN(dst + i, count - i)), count - i);
+}
+
+template <class T>
+void minEvery(const T* src, T* dst, int count) {
+  combine(src, dst, count, [](auto a, auto b) { return min(a, b); });
+}
+
+template <class T>
+void maxEvery(const T* src, T* dst, int count) {
+  combine(src, dst, count, [](auto a, auto b) { return max(a, b); });
+}
+
+}  // namespace
+
+void q7_zebsSet_8u(Zeb8u value, Zeb8u* pDst, int count) {
+  fill(value, pDst, count);
+}
+void q7_zebsSet_16s(Zeb16s value, Zeb16s* pDst, int count) {
+  fill(value, pDst, count);
+}
+void q7_zebsSet_32s(Zeb32s value, Zeb32s* pDst, int count) {
+  fill(value, pDst, count);
+}
+void q7_zebsSet_32f(Zeb32f value, Zeb32f* pDst, int count) {
+  fill(value, pDst, count);
+}
+void q7_zebsZero_8u(Zeb8u* pDst, int count) {
+  fill(Zeb8u(0), pDst, count);
+}
+void q7_zebsZero_16s(Zeb16s* pDst, int count) {
+  fill(Zeb16s(0), pDst, count);
+}
+void q7_zebsZero_32s(Zeb32s* pDst, int count) {
+  fill(Zeb32s(0), pDst, count);
+}
+void q7_zebsZero_32f(Zeb32f* pDst, int count) {
+  fill(Zeb32f(0), pDst, count);
+}
+
+void q7_zebsCopy_8u(const Zeb8u* pSrc, Zeb8u* pDst, int count) {
+  copy(pSrc, pDst, count);
+}
+void q7_zebsCopy_16s(const Zeb16s* pSrc, Zeb16s* pDst, int count) {
+  copy(pSrc, pDst, count);
+}
+void q7_zebsCopy_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
+  copy(pSrc, pDst, count);
+}
+
+void q7_zebsMinEvery_8u(const Zeb8u* pSrc, Zeb8u* pSrcDst, int count) {
+  minEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMinEvery_16u(const Zeb16u* pSrc, Zeb16u* pSrcDst, int count) {
+  minEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMinEvery_32f(const Zeb32f* pSrc, Zeb32f* pSrcDst, int count) {
+  minEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMinEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
+  minEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMaxEvery_8u(const Zeb8u* pSrc, Zeb8u* pSrcDst, int count) {
+  maxEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMaxEvery_16u(const Zeb16u* pSrc, Zeb16u* pSrcDst, int count) {
+  maxEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMaxEvery_32f(const Zeb32f* pSrc, Zeb32f* pSrcDst, int count) {
+  maxEvery(pSrc, pSrcDst, count);
+}
+void q7_zebsMaxEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
+  maxEvery(pSrc, pSrcDst, count);
+}
+
+void q7_zebsSqrt_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
+  int i = 0;
+  for (; i <= count - 8; i += 8) store(pDst + i, sqrt(load(pSrc + i)));
+  if (i < count) storeN(pDst + i, sqrt(loadN(pSrc + i, count - i)), count - i);
+}

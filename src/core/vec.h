@@ -1,0 +1,490 @@
+// The vector vocabulary: the one place that knows the 256-bit registers.
+//
+// V8u, V16u, V16s, V32s, V32f and V64f are vectors of that element. A kernel is written once over Vec<T>: load, store,
+// the partial forms for the last elements of a row, splat, arithmetic, comparisons (all-ones masks of the same shape),
+// select, and the widening and narrowing conversions. Partial loads and stores touch exactly n elements.
+#pragma once
+
+#include <immintrin.h>
+#include <string.h>
+
+#include <type_traits>
+
+#include "zebcv/types.h"
+
+#define ZEB_INLINE inline __attribute__((always_inline))
+
+namespace zeb {
+
+template <class T>
+struct Vec {
+  static constexpr int lanes = 32 / sizeof(T);
+  __m256i v;
+};
+template <>
+struct Vec<Zeb32f> {
+  static constexpr int lanes = 8;
+  __m256 v;
+};
+template <>
+struct Vec<Zeb64f> {
+  static constexpr int lanes = 4;
+  __m256d v;
+};
+
+using V8u = Vec<Zeb8u>;
+using V8s = Vec<Zeb8s>;
+using V16u = Vec<Zeb16u>;
+using V16s = Vec<Zeb16s>;
+using V32s = Vec<Zeb32s>;
+using V32f = Vec<Zeb32f>;
+using V64f = Vec<Zeb64f>;
+
+// ---- The same bits seen as another type ----
+
+ZEB_INLINE __m256i bits(__m256i v) {
+  return v;
+}
+ZEB_INLINE __m256i bits(__m256 v) {
+  return _mm256_castps_si256(v);
+}
+ZEB_INLINE __m256i bits(__m256d v) {
+  return _mm256_castpd_si256(v);
+}
+
+template <class To, class From>
+ZEB_INLINE Vec<To> as(Vec<From> a) {
+  if constexpr (std::is_same_v<To, Zeb32f>) {
+    return {_mm256_castsi256_ps(bits(a.v))};
+  } else if constexpr (std::is_same_v<To, Zeb64f>) {
+    return {_mm256_castsi256_pd(bits(a.v))};
+  } else {
+    return {bits(a.v)};
+  }
+}
+
+// ---- Loads and stores, any address ----
+
+template <class T>
+ZEB_INLINE Vec<T> load(const T* p) {
+  return as<T>(Vec<Zeb8u>{_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))});
+}
+template <class T>
+ZEB_INLINE void store(T* p, Vec<T> a) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), bits(a.v));
+}
+// To a 32-byte boundary, past the cache.
+template <class T>
+ZEB_INLINE void stream(T* p, Vec<T> a) {
+  _mm256_stream_si256(reinterpret_cast<__m256i*>(p), bits(a.v));
+}
+ZEB_INLINE void streamFence() {
+  _mm_sfence();
+}
+
+// All-ones in the first n of eight (four) lanes.
+ZEB_INLINE __m256i firstLanes32(int n) {
+  return _mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+}
+ZEB_INLINE __m256i firstLanes64(int n) {
+  return _mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3));
+}
+
+// The first n elements, 0 <= n <= lanes; the other lanes are 0.
+template <class T>
+ZEB_INLINE Vec<T> loadN(const T* p, int n) {
+  if constexpr (sizeof(T) == 4) {
+    return as<T>(V32s{_mm256_maskload_epi32(reinterpret_cast<const int*>(p), firstLanes32(n))});
+  } else if constexpr (sizeof(T) == 8) {
+    return as<T>(V64f{_mm256_maskload_pd(reinterpret_cast<const double*>(p), firstLanes64(n))});
+  } else {
+    alignas(32) T block[Vec<T>::lanes] = {};
+    memcpy(block, p, static_cast<size_t>(n) * sizeof(T));
+    return load(block);
+  }
+}
+template <class T>
+ZEB_INLINE void storeN(T* p, Vec<T> a, int n) {
+  if constexpr (sizeof(T) == 4) {
+    _mm256_maskstore_epi32(reinterpret_cast<int*>(p), firstLanes32(n), bits(a.v));
+  } else if constexpr (sizeof(T) == 8) {
+    _mm256_maskstore_pd(reinterpret_cast<double*>(p), firstLanes64(n), _mm256_castsi256_pd(bits(a.v)));
+  } else {
+    alignas(32) T block[Vec<T>::lanes];
+    store(block, a);
+    memcpy(p, block, static_cast<size_t>(n) * sizeof(T));
+  }
+}
+
+// ---- Constants ----
+
+ZEB_INLINE V8u splat(Zeb8u x) {
+  return {_mm256_set1_epi8(static_cast<char>(x))};
+}
+ZEB_INLINE V8s splat(Zeb8s x) {
+  return {_mm256_set1_epi8(x)};
+}
+ZEB_INLINE V16u splat(Zeb16u x) {
+  return {_mm256_set1_epi16(static_cast<short>(x))};
+}
+ZEB_INLINE V16s splat(Zeb16s x) {
+  return {_mm256_set1_epi16(x)};
+}
+ZEB_INLINE V32s splat(Zeb32s x) {
+  return {_mm256_set1_epi32(x)};
+}
+ZEB_INLINE V32f splat(Zeb32f x) {
+  return {_mm256_set1_ps(x)};
+}
+ZEB_INLINE V64f splat(Zeb64f x) {
+  return {_mm256_set1_pd(x)};
+}
+
+// ---- Arithmetic ----
+
+ZEB_INLINE V8u operator+(V8u a, V8u b) {
+  return {_mm256_add_epi8(a.v, b.v)};
+}
+ZEB_INLINE V16u operator+(V16u a, V16u b) {
+  return {_mm256_add_epi16(a.v, b.v)};
+}
+ZEB_INLINE V16s operator+(V16s a, V16s b) {
+  return {_mm256_add_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s operator+(V32s a, V32s b) {
+  return {_mm256_add_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f operator+(V32f a, V32f b) {
+  return {_mm256_add_ps(a.v, b.v)};
+}
+ZEB_INLINE V64f operator+(V64f a, V64f b) {
+  return {_mm256_add_pd(a.v, b.v)};
+}
+ZEB_INLINE V8u operator-(V8u a, V8u b) {
+  return {_mm256_sub_epi8(a.v, b.v)};
+}
+ZEB_INLINE V16u operator-(V16u a, V16u b) {
+  return {_mm256_sub_epi16(a.v, b.v)};
+}
+ZEB_INLINE V16s operator-(V16s a, V16s b) {
+  return {_mm256_sub_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s operator-(V32s a, V32s b) {
+  return {_mm256_sub_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f operator-(V32f a, V32f b) {
+  return {_mm256_sub_ps(a.v, b.v)};
+}
+ZEB_INLINE V64f operator-(V64f a, V64f b) {
+  return {_mm256_sub_pd(a.v, b.v)};
+}
+ZEB_INLINE V16s operator*(V16s a, V16s b) {
+  return {_mm256_mullo_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s operator*(V32s a, V32s b) {
+  return {_mm256_mullo_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f operator*(V32f a, V32f b) {
+  return {_mm256_mul_ps(a.v, b.v)};
+}
+ZEB_INLINE V64f operator*(V64f a, V64f b) {
+  return {_mm256_mul_pd(a.v, b.v)};
+}
+ZEB_INLINE V32f operator/(V32f a, V32f b) {
+  return {_mm256_div_ps(a.v, b.v)};
+}
+ZEB_INLINE V64f operator/(V64f a, V64f b) {
+  return {_mm256_div_pd(a.v, b.v)};
+}
+
+// Saturating sums and differences.
+ZEB_INLINE V8u addSat(V8u a, V8u b) {
+  return {_mm256_adds_epu8(a.v, b.v)};
+}
+ZEB_INLINE V16u addSat(V16u a, V16u b) {
+  return {_mm256_adds_epu16(a.v, b.v)};
+}
+ZEB_INLINE V16s addSat(V16s a, V16s b) {
+  return {_mm256_adds_epi16(a.v, b.v)};
+}
+ZEB_INLINE V8u subSat(V8u a, V8u b) {
+  return {_mm256_subs_epu8(a.v, b.v)};
+}
+ZEB_INLINE V16u subSat(V16u a, V16u b) {
+  return {_mm256_subs_epu16(a.v, b.v)};
+}
+ZEB_INLINE V16s subSat(V16s a, V16s b) {
+  return {_mm256_subs_epi16(a.v, b.v)};
+}
+
+// Rounded once: a x b + c, a x b - c, c - a x b.
+ZEB_INLINE V32f fma(V32f a, V32f b, V32f c) {
+  return {_mm256_fmadd_ps(a.v, b.v, c.v)};
+}
+ZEB_INLINE V64f fma(V64f a, V64f b, V64f c) {
+  return {_mm256_fmadd_pd(a.v, b.v, c.v)};
+}
+ZEB_INLINE V32f fms(V32f a, V32f b, V32f c) {
+  return {_mm256_fmsub_ps(a.v, b.v, c.v)};
+}
+ZEB_INLINE V32f fnma(V32f a, V32f b, V32f c) {
+  return {_mm256_fnmadd_ps(a.v, b.v, c.v)};
+}
+ZEB_INLINE V64f fnma(V64f a, V64f b, V64f c) {
+  return {_mm256_fnmadd_pd(a.v, b.v, c.v)};
+}
+
+ZEB_INLINE V32f sqrt(V32f a) {
+  return {_mm256_sqrt_ps(a.v)};
+}
+ZEB_INLINE V64f sqrt(V64f a) {
+  return {_mm256_sqrt_pd(a.v)};
+}
+// The processor's reciprocal to 12 bits.
+ZEB_INLINE V32f approximateReciprocal(V32f a) {
+  return {_mm256_rcp_ps(a.v)};
+}
+
+// min(a, b) = a < b ? a : b and max(a, b) = a > b ? a : b, so for floats the second operand wins where one is not a
+// number and between zeros of either sign.
+ZEB_INLINE V8u min(V8u a, V8u b) {
+  return {_mm256_min_epu8(a.v, b.v)};
+}
+ZEB_INLINE V16u min(V16u a, V16u b) {
+  return {_mm256_min_epu16(a.v, b.v)};
+}
+ZEB_INLINE V16s min(V16s a, V16s b) {
+  return {_mm256_min_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s min(V32s a, V32s b) {
+  return {_mm256_min_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f min(V32f a, V32f b) {
+  return {_mm256_min_ps(a.v, b.v)};
+}
+ZEB_INLINE V64f min(V64f a, V64f b) {
+  return {_mm256_min_pd(a.v, b.v)};
+}
+ZEB_INLINE V8u max(V8u a, V8u b) {
+  return {_mm256_max_epu8(a.v, b.v)};
+}
+ZEB_INLINE V16u max(V16u a, V16u b) {
+  return {_mm256_max_epu16(a.v, b.v)};
+}
+ZEB_INLINE V16s max(V16s a, V16s b) {
+  return {_mm256_max_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s max(V32s a, V32s b) {
+  return {_mm256_max_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f max(V32f a, V32f b) {
+  return {_mm256_max_ps(a.v, b.v)};
+}
+ZEB_INLINE V64f max(V64f a, V64f b) {
+  return {_mm256_max_pd(a.v, b.v)};
+}
+
+// ---- Bits ----
+
+template <class T>
+ZEB_INLINE Vec<T> operator&(Vec<T> a, Vec<T> b) {
+  return as<T>(V8u{_mm256_and_si256(bits(a.v), bits(b.v))});
+}
+template <class T>
+ZEB_INLINE Vec<T> operator|(Vec<T> a, Vec<T> b) {
+  return as<T>(V8u{_mm256_or_si256(bits(a.v), bits(b.v))});
+}
+template <class T>
+ZEB_INLINE Vec<T> operator^(Vec<T> a, Vec<T> b) {
+  return as<T>(V8u{_mm256_xor_si256(bits(a.v), bits(b.v))});
+}
+// b where a is clear.
+template <class T>
+ZEB_INLINE Vec<T> andNot(Vec<T> a, Vec<T> b) {
+  return as<T>(V8u{_mm256_andnot_si256(bits(a.v), bits(b.v))});
+}
+template <int n>
+ZEB_INLINE V16s shiftLeft(V16s a) {
+  return {_mm256_slli_epi16(a.v, n)};
+}
+template <int n>
+ZEB_INLINE V32s shiftLeft(V32s a) {
+  return {_mm256_slli_epi32(a.v, n)};
+}
+// Arithmetic for signed, logical for unsigned elements.
+template <int n>
+ZEB_INLINE V16s shiftRight(V16s a) {
+  return {_mm256_srai_epi16(a.v, n)};
+}
+template <int n>
+ZEB_INLINE V16u shiftRight(V16u a) {
+  return {_mm256_srli_epi16(a.v, n)};
+}
+template <int n>
+ZEB_INLINE V32s shiftRight(V32s a) {
+  return {_mm256_srai_epi32(a.v, n)};
+}
+
+ZEB_INLINE V16s abs(V16s a) {
+  return {_mm256_abs_epi16(a.v)};
+}
+ZEB_INLINE V32s abs(V32s a) {
+  return {_mm256_abs_epi32(a.v)};
+}
+ZEB_INLINE V32f abs(V32f a) {
+  return andNot(splat(-0.0f), a);
+}
+
+// ---- Comparisons: all ones where true. Ordered for floats: false where one value is not a number. ----
+
+ZEB_INLINE V8u equal(V8u a, V8u b) {
+  return {_mm256_cmpeq_epi8(a.v, b.v)};
+}
+ZEB_INLINE V16u equal(V16u a, V16u b) {
+  return {_mm256_cmpeq_epi16(a.v, b.v)};
+}
+ZEB_INLINE V16s equal(V16s a, V16s b) {
+  return {_mm256_cmpeq_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s equal(V32s a, V32s b) {
+  return {_mm256_cmpeq_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f equal(V32f a, V32f b) {
+  return {_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)};
+}
+ZEB_INLINE V16s greater(V16s a, V16s b) {
+  return {_mm256_cmpgt_epi16(a.v, b.v)};
+}
+ZEB_INLINE V32s greater(V32s a, V32s b) {
+  return {_mm256_cmpgt_epi32(a.v, b.v)};
+}
+ZEB_INLINE V32f greater(V32f a, V32f b) {
+  return {_mm256_cmp_ps(a.v, b.v, _CMP_GT_OQ)};
+}
+ZEB_INLINE V64f greater(V64f a, V64f b) {
+  return {_mm256_cmp_pd(a.v, b.v, _CMP_GT_OQ)};
+}
+template <class T>
+ZEB_INLINE Vec<T> less(Vec<T> a, Vec<T> b) {
+  return greater(b, a);
+}
+
+// yes where the mask is all ones, no where it is all zeros.
+template <class M, class T>
+ZEB_INLINE Vec<T> select(Vec<M> mask, Vec<T> yes, Vec<T> no) {
+  return as<T>(V8u{_mm256_blendv_epi8(bits(no.v), bits(yes.v), bits(mask.v))});
+}
+template <class T>
+ZEB_INLINE bool anyBit(Vec<T> a) {
+  return !_mm256_testz_si256(bits(a.v), bits(a.v));
+}
+// One bit per byte, lane or float: the top bits, lane 0 in bit 0.
+ZEB_INLINE unsigned topBits(V8u a) {
+  return static_cast<unsigned>(_mm256_movemask_epi8(a.v));
+}
+ZEB_INLINE unsigned topBits(V32s a) {
+  return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(a.v)));
+}
+ZEB_INLINE unsigned topBits(V32f a) {
+  return static_cast<unsigned>(_mm256_movemask_ps(a.v));
+}
+
+// ---- Widening loads: as many elements as the wide vector has lanes ----
+
+ZEB_INLINE V16s loadAs16s(const Zeb8u* p) {
+  return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+}
+ZEB_INLINE V32s loadAs32s(const Zeb8u* p) {
+  return {_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))};
+}
+ZEB_INLINE V32s loadAs32s(const Zeb8s* p) {
+  return {_mm256_cvtepi8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))};
+}
+ZEB_INLINE V32s loadAs32s(const Zeb16u* p) {
+  return {_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+}
+ZEB_INLINE V32s loadAs32s(const Zeb16s* p) {
+  return {_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+}
+
+// ---- Conversions ----
+
+ZEB_INLINE V32f toFloat(V32s a) {
+  return {_mm256_cvtepi32_ps(a.v)};
+}
+// Nearest even, and truncation; values outside the integer range give the most negative integer.
+ZEB_INLINE V32s roundToInt(V32f a) {
+  return {_mm256_cvtps_epi32(a.v)};
+}
+ZEB_INLINE V32s truncateToInt(V32f a) {
+  return {_mm256_cvttps_epi32(a.v)};
+}
+
+// Eight pixels of any type as floats, exactly.
+template <class T>
+ZEB_INLINE V32f loadAsFloat(const T* p) {
+  return toFloat(loadAs32s(p));
+}
+template <>
+ZEB_INLINE V32f loadAsFloat<Zeb32f>(const Zeb32f* p) {
+  return load(p);
+}
+// The first n of eight pixels as floats; the other lanes are 0.
+template <class T>
+ZEB_INLINE V32f loadAsFloatN(const T* p, int n) {
+  if constexpr (sizeof(T) == 4) {
+    return loadN(p, n);
+  } else {
+    alignas(16) T block[8] = {};
+    memcpy(block, p, static_cast<size_t>(n) * sizeof(T));
+    return loadAsFloat(block);
+  }
+}
+
+// The halves of a vector, widened in order.
+ZEB_INLINE V16s widenLow(V8u a) {
+  return {_mm256_cvtepu8_epi16(_mm256_castsi256_si128(a.v))};
+}
+ZEB_INLINE V16s widenHigh(V8u a) {
+  return {_mm256_cvtepu8_epi16(_mm256_extracti128_si256(a.v, 1))};
+}
+ZEB_INLINE V32s widenLow(V16s a) {
+  return {_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))};
+}
+ZEB_INLINE V32s widenHigh(V16s a) {
+  return {_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))};
+}
+ZEB_INLINE V64f widenLow(V32f a) {
+  return {_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))};
+}
+ZEB_INLINE V64f widenHigh(V32f a) {
+  return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))};
+}
+
+// Two vectors narrowed with saturation into one, in order. The packing instructions work within 128-bit halves; one
+// permutation of quarters puts them back in order.
+ZEB_INLINE __m256i inOrder(__m256i packed) {
+  return _mm256_permute4x64_epi64(packed, 0xD8);
+}
+ZEB_INLINE V16s narrowTo16s(V32s a, V32s b) {
+  return {inOrder(_mm256_packs_epi32(a.v, b.v))};
+}
+ZEB_INLINE V16u narrowTo16u(V32s a, V32s b) {
+  return {inOrder(_mm256_packus_epi32(a.v, b.v))};
+}
+ZEB_INLINE V8u narrowTo8u(V16s a, V16s b) {
+  return {inOrder(_mm256_packus_epi16(a.v, b.v))};
+}
+ZEB_INLINE V8s narrowTo8s(V16s a, V16s b) {
+  return {inOrder(_mm256_packs_epi16(a.v, b.v))};
+}
+ZEB_INLINE V32f narrowToFloat(V64f a, V64f b) {
+  return {_mm256_set_m128(_mm256_cvtpd_ps(b.v), _mm256_cvtpd_ps(a.v))};
+}
+
+// Eight mask bytes as lanes: all ones where the byte is not zero.
+ZEB_INLINE V32s loadMask(const Zeb8u* p) {
+  return greater(loadAs32s(p), splat(0));
+}
+
+}  // namespace zeb
