@@ -1,0 +1,51 @@
+// The library as a whole: exports, version, load-time behaviour.
+#include <ctype.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "support/zebcore_double.h"
+#include "zebcv.h"
+
+namespace {
+
+TEST(Library, EveryDeclaredNameIsExported) {
+  void* library = dlopen(ZEBCV_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
+  ASSERT_NE(library, nullptr) << dlerror();
+  int count = 0;
+#define ENTRY(name)                                        \
+  EXPECT_EQ(dlsym(library, #name), (void*)&name) << #name; \
+  ++count;
+#include "entries.inc"
+#undef ENTRY
+  EXPECT_GE(count, 41);
+  EXPECT_EQ(dlsym(library, "q7_zebcvGetLibVersion"), nullptr);
+  EXPECT_EQ(dlsym(library, "zebJumpIndexForMergedDLL"), nullptr);
+  dlclose(library);
+}
+
+TEST(Library, VersionRecord) {
+  const ZebLibraryVersion* v = zebcvGetLibVersion();
+  ASSERT_NE(v, nullptr);
+  EXPECT_EQ(v, zebcvGetLibVersion());
+  EXPECT_EQ(memcmp(v->targetCpu, "q7\0\0", 4), 0);
+  EXPECT_STREQ(v->Name, "zebCV AVX2 (q7)");
+  char text[64];
+  snprintf(text, sizeof(text), "%d.%d.%d (r%d)", v->major, v->minor, v->majorBuild, v->build);
+  EXPECT_STREQ(v->Version, text);
+  int day = 0, year = 0;
+  char month[4] = {};
+  ASSERT_EQ(strlen(v->BuildDate), 11u) << v->BuildDate;
+  ASSERT_EQ(sscanf(v->BuildDate, "%3s %2d %4d", month, &day, &year), 3) << v->BuildDate;
+  EXPECT_NE(strstr("Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec", month), nullptr);
+  EXPECT_TRUE(v->BuildDate[4] == ' ' ? day < 10 : day >= 10) << v->BuildDate;
+}
+
+// The double was loaded before the library, so the load-time call reached it.
+TEST(Library, DetectsTheProcessorOnceAtLoad) {
+  EXPECT_EQ(test::zebcore().featureCallsAtLoad, 1);
+  EXPECT_TRUE(test::zebcore().featureArgumentsNull);
+}
+
+}  // namespace
