@@ -113,9 +113,10 @@ class Image {
         bytes_(static_cast<size_t>(step_) * (height - 1) + rowBytes(), layout.place,
                static_cast<size_t>(layout.offset)) {
     bytes_.fillWithJunk();
-    junkAfterRow_.resize(height > 1 && layout.padding > 0 ? static_cast<size_t>(layout.padding) : 0);
+    junkAfterRow_.resize(static_cast<size_t>(layout.padding));
     for (size_t i = 0; i < junkAfterRow_.size(); ++i) junkAfterRow_[i] = junkByte(i);
-    for (int y = 0; y + 1 < height; ++y) memcpy(rowEnd(y), junkAfterRow_.data(), junkAfterRow_.size());
+    for (int y = 0; y + 1 < height && layout.padding > 0; ++y)
+      memcpy(rowEnd(y), junkAfterRow_.data(), junkAfterRow_.size());
   }
   Image(const ref::Plane<T>& plane, Layout layout) : Image(plane.width, plane.height, plane.channels, layout) {
     set(plane);
@@ -151,7 +152,7 @@ class Image {
 
   // Nothing but pixels was written.
   bool intact() const {
-    for (int y = 0; y + 1 < height_; ++y)
+    for (int y = 0; y + 1 < height_ && layout_.padding > 0; ++y)
       if (memcmp(rowEnd(y), junkAfterRow_.data(), junkAfterRow_.size()) != 0) return false;
     return bytes_.intactMargins();
   }
