@@ -1,4 +1,6 @@
 # The short names of everyday work. The build itself is CMake's; see CMakePresets.json.
+MAKEFLAGS += --no-print-directory
+
 PREFIX ?= /usr/local
 DESTDIR ?=
 JOBS ?= $(shell nproc)
@@ -11,7 +13,7 @@ all: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
 
 build/%/CMakeCache.txt: | setup
-	@cmake --preset $* > build/$*.log 2>&1 || { cat build/$*.log; exit 1; }
+	@cmake --preset $* > build/$*.log 2>&1 || { cat build/$*.log; rm -f $@; exit 1; }
 
 # Installs the packages that are missing, and only then needs the network.
 setup:

@@ -1,0 +1,123 @@
+// What a family's file needs to put its cases into the benchmark's one table.
+//
+// A family adds bench/<family>.cpp with one namespace-scope Family; nothing else changes:
+//
+//   const bench::Family family(10, "Accumulation", {{"Add 8u32f C1IR", bench::timesMemcpy(2.6), prepareAdd}, ...});
+#pragma once
+
+#include <cstring>
+#include <functional>
+#include <new>
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "zebcv.h"
+
+namespace bench {
+
+// Cache-line aligned, as images from an image allocator are.
+template <class T>
+struct LineAllocator {
+  using value_type = T;
+  LineAllocator() = default;
+  template <class U>
+  LineAllocator(const LineAllocator<U>&) {}
+  T* allocate(size_t n) { return static_cast<T*>(::operator new (n * sizeof(T), std::align_val_t{64})); }
+  void deallocate(T* p, size_t) { ::operator delete (p, std::align_val_t{64}); }
+  template <class U>
+  bool operator==(const LineAllocator<U>&) const {
+    return true;
+  }
+  template <class U>
+  bool operator!=(const LineAllocator<U>&) const {
+    return false;
+  }
+};
+template <class T>
+using Pixels = std::vector<T, LineAllocator<T>>;
+
+// What a case is given: the region and the photograph scaled to it, rows without padding.
+struct Scene {
+  ZebiSize size;
+  Pixels<Zeb8u> photo;
+
+  int count() const { return size.width * size.height; }
+  template <class T>
+  int step(int channels = 1) const {
+    return size.width * channels * static_cast<int>(sizeof(T));
+  }
+};
+
+// A case made ready. Its buffers live in what the functions capture.
+struct Work {
+  std::function<ZebStatus()> run;
+  // What is wrong with a result on fresh buffers, compared with the plain reference; nothing when it is right.
+  std::function<std::optional<std::string>()> check;
+  // Bytes read and written per pixel when every image is touched once.
+  double bytesPerPixel = 0;
+  // How many library calls one run makes.
+  int callsPerRun = 1;
+};
+
+// The limit of a case: times the memcpy of width x height bytes, or nanoseconds per call.
+struct Target {
+  enum Unit { ratio, nanosecondsPerCall } unit = ratio;
+  std::optional<double> limit;
+};
+inline Target timesMemcpy(double limit) {
+  return {Target::ratio, limit};
+}
+inline Target nanosecondsPerCall(double limit) {
+  return {Target::nanosecondsPerCall, limit};
+}
+inline Target noTarget() {
+  return {};
+}
+
+struct Case {
+  std::string name;
+  Target target;
+  std::function<Work(const Scene&)> prepare;
+};
+
+// Registers its cases. Families stand in the table by order.
+struct Family {
+  Family(int order, std::string title, std::vector<Case> cases);
+};
+
+// Bit for bit; reports the first pixel that differs.
+template <class A, class B>
+std::optional<std::string> firstDifference(const A& expected, const B& actual, int width) {
+  using T = typename A::value_type;
+  static_assert(sizeof(T) == sizeof(typename B::value_type));
+  if (expected.size() != actual.size()) return "sizes differ";
+  if (std::memcmp(expected.data(), actual.data(), expected.size() * sizeof(T)) == 0) return std::nullopt;
+  for (size_t i = 0; i < expected.size(); ++i)
+    if (std::memcmp(&expected[i], &actual[i], sizeof(T)) != 0) {
+      std::ostringstream text;
+      text << "at (" << i % width << ", " << i / width << "): expected " << +expected[i] << ", got " << +actual[i];
+      return text.str();
+    }
+  return std::nullopt;
+}
+
+// The status of a call, as a finding.
+inline std::optional<std::string> failure(ZebStatus status) {
+  if (status == zebStsOk) return std::nullopt;
+  return "status " + std::to_string(status);
+}
+
+// Values from low to high, both included; the same at every run of the program.
+template <class T>
+Pixels<T> randomPixels(int count, int low, int high, unsigned seed) {
+  std::mt19937 engine(seed);
+  std::uniform_int_distribution<int> level(low, high);
+  Pixels<T> out(count);
+  for (T& p : out) p = static_cast<T>(level(engine));
+  return out;
+}
+
+}  // namespace bench

@@ -1,0 +1,10 @@
+# Fails when the README does not hold the source of the program, or what the program prints.
+file(READ ${README} readme)
+file(READ ${SOURCE} source)
+execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
+foreach(text source printed)
+  string(FIND "${readme}" "${${text}}" place)
+  if(place EQUAL -1)
+    message(FATAL_ERROR "README.md does not show this ${text}:\n${${text}}")
+  endif()
+endforeach()
