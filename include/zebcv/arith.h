@@ -137,7 +137,8 @@ ZebStatus zebiAbsDiffC_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, in
  * With n and m the smaller and larger of |x| and |y| (m at least 1e-8) and a = n / m from the processor's approximate
  * reciprocal and one Newton step, the angle is (c2 a + c1) a + c0 with c2 = -15.8131895, c1 = 61.0941963,
  * c0 = -0.140500411, reflected into its octant. The error stays within about 0.2 degrees; because of c0 a vector on
- * the positive x axis gives -0.14, one just below it slightly more than 360. dst may be one of the sources.
+ * the positive x axis gives -0.14, one just below it slightly more than 360. A component that is not a number gives a
+ * result that is not one. dst may be one of the sources.
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (length below 1).
  */

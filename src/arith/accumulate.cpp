@@ -29,13 +29,14 @@ struct AddWeighted {
   ZEB_INLINE V32f operator()(V32f acc, V32f s) const { return fma(s - acc, alpha, acc); }
 };
 
-// Reads one or two sources of type T and updates n pixels.
+// Reads one or two sources of type T and updates n pixels. The operation comes by value: behind a reference its
+// constants would be loaded again after every store.
 template <class Op, class... T>
-void accumulateRow(const Op& op, Zeb32f* acc, int n, const T*... src) {
+void accumulateRow(const Op op, Zeb32f* acc, int n, const T*... src) {
   int i = 0;
   for (; i <= n - 16; i += 16) {
-    const V32f first = op(load(acc + i), loadAsFloat(src + i)...);
-    const V32f second = op(load(acc + i + 8), loadAsFloat(src + i + 8)...);
+    const V32f first = op(loadOnce(acc + i), loadAsFloat(src + i)...);
+    const V32f second = op(loadOnce(acc + i + 8), loadAsFloat(src + i + 8)...);
     store(acc + i, first);
     store(acc + i + 8, second);
   }
@@ -48,10 +49,10 @@ void accumulateRow(const Op& op, Zeb32f* acc, int n, const T*... src) {
 
 // The same where the mask byte is not zero; the other pixels keep their bits.
 template <class Op, class... T>
-void accumulateMaskedRow(const Op& op, Zeb32f* acc, int n, const Zeb8u* mask, const T*... src) {
+void accumulateMaskedRow(const Op op, Zeb32f* acc, int n, const Zeb8u* mask, const T*... src) {
   int i = 0;
   for (; i <= n - 8; i += 8) {
-    const V32f old = load(acc + i);
+    const V32f old = loadOnce(acc + i);
     store(acc + i, select(loadMask(mask + i), op(old, loadAsFloat(src + i)...), old));
   }
   if (i < n) {

@@ -69,6 +69,13 @@ template <class T>
 ZEB_INLINE Vec<T> load(const T* p) {
   return as<T>(Vec<Zeb8u>{_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))});
 }
+// A load that is made once and kept in a register, where the compiler would fold it into several instructions.
+template <class T>
+ZEB_INLINE Vec<T> loadOnce(const T* p) {
+  Vec<T> a = load(p);
+  __asm__("" : "+x"(a.v));
+  return a;
+}
 template <class T>
 ZEB_INLINE void store(T* p, Vec<T> a) {
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), bits(a.v));
@@ -372,7 +379,15 @@ ZEB_INLINE Vec<T> less(Vec<T> a, Vec<T> b) {
 // yes where the mask is all ones, no where it is all zeros.
 template <class M, class T>
 ZEB_INLINE Vec<T> select(Vec<M> mask, Vec<T> yes, Vec<T> no) {
-  return as<T>(V8u{_mm256_blendv_epi8(bits(no.v), bits(yes.v), bits(mask.v))});
+  if constexpr (sizeof(M) == 4) {
+    return as<T>(V32f{_mm256_blendv_ps(as<Zeb32f>(no).v, as<Zeb32f>(yes).v, as<Zeb32f>(mask).v)});
+  } else {
+    return as<T>(V8u{_mm256_blendv_epi8(bits(no.v), bits(yes.v), bits(mask.v))});
+  }
+}
+// yes where the sign bit of a lane is set.
+ZEB_INLINE V32f selectNegative(V32f sign, V32f yes, V32f no) {
+  return {_mm256_blendv_ps(no.v, yes.v, sign.v)};
 }
 template <class T>
 ZEB_INLINE bool anyBit(Vec<T> a) {

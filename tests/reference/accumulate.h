@@ -30,6 +30,7 @@ inline Zeb32f absDiff(Zeb32f a, Zeb32f b) {
 }
 
 inline Zeb32f fastArctan(Zeb32f y, Zeb32f x) {
+  if (std::isnan(x) || std::isnan(y)) return x + y;
   const Zeb32f ay = std::fabs(y), ax = std::fabs(x);
   Zeb32f m = ay > ax ? ay : ax;
   if (!(m > 1e-8f)) m = 1e-8f;
