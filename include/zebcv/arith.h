@@ -144,6 +144,126 @@ ZebStatus zebiAbsDiffC_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, in
  */
 ZebStatus zebibFastArctan_32f(const Zeb32f* pSrcY, const Zeb32f* pSrcX, Zeb32f* pDst, int length);
 
+/**
+ * @defgroup integral Integral images (summed-area tables; F. Crow, 1984)
+ *
+ * Upright table of a w x h image: (w + 1) x (h + 1) elements; element (row r, column c) is val plus the sum of the
+ * source pixels in rows 0..r-1 and columns 0..c-1. Row 0 and column 0 hold val. Squared tables hold sums of squared
+ * pixels and start from valSqr. Each element is formed as the element above plus the running sum of its row: in 32s
+ * modulo 2^32, in 32f and 64f in floating point. 32s sums are exact up to 8421504 pixels of value 255, 32s sums of
+ * squares up to 33025 such pixels; 32f row sums are exact up to 65793 pixels a row.
+ *
+ * roiSize is the size of the source. Steps in bytes: srcStep at least w; dstStep at least 4 (w + 1) and a multiple of
+ * 4; sqrStep at least 4 (w + 1) or 8 (w + 1) and a multiple of 4 or 8 for 32s or 64f tables. Source and tables must not
+ * overlap.
+ *
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep.
+ * @{
+ */
+
+/** Sums. */
+ZebStatus zebiIntegral_8u32s_C1R(const Zeb8u* pSrc, int srcStep, Zeb32s* pDst, int dstStep, ZebiSize roiSize,
+                                 Zeb32s val);
+ZebStatus zebiIntegral_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                 Zeb32f val);
+
+/** Sums and sums of squares. */
+ZebStatus zebiSqrIntegral_8u32s_C1R(const Zeb8u* pSrc, int srcStep, Zeb32s* pDst, int dstStep, Zeb32s* pSqr,
+                                    int sqrStep, ZebiSize roiSize, Zeb32s val, Zeb32s valSqr);
+ZebStatus zebiSqrIntegral_8u32s64f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32s* pDst, int dstStep, Zeb64f* pSqr,
+                                       int sqrStep, ZebiSize roiSize, Zeb32s val, Zeb64f valSqr);
+ZebStatus zebiSqrIntegral_8u32f64f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, Zeb64f* pSqr,
+                                       int sqrStep, ZebiSize roiSize, Zeb32f val, Zeb64f valSqr);
+/** @} */
+
+/**
+ * @defgroup tilted Tilted integral images (R. Lienhart and J. Maydt, 2002)
+ *
+ * Table of a w x h image: (w + 2) x (h + 2) elements. Rows 0 and 1 hold val. For the source row y the new row r = y + 2
+ * is formed from the two rows above it, "prev" and "prevprev":
+ *
+ *     new(0)     = prev(1)
+ *     new(x)     = prev(x - 1) - prevprev(x) + prev(x + 1) + src(y, x - 1) + src(y, x)      for x = 1..w - 1
+ *     new(w)     = prev(w - 1) + prev(w + 1) - prevprev(w) + src(y, w - 1)
+ *     new(w + 1) = prev(w)
+ *
+ * 32s tables are formed modulo 2^32; 32f elements are summed in double from left to right and rounded once; 64f squared
+ * tables are summed from left to right. Squared tables use squared pixels and valSqr.
+ *
+ * zebiTiltedIntegral_8u32f_C1R departs in column w: its value is added to what the destination held there, and later
+ * rows read the table as it then stands. Clear that column beforehand to obtain the plain table.
+ *
+ * roiSize is the size of the source. Steps in bytes: srcStep at least w; dstStep at least 4 (w + 2) and a multiple of
+ * 4; sqrStep at least 4 (w + 2) or 8 (w + 2) and a multiple of 4 or 8 for 32s or 64f tables. Source and tables must not
+ * overlap.
+ *
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep.
+ * @{
+ */
+
+/** Sums. */
+ZebStatus zebiTiltedIntegral_8u32s_C1R(const Zeb8u* pSrc, int srcStep, Zeb32s* pDst, int dstStep, ZebiSize roiSize,
+                                       Zeb32s val);
+ZebStatus zebiTiltedIntegral_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                       Zeb32f val);
+
+/** Sums and sums of squares. */
+ZebStatus zebiTiltedSqrIntegral_8u32s_C1R(const Zeb8u* pSrc, int srcStep, Zeb32s* pDst, int dstStep, Zeb32s* pSqr,
+                                          int sqrStep, ZebiSize roiSize, Zeb32s val, Zeb32s valSqr);
+ZebStatus zebiTiltedSqrIntegral_8u32s64f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32s* pDst, int dstStep, Zeb64f* pSqr,
+                                             int sqrStep, ZebiSize roiSize, Zeb32s val, Zeb64f valSqr);
+ZebStatus zebiTiltedSqrIntegral_8u32f64f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, Zeb64f* pSqr,
+                                             int sqrStep, ZebiSize roiSize, Zeb32f val, Zeb64f valSqr);
+/** @} */
+
+/**
+ * @defgroup rectdev Standard deviation of every window of a rectangle
+ *
+ * pSrc is a table of sums and pSqr a table of sums of squares as above; roiSize is the size of the output. For output
+ * pixel (i, j) and the upright rectangle rect = (x, y, width, height), with the corners A = (j + y, i + x),
+ * B = (j + y, i + x + width), C = (j + y + height, i + x), D = (j + y + height, i + x + width) as (row, column):
+ *
+ *     mean = ((A - B) + (D - C)) x inv,  inv = 1 / (width x height)
+ *     v    = ((As - Bs) + (Ds - Cs)) x inv - mean x mean        in double
+ *     dst  = square root of v rounded to float where v > 0, else 0
+ *
+ * Differences of the sum table are formed in its own type. The scaled integer forms take the square root in double,
+ * multiply it by 2^-scaleFactor, round to nearest even and saturate to 32s.
+ *
+ * Steps in bytes: srcStep at least 4 (w + x + width), sqrStep at least 8 (w + x + width) or, for 32s squares, 4 of
+ * them, dstStep at least 4 w, with w the output's width; multiples of their elements. Nothing but the corners is read,
+ * so the tables must reach down to row h - 1 + y + height. The destination must not overlap the tables.
+ *
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize (output size below 1), zebStsErrStep, zebStsErrNotEvenStep, and
+ * last zebStsErrSize when rect.x or rect.y is negative or rect.width or rect.height is below 1.
+ * @{
+ */
+
+/** Upright rectangles. */
+ZebStatus zebiRectStdDev_32f_C1R(const Zeb32f* pSrc, int srcStep, const Zeb64f* pSqr, int sqrStep, Zeb32f* pDst,
+                                 int dstStep, ZebiSize roiSize, ZebiRect rect);
+ZebStatus zebiRectStdDev_32s32f_C1R(const Zeb32s* pSrc, int srcStep, const Zeb64f* pSqr, int sqrStep, Zeb32f* pDst,
+                                    int dstStep, ZebiSize roiSize, ZebiRect rect);
+ZebStatus zebiRectStdDev_32s_C1RSfs(const Zeb32s* pSrc, int srcStep, const Zeb32s* pSqr, int sqrStep, Zeb32s* pDst,
+                                    int dstStep, ZebiSize roiSize, ZebiRect rect, int scaleFactor);
+
+/**
+ * Tilted rectangles, over tilted tables. With r0 = j + x + y and c0 = i + x - y the corners are P0 = (r0, c0),
+ * P1 = (r0 + width, c0 + width), P2 = (r0 + width + height, c0 + width - height), P3 = (r0 + height, c0 - height);
+ * mean = ((P0 - P1) + (P2 - P3)) / (2 width height), X likewise from the squares, v = X - mean x mean in one fused
+ * step, clamped below at 0.
+ *
+ * srcStep and sqrStep must hold w + x + y + width + height - 1 elements. The left corner of the first window stands in
+ * column x - y - height: choose rect.x at least rect.y + rect.height, or pass tables that have columns to the left.
+ */
+ZebStatus zebiTiltedRectStdDev_32f_C1R(const Zeb32f* pSrc, int srcStep, const Zeb64f* pSqr, int sqrStep, Zeb32f* pDst,
+                                       int dstStep, ZebiSize roiSize, ZebiRect rect);
+ZebStatus zebiTiltedRectStdDev_32s32f_C1R(const Zeb32s* pSrc, int srcStep, const Zeb64f* pSqr, int sqrStep,
+                                          Zeb32f* pDst, int dstStep, ZebiSize roiSize, ZebiRect rect);
+ZebStatus zebiTiltedRectStdDev_32s_C1RSfs(const Zeb32s* pSrc, int srcStep, const Zeb32s* pSqr, int sqrStep,
+                                          Zeb32s* pDst, int dstStep, ZebiSize roiSize, ZebiRect rect, int scaleFactor);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

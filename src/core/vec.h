@@ -422,6 +422,11 @@ ZEB_INLINE V32s loadAs32s(const Zeb16s* p) {
   return {_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
 }
 
+// Eight pixels in the low half.
+ZEB_INLINE V16s loadAs16sLow(const Zeb8u* p) {
+  return {_mm256_castsi128_si256(_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))))};
+}
+
 // ---- Conversions ----
 
 ZEB_INLINE V32f toFloat(V32s a) {
@@ -433,6 +438,18 @@ ZEB_INLINE V32s roundToInt(V32f a) {
 }
 ZEB_INLINE V32s truncateToInt(V32f a) {
   return {_mm256_cvttps_epi32(a.v)};
+}
+
+// The halves of eight integers as doubles, exactly.
+ZEB_INLINE V64f lowToDouble(V32s a) {
+  return {_mm256_cvtepi32_pd(_mm256_castsi256_si128(a.v))};
+}
+ZEB_INLINE V64f highToDouble(V32s a) {
+  return {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))};
+}
+// Four floats as doubles.
+ZEB_INLINE V64f loadAsDouble(const Zeb32f* p) {
+  return {_mm256_cvtps_pd(_mm_loadu_ps(p))};
 }
 
 // Eight pixels of any type as floats, exactly.
@@ -466,6 +483,9 @@ ZEB_INLINE V16s widenHigh(V8u a) {
 ZEB_INLINE V32s widenLow(V16s a) {
   return {_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))};
 }
+ZEB_INLINE V32s widenLowUnsigned(V16s a) {
+  return {_mm256_cvtepu16_epi32(_mm256_castsi256_si128(a.v))};
+}
 ZEB_INLINE V32s widenHigh(V16s a) {
   return {_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))};
 }
@@ -474,6 +494,35 @@ ZEB_INLINE V64f widenLow(V32f a) {
 }
 ZEB_INLINE V64f widenHigh(V32f a) {
   return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))};
+}
+
+// ---- Prefix sums ----
+
+// Every lane becomes the sum of itself and the lanes before it; the sums wrap.
+ZEB_INLINE V32s prefixSum(V32s a) {
+  __m256i s = _mm256_add_epi32(a.v, _mm256_slli_si256(a.v, 4));
+  s = _mm256_add_epi32(s, _mm256_slli_si256(s, 8));
+  // The last sum of the low half goes to every lane of the high half.
+  const __m256i low = _mm256_permute2x128_si256(s, s, 0x08);
+  return {_mm256_add_epi32(s, _mm256_shuffle_epi32(low, 0xFF))};
+}
+ZEB_INLINE V16s prefixSum(V16s a) {
+  __m256i s = _mm256_add_epi16(a.v, _mm256_slli_si256(a.v, 2));
+  s = _mm256_add_epi16(s, _mm256_slli_si256(s, 4));
+  s = _mm256_add_epi16(s, _mm256_slli_si256(s, 8));
+  const __m256i low = _mm256_permute2x128_si256(s, s, 0x08);
+  const __m256i last = _mm256_set1_epi16(0x0F0E);
+  return {_mm256_add_epi16(s, _mm256_shuffle_epi8(low, last))};
+}
+ZEB_INLINE int firstLane(V32s a) {
+  return _mm_cvtsi128_si32(_mm256_castsi256_si128(a.v));
+}
+ZEB_INLINE double firstLane(V64f a) {
+  return _mm256_cvtsd_f64(a.v);
+}
+// The last lane in every lane.
+ZEB_INLINE V32s lastLane(V32s a) {
+  return {_mm256_permutevar8x32_epi32(a.v, _mm256_set1_epi32(7))};
 }
 
 // Two vectors narrowed with saturation into one, in order. The packing instructions work within 128-bit halves; one

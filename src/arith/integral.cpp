@@ -1,0 +1,148 @@
+// Upright summed-area tables of an 8-bit image and of its squares (F. Crow, 1984).
+//
+// An element is the element above plus the running sum of its row. Row sums are formed sixteen pixels at a time as
+// prefix sums in registers; only one addition per block depends on the block before.
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/rows.h"
+#include "core/services.h"
+#include "core/vec.h"
+
+namespace {
+
+using namespace zeb;
+
+// ---- Row kernels: above and dst point at column 1 of their rows, n is the width ----
+
+// 32s: sums wrap modulo 2^32, so any order is right.
+void sumRow(const Zeb8u* src, const Zeb32s* above, Zeb32s* dst, int n) {
+  V32s carry = splat(0);
+  int i = 0;
+  for (; i <= n - 16; i += 16) {
+    const V16s sums = prefixSum(loadAs16s(src + i));
+    const V32s low = widenLow(sums), high = widenHigh(sums);
+    store(dst + i, load(above + i) + low + carry);
+    store(dst + i + 8, load(above + i + 8) + high + carry);
+    carry = carry + lastLane(high);
+  }
+  unsigned sum = static_cast<unsigned>(firstLane(carry));
+  for (; i < n; ++i) {
+    sum += src[i];
+    dst[i] = static_cast<Zeb32s>(static_cast<unsigned>(above[i]) + sum);
+  }
+}
+
+// 32f: the row sum is an integer, exact in float up to 2^24; beyond that it is rounded at every pixel.
+void sumRow(const Zeb8u* src, const Zeb32f* above, Zeb32f* dst, int n) {
+  constexpr int exactPixels = (1 << 24) / 255 / 16 * 16;
+  V32s carry = splat(0);
+  int i = 0;
+  for (; i <= n - 16 && i < exactPixels; i += 16) {
+    const V16s sums = prefixSum(loadAs16s(src + i));
+    const V32s low = widenLow(sums), high = widenHigh(sums);
+    store(dst + i, load(above + i) + toFloat(low + carry));
+    store(dst + i + 8, load(above + i + 8) + toFloat(high + carry));
+    carry = carry + lastLane(high);
+  }
+  Zeb32f sum = static_cast<Zeb32f>(firstLane(carry));
+  for (; i < n; ++i) {
+    sum += static_cast<Zeb32f>(src[i]);
+    dst[i] = above[i] + sum;
+  }
+}
+
+void squareRow(const Zeb8u* src, const Zeb32s* above, Zeb32s* dst, int n) {
+  V32s carry = splat(0);
+  int i = 0;
+  for (; i <= n - 8; i += 8) {
+    const V32s pixels = loadAs32s(src + i);
+    const V32s sums = prefixSum(pixels * pixels) + carry;
+    store(dst + i, load(above + i) + sums);
+    carry = lastLane(sums);
+  }
+  unsigned sum = static_cast<unsigned>(firstLane(carry));
+  for (; i < n; ++i) {
+    sum += static_cast<unsigned>(src[i]) * src[i];
+    dst[i] = static_cast<Zeb32s>(static_cast<unsigned>(above[i]) + sum);
+  }
+}
+
+// 64f: row sums of squares are integers below 2^53, so any order is exact. Blocks are summed in 32 bits.
+void squareRow(const Zeb8u* src, const Zeb64f* above, Zeb64f* dst, int n) {
+  V64f carry = splat(0.0);
+  int i = 0;
+  for (; i <= n - 8; i += 8) {
+    const V16s wide = loadAs16sLow(src + i);
+    const V32s sums = prefixSum(widenLowUnsigned(wide * wide));
+    store(dst + i, load(above + i) + (lowToDouble(sums) + carry));
+    store(dst + i + 4, load(above + i + 4) + (highToDouble(sums) + carry));
+    carry = carry + lowToDouble(lastLane(sums));
+  }
+  Zeb64f sum = firstLane(carry);
+  for (; i < n; ++i) {
+    sum += static_cast<Zeb64f>(src[i] * src[i]);
+    dst[i] = above[i] + sum;
+  }
+}
+
+// ---- Tables ----
+
+template <class T>
+void fillRow(T* row, int count, T value) {
+  for (int i = 0; i < count; ++i) row[i] = value;
+}
+
+template <class S>
+ZebStatus sumTable(Rows<const Zeb8u> src, Rows<S> dst, ZebiSize roi, S val) {
+  fillRow(dst[0], roi.width + 1, val);
+  for (int y = 0; y < roi.height; ++y) {
+    S* row = dst[y + 1];
+    row[0] = val;
+    sumRow(src[y], dst[y] + 1, row + 1, roi.width);
+  }
+  return zebStsOk;
+}
+
+template <class S, class Q>
+ZebStatus squareTables(Rows<const Zeb8u> src, Rows<S> dst, Rows<Q> sqr, ZebiSize roi, S val, Q valSqr) {
+  fillRow(dst[0], roi.width + 1, val);
+  fillRow(sqr[0], roi.width + 1, valSqr);
+  for (int y = 0; y < roi.height; ++y) {
+    dst[y + 1][0] = val;
+    sqr[y + 1][0] = valSqr;
+    sumRow(src[y], dst[y] + 1, dst[y + 1] + 1, roi.width);
+    squareRow(src[y], sqr[y] + 1, sqr[y + 1] + 1, roi.width);
+  }
+  return zebStsOk;
+}
+
+template <class T>
+ZebStatus holdsTableRow(int step, int width) {
+  return require(step >= (static_cast<int64_t>(width) + 1) * static_cast<int64_t>(sizeof(T)), zebStsErrStep);
+}
+
+}  // namespace
+
+#define INTEGRAL(name, S)                                                                                       \
+  ZEB_ENTRY(name)                                                                                               \
+  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, ZebiSize roiSize, S val) {                             \
+    if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width), \
+                                holdsTableRow<S>(dstStep, roiSize.width), wholeElements<S>(dstStep)))           \
+      return bad;                                                                                               \
+    return sumTable(Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, val);                                    \
+  }
+#define SQR_INTEGRAL(name, S, Q)                                                                                      \
+  ZEB_ENTRY(name)                                                                                                     \
+  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, Q* pSqr, int sqrStep, ZebiSize roiSize, S val, Q valSqr) {   \
+    if (auto bad = firstFailure(present(pSrc, pDst, pSqr), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width), \
+                                holdsTableRow<S>(dstStep, roiSize.width), holdsTableRow<Q>(sqrStep, roiSize.width),   \
+                                wholeElements<S>(dstStep), wholeElements<Q>(sqrStep)))                                \
+      return bad;                                                                                                     \
+    return squareTables(Rows(pSrc, srcStep), Rows(pDst, dstStep), Rows(pSqr, sqrStep), roiSize, val, valSqr);         \
+  }
+
+INTEGRAL(zebiIntegral_8u32s_C1R, Zeb32s)
+INTEGRAL(zebiIntegral_8u32f_C1R, Zeb32f)
+SQR_INTEGRAL(zebiSqrIntegral_8u32s_C1R, Zeb32s, Zeb32s)
+SQR_INTEGRAL(zebiSqrIntegral_8u32s64f_C1R, Zeb32s, Zeb64f)
+SQR_INTEGRAL(zebiSqrIntegral_8u32f64f_C1R, Zeb32f, Zeb64f)
