@@ -123,6 +123,14 @@ ZEB_INLINE void storeN(T* p, Vec<T> a, int n) {
   }
 }
 
+// The elements of those lanes whose mask is all ones; the memory of the others is not touched, the lanes are 0.
+ZEB_INLINE V32s loadWhere(const Zeb32s* p, V32s mask) {
+  return {_mm256_maskload_epi32(p, mask.v)};
+}
+ZEB_INLINE V32f loadWhere(const Zeb32f* p, V32s mask) {
+  return {_mm256_maskload_ps(p, mask.v)};
+}
+
 // ---- Constants ----
 
 ZEB_INLINE V8u splat(Zeb8u x) {
@@ -546,6 +554,11 @@ ZEB_INLINE V32f narrowToFloat(V64f a, V64f b) {
   return {_mm256_set_m128(_mm256_cvtpd_ps(b.v), _mm256_cvtpd_ps(a.v))};
 }
 
+// Whether eight bytes are all 0.
+ZEB_INLINE bool allZero8(const Zeb8u* p) {
+  const __m128i a = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return _mm_testz_si128(a, a);
+}
 // Eight mask bytes as lanes: all ones where the byte is not zero.
 ZEB_INLINE V32s loadMask(const Zeb8u* p) {
   return greater(loadAs32s(p), splat(0));

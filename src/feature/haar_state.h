@@ -1,0 +1,53 @@
+// The state of a Haar stage, shared by its construction and its evaluation.
+#pragma once
+
+#include <stddef.h>
+
+#include "zebcv.h"
+
+namespace zeb {
+
+// An element of the lists: Zeb32f or Zeb32s, as the stage was built.
+union HaarNumber {
+  Zeb32f f;
+  Zeb32s s;
+};
+
+struct HaarRectangle {
+  // Far corner, lower-left, upper-right, near corner for upright rectangles; bottom, left, right, top for tilted ones.
+  // The rectangle sum is T(0) - T(1) - T(2) + T(3) either way.
+  ZebiPoint corner[4];
+  HaarNumber weight;
+};
+
+struct HaarClassifierRecord {
+  int count;
+  HaarRectangle* rectangles;
+  HaarNumber threshold, value1, value2;
+  // Index in the caller's list shifted left by 8; bit 0 is set when the classifier is tilted.
+  int index;
+};
+
+constexpr int classifierTilted = 1;
+constexpr int stateCreatedTilted = 1;
+constexpr int stateMixed = 2;
+
+}  // namespace zeb
+
+struct ZebiHaarClassifier {
+  int length;
+  int rectangles;
+  zeb::HaarClassifierRecord* classifiers;
+  int minX, minY, firstRight, firstBottom;  // the least corner of all rectangles; the far corner of the first one
+  int tilt;
+  int pairs;            // classifiers of two rectangles
+  int pairsAndTriples;  // of two or three
+  int rectanglesAgain;
+  int firstWeightsAreMinusOne;
+};
+
+static_assert(sizeof(ZebiHaarClassifier) == 48 && offsetof(ZebiHaarClassifier, tilt) == 28 &&
+                  offsetof(ZebiHaarClassifier, firstWeightsAreMinusOne) == 44,
+              "twelve words");
+static_assert(sizeof(zeb::HaarClassifierRecord) == 24 && offsetof(zeb::HaarClassifierRecord, index) == 20, "six words");
+static_assert(sizeof(zeb::HaarRectangle) == 36 && offsetof(zeb::HaarRectangle, weight) == 32, "nine words");

@@ -1,0 +1,274 @@
+#include "reference/integral.h"
+
+#include "support/compare.h"
+#include "support/contract.h"
+
+namespace {
+
+using namespace test;
+using ref::Plane;
+
+// Sizes that hit every tail, and one of some hundred pixels.
+std::vector<ZebiSize> sizes() {
+  std::vector<ZebiSize> all;
+  for (int w = 1; w <= 70; ++w) all.push_back({w, 1 + w % 7});
+  all.push_back({301, 40});
+  all.push_back({3, 200});
+  return all;
+}
+
+template <class T>
+T start(Random& random) {
+  return std::is_integral_v<T> ? static_cast<T>(random.within(-9, 9)) : static_cast<T>(random.within(-4, 4)) / T(4);
+}
+
+template <class S>
+void plainTable(const char* name, bool tilted, bool addToColumn,
+                ZebStatus (*function)(const Zeb8u*, int, S*, int, ZebiSize, S)) {
+  Random random;
+  int round = 0;
+  for (const ZebiSize size : sizes()) {
+    const Image<Zeb8u> src(size.width, size.height, 1, Layout::random<Zeb8u>(random), allContents[round++ % 8], random);
+    const int extra = tilted ? 2 : 1;
+    Image<S> dst(size.width + extra, size.height + extra, 1, Layout::random<S>(random), Content::noise, random);
+    const S val = start<S>(random);
+    const auto want = tilted ? ref::tiltedIntegral<S>(src.plane(), val, false, dst.plane(), addToColumn)
+                             : ref::integral<S>(src.plane(), val, false);
+    ASSERT_EQ(function(src.pixels(), src.step(), dst.pixels(), dst.step(), size, val), zebStsOk);
+    ASSERT_TRUE(agree(name, dst, want)) << "source " << src.describe();
+  }
+}
+
+template <class S, class Q>
+void squareTables(const char* name, bool tilted,
+                  ZebStatus (*function)(const Zeb8u*, int, S*, int, Q*, int, ZebiSize, S, Q)) {
+  Random random;
+  int round = 0;
+  for (const ZebiSize size : sizes()) {
+    const Image<Zeb8u> src(size.width, size.height, 1, Layout::random<Zeb8u>(random), allContents[round++ % 8], random);
+    const int extra = tilted ? 2 : 1;
+    Image<S> dst(size.width + extra, size.height + extra, 1, Layout::random<S>(random));
+    Image<Q> sqr(size.width + extra, size.height + extra, 1, Layout::random<Q>(random));
+    const S val = start<S>(random);
+    const Q valSqr = start<Q>(random);
+    ASSERT_EQ(function(src.pixels(), src.step(), dst.pixels(), dst.step(), sqr.pixels(), sqr.step(), size, val, valSqr),
+              zebStsOk);
+    const auto p = src.plane();
+    ASSERT_TRUE(
+        agree(name, dst,
+              tilted ? ref::tiltedIntegral<S>(p, val, false, dst.plane(), false) : ref::integral<S>(p, val, false)));
+    ASSERT_TRUE(agree(
+        name, sqr,
+        tilted ? ref::tiltedIntegral<Q>(p, valSqr, true, sqr.plane(), false) : ref::integral<Q>(p, valSqr, true)));
+  }
+}
+
+TEST(Integral, EqualsReference) {
+  plainTable<Zeb32s>("zebiIntegral_8u32s_C1R", false, false, zebiIntegral_8u32s_C1R);
+  plainTable<Zeb32f>("zebiIntegral_8u32f_C1R", false, false, zebiIntegral_8u32f_C1R);
+  squareTables("zebiSqrIntegral_8u32s_C1R", false, zebiSqrIntegral_8u32s_C1R);
+  squareTables("zebiSqrIntegral_8u32s64f_C1R", false, zebiSqrIntegral_8u32s64f_C1R);
+  squareTables("zebiSqrIntegral_8u32f64f_C1R", false, zebiSqrIntegral_8u32f64f_C1R);
+}
+
+TEST(TiltedIntegral, EqualsReference) {
+  plainTable<Zeb32s>("zebiTiltedIntegral_8u32s_C1R", true, false, zebiTiltedIntegral_8u32s_C1R);
+  plainTable<Zeb32f>("zebiTiltedIntegral_8u32f_C1R", true, true, zebiTiltedIntegral_8u32f_C1R);
+  squareTables("zebiTiltedSqrIntegral_8u32s_C1R", true, zebiTiltedSqrIntegral_8u32s_C1R);
+  squareTables("zebiTiltedSqrIntegral_8u32s64f_C1R", true, zebiTiltedSqrIntegral_8u32s64f_C1R);
+  squareTables("zebiTiltedSqrIntegral_8u32f64f_C1R", true, zebiTiltedSqrIntegral_8u32f64f_C1R);
+}
+
+// The meaning of the tables, apart from any recurrence: rectangles upright, cones tilted.
+TEST(Integral, SumsWhatItSays) {
+  Random random;
+  const int w = 19, h = 13;
+  const Image<Zeb8u> src(w, h, 1, {}, Content::noise, random);
+  const auto p = src.plane();
+  Image<Zeb32s> up(w + 1, h + 1, 1, {}), tilted(w + 2, h + 2, 1, {});
+  ASSERT_EQ(zebiIntegral_8u32s_C1R(src.pixels(), src.step(), up.pixels(), up.step(), {w, h}, 5), zebStsOk);
+  ASSERT_EQ(zebiTiltedIntegral_8u32s_C1R(src.pixels(), src.step(), tilted.pixels(), tilted.step(), {w, h}, 5),
+            zebStsOk);
+  for (int r = 0; r <= h; ++r)
+    for (int c = 0; c <= w; ++c) {
+      int sum = 5;
+      for (int y = 0; y < r; ++y)
+        for (int x = 0; x < c; ++x) sum += p.at(x, y);
+      ASSERT_EQ(up.plane().at(c, r), sum);
+    }
+  for (int r = 2; r <= h + 1; ++r)
+    for (int c = r; c < w + 1 - r; ++c) {  // cones that the image cuts at the top only
+      int sum = 5;
+      for (int y = 0; y <= r - 2; ++y)
+        for (int x = 0; x < w; ++x)
+          if (x >= c - (r - 1 - y) && x < c + (r - 1 - y)) sum += p.at(x, y);
+      ASSERT_EQ(tilted.plane().at(c, r), sum) << c << " " << r;
+    }
+}
+
+// Rows whose float sums leave the exact integers, and integer tables that wrap.
+TEST(Integral, LongRows) {
+  Random random;
+  const int w = 70000;
+  const Image<Zeb8u> src(w, 2, 1, {}, Content::largest, random);
+  Image<Zeb32f> dst(w + 1, 3, 1, {});
+  Image<Zeb64f> sqr(w + 1, 3, 1, {});
+  ASSERT_EQ(zebiSqrIntegral_8u32f64f_C1R(src.pixels(), src.step(), dst.pixels(), dst.step(), sqr.pixels(), sqr.step(),
+                                         {w, 2}, 0.5f, 0.25),
+            zebStsOk);
+  EXPECT_TRUE(agree("zebiSqrIntegral_8u32f64f_C1R", dst, ref::integral<Zeb32f>(src.plane(), 0.5f, false)));
+  EXPECT_TRUE(agree("zebiSqrIntegral_8u32f64f_C1R", sqr, ref::integral<Zeb64f>(src.plane(), 0.25, true)));
+  Image<Zeb32s> wrapped(w + 1, 3, 1, {}), wrappedSquares(w + 1, 3, 1, {});
+  ASSERT_EQ(zebiSqrIntegral_8u32s_C1R(src.pixels(), src.step(), wrapped.pixels(), wrapped.step(),
+                                      wrappedSquares.pixels(), wrappedSquares.step(), {w, 2}, 0x7FFFFFF0, -7),
+            zebStsOk);
+  EXPECT_TRUE(agree("sums", wrapped, ref::integral<Zeb32s>(src.plane(), 0x7FFFFFF0, false)));
+  EXPECT_TRUE(agree("squares", wrappedSquares, ref::integral<Zeb32s>(src.plane(), -7, true)));
+}
+
+template <class S>
+void plainContract(const char* name, int extra, ZebStatus (*function)(const Zeb8u*, int, S*, int, ZebiSize, S)) {
+  const Image<Zeb8u> src(9, 3, 1, {});
+  Image<S> dst(9 + extra, 3 + extra, 1, {});
+  Contract c(name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{9, 3}, S(0));
+  c.template nulls<0, 2>().template sizes<4>().template step<1>(9).template step<3>((9 + extra) * 4, 4);
+  c.template hostile<4>().template multiple<3>(4).check();
+}
+
+template <class S, class Q>
+void squareContract(const char* name, int extra,
+                    ZebStatus (*function)(const Zeb8u*, int, S*, int, Q*, int, ZebiSize, S, Q)) {
+  const Image<Zeb8u> src(9, 3, 1, {});
+  Image<S> dst(9 + extra, 3 + extra, 1, {});
+  Image<Q> sqr(9 + extra, 3 + extra, 1, {});
+  constexpr int q = sizeof(Q);
+  Contract c(name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), sqr.pixels(), sqr.step(),
+             ZebiSize{9, 3}, S(0), Q(0));
+  c.template nulls<0, 2, 4>().template sizes<6>().template step<1>(9).template step<3>((9 + extra) * 4, 4);
+  c.template step<5>((9 + extra) * q, q).template hostile<6>().template multiple<3>(4).template multiple<5>(q).check();
+}
+
+TEST(Integral, Checks) {
+  plainContract("zebiIntegral_8u32s_C1R", 1, zebiIntegral_8u32s_C1R);
+  plainContract("zebiIntegral_8u32f_C1R", 1, zebiIntegral_8u32f_C1R);
+  plainContract("zebiTiltedIntegral_8u32s_C1R", 2, zebiTiltedIntegral_8u32s_C1R);
+  plainContract("zebiTiltedIntegral_8u32f_C1R", 2, zebiTiltedIntegral_8u32f_C1R);
+  squareContract("zebiSqrIntegral_8u32s_C1R", 1, zebiSqrIntegral_8u32s_C1R);
+  squareContract("zebiSqrIntegral_8u32s64f_C1R", 1, zebiSqrIntegral_8u32s64f_C1R);
+  squareContract("zebiSqrIntegral_8u32f64f_C1R", 1, zebiSqrIntegral_8u32f64f_C1R);
+  squareContract("zebiTiltedSqrIntegral_8u32s_C1R", 2, zebiTiltedSqrIntegral_8u32s_C1R);
+  squareContract("zebiTiltedSqrIntegral_8u32s64f_C1R", 2, zebiTiltedSqrIntegral_8u32s64f_C1R);
+  squareContract("zebiTiltedSqrIntegral_8u32f64f_C1R", 2, zebiTiltedSqrIntegral_8u32f64f_C1R);
+}
+
+// ---- Deviations ----
+
+// Windows of several shapes at several offsets, over tables of exactly the rows and columns that they need.
+template <class S, class Q, class D, class Call, class Want>
+void deviations(const char* name, bool tilted, Call call, Want want) {
+  Random random;
+  for (int round = 0; round < 60; ++round) {
+    const int w = round < 40 ? 1 + round : 150, h = 1 + round % 4;
+    ZebiRect rect = {random.within(0, 3), random.within(0, 3), random.within(1, 9), random.within(1, 9)};
+    if (tilted) rect.x = rect.y + rect.height + random.within(0, 2);
+    const int columns = tilted ? w + rect.x + rect.y + rect.width + rect.height - 1 : w + rect.x + rect.width;
+    const int rows = tilted ? h + rect.x + rect.y + rect.width + rect.height : h + rect.y + rect.height;
+    const int extra = tilted ? 2 : 1;
+    // A picture whose tables have these sizes; flat ones in every fourth round.
+    Plane<Zeb8u> picture(columns > extra ? columns - extra : 1, rows > extra ? rows - extra : 1);
+    fillPlane(picture, round % 4 ? Content::noise : Content::largest, random);
+    auto sums =
+        tilted ? ref::tiltedIntegral<S>(picture, S(0), false, Plane<S>(picture.width + 2, picture.height + 2), false)
+               : ref::integral<S>(picture, S(0), false);
+    auto squares =
+        tilted ? ref::tiltedIntegral<Q>(picture, Q(0), true, Plane<Q>(picture.width + 2, picture.height + 2), false)
+               : ref::integral<Q>(picture, Q(0), true);
+    if (sums.width < columns || sums.height < rows) {
+      sums = Plane<S>(columns, rows), squares = Plane<Q>(columns, rows);
+      fillPlane(sums, Content::ramp, random);
+    }
+    const Image<S> src(sums, Layout::random<S>(random));
+    const Image<Q> sqr(squares, Layout::random<Q>(random));
+    Image<D> dst(w, h, 1, Layout::random<D>(random));
+    const int scaleFactor = random.within(-6, 3);
+    Plane<D> expected(w, h);
+    for (int j = 0; j < h; ++j)
+      for (int i = 0; i < w; ++i)
+        expected.at(i, j) = want(ref::variance(tilted, sums, squares, i, j, rect), scaleFactor);
+    ASSERT_EQ(call(src, sqr, dst, rect, scaleFactor), zebStsOk) << name;
+    ASSERT_TRUE(agree(name, dst, expected)) << rect.x << " " << rect.y << " " << rect.width << " " << rect.height;
+  }
+}
+
+#define FLOAT_FORM(function, S, tilted)                                                                 \
+  deviations<S, Zeb64f, Zeb32f>(                                                                        \
+      #function, tilted,                                                                                \
+      [](const Image<S>& a, const Image<Zeb64f>& b, Image<Zeb32f>& d, ZebiRect r, int) {                \
+        return function(a.pixels(), a.step(), b.pixels(), b.step(), d.pixels(), d.step(), d.size(), r); \
+      },                                                                                                \
+      [](double v, int) { return ref::deviation(v); })
+#define SCALED_FORM(function, tilted)                                                                          \
+  deviations<Zeb32s, Zeb32s, Zeb32s>(                                                                          \
+      #function, tilted,                                                                                       \
+      [](const Image<Zeb32s>& a, const Image<Zeb32s>& b, Image<Zeb32s>& d, ZebiRect r, int scale) {            \
+        return function(a.pixels(), a.step(), b.pixels(), b.step(), d.pixels(), d.step(), d.size(), r, scale); \
+      },                                                                                                       \
+      ref::scaledDeviation)
+
+TEST(RectStdDev, EqualsReference) {
+  FLOAT_FORM(zebiRectStdDev_32f_C1R, Zeb32f, false);
+  FLOAT_FORM(zebiRectStdDev_32s32f_C1R, Zeb32s, false);
+  FLOAT_FORM(zebiTiltedRectStdDev_32f_C1R, Zeb32f, true);
+  FLOAT_FORM(zebiTiltedRectStdDev_32s32f_C1R, Zeb32s, true);
+  SCALED_FORM(zebiRectStdDev_32s_C1RSfs, false);
+  SCALED_FORM(zebiTiltedRectStdDev_32s_C1RSfs, true);
+}
+
+// Saturation, rounding to even at the half, and scale factors far outside the exponents.
+TEST(RectStdDev, ScaledFormsSaturate) {
+  const Zeb32s sums[4] = {0, 0, 0, 0}, squares[4] = {0, 0, 0, 25};  // one pixel of variance 25
+  Zeb32s d = -1;
+  const auto scaled = [&](int factor) {
+    EXPECT_EQ(zebiRectStdDev_32s_C1RSfs(sums, 8, squares, 8, &d, 4, {1, 1}, {0, 0, 1, 1}, factor), zebStsOk);
+    return d;
+  };
+  EXPECT_EQ(scaled(0), 5);
+  EXPECT_EQ(scaled(1), 2);  // 2.5
+  EXPECT_EQ(scaled(-28), 5 << 28);
+  EXPECT_EQ(scaled(-29), 0x7FFFFFFF);
+  EXPECT_EQ(scaled(-0x7FFFFFFF - 1), 0x7FFFFFFF);
+  EXPECT_EQ(scaled(0x7FFFFFFF), 0);
+}
+
+template <class S, class Q, class D, class F, class... Scale>
+void deviationContract(const char* name, bool tilted, F function, Scale... scale) {
+  const ZebiRect rect = tilted ? ZebiRect{4, 1, 2, 3} : ZebiRect{1, 1, 2, 3};
+  const int w = 9, columns = tilted ? w + 9 : w + 3;
+  const Image<S> src(columns, 12, 1, {});
+  const Image<Q> sqr(columns, 12, 1, {});
+  Image<D> dst(w, 2, 1, {});
+  constexpr int q = sizeof(Q);
+  Contract c(name, function, src.pixels(), src.step(), sqr.pixels(), sqr.step(), dst.pixels(), dst.step(),
+             ZebiSize{w, 2}, rect, scale...);
+  c.template nulls<0, 2, 4>().template sizes<6>().template step<1>(columns * 4, 4).template step<5>(w * 4, 4);
+  c.template step<3>(columns * q, q).template hostile<6>();
+  c.template with<7>(ZebiRect{0x7FFFFFFF, 0, 0x7FFFFFFF, 1}, zebStsErrStep);
+  c.template multiple<1>(4).template multiple<5>(4).template multiple<3>(q);
+  // Invalid rectangles that ask for as many elements a row as the valid one.
+  const ZebiRect upright[] = {{-1, 1, 4, 3}, {1, -1, 2, 3}, {3, 1, 0, 3}, {1, 1, 2, 0}};
+  const ZebiRect diagonal[] = {{-1, 1, 7, 3}, {1, -1, 7, 3}, {1, 1, 0, 8}, {1, 1, 8, 0}};
+  for (const ZebiRect& bad : tilted ? diagonal : upright) c.template with<7>(bad, zebStsErrSize);
+  c.check();
+}
+
+TEST(RectStdDev, Checks) {
+  deviationContract<Zeb32f, Zeb64f, Zeb32f>("zebiRectStdDev_32f_C1R", false, zebiRectStdDev_32f_C1R);
+  deviationContract<Zeb32s, Zeb64f, Zeb32f>("zebiRectStdDev_32s32f_C1R", false, zebiRectStdDev_32s32f_C1R);
+  deviationContract<Zeb32s, Zeb32s, Zeb32s>("zebiRectStdDev_32s_C1RSfs", false, zebiRectStdDev_32s_C1RSfs, 2);
+  deviationContract<Zeb32f, Zeb64f, Zeb32f>("zebiTiltedRectStdDev_32f_C1R", true, zebiTiltedRectStdDev_32f_C1R);
+  deviationContract<Zeb32s, Zeb64f, Zeb32f>("zebiTiltedRectStdDev_32s32f_C1R", true, zebiTiltedRectStdDev_32s32f_C1R);
+  deviationContract<Zeb32s, Zeb32s, Zeb32s>("zebiTiltedRectStdDev_32s_C1RSfs", true, zebiTiltedRectStdDev_32s_C1RSfs,
+                                            2);
+}
+
+}  // namespace
