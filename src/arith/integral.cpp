@@ -2,6 +2,8 @@
 //
 // An element is the element above plus the running sum of its row. Row sums are formed sixteen pixels at a time as
 // prefix sums in registers; only one addition per block depends on the block before.
+#include <type_traits>
+
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/rows.h"
@@ -14,40 +16,52 @@ using namespace zeb;
 
 // ---- Row kernels: above and dst point at column 1 of their rows, n is the width ----
 
-// 32s: sums wrap modulo 2^32, so any order is right.
-void sumRow(const Zeb8u* src, const Zeb32s* above, Zeb32s* dst, int n) {
-  V32s carry = splat(0);
-  int i = 0;
-  for (; i <= n - 16; i += 16) {
-    const V16s sums = prefixSum(loadAs16s(src + i));
-    const V32s low = widenLow(sums), high = widenHigh(sums);
-    store(dst + i, load(above + i) + low + carry);
-    store(dst + i + 8, load(above + i + 8) + high + carry);
-    carry = carry + lastLane(high);
-  }
-  unsigned sum = static_cast<unsigned>(firstLane(carry));
-  for (; i < n; ++i) {
-    sum += src[i];
-    dst[i] = static_cast<Zeb32s>(static_cast<unsigned>(above[i]) + sum);
-  }
+// Running sums of 32 pixels, eight to a vector. Pairs are added first, so that the prefix sum runs over sixteen lanes.
+struct RunningSums {
+  V32s part[4];
+};
+ZEB_INLINE RunningSums runningSums(const Zeb8u* src) {
+  const V8u pixels = load(src);
+  const V16s odd = prefixSum(pairSums(pixels));
+  const V16s even = odd - as<Zeb16s>(shiftRight<8>(as<Zeb16u>(pixels)));
+  // The halves hold pixels 0..15 and 16..31.
+  const V16s low = interleaveLow(even, odd), high = interleaveHigh(even, odd);
+  return {{widenLow(low), widenLow(high), widenHigh(low), widenHigh(high)}};
 }
 
-// 32f: the row sum is an integer, exact in float up to 2^24; beyond that it is rounded at every pixel.
-void sumRow(const Zeb8u* src, const Zeb32f* above, Zeb32f* dst, int n) {
-  constexpr int exactPixels = (1 << 24) / 255 / 16 * 16;
+// The row sum so far, added to the element above. 32s: sums wrap modulo 2^32, so any order is right. 32f: a row sum is
+// an integer, exact in float up to 2^24; beyond that it is rounded at every pixel.
+ZEB_INLINE V32s element(V32s above, V32s sum) {
+  return above + sum;
+}
+ZEB_INLINE V32f element(V32f above, V32s sum) {
+  return above + toFloat(sum);
+}
+Zeb32s element(Zeb32s above, unsigned sum) {
+  return static_cast<Zeb32s>(static_cast<unsigned>(above) + sum);
+}
+Zeb32f element(Zeb32f above, Zeb32f sum) {
+  return above + sum;
+}
+
+template <class S>
+void sumRow(const Zeb8u* src, const S* above, S* dst, int n) {
+  constexpr bool exact = std::is_same_v<S, Zeb32s>;
+  constexpr int exactPixels = (1 << 24) / 255 / 32 * 32;
+  const int vectors = exact || n < exactPixels ? n : exactPixels;
   V32s carry = splat(0);
   int i = 0;
-  for (; i <= n - 16 && i < exactPixels; i += 16) {
-    const V16s sums = prefixSum(loadAs16s(src + i));
-    const V32s low = widenLow(sums), high = widenHigh(sums);
-    store(dst + i, load(above + i) + toFloat(low + carry));
-    store(dst + i + 8, load(above + i + 8) + toFloat(high + carry));
-    carry = carry + lastLane(high);
+  for (; i <= vectors - 32; i += 32) {
+    const RunningSums sums = runningSums(src + i);
+    for (int k = 0; k < 3; ++k) store(dst + i + 8 * k, element(load(above + i + 8 * k), sums.part[k] + carry));
+    carry = sums.part[3] + carry;
+    store(dst + i + 24, element(load(above + i + 24), carry));
+    carry = lastLane(carry);
   }
-  Zeb32f sum = static_cast<Zeb32f>(firstLane(carry));
+  std::conditional_t<exact, unsigned, Zeb32f> sum(firstLane(carry));
   for (; i < n; ++i) {
-    sum += static_cast<Zeb32f>(src[i]);
-    dst[i] = above[i] + sum;
+    sum += src[i];
+    dst[i] = element(above[i], sum);
   }
 }
 
