@@ -31,7 +31,7 @@ int run(const std::string& file, const std::string& out) {
   std::printf("photograph: %s\n", photograph.source.c_str());
 
   std::mt19937 engine(5);
-  const auto stages = cascade::train(engine, 10);
+  const auto stages = cascade::train(engine, 8);
   size_t classifiers = 0;
   for (const auto& s : stages) classifiers += s.counts.size();
   std::printf("trained %zu stages, %zu classifiers\n", stages.size(), classifiers);

@@ -47,8 +47,8 @@ Picture objectWindow(std::mt19937& engine) {
   Picture p = background(engine, window);
   const float side = uniform(engine, 22.0f, 25.5f);
   const float off = (window - side) / 2;
-  drawObject(p, off + uniform(engine, -0.9f, 0.9f), off + uniform(engine, -0.9f, 0.9f), side,
-             uniform(engine, 0.35f, 1.0f));
+  const float x = uniform(engine, -0.9f, 0.9f), y = uniform(engine, -0.9f, 0.9f);
+  drawObject(p, off + x, off + y, side, uniform(engine, 0.35f, 1.0f));
   const float noise = uniform(engine, 0, 8);
   for (Zeb8u& v : p.pixels) v = static_cast<Zeb8u>(std::clamp(v + uniform(engine, -noise, noise), 0.0f, 255.0f));
   return p;

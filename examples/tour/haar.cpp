@@ -62,7 +62,7 @@ void show(const Scene& scene, Gallery& gallery) {
   cascade::drawObject(marked, 0.7f * w, 0.08f * h, 0.2f * shorter, 0.8f);
   cascade::drawObject(marked, 0.12f * w, 0.75f * h, 0.09f * shorter, 0.8f);
   std::mt19937 engine(5);
-  const cascade::Search search = cascade::Detector(cascade::train(engine, 10)).find(marked);
+  const cascade::Search search = cascade::Detector(cascade::train(engine, 8)).find(marked);
   Picture color(w, h, 3);
   for (int i = 0; i < w * h; ++i)
     for (int c = 0; c < 3; ++c) color.pixels[3 * i + c] = marked.pixels[i];
