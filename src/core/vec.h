@@ -516,6 +516,31 @@ ZEB_INLINE V16s interleaveHigh(V16s a, V16s b) {
   return {_mm256_unpackhi_epi16(a.v, b.v)};
 }
 
+// The elements moved up by some bytes (1..16), the first ones taken from the end of the vector before; and moved down,
+// the last ones taken from the start of the vector behind.
+template <int bytes, class T>
+ZEB_INLINE Vec<T> movedUp(Vec<T> a, Vec<T> before) {
+  const __m256i middle = _mm256_permute2x128_si256(bits(before.v), bits(a.v), 0x21);
+  if constexpr (bytes == 16)
+    return as<T>(V8u{middle});
+  else
+    return as<T>(V8u{_mm256_alignr_epi8(bits(a.v), middle, 16 - bytes)});
+}
+template <int bytes, class T>
+ZEB_INLINE Vec<T> movedDown(Vec<T> a, Vec<T> behind) {
+  const __m256i middle = _mm256_permute2x128_si256(bits(a.v), bits(behind.v), 0x21);
+  if constexpr (bytes == 16)
+    return as<T>(V8u{middle});
+  else
+    return as<T>(V8u{_mm256_alignr_epi8(middle, bits(a.v), bytes)});
+}
+// Whether all bits agree.
+template <class T>
+ZEB_INLINE bool identical(Vec<T> a, Vec<T> b) {
+  const __m256i difference = _mm256_xor_si256(bits(a.v), bits(b.v));
+  return _mm256_testz_si256(difference, difference);
+}
+
 // ---- Prefix sums ----
 
 // Every lane becomes the sum of itself and the lanes before it; the sums wrap.
