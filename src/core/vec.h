@@ -601,4 +601,114 @@ ZEB_INLINE V32s loadMask(const Zeb8u* p) {
   return greater(loadAs32s(p), splat(0));
 }
 
+// The value is needed here: keeps a compiler from forming all terms of a sum before it adds the first two, which takes
+// more registers than there are.
+template <class T>
+ZEB_INLINE void settle(Vec<T>& a) {
+  asm("" : "+x"(a.v));
+}
+
+// ---- Sums of products of 16-bit elements ----
+
+// Lanes of two vectors in turn, within the halves of the register: the first four lanes of each half, and the last.
+// packSat() and packSatUnsigned() undo the pair of them.
+ZEB_INLINE V16s interleaveFirst(V16s a, V16s b) {
+  return {_mm256_unpacklo_epi16(a.v, b.v)};
+}
+ZEB_INLINE V16s interleaveLast(V16s a, V16s b) {
+  return {_mm256_unpackhi_epi16(a.v, b.v)};
+}
+ZEB_INLINE V16s packSat(V32s first, V32s last) {
+  return {_mm256_packs_epi32(first.v, last.v)};
+}
+ZEB_INLINE V16u packSatUnsigned(V32s first, V32s last) {
+  return {_mm256_packus_epi32(first.v, last.v)};
+}
+// even0 odd0 even1 odd1 ..., saturated.
+ZEB_INLINE V16s packSatInTurn(V32s even, V32s odd) {
+  const __m256i turns = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15,  //
+                                         0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
+  return {_mm256_shuffle_epi8(_mm256_packs_epi32(even.v, odd.v), turns)};
+}
+// a0 b0 + a1 b1, a2 b2 + a3 b3, ...; exact but for the one sum 2 x 32768 x 32768, which wraps.
+ZEB_INLINE V32s dotPairs(V16s a, V16s b) {
+  return {_mm256_madd_epi16(a.v, b.v)};
+}
+// The two elements at p in every pair of lanes.
+ZEB_INLINE V16s splatPair(const Zeb16s* p) {
+  int pair;
+  memcpy(&pair, p, sizeof pair);
+  return {_mm256_set1_epi32(pair)};
+}
+ZEB_INLINE V16u operator*(V16u a, V16u b) {
+  return {_mm256_mullo_epi16(a.v, b.v)};
+}
+// The upper 16 bits of the products.
+ZEB_INLINE V16u highProduct(V16u a, V16u b) {
+  return {_mm256_mulhi_epu16(a.v, b.v)};
+}
+ZEB_INLINE V16s loadAs16s(const Zeb16s* p) {
+  return load(p);
+}
+// The same for bytes: unsigned elements of a times signed elements of b, pairs summed with saturation.
+ZEB_INLINE V16s dotPairs(V8u a, V8s b) {
+  return {_mm256_maddubs_epi16(a.v, b.v)};
+}
+ZEB_INLINE V8u interleaveFirst(V8u a, V8u b) {
+  return {_mm256_unpacklo_epi8(a.v, b.v)};
+}
+ZEB_INLINE V8u interleaveLast(V8u a, V8u b) {
+  return {_mm256_unpackhi_epi8(a.v, b.v)};
+}
+// Two bytes, the first in the low one, in every pair of lanes.
+ZEB_INLINE V8s splatBytePair(int first, int second) {
+  return {_mm256_set1_epi16(static_cast<short>((first & 0xFF) | (second & 0xFF) << 8))};
+}
+// The results of interleaveFirst() and interleaveLast(), put in order.
+ZEB_INLINE void storeInOrder(Zeb16s* p, V16s first, V16s last) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute2x128_si256(first.v, last.v, 0x20));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 16), _mm256_permute2x128_si256(first.v, last.v, 0x31));
+}
+// a b / 32768 to the nearest integer, ties upwards.
+ZEB_INLINE V16s roundedHighProduct(V16s a, V16s b) {
+  return {_mm256_mulhrs_epi16(a.v, b.v)};
+}
+// Lanes taken as unsigned, rounded once.
+ZEB_INLINE V32f toFloatUnsigned(V32s a) {
+  const V32s low = a & splat(0xFFFF), high = {_mm256_srli_epi32(a.v, 16)};
+  return fma(toFloat(high), splat(65536.0f), toFloat(low));
+}
+// One value, nearest even; as the vector form.
+ZEB_INLINE int roundToInt(Zeb32f a) {
+  return _mm_cvtss_si32(_mm_set_ss(a));
+}
+// Sixteen lanes, saturated to the type.
+ZEB_INLINE void storeSat(Zeb16s* p, V16s a) {
+  store(p, a);
+}
+ZEB_INLINE void storeSat(Zeb16u* p, V16u a) {
+  store(p, a);
+}
+ZEB_INLINE void storeSat(Zeb8u* p, V16s a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(narrowTo8u(a, a).v));
+}
+ZEB_INLINE void storeSat(Zeb8s* p, V16s a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(narrowTo8s(a, a).v));
+}
+// Two vectors to two places.
+ZEB_INLINE void storeSat(Zeb16s* p, Zeb16s* q, V16s a, V16s b) {
+  store(p, a);
+  store(q, b);
+}
+ZEB_INLINE void storeHalves(void* p, void* q, __m256i v) {
+  _mm_storeu_si128(static_cast<__m128i*>(p), _mm256_castsi256_si128(v));
+  _mm_storeu_si128(static_cast<__m128i*>(q), _mm256_extracti128_si256(v, 1));
+}
+ZEB_INLINE void storeSat(Zeb8u* p, Zeb8u* q, V16s a, V16s b) {
+  storeHalves(p, q, narrowTo8u(a, b).v);
+}
+ZEB_INLINE void storeSat(Zeb8s* p, Zeb8s* q, V16s a, V16s b) {
+  storeHalves(p, q, narrowTo8s(a, b).v);
+}
+
 }  // namespace zeb

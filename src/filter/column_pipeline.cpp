@@ -1,0 +1,201 @@
+// Column half of the separable filters: output row y is the sum of the row buffers y .. y + kernelSize - 1, each
+// times its tap. The channels of a pixel are neighbouring elements of a row and need no treatment of their own.
+#include "core/checks.h"
+#include "core/rows.h"
+#include "filter/pipeline.h"
+#include "filter/separable.h"
+#include "filter/two_rows.h"
+
+namespace {
+
+using namespace zeb;
+
+// ---- Scratch sizes. The sums are formed in registers; the sizes are those that callers reckon with. ----
+
+constexpr int64_t roundedUp(int64_t width, int multiple) {
+  return (width + multiple - 1) / multiple * multiple;
+}
+constexpr int64_t bytes_16s_C1(int64_t width, int64_t) {
+  return 12 * roundedUp(width, 4) + 32 + 32;
+}
+constexpr int64_t bytes_16s_C3(int64_t width, int64_t) {
+  return 36 * roundedUp(width, 4) + 32 + 32;
+}
+constexpr int64_t bytes_16u_C1(int64_t width, int64_t k) {
+  return 32 * k + 64 + 32 * ((width + 3) / 4);
+}
+constexpr int64_t bytes_16u_C3(int64_t width, int64_t k) {
+  return 32 * k + 64 + 32 * ((3 * width + 3) / 4);
+}
+constexpr int64_t bytes_32f(int64_t, int64_t k) {
+  return 32 * k + 32;
+}
+constexpr int64_t bytes_Low_16s_C1(int64_t width, int64_t) {
+  return 12 * roundedUp(width, 8) + 32 + 32;
+}
+constexpr int64_t bytes_Low_16s_C3(int64_t width, int64_t) {
+  return 36 * roundedUp(width, 8) + 32 + 32;
+}
+
+ZebStatus columnBufferSize(ZebiSize roi, int kernelSize, int* pBufferSize, int64_t (*bytes)(int64_t, int64_t)) {
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roi), atLeastOne(kernelSize))) return bad;
+  return reportSize(bytes(roi.width, kernelSize), pBufferSize);
+}
+
+// ---- The operation ----
+
+template <int taps, class Scale, class D>
+void filterColumns(const Zeb16s** src, Rows<D> dst, int height, int elements, const Zeb16s* kernel, int kernelSize,
+                   int divisor) {
+  const Scale scale(divisor);
+  using Source = Stacked<Zeb16s, taps>;
+  int y = 0;
+  if constexpr (taps != 0) {
+    for (; y <= height - 2 && elements >= filterBlock; y += 2)
+      filterTwoRows(TwoRowSums<taps, Scale>{Stacked<Zeb16s, taps + 1>(src + y), {kernel, kernelSize}, scale}, dst[y],
+                    dst[y + 1], elements);
+  }
+  for (; y < height; ++y)
+    filterRunThenTruncate(InterleavedSums<taps, Source, Scale>{Source(src + y), {kernel, kernelSize}, scale}, dst[y],
+                          elements);
+}
+
+template <class Scale, class D>
+void filterColumnsSigned(const Zeb16s** src, Rows<D> dst, int height, int elements, const Zeb16s* kernel,
+                         int kernelSize, int divisor) {
+  switch (kernelSize) {
+    case 3:
+      return filterColumns<3, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
+    case 5:
+      return filterColumns<5, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
+    default:
+      return filterColumns<0, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
+  }
+}
+
+template <class D>
+void filterColumnsScaled(const Zeb16s** src, Rows<D> dst, int height, int elements, const Zeb16s* kernel,
+                         int kernelSize, int divisor) {
+  if (needsGuard(kernel, kernelSize, divisor))
+    return filterColumns<0, Reciprocal<true>>(src, dst, height, elements, kernel, kernelSize, divisor);
+  filterColumnsSigned<Reciprocal<false>>(src, dst, height, elements, kernel, kernelSize, divisor);
+}
+
+void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int elements, const Zeb16u* kernel,
+                           int kernelSize, ReciprocalUnsigned scale) {
+  using Source = Stacked<Zeb16u, 0>;
+  for (int y = 0; y < height; ++y)
+    filterRunThenTruncate(UnsignedSums<Source>{Source(src + y), kernel, kernelSize, scale}, dst[y], elements);
+}
+
+void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int elements, const Zeb32f* kernel,
+                        int kernelSize) {
+  const auto with = [&](auto taps) {
+    using Source = Stacked<Zeb32f, decltype(taps)::value>;
+    for (int y = 0; y < height; ++y)
+      filterRunFloat<decltype(taps)::value, decltype(taps)::value == 3>(Source(src + y), kernel, kernelSize, dst[y],
+                                                                        elements);
+  };
+  switch (kernelSize) {
+    case 3:
+      return with(std::integral_constant<int, 3>());
+    case 5:
+      return with(std::integral_constant<int, 5>());
+    case 7:
+      return with(std::integral_constant<int, 7>());
+    default:
+      return with(std::integral_constant<int, 0>());
+  }
+}
+
+// Everything up to the divisor. The scratch buffer is looked at this late on purpose.
+template <int channels, class S, class D, class K>
+ZebStatus checked(const S** ppSrc, D* pDst, int dstStep, ZebiSize roi, const K* pKernel, int kernelSize,
+                  const Zeb8u* pBuffer) {
+  if (auto bad = firstFailure(present(ppSrc, pDst, pKernel), hasArea(roi))) return bad;
+  return firstFailure(rowsPresent(ppSrc, static_cast<int64_t>(roi.height) + kernelSize - 1), atLeastOne(kernelSize),
+                      holdsRow<D, channels>(dstStep, roi.width), wholeElements<D>(dstStep), present(pBuffer));
+}
+
+}  // namespace
+
+// ---- Without checks ----
+
+#define SIGNED_COLUMNS(name, D, channels, filter)                                                                    \
+  ZEB_COLUMN_FILTER(name, Zeb16s, D, Zeb16s, ZEB_DIVISOR) {                                                          \
+    filter(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, kernelSize, divisor); \
+  }
+#define UNSIGNED_COLUMNS(name, channels)                                                                      \
+  ZEB_COLUMN_FILTER(name, Zeb16u, Zeb16u, Zeb16u, ZEB_DIVISOR) {                                              \
+    filterColumnsUnsigned(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, \
+                          kernelSize, ReciprocalUnsigned(divisor));                                           \
+  }
+#define FLOAT_COLUMNS(name, channels)                                                                      \
+  ZEB_COLUMN_FILTER(name, Zeb32f, Zeb32f, Zeb32f) {                                                        \
+    filterColumnsFloat(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, \
+                       kernelSize);                                                                        \
+  }
+
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s_C1R, Zeb16s, 1, filterColumnsScaled)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s_C3R, Zeb16s, 3, filterColumnsScaled)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8u_C1R, Zeb8u, 1, filterColumnsScaled)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8u_C3R, Zeb8u, 3, filterColumnsScaled)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8s_C1R, Zeb8s, 1, filterColumnsScaled)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8s_C3R, Zeb8s, 3, filterColumnsScaled)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_Low_16s_C1R, Zeb16s, 1, filterColumnsSigned<FixedPoint>)
+SIGNED_COLUMNS(q7_ownFilterColumnPipeline_Low_16s_C3R, Zeb16s, 3, filterColumnsSigned<FixedPoint>)
+UNSIGNED_COLUMNS(q7_ownFilterColumnPipeline_16u_C1R, 1)
+UNSIGNED_COLUMNS(q7_ownFilterColumnPipeline_16u_C3R, 3)
+FLOAT_COLUMNS(q7_ownFilterColumnPipeline_32f_C1R, 1)
+FLOAT_COLUMNS(q7_ownFilterColumnPipeline_32f_C3R, 3)
+
+// ---- Bindings ----
+
+#define COLUMN_FILTER(name, unchecked, S, D, K, channels)                                                         \
+  ZEB_ENTRY(name)                                                                                                 \
+  (const S** ppSrc, D* pDst, int dstStep, ZebiSize dstRoiSize, const K* pKernel, int kernelSize, int divisor,     \
+   Zeb8u* pBuffer) {                                                                                              \
+    if (auto bad = checked<channels>(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, pBuffer)) return bad; \
+    if (divisor == 0) return zebStsErrBadArgument;                                                                \
+    unchecked(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, divisor);                                    \
+    return zebStsOk;                                                                                              \
+  }
+#define COLUMN_FILTER_FLOAT(name, unchecked, channels)                                                            \
+  ZEB_ENTRY(name)                                                                                                 \
+  (const Zeb32f** ppSrc, Zeb32f* pDst, int dstStep, ZebiSize dstRoiSize, const Zeb32f* pKernel, int kernelSize,   \
+   Zeb8u* pBuffer) {                                                                                              \
+    if (auto bad = checked<channels>(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, pBuffer)) return bad; \
+    unchecked(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize);                                             \
+    return zebStsOk;                                                                                              \
+  }
+
+COLUMN_FILTER(zebiFilterColumnPipeline_16s_C1R, q7_ownFilterColumnPipeline_16s_C1R, Zeb16s, Zeb16s, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s_C3R, q7_ownFilterColumnPipeline_16s_C3R, Zeb16s, Zeb16s, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8u_C1R, q7_ownFilterColumnPipeline_16s8u_C1R, Zeb16s, Zeb8u, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8u_C3R, q7_ownFilterColumnPipeline_16s8u_C3R, Zeb16s, Zeb8u, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8s_C1R, q7_ownFilterColumnPipeline_16s8s_C1R, Zeb16s, Zeb8s, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8s_C3R, q7_ownFilterColumnPipeline_16s8s_C3R, Zeb16s, Zeb8s, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16u_C1R, q7_ownFilterColumnPipeline_16u_C1R, Zeb16u, Zeb16u, Zeb16u, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16u_C3R, q7_ownFilterColumnPipeline_16u_C3R, Zeb16u, Zeb16u, Zeb16u, 3)
+COLUMN_FILTER_FLOAT(zebiFilterColumnPipeline_32f_C1R, q7_ownFilterColumnPipeline_32f_C1R, 1)
+COLUMN_FILTER_FLOAT(zebiFilterColumnPipeline_32f_C3R, q7_ownFilterColumnPipeline_32f_C3R, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_Low_16s_C1R, q7_ownFilterColumnPipeline_Low_16s_C1R, Zeb16s, Zeb16s, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_Low_16s_C3R, q7_ownFilterColumnPipeline_Low_16s_C3R, Zeb16s, Zeb16s, Zeb16s, 3)
+
+#define COLUMN_BUFFER_SIZE(name, bytes)                                 \
+  ZEB_ENTRY(name)(ZebiSize roiSize, int kernelSize, int* pBufferSize) { \
+    return columnBufferSize(roiSize, kernelSize, pBufferSize, bytes);   \
+  }
+
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16s_C1R, bytes_16s_C1)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16s_C3R, bytes_16s_C3)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16s8u_C1R, bytes_16s_C1)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16s8u_C3R, bytes_16s_C3)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16s8s_C1R, bytes_16s_C1)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16s8s_C3R, bytes_16s_C3)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16u_C1R, bytes_16u_C1)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_16u_C3R, bytes_16u_C3)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_32f_C1R, bytes_32f)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_32f_C3R, bytes_32f)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_Low_16s_C1R, bytes_Low_16s_C1)
+COLUMN_BUFFER_SIZE(zebiFilterColumnPipelineGetBufferSize_Low_16s_C3R, bytes_Low_16s_C3)

@@ -1,0 +1,344 @@
+// Row half of the separable filters: every source row, extended at both ends by its border rule, is correlated with a
+// kernel into a row buffer of its own.
+//
+// Outputs whose taps all lie inside the row are computed straight from it; the others from two short segments in the
+// scratch buffer that hold the ends of the row with their border. Outputs from the segments are truncated, the others
+// rounded to the nearest even.
+#include "core/checks.h"
+#include "core/rows.h"
+#include "core/scratch.h"
+#include "filter/border.h"
+#include "filter/byte_sums.h"
+#include "filter/pipeline.h"
+#include "filter/separable.h"
+
+namespace {
+
+using namespace zeb;
+
+// ---- Scratch sizes, from the number of taps ----
+
+constexpr int64_t bytes_8u16s_C1(int64_t k) {
+  return 2 * (k + 1) + 32 + 32 * (k + k / 4) + 32;
+}
+constexpr int64_t bytes_8u16s_C3(int64_t k) {
+  return 60 * k + 112 + 32;
+}
+constexpr int64_t bytes_16s_C1(int64_t k) {
+  return 48 * k + 80 + 32;
+}
+constexpr int64_t bytes_16s_C3(int64_t k) {
+  return 40 * k + 64 + 32;
+}
+constexpr int64_t bytes_16u_C1(int64_t k) {
+  return 64 * k + 96;
+}
+constexpr int64_t bytes_16u_C3(int64_t k) {
+  return 128 * k + 96;
+}
+constexpr int64_t bytes_32f_C1(int64_t k) {
+  return 48 * k + 64 + 32;
+}
+constexpr int64_t bytes_32f_C3(int64_t k) {
+  return 144 * k + 64 + 32;
+}
+constexpr int64_t bytes_Low_16s_C1(int64_t k) {
+  return 24 * k + 64 + 32;
+}
+constexpr int64_t bytes_Low_16s_C3(int64_t k) {
+  return 208 * k + 64 + 32;
+}
+
+ZebStatus rowBufferSize(ZebiSize roi, int kernelSize, int* pBufferSize, int64_t (*bytes)(int64_t)) {
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roi), atLeastOne(kernelSize))) return bad;
+  return reportSize(bytes(kernelSize), pBufferSize);
+}
+
+// ---- The operation ----
+
+// What a run of outputs is computed from, and so how it is rounded.
+enum class Part {
+  inner,      // the row itself, to the nearest
+  shortRow,   // the row itself, truncated
+  borderline  // a segment, truncated; at least a block of it can be read
+};
+
+// run(source, destination, elements, part) computes outputs from sources whose first element is under the first tap.
+template <class S, int channels, class D, class Run>
+void filterRows(Rows<const S> src, D** dst, ZebiSize roi, int kernelSize, int anchor, ZebiBorderType borderType,
+                const S* borderValue, Scratch scratch, Run run) {
+  const int width = roi.width, reach = kernelSize - 1;
+  S* const work = scratch.take<S>(borderSegmentPixels(kernelSize) * channels + filterBlock, sizeof(S) == 4 ? 32 : 16);
+  const int leftOutputs = anchor < width ? anchor : width;
+  const int innerOutputs = width > reach ? width - reach : 0;
+  const int rightOutput = anchor + innerOutputs;  // the first output from the right segment, unless beyond the row
+  const int rightOffset = width > reach ? 0 : reach - width;  // its first tap in that segment
+  // Three taps walk short rows pixel by pixel, which truncates.
+  const Part inner = kernelSize == 3 && width <= 16 ? Part::shortRow : Part::inner;
+  for (int y = 0; y < roi.height; ++y) {
+    const S* const row = src[y];
+    D* const out = dst[y];
+    if (innerOutputs > 0) run(row, out + anchor * channels, innerOutputs * channels, inner);
+    if (reach == 0) continue;
+    const S* const right =
+        fillBorder<S, channels>(row, width, kernelSize, anchor, borderType, borderValue, work) + rightOffset * channels;
+    if (leftOutputs > 0) run(work, out, leftOutputs * channels, Part::borderline);
+    if (rightOutput < width)
+      run(right, out + rightOutput * channels, (width - rightOutput) * channels, Part::borderline);
+  }
+}
+
+template <class Sums, class D>
+void runPart(const Sums& sums, D* out, int n, Part part) {
+  switch (part) {
+    case Part::inner:
+      return filterRun<Rounding::nearest>(sums, out, n);
+    case Part::shortRow:
+      return filterRun<Rounding::truncate>(sums, out, n);
+    case Part::borderline:
+      return filterSegment(sums, out, n);
+  }
+}
+
+// Sums that are moved from run to run: their taps and scale are set up once a call.
+template <class Sums>
+struct MovingSums {
+  Sums sums;
+
+  template <class S, class D>
+  void operator()(const S* p, D* out, int n, Part part) {
+    sums.source.first = p;
+    runPart(sums, out, n, part);
+  }
+};
+
+template <int taps, int channels, class S, class Scale>
+auto signedSums(const Zeb16s* kernel, int kernelSize, Scale scale) {
+  using Sums = std::conditional_t<channels == 1, NeighbourSums<taps, S, Scale>,
+                                  InterleavedSums<taps, Shifted<S, channels>, Scale>>;
+  return MovingSums<Sums>{{{}, {kernel, kernelSize}, scale}};
+}
+
+// Bytes under small taps: inner runs by sums of 16 bits where they are long enough, the rest by the other sums.
+template <class ByteSums, class Rest>
+struct MovingByteSums {
+  ByteSums bytes;
+  Rest rest;
+
+  void operator()(const Zeb8u* p, Zeb16s* out, int n, Part part) {
+    if (part != Part::inner || n < byteBlock) return rest(p, out, n, part);
+    bytes.source.first = p;
+    bytes.run(out, n);
+  }
+};
+
+template <int taps, int channels, WordScaling scaling>
+auto signedByteSums(const Zeb16s* kernel, int kernelSize, int divisor) {
+  using Bytes = ByteSums<taps, channels, scaling>;
+  using Rest = decltype(signedSums<taps, channels, Zeb8u>(kernel, kernelSize, Reciprocal<false>(divisor)));
+  return MovingByteSums<Bytes, Rest>{{{}, {kernel, kernelSize}, WordScale<scaling>(divisor)},
+                                     signedSums<taps, channels, Zeb8u>(kernel, kernelSize, Reciprocal<false>(divisor))};
+}
+
+template <class With>
+void withTaps(int kernelSize, With with) {
+  switch (kernelSize) {
+    case 3:
+      return with(std::integral_constant<int, 3>());
+    case 5:
+      return with(std::integral_constant<int, 5>());
+    default:
+      return with(std::integral_constant<int, 0>());
+  }
+}
+
+template <int channels, class S>
+void filterRowsSigned(Rows<const S> src, Zeb16s** dst, ZebiSize roi, const Zeb16s* kernel, int kernelSize, int anchor,
+                      ZebiBorderType borderType, const S* borderValue, int divisor, Scratch scratch) {
+  const auto rows = [&](auto run) {
+    filterRows<S, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch, run);
+  };
+  if (needsGuard(kernel, kernelSize, divisor))
+    return rows(signedSums<0, channels, S>(kernel, kernelSize, Reciprocal<true>(divisor)));
+  withTaps(kernelSize, [&](auto number) {
+    constexpr int taps = decltype(number)::value;
+    if constexpr (sizeof(S) == 1) {
+      if (fitsByteSums(kernel, kernelSize)) {
+        switch (wordScaling(divisor)) {
+          case WordScaling::none:
+            return rows(signedByteSums<taps, channels, WordScaling::none>(kernel, kernelSize, divisor));
+          case WordScaling::powerOfTwo:
+            return rows(signedByteSums<taps, channels, WordScaling::powerOfTwo>(kernel, kernelSize, divisor));
+          case WordScaling::general:
+            return rows(signedByteSums<taps, channels, WordScaling::general>(kernel, kernelSize, divisor));
+        }
+      }
+    }
+    rows(signedSums<taps, channels, S>(kernel, kernelSize, Reciprocal<false>(divisor)));
+  });
+}
+
+template <int channels>
+void filterRowsLow(Rows<const Zeb16s> src, Zeb16s** dst, ZebiSize roi, const Zeb16s* kernel, int kernelSize, int anchor,
+                   ZebiBorderType borderType, const Zeb16s* borderValue, int divisor, Scratch scratch) {
+  withTaps(kernelSize, [&](auto number) {
+    constexpr int taps = decltype(number)::value;
+    filterRows<Zeb16s, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch,
+                                 signedSums<taps, channels, Zeb16s>(kernel, kernelSize, FixedPoint(divisor)));
+  });
+}
+
+template <int channels>
+void filterRowsUnsigned(Rows<const Zeb16u> src, Zeb16u** dst, ZebiSize roi, const Zeb16u* kernel, int kernelSize,
+                        int anchor, ZebiBorderType borderType, const Zeb16u* borderValue, ReciprocalUnsigned scale,
+                        Scratch scratch) {
+  using Sums = UnsignedSums<Shifted<Zeb16u, channels>>;
+  filterRows<Zeb16u, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch,
+                               MovingSums<Sums>{{{}, kernel, kernelSize, scale}});
+}
+
+template <int channels>
+void filterRowsFloat(Rows<const Zeb32f> src, Zeb32f** dst, ZebiSize roi, const Zeb32f* kernel, int kernelSize,
+                     int anchor, ZebiBorderType borderType, const Zeb32f* borderValue, Scratch scratch) {
+  const auto with = [&](auto taps) {
+    const auto run = [&](const Zeb32f* p, Zeb32f* out, int n, Part) {
+      filterRunFloat<decltype(taps)::value, false>(Shifted<Zeb32f, channels>{p}, kernel, kernelSize, out, n);
+    };
+    filterRows<Zeb32f, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch, run);
+  };
+  switch (kernelSize) {
+    case 3:
+      return with(std::integral_constant<int, 3>());
+    case 5:
+      return with(std::integral_constant<int, 5>());
+    case 7:
+      return with(std::integral_constant<int, 7>());
+    default:
+      return with(std::integral_constant<int, 0>());
+  }
+}
+
+// ---- Checks ----
+
+// Everything up to the divisor. A border value given by pointer must be there when it is to be read.
+template <class S, int channels, class D, class K>
+ZebStatus checked(const S* pSrc, int srcStep, D** ppDst, ZebiSize roi, const K* pKernel, int kernelSize, int xAnchor,
+                  ZebiBorderType borderType, const S* pBorderValue, const Zeb8u* pBuffer) {
+  if (auto bad =
+          firstFailure(present(pSrc, ppDst, pKernel, pBuffer),
+                       require(pBorderValue || borderType != zebBorderConst, zebStsErrNullPointer), hasArea(roi)))
+    return bad;
+  return firstFailure(
+      rowsPresent(ppDst, roi.height), atLeastOne(kernelSize),
+      require(xAnchor >= 0 && xAnchor < kernelSize, zebStsErrAnchor), holdsRow<S, channels>(srcStep, roi.width),
+      wholeElements<S>(srcStep),
+      require(borderType == zebBorderConst || borderType == zebBorderRepl || borderType == zebBorderInMem,
+              zebStsErrBadArgument));
+}
+
+}  // namespace
+
+// ---- Without checks ----
+
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_8u16s_C1R, Zeb8u, Zeb16s, Zeb16s, ZEB_DIVISOR) {
+  filterRowsSigned<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                      divisor, Scratch(pBuffer, bytes_8u16s_C1(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_8u16s_C3R, Zeb8u, Zeb16s, Zeb16s, ZEB_DIVISOR) {
+  filterRowsSigned<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                      divisor, Scratch(pBuffer, bytes_8u16s_C3(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16s_C1R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
+  filterRowsSigned<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                      divisor, Scratch(pBuffer, bytes_16s_C1(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16s_C3R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
+  filterRowsSigned<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                      divisor, Scratch(pBuffer, bytes_16s_C3(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16u_C1R, Zeb16u, Zeb16u, Zeb16u, ZEB_DIVISOR) {
+  filterRowsUnsigned<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                        ReciprocalUnsigned(divisor), Scratch(pBuffer, bytes_16u_C1(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16u_C3R, Zeb16u, Zeb16u, Zeb16u, ZEB_DIVISOR) {
+  filterRowsUnsigned<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                        ReciprocalUnsigned(divisor), Scratch(pBuffer, bytes_16u_C3(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_32f_C1R, Zeb32f, Zeb32f, Zeb32f) {
+  filterRowsFloat<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                     Scratch(pBuffer, bytes_32f_C1(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_32f_C3R, Zeb32f, Zeb32f, Zeb32f) {
+  filterRowsFloat<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
+                     Scratch(pBuffer, bytes_32f_C3(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_Low_16s_C1R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
+  filterRowsLow<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, divisor,
+                   Scratch(pBuffer, bytes_Low_16s_C1(kernelSize)));
+}
+ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_Low_16s_C3R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
+  filterRowsLow<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, divisor,
+                   Scratch(pBuffer, bytes_Low_16s_C3(kernelSize)));
+}
+
+// ---- Bindings ----
+
+#define ROW_FILTER(name, unchecked, S, D, K, channels, borderArgument, pBorderValue)                             \
+  ZEB_ENTRY(name)                                                                                                \
+  (const S* pSrc, int srcStep, D** ppDst, ZebiSize roiSize, const K* pKernel, int kernelSize, int xAnchor,       \
+   ZebiBorderType borderType, borderArgument, int divisor, Zeb8u* pBuffer) {                                     \
+    if (auto bad = checked<S, channels>(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, \
+                                        pBorderValue, pBuffer))                                                  \
+      return bad;                                                                                                \
+    if (std::is_same_v<S, Zeb16u> ? divisor < 1 : divisor == 0) return zebStsErrBadArgument;                     \
+    unchecked(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, divisor,    \
+              pBuffer);                                                                                          \
+    return zebStsOk;                                                                                             \
+  }
+#define ROW_FILTER_FLOAT(name, unchecked, channels, borderArgument, pBorderValue)                                     \
+  ZEB_ENTRY(name)                                                                                                     \
+  (const Zeb32f* pSrc, int srcStep, Zeb32f** ppDst, ZebiSize roiSize, const Zeb32f* pKernel, int kernelSize,          \
+   int xAnchor, ZebiBorderType borderType, borderArgument, Zeb8u* pBuffer) {                                          \
+    if (auto bad = checked<Zeb32f, channels>(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, \
+                                             pBorderValue, pBuffer))                                                  \
+      return bad;                                                                                                     \
+    unchecked(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, pBuffer);        \
+    return zebStsOk;                                                                                                  \
+  }
+
+ROW_FILTER(zebiFilterRowBorderPipeline_8u16s_C1R, q7_ownFilterRowBorderPipeline_8u16s_C1R, Zeb8u, Zeb16s, Zeb16s, 1,
+           Zeb8u borderValue, &borderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_8u16s_C3R, q7_ownFilterRowBorderPipeline_8u16s_C3R, Zeb8u, Zeb16s, Zeb16s, 3,
+           const Zeb8u* pBorderValue, pBorderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_16s_C1R, q7_ownFilterRowBorderPipeline_16s_C1R, Zeb16s, Zeb16s, Zeb16s, 1,
+           Zeb16s borderValue, &borderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_16s_C3R, q7_ownFilterRowBorderPipeline_16s_C3R, Zeb16s, Zeb16s, Zeb16s, 3,
+           const Zeb16s* pBorderValue, pBorderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_16u_C1R, q7_ownFilterRowBorderPipeline_16u_C1R, Zeb16u, Zeb16u, Zeb16u, 1,
+           Zeb16u borderValue, &borderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_16u_C3R, q7_ownFilterRowBorderPipeline_16u_C3R, Zeb16u, Zeb16u, Zeb16u, 3,
+           const Zeb16u* pBorderValue, pBorderValue)
+ROW_FILTER_FLOAT(zebiFilterRowBorderPipeline_32f_C1R, q7_ownFilterRowBorderPipeline_32f_C1R, 1, Zeb32f borderValue,
+                 &borderValue)
+ROW_FILTER_FLOAT(zebiFilterRowBorderPipeline_32f_C3R, q7_ownFilterRowBorderPipeline_32f_C3R, 3,
+                 const Zeb32f* pBorderValue, pBorderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_Low_16s_C1R, q7_ownFilterRowBorderPipeline_Low_16s_C1R, Zeb16s, Zeb16s, Zeb16s,
+           1, Zeb16s borderValue, &borderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_Low_16s_C3R, q7_ownFilterRowBorderPipeline_Low_16s_C3R, Zeb16s, Zeb16s, Zeb16s,
+           3, const Zeb16s* pBorderValue, pBorderValue)
+
+#define ROW_BUFFER_SIZE(name, bytes)                                    \
+  ZEB_ENTRY(name)(ZebiSize roiSize, int kernelSize, int* pBufferSize) { \
+    return rowBufferSize(roiSize, kernelSize, pBufferSize, bytes);      \
+  }
+
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, bytes_8u16s_C1)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, bytes_8u16s_C3)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_16s_C1R, bytes_16s_C1)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_16s_C3R, bytes_16s_C3)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_16u_C1R, bytes_16u_C1)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_16u_C3R, bytes_16u_C3)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_32f_C1R, bytes_32f_C1)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_32f_C3R, bytes_32f_C3)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R, bytes_Low_16s_C1)
+ROW_BUFFER_SIZE(zebiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R, bytes_Low_16s_C3)
