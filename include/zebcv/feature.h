@@ -112,6 +112,109 @@ ZebStatus zebiApplyMixedHaarClassifier_32s_C1RSfs(const Zeb32s* pSrc, int srcSte
                                                   ZebiSize roiSize, int* pPositive, Zeb32s threshold,
                                                   const ZebiHaarClassifier* pState, int scaleFactor);
 
+/**
+ * @defgroup peaks Local peaks
+ *
+ * Lists the pixels at least border pixels from every edge whose magnitude exceeds threshold and that are the largest of
+ * their neighbourhood when positive, the smallest when zero or negative. The neighbourhood is the pixel and its 8
+ * neighbours (zebiNormInf) or its 4 neighbours (zebiNormL1). Equal neighbours do not compete: every pixel of a plateau
+ * is reported. For 32f "equal" allows a difference of the smallest normal float; a value that is not a number is no
+ * peak and, as a neighbour, is passed over. The magnitude of the most negative 32s is 2^31.
+ *
+ * Peaks are stored in scan order as column and row of the region; *pPeakCount receives their number. The search ends
+ * when maxPeakCount are found. srcStep in bytes: at least 4 x width and a multiple of 4.
+ *
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width, height, maxPeakCount or border below 1, or border above
+ * half of the width or height); zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument (another norm).
+ */
+ZebStatus zebiFindPeaks3x3_32f_C1R(const Zeb32f* pSrc, int srcStep, ZebiSize roiSize, Zeb32f threshold,
+                                   ZebiPoint* pPeak, int maxPeakCount, int* pPeakCount, int norm, int border,
+                                   Zeb8u* pBuffer);
+ZebStatus zebiFindPeaks3x3_32s_C1R(const Zeb32s* pSrc, int srcStep, ZebiSize roiSize, Zeb32s threshold,
+                                   ZebiPoint* pPeak, int maxPeakCount, int* pPeakCount, int norm, int border,
+                                   Zeb8u* pBuffer);
+
+/**
+ * Bytes of scratch: ((roiWidth + 5) / 4) x 128, with bit 5 set.
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrOverflow.
+ */
+ZebStatus zebiFindPeaks3x3GetBufferSize_32f_C1R(int roiWidth, int* pBufferSize);
+ZebStatus zebiFindPeaks3x3GetBufferSize_32s_C1R(int roiWidth, int* pBufferSize);
+
+/**
+ * @defgroup hough Lines by the Hough transform (P. Hough, 1962; R. Duda and P. Hart, 1972)
+ *
+ * Every pixel (x, y) that is not zero votes, for every angle theta, for the line x cos(theta) + y sin(theta) = rho.
+ *
+ * Angles: theta_k, summed up in single precision from 0 in steps of deltaTheta, k = 0 .. A with A = trunc(3.14159 /
+ * deltaTheta). Cells: nRho = trunc((2 (width + height) + 1) / deltaRho); cell r stands for rho = deltaRho x (r -
+ * (nRho - 1) / 2), the division by 2 being whole. The cell of a pixel is ((x c + y s + 512) >> 10) + (nRho - 1) / 2,
+ * kept within 0 .. nRho - 1, with c and s the cosine and sine times 1024 / deltaRho rounded to the nearest integer.
+ *
+ * A cell is a peak when its count exceeds threshold, exceeds the counts at rho - 1 and at the previous angle, and is at
+ * least those at rho + 1 and at the next angle. Peaks are kept by count, largest first, the earlier found first among
+ * equals, at most maxLineCount of them; *pLineCount receives their number, pLine[i] the pair (rho, theta = deltaTheta x
+ * k) as x and y. When peaks had to be dropped *pLineCount equals maxLineCount; the status is zebStsOk all the same.
+ *
+ * The Region form lets only cells vote and be searched whose (rho, theta) lie in dstRoi[0] .. dstRoi[1], both included.
+ *
+ * srcStep is at least 1; steps below the width are taken as they are, the rows then overlap.
+ *
+ * Status, in this order: zebStsOk; zebStsErrNullPointer; zebStsErrStep; zebStsErrSize (width, height or maxLineCount
+ * below 1); zebStsErrBadArgument (deltaRho not above 0 or above width + height, deltaTheta not above 0 or
+ * above 3.14159, threshold below 1); zebStsErrRange (Region only: a lower bound above its upper bound);
+ * zebStsErrOverflow (the scratch would not fit a 32-bit count).
+ */
+ZebStatus zebiHoughLine_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, ZebiPoint_32f delta, int threshold,
+                                  ZebiPoint_32f* pLine, int maxLineCount, int* pLineCount, Zeb8u* pBuffer);
+ZebStatus zebiHoughLine_Region_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, ZebiPoint_32f* pLine,
+                                         ZebiPoint_32f dstRoi[2], int maxLineCount, int* pLineCount,
+                                         ZebiPoint_32f delta, int threshold, Zeb8u* pBuffer);
+
+/**
+ * Bytes of scratch for both forms: 16 nRho + (4 width + 48) height + 16 maxLineCount + 8 A + 264.
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrOverflow.
+ */
+ZebStatus zebiHoughLineGetSize_8u_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int maxLineCount, int* pBufSize);
+
+/** Angle tables of the probabilistic transform: deltaRho, deltaTheta, hint, then cosine / deltaRho and sine / deltaRho.
+ */
+typedef struct ZebiHoughProbSpec ZebiHoughProbSpec;
+
+/**
+ * Bytes of the tables, 8 A + 24, and of the scratch, height (width / 8 + 1) + 4 (nRho (A + 1) + height width).
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrOverflow.
+ */
+ZebStatus zebiHoughProbLineGetSize_8u_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int* pSpecSize, int* pBufSize);
+
+/**
+ * Fills the tables. hint is stored only.
+ * Status: zebStsOk; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrNullPointer, tested last.
+ */
+ZebStatus zebiHoughProbLineInit_8u32f_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int hint, ZebiHoughProbSpec* pSpec);
+
+/**
+ * Line segments by the progressive probabilistic transform (J. Matas, C. Galambos and J. Kittler, 2000).
+ *
+ * Edge pixels are drawn in a random order that is the same for every call. A drawn pixel that no segment has taken yet
+ * votes for every angle; its cell is trunc(x cos / deltaRho + y sin / deltaRho) + (nRho - 1) / 2 in single precision.
+ * When its strongest cell (the smallest angle among equals) holds at least threshold votes, the line is followed from
+ * the pixel in both directions over the edge pixels that are left, over gaps of at most lineGap pixels. A segment whose
+ * larger extent in x or y is at least lineLength is stored; its pixels are taken, and the votes of a pixel are taken
+ * back for each of them (drawn or not). Pixels of a shorter one are taken too, but their votes stay.
+ *
+ * pRect[i] holds the two end points of a segment: (x, y) and, in width and height, (x2, y2). *pLineCount receives the
+ * number of segments. The rounding mode of float conversions is as before on return.
+ *
+ * Status: zebStsOk; zebStsWarnLinesTruncated (another segment was found when maxLineCount were stored);
+ * zebStsErrNullPointer; zebStsErrSize (width, height or maxLineCount below 1); zebStsErrStep (srcStep below 1);
+ * zebStsErrBadArgument (threshold below 1, lineLength or lineGap below 0, or tables that were made for no delta above
+ * 0); zebStsErrOverflow (the scratch would not fit a 32-bit count).
+ */
+ZebStatus zebiHoughProbLine_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, int threshold, int lineLength,
+                                      int lineGap, ZebiRect* pRect, int maxLineCount, int* pLineCount, Zeb8u* pBuffer,
+                                      const ZebiHoughProbSpec* pSpec);
+
 #ifdef __cplusplus
 }
 #endif

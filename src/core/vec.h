@@ -131,6 +131,14 @@ ZEB_INLINE V32f loadWhere(const Zeb32f* p, V32s mask) {
   return {_mm256_maskload_ps(p, mask.v)};
 }
 
+// n pairs of floats taken apart, 0 <= n <= 8; the lanes behind them are 0.
+ZEB_INLINE void loadPairs(const Zeb32f* p, int n, V32f& first, V32f& second) {
+  const V32f a = loadN(p, 2 * n), b = n > 4 ? loadN(p + 8, 2 * n - 8) : V32f{_mm256_setzero_ps()};
+  const __m256 low = _mm256_permute2f128_ps(a.v, b.v, 0x20), high = _mm256_permute2f128_ps(a.v, b.v, 0x31);
+  first = {_mm256_shuffle_ps(low, high, 0x88)};
+  second = {_mm256_shuffle_ps(low, high, 0xDD)};
+}
+
 // ---- Constants ----
 
 ZEB_INLINE V8u splat(Zeb8u x) {
@@ -504,6 +512,11 @@ ZEB_INLINE V64f widenHigh(V32f a) {
   return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))};
 }
 
+// Sums of products of neighbouring lanes: a[2k] b[2k] + a[2k + 1] b[2k + 1], exact but for both being -32768
+// throughout.
+ZEB_INLINE V32s pairProducts(V16s a, V16s b) {
+  return {_mm256_madd_epi16(a.v, b.v)};
+}
 // Sums of neighbouring pixels: lane k holds pixel 2k plus pixel 2k + 1.
 ZEB_INLINE V16s pairSums(V8u a) {
   return {_mm256_maddubs_epi16(a.v, _mm256_set1_epi8(1))};
@@ -596,6 +609,18 @@ ZEB_INLINE bool allZero8(const Zeb8u* p) {
   const __m128i a = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   return _mm_testz_si128(a, a);
 }
+// While it lives, float arithmetic and conversions round toward zero; then the control word is as it was.
+class RoundTowardZero {
+ public:
+  RoundTowardZero() : before_(_mm_getcsr()) { _mm_setcsr(before_ | _MM_ROUND_TOWARD_ZERO); }
+  ~RoundTowardZero() { _mm_setcsr((_mm_getcsr() & ~_MM_ROUND_MASK) | (before_ & _MM_ROUND_MASK)); }
+  RoundTowardZero(const RoundTowardZero&) = delete;
+  RoundTowardZero& operator=(const RoundTowardZero&) = delete;
+
+ private:
+  unsigned before_;
+};
+
 // Eight mask bytes as lanes: all ones where the byte is not zero.
 ZEB_INLINE V32s loadMask(const Zeb8u* p) {
   return greater(loadAs32s(p), splat(0));

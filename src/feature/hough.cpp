@@ -1,0 +1,290 @@
+// Lines by the Hough transform over the whole accumulator or a part of it (P. Hough, 1962; R. Duda and P. Hart, 1972).
+//
+// One angle is accumulated at a time, so that its cells stay in the first-level cache. The edge pixels are listed once,
+// a pair of 16-bit coordinates to a word, and one multiply-add gives eight of their cells at a time. Two accumulators
+// take turns, because neighbouring pixels often vote for the same cell.
+#include "feature/hough.h"
+
+#include <string.h>
+
+#include "core/entry.h"
+#include "core/rows.h"
+#include "core/scratch.h"
+#include "core/services.h"
+#include "core/vec.h"
+
+namespace {
+
+using namespace zeb;
+
+struct Grid {
+  ZebiSize roi;
+  ZebiPoint_32f delta;
+  int angles;  // A + 1
+  int cells;   // nRho
+  int origin() const { return (cells - 1) / 2; }
+};
+
+struct Line {
+  int count, cell, angle, unused;
+};
+
+// Cosine and sine with ten fraction bits.
+struct Direction {
+  int c, s;
+};
+
+// Where everything lies in the caller's buffer.
+struct Workspace {
+  Zeb32s* row[3];  // counts of the previous, current and next angle, with eight zero cells on either side
+  Zeb32s* second;  // the other accumulator
+  Direction* directions;
+  Line* lines;
+  Zeb32s* pixels;
+};
+
+int64_t bufferSize(ZebiSize roi, ZebiPoint_32f delta, int64_t maxLineCount) {
+  const int64_t pixels = boundedProduct(int64_t{4} * roi.width + 48, roi.height);
+  return boundedProduct(houghCells(roi, delta.x), 16) + pixels + maxLineCount * 16 +
+         boundedProduct(houghAngleSteps(delta.y), 8) + 264;
+}
+
+Workspace carve(Zeb8u* pBuffer, const Grid& grid, int maxLineCount) {
+  Scratch scratch(pBuffer, bufferSize(grid.roi, grid.delta, maxLineCount));
+  Workspace work;
+  for (auto& row : work.row) {
+    row = scratch.take<Zeb32s>(grid.cells + 16, 4) + 8;
+    q7_zebsZero_32s(row - 8, grid.cells + 16);
+  }
+  work.second = scratch.take<Zeb32s>(grid.cells, 4);
+  q7_zebsZero_32s(work.second, grid.cells);
+  work.directions = scratch.take<Direction>(grid.angles, 4);
+  work.lines = scratch.take<Line>(maxLineCount, 4);
+  work.pixels = scratch.take<Zeb32s>(int64_t{grid.roi.width} * grid.roi.height, 4);
+  return work;
+}
+
+void fillDirections(const Grid& grid, Direction* out) {
+  const double scale = 1024.0 / static_cast<double>(grid.delta.x);
+  Zeb32f theta = 0;
+  for (int k = 0; k < grid.angles; ++k, theta += grid.delta.y)
+    out[k] = {static_cast<int>(__builtin_nearbyint(cos(static_cast<double>(theta)) * scale)),
+              static_cast<int>(__builtin_nearbyint(sin(static_cast<double>(theta)) * scale))};
+}
+
+// ---- Votes ----
+
+// The edge pixels as words (y << 16) | x; both below 2^15.
+int listPixels(Rows<const Zeb8u> src, ZebiSize roi, Zeb32s* out) {
+  int count = 0;
+  for (int y = 0; y < roi.height; ++y) {
+    const Zeb8u* row = src[y];
+    int x = 0;
+    for (; x <= roi.width - 32; x += 32) {
+      for (unsigned set = ~topBits(equal(load(row + x), splat(Zeb8u(0)))); set; set &= set - 1)
+        out[count++] = (y << 16) | (x + __builtin_ctz(set));
+    }
+    for (; x < roi.width; ++x)
+      if (row[x]) out[count++] = (y << 16) | x;
+  }
+  return count;
+}
+
+int clampCell(int64_t cell, int cells) {
+  return static_cast<int>(cell < 0 ? 0 : cell >= cells ? cells - 1 : cell);
+}
+
+// One vote for each of the listed pixels; even and odd ones into different accumulators.
+void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& grid, Zeb32s* even, Zeb32s* odd) {
+  const V16s factors = as<Zeb16s>(splat((d.s << 16) | (d.c & 0xFFFF)));
+  const V32s half = splat(512), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
+  alignas(32) Zeb32s cell[8];
+  const auto cells = [&](V32s words) {
+    const V32s r = shiftRight<10>(pairProducts(as<Zeb16s>(words), factors) + half) + origin;
+    return min(max(r, zero), last);
+  };
+  int i = 0;
+  for (; i <= count - 8; i += 8) {
+    store(cell, cells(load(pixels + i)));
+    for (int k = 0; k < 8; k += 2) {
+      ++even[cell[k]];
+      ++odd[cell[k + 1]];
+    }
+  }
+  if (i == count) return;
+  store(cell, cells(loadN(pixels + i, count - i)));
+  for (int k = 0; k < count - i; ++k) ++even[cell[k]];
+}
+
+// The same straight from the image, for coordinates or factors beyond 16 bits.
+void voteImage(Rows<const Zeb8u> src, const Direction d, const Grid& grid, Zeb32s* row) {
+  for (int y = 0; y < grid.roi.height; ++y) {
+    const Zeb8u* pixels = src[y];
+    for (int x = 0; x < grid.roi.width; ++x) {
+      if (!pixels[x]) continue;
+      const int64_t rho = static_cast<int64_t>(x) * d.c + static_cast<int64_t>(y) * d.s + 512;
+      ++row[clampCell((rho >> 10) + grid.origin(), grid.cells)];
+    }
+  }
+}
+
+// ---- Peaks ----
+
+// The strongest lines so far: by count, the earlier found first among equals.
+struct Strongest {
+  Line* lines;
+  int most;
+  int kept = 0;
+
+  void add(const Line& line) {
+    int low = 0, high = kept;  // the first entry with a smaller count
+    while (low < high) {
+      const int middle = low + (high - low) / 2;
+      if (lines[middle].count < line.count)
+        high = middle;
+      else
+        low = middle + 1;
+    }
+    if (low == most) return;
+    const int tail = (kept < most ? kept : most - 1) - low;
+    memmove(lines + low + 1, lines + low, static_cast<size_t>(tail) * sizeof(Line));
+    lines[low] = line;
+    if (kept < most) ++kept;
+  }
+};
+
+void searchRow(const Zeb32s* previous, const Zeb32s* row, const Zeb32s* next, int cells, int angle, int threshold,
+               Strongest& strongest) {
+  const V32s bound = splat(threshold);
+  for (int r = 0; r < cells; r += 8) {
+    // Eight zero cells lie behind the last one.
+    const V32s a = load(row + r);
+    const V32s strong = greater(a, bound);
+    if (!anyBit(strong)) continue;
+    const int n = cells - r < 8 ? cells - r : 8;
+    const V32s larger = greater(a, load(row + r - 1)) & greater(a, loadN(previous + r, n));
+    const V32s smaller = greater(load(row + r + 1), a) | greater(loadN(next + r, n), a);
+    for (unsigned found = topBits(andNot(smaller, strong & larger)); found; found &= found - 1) {
+      const int k = r + __builtin_ctz(found);
+      strongest.add({row[k], k, angle, 0});
+    }
+  }
+}
+
+// ---- The transform ----
+
+// The cells and angles that take part, both ends included.
+struct Window {
+  int firstCell, lastCell, firstAngle, lastAngle;
+};
+
+void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int listed,
+                int angle, Zeb32s* row) {
+  q7_zebsZero_32s(row, grid.cells);
+  if (angle < window.firstAngle || angle > window.lastAngle) return;
+  const Direction d = work.directions[angle];
+  if (listed >= 0) {
+    voteListed(work.pixels, listed, d, grid, row, work.second);
+    int r = 0;
+    for (; r <= grid.cells - 8; r += 8) {
+      store(row + r, load(row + r) + load(work.second + r));
+      store(work.second + r, splat(0));
+    }
+    for (; r < grid.cells; ++r) row[r] += work.second[r], work.second[r] = 0;
+  } else {
+    voteImage(src, d, grid, row);
+  }
+  q7_zebsZero_32s(row, window.firstCell);
+  if (window.lastCell < grid.cells - 1) q7_zebsZero_32s(row + window.lastCell + 1, grid.cells - 1 - window.lastCell);
+}
+
+bool fits16(const Grid& grid) {
+  // The largest factor is 1024 / deltaRho.
+  return grid.roi.width <= 32768 && grid.roi.height <= 32768 && grid.delta.x >= 1024.0f / 32000.0f;
+}
+
+int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int threshold,
+              int maxLineCount) {
+  fillDirections(grid, work.directions);
+  const int listed = fits16(grid) ? listPixels(src, grid.roi, work.pixels) : -1;
+  Strongest strongest{work.lines, maxLineCount};
+  Zeb32s *previous = work.row[0], *row = work.row[1], *next = work.row[2];
+  accumulate(src, grid, work, window, listed, 0, row);
+  for (int k = 0; k < grid.angles; ++k) {
+    if (k + 1 < grid.angles)
+      accumulate(src, grid, work, window, listed, k + 1, next);
+    else
+      q7_zebsZero_32s(next, grid.cells);
+    searchRow(previous, row, next, grid.cells, k, threshold, strongest);
+    Zeb32s* oldest = previous;
+    previous = row, row = next, next = oldest;
+  }
+  return strongest.kept;
+}
+
+Zeb32f rhoOf(const Grid& grid, int cell) {
+  return grid.delta.x * static_cast<Zeb32f>(cell - grid.origin());
+}
+Zeb32f thetaOf(const Grid& grid, int angle) {
+  return grid.delta.y * static_cast<Zeb32f>(angle);
+}
+
+// The cells and angles inside a region of (rho, theta). An empty range ends before it starts.
+Window windowOf(const Grid& grid, const ZebiPoint_32f* region) {
+  Window w = {0, grid.cells - 1, 0, grid.angles - 1};
+  while (w.firstCell < grid.cells && rhoOf(grid, w.firstCell) < region[0].x) ++w.firstCell;
+  while (w.lastCell >= 0 && rhoOf(grid, w.lastCell) > region[1].x) --w.lastCell;
+  while (w.firstAngle < grid.angles && thetaOf(grid, w.firstAngle) < region[0].y) ++w.firstAngle;
+  while (w.lastAngle >= 0 && thetaOf(grid, w.lastAngle) > region[1].y) --w.lastAngle;
+  return w;
+}
+
+ZebStatus checked(const Zeb8u* pSrc, int srcStep, ZebiSize roi, ZebiPoint_32f delta, int threshold,
+                  const ZebiPoint_32f* pLine, int maxLineCount, const int* pLineCount, const Zeb8u* pBuffer) {
+  return firstFailure(
+      present(pSrc, pLine, pLineCount, pBuffer), require(srcStep >= 1, zebStsErrStep), hasArea(roi),
+      atLeastOne(maxLineCount),
+      require(delta.x > 0 && static_cast<double>(delta.x) <= static_cast<double>(roi.width) + roi.height && delta.y > 0,
+              zebStsErrBadArgument),
+      require(delta.y <= largestAngle && threshold >= 1, zebStsErrBadArgument));
+}
+
+ZebStatus lines(const Zeb8u* pSrc, int srcStep, ZebiSize roi, ZebiPoint_32f delta, int threshold, ZebiPoint_32f* pLine,
+                int maxLineCount, int* pLineCount, Zeb8u* pBuffer, const ZebiPoint_32f* region) {
+  if (bufferSize(roi, delta, maxLineCount) > INT32_MAX) return zebStsErrOverflow;
+  const Grid grid = {roi, delta, static_cast<int>(houghAngleSteps(delta.y)) + 1,
+                     static_cast<int>(houghCells(roi, delta.x))};
+  const Workspace work = carve(pBuffer, grid, maxLineCount);
+  const Window all = {0, grid.cells - 1, 0, grid.angles - 1};
+  const int kept =
+      transform(Rows(pSrc, srcStep), grid, work, region ? windowOf(grid, region) : all, threshold, maxLineCount);
+  for (int i = 0; i < kept; ++i) pLine[i] = {rhoOf(grid, work.lines[i].cell), thetaOf(grid, work.lines[i].angle)};
+  *pLineCount = kept;
+  return zebStsOk;
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiHoughLineGetSize_8u_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int maxLineCount, int* pBufSize) {
+  if (auto bad = firstFailure(present(pBufSize), hasArea(roiSize), positiveDeltas(delta))) return bad;
+  return reportSize(bufferSize(roiSize, delta, maxLineCount), pBufSize);
+}
+
+ZEB_ENTRY(zebiHoughLine_8u32f_C1R)
+(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, ZebiPoint_32f delta, int threshold, ZebiPoint_32f* pLine,
+ int maxLineCount, int* pLineCount, Zeb8u* pBuffer) {
+  if (auto bad = checked(pSrc, srcStep, roiSize, delta, threshold, pLine, maxLineCount, pLineCount, pBuffer))
+    return bad;
+  return lines(pSrc, srcStep, roiSize, delta, threshold, pLine, maxLineCount, pLineCount, pBuffer, nullptr);
+}
+
+ZEB_ENTRY(zebiHoughLine_Region_8u32f_C1R)
+(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, ZebiPoint_32f* pLine, ZebiPoint_32f dstRoi[2], int maxLineCount,
+ int* pLineCount, ZebiPoint_32f delta, int threshold, Zeb8u* pBuffer) {
+  if (auto bad =
+          firstFailure(present(pSrc, pLine, pLineCount, pBuffer, dstRoi),
+                       checked(pSrc, srcStep, roiSize, delta, threshold, pLine, maxLineCount, pLineCount, pBuffer)))
+    return bad;
+  if (!(dstRoi[0].x <= dstRoi[1].x && dstRoi[0].y <= dstRoi[1].y)) return zebStsErrRange;
+  return lines(pSrc, srcStep, roiSize, delta, threshold, pLine, maxLineCount, pLineCount, pBuffer, dstRoi);
+}

@@ -1,0 +1,293 @@
+// Line segments by the progressive probabilistic Hough transform (J. Matas, C. Galambos and J. Kittler, 2000).
+#include <string.h>
+
+#include "core/entry.h"
+#include "core/rows.h"
+#include "core/services.h"
+#include "core/vec.h"
+#include "feature/hough.h"
+
+// The spec record: three words, then a pair per angle. Its memory is the caller's, at any address.
+struct ZebiHoughProbSpec {
+  Zeb32f deltaRho, deltaTheta;
+  Zeb32s hint;
+};
+static_assert(sizeof(ZebiHoughProbSpec) == 12, "three words");
+
+namespace {
+
+using namespace zeb;
+
+// Cosine and sine over deltaRho.
+struct Normal {
+  Zeb32f c, s;
+};
+
+const Normal* normals(const ZebiHoughProbSpec* spec) {
+  return reinterpret_cast<const Normal*>(spec + 1);
+}
+Normal* normals(ZebiHoughProbSpec* spec) {
+  return reinterpret_cast<Normal*>(spec + 1);
+}
+
+// Scratch words may stand at odd addresses: the reported size leaves no room for alignment.
+template <class T>
+using Anywhere __attribute__((aligned(1))) = T;
+
+int64_t maskStep(ZebiSize roi) {
+  return (roi.width >> 3) + 1;
+}
+int64_t bufferSize(ZebiSize roi, int64_t cells, int64_t angles) {
+  return maskStep(roi) * roi.height +
+         boundedProduct(boundedProduct(cells, angles) + int64_t{roi.height} * roi.width, 4);
+}
+
+struct Settings {
+  ZebiSize roi;
+  int threshold, lineLength, lineGap;
+  int angles, cells;
+  const Normal* normals;
+};
+
+// Random numbers by multiply-with-carry, the same in every call.
+class Draw {
+ public:
+  unsigned next(unsigned n) {
+    const uint64_t t = 4164903690ull * x_ + carry_;
+    carry_ = static_cast<unsigned>(t >> 32);
+    x_ = static_cast<unsigned>(t);
+    return x_ % n;
+  }
+
+ private:
+  unsigned x_ = 0xFFFFFFFF, carry_ = 0xFFFFFFFF;
+};
+
+// One bit per pixel: edge pixels that no segment has taken.
+class EdgeMask {
+ public:
+  EdgeMask(Zeb8u* bits, ZebiSize roi) : bits_(bits), step_(static_cast<int>(maskStep(roi))) {}
+  bool has(int x, int y) const { return bits_[at(x, y)] >> (x & 7) & 1; }
+  void set(int x, int y) { bits_[at(x, y)] |= static_cast<Zeb8u>(1 << (x & 7)); }
+  void clear(int x, int y) { bits_[at(x, y)] &= static_cast<Zeb8u>(~(1 << (x & 7))); }
+
+ private:
+  size_t at(int x, int y) const { return static_cast<size_t>(y) * step_ + (x >> 3); }
+  Zeb8u* bits_;
+  int step_;
+};
+
+// Votes of single pixels over all angles. Cell r of angle k is counts[k x cells + r]. Runs under rounding toward zero,
+// which the sums and products see as well as the conversion.
+template <class T>
+class Votes {
+ public:
+  Votes(Anywhere<T>* counts, const Settings& s) : counts_(counts), s_(s) {}
+
+  // Adds the votes of a pixel; the strongest of its cells, and that cell's angle, the smallest among equals.
+  __attribute__((noinline)) int add(int x, int y, int& angle) {
+    int best = INT32_MIN;
+    forEachCell(x, y, [&](Anywhere<T>& count, int k) {
+      const int votes = ++count;
+      if (votes > best) best = votes, angle = k;
+    });
+    return best;
+  }
+  __attribute__((noinline)) void remove(int x, int y) {
+    forEachCell(x, y, [](Anywhere<T>& count, int) { --count; });
+  }
+
+ private:
+  template <class F>
+  ZEB_INLINE void forEachCell(int x, int y, F touch) {
+    const V32f fx = splat(static_cast<Zeb32f>(x)), fy = splat(static_cast<Zeb32f>(y));
+    const V32s origin = splat((s_.cells - 1) / 2), last = splat(s_.cells - 1), zero = splat(0);
+    alignas(32) Zeb32s cell[8];
+    Anywhere<T>* row = counts_;
+    for (int k = 0; k < s_.angles; k += 8) {
+      const int n = s_.angles - k < 8 ? s_.angles - k : 8;
+      V32f c, s;
+      loadPairs(reinterpret_cast<const Zeb32f*>(s_.normals + k), n, c, s);
+      const V32s rho = truncateToInt(fx * c + fy * s) + origin;
+      store(cell, min(max(rho, zero), last));
+      for (int i = 0; i < n; ++i, row += s_.cells) touch(row[cell[i]], k + i);
+    }
+  }
+
+  Anywhere<T>* counts_;
+  const Settings& s_;
+};
+
+// Steps from a pixel along a line, one pixel of its longer extent at a time, the other coordinate in 16.16 fixed point.
+class Walk {
+ public:
+  Walk(ZebiPoint from, Normal normal, bool forwards) {
+    // The line runs along (-sin, cos).
+    const Zeb32f dx = -normal.s, dy = normal.c;
+    alongX_ = __builtin_fabsf(dx) > __builtin_fabsf(dy);
+    const Zeb32f longer = alongX_ ? dx : dy, shorter = alongX_ ? dy : dx;
+    unit_ = longer < 0 ? -1 : 1;
+    slope_ = static_cast<int>(shorter / __builtin_fabsf(longer) * 65536.0f);
+    if (!forwards) unit_ = -unit_, slope_ = -slope_;
+    position_ = alongX_ ? from.x : from.y;
+    fixed_ = (static_cast<int64_t>(alongX_ ? from.y : from.x) << 16) + 32768;
+  }
+  ZebiPoint at() const {
+    const int other = static_cast<int>(fixed_ >> 16);
+    return alongX_ ? ZebiPoint{position_, other} : ZebiPoint{other, position_};
+  }
+  void step() { position_ += unit_, fixed_ += slope_; }
+
+ private:
+  bool alongX_;
+  int position_, unit_;
+  int64_t fixed_, slope_;
+};
+
+bool inside(ZebiPoint p, ZebiSize roi) {
+  return p.x >= 0 && p.y >= 0 && p.x < roi.width && p.y < roi.height;
+}
+bool same(ZebiPoint a, ZebiPoint b) {
+  return a.x == b.x && a.y == b.y;
+}
+int distance(int a, int b) {
+  return a < b ? b - a : a - b;
+}
+
+// The last edge pixel that a walk reaches over gaps of at most the allowed length.
+ZebiPoint farthest(const EdgeMask& mask, const Settings& s, ZebiPoint from, Normal normal, bool forwards) {
+  ZebiPoint end = from;
+  int gap = 0;
+  for (Walk walk(from, normal, forwards); inside(walk.at(), s.roi); walk.step()) {
+    const ZebiPoint p = walk.at();
+    if (mask.has(p.x, p.y)) {
+      end = p, gap = 0;
+    } else if (++gap > s.lineGap) {
+      break;
+    }
+  }
+  return end;
+}
+
+// Draws all pixels of the list, which shrinks by it, and stores the segments. Returns the status of the call.
+template <class T>
+ZebStatus findSegments(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count, Anywhere<T>* counts,
+                       ZebiRect* out, int most, int* stored) {
+  Votes<T> votes(counts, s);
+  Draw draw;
+  *stored = 0;
+  while (count > 0) {
+    const unsigned drawn = draw.next(count);
+    const int pixel = list[drawn];
+    list[drawn] = list[--count];
+    const ZebiPoint p = {pixel % s.roi.width, pixel / s.roi.width};
+    if (!mask.has(p.x, p.y)) continue;
+    int angle = 0;
+    if (votes.add(p.x, p.y, angle) < s.threshold) continue;
+
+    const Normal normal = s.normals[angle];
+    const ZebiPoint end[2] = {farthest(mask, s, p, normal, true), farthest(mask, s, p, normal, false)};
+    const bool segment = distance(end[0].x, end[1].x) >= s.lineLength || distance(end[0].y, end[1].y) >= s.lineLength;
+    for (int side = 0; side < 2; ++side) {
+      for (Walk walk(p, normal, side == 0);; walk.step()) {
+        const ZebiPoint q = walk.at();
+        if (mask.has(q.x, q.y)) {
+          if (segment) votes.remove(q.x, q.y);
+          mask.clear(q.x, q.y);
+        }
+        if (same(q, end[side])) break;
+      }
+    }
+    if (!segment) continue;
+    if (*stored == most) return zebStsWarnLinesTruncated;
+    out[(*stored)++] = {end[0].x, end[0].y, end[1].x, end[1].y};
+  }
+  return zebStsOk;
+}
+
+// The most pixels that one cell can hold: columns or rows, whichever the line crosses steeply, times the rows or
+// columns of up to three cells' widths. (Truncation makes the cell at 0 twice as wide, the limits of rho add a part.)
+double mostInCell(ZebiSize roi, Zeb32f deltaRho) {
+  return (roi.width > roi.height ? roi.width : roi.height) * (4.3 * static_cast<double>(deltaRho) + 2);
+}
+
+// Fills mask and list from the image; the number of edge pixels.
+unsigned collect(Rows<const Zeb8u> src, ZebiSize roi, EdgeMask& mask, Anywhere<Zeb32s>* list) {
+  unsigned count = 0;
+  for (int y = 0; y < roi.height; ++y) {
+    const Zeb8u* row = src[y];
+    const auto take = [&](int x) {
+      mask.set(x, y);
+      list[count++] = y * roi.width + x;
+    };
+    int x = 0;
+    for (; x <= roi.width - 32; x += 32)
+      for (unsigned set = ~topBits(equal(load(row + x), splat(Zeb8u(0)))); set; set &= set - 1)
+        take(x + __builtin_ctz(set));
+    for (; x < roi.width; ++x)
+      if (row[x]) take(x);
+  }
+  return count;
+}
+
+template <class T>
+ZebStatus run(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count, Zeb8u* counts, ZebiRect* out,
+              int most, int* stored) {
+  memset(counts, 0, static_cast<size_t>(s.cells) * s.angles * sizeof(T));
+  const RoundTowardZero mode;
+  return findSegments<T>(s, mask, list, count, reinterpret_cast<Anywhere<T>*>(counts), out, most, stored);
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiHoughProbLineGetSize_8u_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int* pSpecSize, int* pBufSize) {
+  if (auto bad = firstFailure(present(pSpecSize, pBufSize), hasArea(roiSize), positiveDeltas(delta))) return bad;
+  const int64_t steps = houghAngleSteps(delta.y);
+  const int64_t spec = steps * 8 + 24, buffer = bufferSize(roiSize, houghCells(roiSize, delta.x), steps + 1);
+  if (spec > INT32_MAX || buffer > INT32_MAX) return zebStsErrOverflow;
+  *pSpecSize = static_cast<int>(spec);
+  *pBufSize = static_cast<int>(buffer);
+  return zebStsOk;
+}
+
+ZEB_ENTRY(zebiHoughProbLineInit_8u32f_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int hint, ZebiHoughProbSpec* pSpec) {
+  if (auto bad = firstFailure(hasArea(roiSize), positiveDeltas(delta), present(pSpec))) return bad;
+  const int64_t angles = houghAngleSteps(delta.y) + 1;
+  if (angles * 8 + 16 > INT32_MAX) return zebStsErrOverflow;
+  *pSpec = {delta.x, delta.y, hint};
+  Normal* out = normals(pSpec);
+  Zeb32f theta = 0;
+  for (int64_t k = 0; k < angles; ++k, theta += delta.y) {
+    const double rho = static_cast<double>(delta.x);
+    out[k] = {static_cast<Zeb32f>(cos(static_cast<double>(theta)) / rho),
+              static_cast<Zeb32f>(sin(static_cast<double>(theta)) / rho)};
+  }
+  return zebStsOk;
+}
+
+ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
+(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, int threshold, int lineLength, int lineGap, ZebiRect* pRect,
+ int maxLineCount, int* pLineCount, Zeb8u* pBuffer, const ZebiHoughProbSpec* pSpec) {
+  if (auto bad =
+          firstFailure(present(pSrc, pRect, pLineCount, pBuffer, pSpec), hasArea(roiSize), atLeastOne(maxLineCount),
+                       require(threshold >= 1 && lineLength >= 0 && lineGap >= 0, zebStsErrBadArgument)))
+    return bad;
+  if (auto bad = positiveDeltas({pSpec->deltaRho, pSpec->deltaTheta})) return bad;
+  const int64_t cells = houghCells(roiSize, pSpec->deltaRho), angles = houghAngleSteps(pSpec->deltaTheta) + 1;
+  const int64_t size = bufferSize(roiSize, cells, angles);
+  if (size > INT32_MAX) return zebStsErrOverflow;
+  // A delta beyond the image leaves a single cell.
+  const Settings s = {roiSize,       threshold, lineLength, lineGap, static_cast<int>(angles), static_cast<int>(cells),
+                      normals(pSpec)};
+  const int64_t maskBytes = maskStep(roiSize) * roiSize.height;
+  Zeb8u* bits = pBuffer + (size - maskBytes);
+  q7_zebsZero_8u(bits, static_cast<int>(maskBytes));
+  EdgeMask mask(bits, roiSize);
+  auto* list = reinterpret_cast<Anywhere<Zeb32s>*>(bits - 4 * static_cast<int64_t>(roiSize.width) * roiSize.height);
+  const unsigned count = collect(Rows(pSrc, srcStep), roiSize, mask, list);
+  *pLineCount = 0;
+  if (count == 0 || cells == 0) return zebStsOk;
+  if (count < 32767 || mostInCell(roiSize, pSpec->deltaRho) < 32767)
+    return run<Zeb16s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
+  return run<Zeb32s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
+}
