@@ -97,6 +97,17 @@ ZEB_INLINE __m256i firstLanes64(int n) {
   return _mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3));
 }
 
+// All ones in the first n elements, 0 <= n <= lanes.
+ZEB_INLINE __m256i firstBytes(int n) {
+  const __m256i index = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
+                                         22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
+  return _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(n)), index);
+}
+template <class T>
+ZEB_INLINE Vec<T> firstElements(int n) {
+  return as<T>(Vec<Zeb8u>{firstBytes(n * static_cast<int>(sizeof(T)))});
+}
+
 // The first n elements, 0 <= n <= lanes; the other lanes are 0.
 template <class T>
 ZEB_INLINE Vec<T> loadN(const T* p, int n) {
@@ -390,6 +401,14 @@ ZEB_INLINE V64f greater(V64f a, V64f b) {
 template <class T>
 ZEB_INLINE Vec<T> less(Vec<T> a, Vec<T> b) {
   return greater(b, a);
+}
+template <class T>
+ZEB_INLINE Vec<T> atMost(Vec<T> a, Vec<T> b) {
+  if constexpr (std::is_same_v<T, Zeb32f>) {
+    return {_mm256_cmp_ps(a.v, b.v, _CMP_LE_OQ)};
+  } else {
+    return equal(min(a, b), a);
+  }
 }
 
 // yes where the mask is all ones, no where it is all zeros.

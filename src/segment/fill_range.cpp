@@ -1,0 +1,83 @@
+// Flood fill of the pixels that are connected to the seed and lie in an interval about its value.
+#include <limits>
+
+#include "core/entry.h"
+#include "segment/fill_painted.h"
+
+namespace {
+
+using namespace zeb;
+
+// The interval about a value, limited to the type for integers; single-precision sums for floats.
+template <class T>
+void interval(T value, T below, T above, T* low, T* high) {
+  if constexpr (std::is_integral_v<T>) {
+    constexpr int largest = std::numeric_limits<T>::max();
+    *low = static_cast<T>(value > below ? value - below : 0);
+    *high = static_cast<T>(value + above < largest ? value + above : largest);
+  } else {
+    *low = value - below;
+    *high = value + above;
+  }
+}
+
+template <class T, int channels, bool diagonal, class Pixels>
+void run(Rows<T> image, ZebiSize size, ZebiPoint seed, const T* newValue, Pixels& pixels, SpanStack& stack,
+         ZebiConnectedComp* pRegion) {
+  EndAt whenFull{pixelCount(size) / 4};
+  PaintedRegion<T, channels, Pixels, EndAt> region(image, size, newValue, pixels, stack, whenFull);
+  region.template fill<diagonal>(seed, size);
+  region.record(pRegion);
+}
+
+template <class T, int channels, bool diagonal>
+ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
+               const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {
+  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, newValue, minDelta, maxDelta))
+    return bad;
+  const Rows image(pImage, imageStep);
+  const T* seedPixel = image[seed.y] + seed.x * channels;
+  if (equalPixels<T, channels>(seedPixel, newValue)) return zebStsOk;
+
+  T low[channels], high[channels];
+  for (int c = 0; c < channels; ++c) interval(seedPixel[c], minDelta[c], maxDelta[c], &low[c], &high[c]);
+  const InInterval<T, channels> test(low, high);
+  const int64_t room = stackBytes(size);
+  SpanStack stack(pBuffer, room);
+  if (test(newValue)) {
+    UnpaintedPixels<T, channels, InInterval<T, channels>> pixels(image, size, test, pBuffer + room);
+    run<T, channels, diagonal>(image, size, seed, newValue, pixels, stack, pRegion);
+  } else {
+    TestedPixels<T, channels, InInterval<T, channels>> pixels(image, size, test);
+    run<T, channels, diagonal>(image, size, seed, newValue, pixels, stack, pRegion);
+  }
+  return zebStsOk;
+}
+
+}  // namespace
+
+#define ONE_CHANNEL(name, T, diagonal)                                                                              \
+  ZEB_ENTRY(name)                                                                                                   \
+  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, T minDelta, T maxDelta,                   \
+   ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                                                    \
+    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, &newVal, &minDelta, &maxDelta, pRegion, pBuffer); \
+  }
+#define THREE_CHANNELS(name, T, diagonal)                                                                        \
+  ZEB_ENTRY(name)                                                                                                \
+  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, const T newVal[3], const T minDelta[3],          \
+   const T maxDelta[3], ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                            \
+    return fill<T, 3, diagonal>(pImage, imageStep, roiSize, seed, newVal, minDelta, maxDelta, pRegion, pBuffer); \
+  }
+
+ONE_CHANNEL(zebiFloodFill_Range4Con_8u_C1IR, Zeb8u, false)
+ONE_CHANNEL(zebiFloodFill_Range4Con_16u_C1IR, Zeb16u, false)
+ONE_CHANNEL(zebiFloodFill_Range4Con_32f_C1IR, Zeb32f, false)
+ONE_CHANNEL(zebiFloodFill_Range8Con_8u_C1IR, Zeb8u, true)
+ONE_CHANNEL(zebiFloodFill_Range8Con_16u_C1IR, Zeb16u, true)
+ONE_CHANNEL(zebiFloodFill_Range8Con_32f_C1IR, Zeb32f, true)
+THREE_CHANNELS(zebiFloodFill_Range4Con_8u_C3IR, Zeb8u, false)
+THREE_CHANNELS(zebiFloodFill_Range4Con_16u_C3IR, Zeb16u, false)
+THREE_CHANNELS(zebiFloodFill_Range4Con_32f_C3IR, Zeb32f, false)
+THREE_CHANNELS(zebiFloodFill_Range8Con_8u_C3IR, Zeb8u, true)
+THREE_CHANNELS(zebiFloodFill_Range8Con_16u_C3IR, Zeb16u, true)
+THREE_CHANNELS(zebiFloodFill_Range8Con_32f_C3IR, Zeb32f, true)
