@@ -7,77 +7,58 @@
 
 namespace zeb {
 
-// One bit per pixel, rows one after the other, in the caller's memory.
-class PixelBits {
+// One byte per pixel, 0 or 1, rows one after the other, in the caller's memory.
+class PixelMap {
  public:
-  PixelBits(Zeb8u* memory, ZebiSize size) : bits_(memory), width_(size.width), count_(pixelCount(size)) {}
+  PixelMap(Zeb8u* memory, ZebiSize size)
+      : bytes_(memory), width_(static_cast<size_t>(size.width)), count_(static_cast<size_t>(pixelCount(size))) {}
 
-  static int64_t bytes(ZebiSize size) { return (pixelCount(size) + 7) / 8; }
-  void clear() { memset(bits_, 0, static_cast<size_t>((count_ + 7) / 8)); }
-  bool at(int x, int y) const {
-    const int64_t i = index(x, y);
-    return bits_[i >> 3] >> (i & 7) & 1;
+  void clear() { memset(bytes_, 0, count_); }
+  Zeb8u* row(int y) const { return bytes_ + static_cast<size_t>(y) * width_; }
+  void mark(int y, int left, int right, int value) {
+    memset(row(y) + left, value, static_cast<size_t>(right - left + 1));
   }
-  void set(int y, int left, int right) {
-    for (int64_t i = index(left, y), end = index(right, y); i <= end; ++i)
-      bits_[i >> 3] = static_cast<Zeb8u>(bits_[i >> 3] | 1 << (i & 7));
+  // The first marked pixel from number i on; false when there is none.
+  bool next(size_t* i) const {
+    const void* found = *i < count_ ? memchr(bytes_ + *i, 1, count_ - *i) : nullptr;
+    if (found) *i = static_cast<size_t>(static_cast<const Zeb8u*>(found) - bytes_);
+    return found != nullptr;
   }
-  void reset(int x, int y) {
-    const int64_t i = index(x, y);
-    bits_[i >> 3] = static_cast<Zeb8u>(bits_[i >> 3] & ~(1 << (i & 7)));
-  }
-  int64_t index(int x, int y) const { return static_cast<int64_t>(y) * width_ + x; }
-  // The first set bit from i on, or -1.
-  int64_t firstFrom(int64_t i) const {
-    while (i < count_) {
-      if (const int byte = bits_[i >> 3] >> (i & 7)) {
-        i += __builtin_ctz(static_cast<unsigned>(byte));
-        return i;
-      }
-      i = (i | 7) + 1;
-    }
-    return -1;
-  }
+  size_t width() const { return width_; }
 
  private:
-  Zeb8u* bits_;
-  int width_;
-  int64_t count_;
+  Zeb8u* bytes_;
+  size_t width_, count_;
 };
 
-// Spans that found the stack full, as bits of their pixels: runs of one row never touch each other, so the spans can be
-// read back from the bits. They come back without their parent; its row is then looked through again, in vain.
+// Spans that found the stack full, as marks of their pixels: runs of one row never touch each other, so the spans can
+// be read back. They come back without their parent; its row is then looked through again, in vain.
 class PostponedSpans {
  public:
-  PostponedSpans(Zeb8u* memory, ZebiSize size) : bits_(memory, size), size_(size) {}
+  PostponedSpans(Zeb8u* memory, ZebiSize size) : map_(memory, size), size_(size) {}
 
   void add(const Span& s) {
-    if (!used_) bits_.clear();
+    if (!used_) map_.clear();
     used_ = true;
-    bits_.set(s.y, s.left, s.right);
-    const int64_t i = bits_.index(s.left, s.y);
+    map_.mark(s.y, s.left, s.right, 1);
+    const size_t i = static_cast<size_t>(s.y) * map_.width() + static_cast<size_t>(s.left);
     if (i < next_) next_ = i;
   }
   bool take(Span* s) {
-    if (!used_) return false;
-    const int64_t i = bits_.firstFrom(next_);
-    if (i < 0) return false;
-    next_ = i;
-    s->y = static_cast<int>(i / size_.width);
-    s->left = s->right = static_cast<int>(i % size_.width);
-    bits_.reset(s->left, s->y);
-    while (s->right + 1 < size_.width && bits_.at(s->right + 1, s->y)) bits_.reset(++s->right, s->y);
-    s->parentLeft = s->right + 1;
-    s->parentRight = s->right;
-    s->direction = 1;
+    if (!used_ || !map_.next(&next_)) return false;
+    const int y = static_cast<int>(next_ / map_.width()), left = static_cast<int>(next_ % map_.width());
+    int right = left;
+    while (right + 1 < size_.width && map_.row(y)[right + 1]) ++right;
+    map_.mark(y, left, right, 0);
+    *s = {y, left, right, right + 1, right, 1};
     return true;
   }
 
  private:
-  PixelBits bits_;
+  PixelMap map_;
   ZebiSize size_;
   bool used_ = false;
-  int64_t next_ = INT64_MAX;
+  size_t next_ = SIZE_MAX;
 };
 
 // Finds runs of pixels that pass a test, by vectors.
@@ -98,7 +79,7 @@ class TestedPixels {
   Test test_;
 };
 
-// The same where painted pixels pass the test again: a bit per pixel tells that it has been painted.
+// The same where painted pixels pass the test again: a map tells what has been painted.
 template <class T, int channels, class Test>
 class UnpaintedPixels {
  public:
@@ -115,7 +96,7 @@ class UnpaintedPixels {
     return x;
   }
   int end(int y, int x) const { return first<false>(y, x); }
-  void taken(int y, int left, int right) { painted_.set(y, left, right); }
+  void taken(int y, int left, int right) { painted_.mark(y, left, right, 1); }
 
  private:
   template <bool wanted>
@@ -123,12 +104,12 @@ class UnpaintedPixels {
     while (x < width_ && passes(x, y) != wanted) ++x;
     return x;
   }
-  bool passes(int x, int y) const { return test_(image_[y] + x * channels) && !painted_.at(x, y); }
+  bool passes(int x, int y) const { return test_(image_[y] + x * channels) && !painted_.row(y)[x]; }
 
   Rows<T> image_;
   int width_;
   Test test_;
-  PixelBits painted_;
+  PixelMap painted_;
 };
 
 // What becomes of a span when the stack is full: the plain fills put it aside, the range fills end.
@@ -192,9 +173,10 @@ class PaintedRegion {
   Extent extent_;
 };
 
-// What the fill before it needs of the buffer behind its stack.
+// The buffer holds the stack and, behind it, a map of one byte per pixel. Of the 6 bytes per pixel and 32 that there
+// are this leaves the stack of a range fill the width x height / 4 - 1 entries of 20 bytes that it can come to hold.
 inline int64_t stackBytes(ZebiSize size) {
-  return fillBytes(size) - PixelBits::bytes(size);
+  return fillBytes(size) - pixelCount(size);
 }
 
 }  // namespace zeb

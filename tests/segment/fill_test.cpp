@@ -117,7 +117,7 @@ testing::AssertionResult fillsLikeReference(const Fill<T>& fill, const Plane<T>&
 }
 
 // Shapes of 0 (the region) and 1 that are hard on span stacks and on the finding of runs.
-enum class Shape { sparse, dense, maze, flat, checkerboard, comb, sidewaysComb, spiral, lattice, stripes };
+enum class Shape { sparse, dense, maze, flat, checkerboard, comb, sidewaysComb, spiral, lattice, stripes, hook };
 constexpr Shape allShapes[] = {Shape::sparse, Shape::dense,        Shape::maze,   Shape::flat,    Shape::checkerboard,
                                Shape::comb,   Shape::sidewaysComb, Shape::spiral, Shape::lattice, Shape::stripes};
 
@@ -153,7 +153,10 @@ Plane<int> shaped(Shape shape, int w, int h, Random& random) {
           v = (ring & 1) && !(y == ring && x == ring + 1 + ring % 3);
           break;
         case Shape::lattice:  // full rows between rows of single pixels
-          v = y % 3 != 1 && (x & 1);
+          v = y % 2 == 0 && (x & 1);
+          break;
+        case Shape::hook:  // a full row cut in two, single pixels above and below, a way around the cut in the last row
+          v = y == 1 ? x == w - w / 8 : (x & 1) && !(y == 2 && std::abs(x - (w - w / 8)) < 3);
           break;
         case Shape::stripes:
           v = (x / 7) & 1;
@@ -244,7 +247,7 @@ TEST(Fill, MoreRunsThanTheStackHolds) {
   const std::vector<Fill<Zeb8u>> fills{PLAIN(8u, C1), DELTAS(8u, C1), PLAIN(8u, C3)};
   int cut = 0;
   for (const Fill<Zeb8u>& fill : fills)
-    for (Shape shape : {Shape::lattice, Shape::checkerboard, Shape::dense})
+    for (Shape shape : {Shape::lattice, Shape::checkerboard, Shape::dense, Shape::hook})
       for (const ZebiSize size : {ZebiSize{301, 150}, ZebiSize{5, 300}, ZebiSize{3, 200}, ZebiSize{90, 3}})
         for (const Seed seed : {Seed{0, 1}, Seed{size.width - 1, size.height - 2}}) {
           bool cutShort = false;
