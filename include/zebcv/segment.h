@@ -9,6 +9,74 @@ extern "C" {
 #endif
 
 /**
+ * @defgroup distance Distance transforms
+ *
+ * For every pixel of an 8u image the distance to the nearest feature: a zero pixel of the source. Zero pixels get 0.
+ * Pixels outside the image are no features.
+ *
+ * Steps are in bytes: srcStep at least width, dstStep at least width x element size and a multiple of the element size.
+ *
+ * Status: zebStsOk; zebStsErrNullPointer (an image, the weights or the buffer); zebStsErrSize (width or height below
+ * 1); zebStsErrStep; zebStsErrNotEvenStep (dstStep of 16u and 32f); then zebStsErrMetric (a weight is not above 0) or
+ * zebStsErrBadArgument (a radius below 0).
+ * @{
+ */
+
+/**
+ * Standard weights of the chamfer transforms: for kerSize 3 a straight and a diagonal step, for kerSize 5 a knight's
+ * step (one pixel one way, two the other) as well.
+ *
+ *     kerSize  norm              32f                 32s
+ *     3        zebiNormInf (0)   1, 1                1, 1
+ *     3        zebiNormL1 (1)    1, 2                1, 2
+ *     3        zebiNormL2 (2)    0.955, 1.3693       2, 3
+ *     5        zebiNormInf (0)   1, 1, 2             1, 1, 2
+ *     5        zebiNormL1 (1)    1, 2, 3             1, 2, 3
+ *     5        zebiNormL2 (2)    1, 1.4, 2.1969      5, 7, 11
+ *
+ * zebStsErrNullPointer (pMetrics), zebStsErrSize (kerSize neither 3 nor 5), zebStsErrBadArgument (norm).
+ */
+ZebStatus zebiGetDistanceTransformMask_32f(int kerSize, ZebiNorm norm, Zeb32f* pMetrics);
+ZebStatus zebiGetDistanceTransformMask_32s(int kerSize, ZebiNorm norm, Zeb32s* pMetrics);
+/**
+ * The 32f weights for maskType = 10 x kerSize + norm. A last digit other than 0, 1 or 2 is zebStsErrBadArgument before
+ * anything else is looked at.
+ */
+ZebStatus zebiGetDistanceTransformMask(int maskType, Zeb32f* pMetrics);
+
+/**
+ * Chamfer transform: the length of the shortest path of mask steps, in two raster passes.
+ *
+ * The pass from the top left gives a nonzero pixel the least of value + weight over the neighbours that it has visited
+ * (left, upper left, up, upper right; 5x5: the four knight's steps above and left as well), the pass back the least of
+ * that and of value + weight over the mirrored neighbours. This is so for any positive weights, also where a diagonal
+ * step weighs less than a straight one. A pixel without a visited neighbour starts at infinity: 255 for 8u, 65535 for
+ * 16u, the largest finite float for 32f. Sums of 8u and 16u saturate; sums of 32f are single-precision, one step after
+ * the other. In an image without a zero pixel all of 8u and 16u is infinity, and all of 32f as long as a weight is too
+ * small to change the largest float.
+ *
+ * The 8u forms may work in place (C1IR); source and destination that overlap otherwise are not supported. No scratch.
+ *
+ * G. Borgefors, "Distance transformations in digital images" (1986).
+ */
+ZebStatus zebiDistanceTransform_3x3_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                           const Zeb32s* pMetrics);
+ZebStatus zebiDistanceTransform_5x5_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                           const Zeb32s* pMetrics);
+ZebStatus zebiDistanceTransform_3x3_8u_C1IR(Zeb8u* pSrcDst, int srcDstStep, ZebiSize roiSize, const Zeb32s* pMetrics);
+ZebStatus zebiDistanceTransform_5x5_8u_C1IR(Zeb8u* pSrcDst, int srcDstStep, ZebiSize roiSize, const Zeb32s* pMetrics);
+ZebStatus zebiDistanceTransform_3x3_8u16u_C1R(const Zeb8u* pSrc, int srcStep, Zeb16u* pDst, int dstStep,
+                                              ZebiSize roiSize, const Zeb32s* pMetrics);
+ZebStatus zebiDistanceTransform_5x5_8u16u_C1R(const Zeb8u* pSrc, int srcStep, Zeb16u* pDst, int dstStep,
+                                              ZebiSize roiSize, const Zeb32s* pMetrics);
+ZebStatus zebiDistanceTransform_3x3_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep,
+                                              ZebiSize roiSize, const Zeb32f* pMetrics);
+ZebStatus zebiDistanceTransform_5x5_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep,
+                                              ZebiSize roiSize, const Zeb32f* pMetrics);
+
+/** @} */
+
+/**
  * @defgroup fill Flood fill
  *
  * Starting at a seed, every pixel that is connected to it (4Con: by edges; 8Con: by edges and corners) and passes a

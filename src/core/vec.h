@@ -640,6 +640,77 @@ class RoundTowardZero {
   unsigned before_;
 };
 
+
+// ---- Within the 128-bit halves of a vector ----
+
+// Elements moved by n places to higher or lower positions; zeros move in.
+template <int n, class T>
+ZEB_INLINE Vec<T> shiftUpInHalves(Vec<T> a) {
+  return as<T>(V8u{_mm256_bslli_epi128(bits(a.v), n * static_cast<int>(sizeof(T)))});
+}
+template <int n, class T>
+ZEB_INLINE Vec<T> shiftDownInHalves(Vec<T> a) {
+  return as<T>(V8u{_mm256_bsrli_epi128(bits(a.v), n * static_cast<int>(sizeof(T)))});
+}
+// The low half in the place of the high one, or the other way round; zeros in the half that is left.
+template <class T>
+ZEB_INLINE Vec<T> lowHalfUp(Vec<T> a) {
+  return as<T>(V8u{_mm256_permute2x128_si256(bits(a.v), bits(a.v), 0x08)});
+}
+template <class T>
+ZEB_INLINE Vec<T> highHalfDown(Vec<T> a) {
+  return as<T>(V8u{_mm256_permute2x128_si256(bits(a.v), bits(a.v), 0x81)});
+}
+// The last or first element of each half, or of the vector, everywhere.
+ZEB_INLINE V8u repeatLastOfHalves(V8u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_set1_epi8(15))};
+}
+ZEB_INLINE V16u repeatLastOfHalves(V16u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_set1_epi16(0x0F0E))};
+}
+ZEB_INLINE V8u repeatFirstOfHalves(V8u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_setzero_si256())};
+}
+ZEB_INLINE V16u repeatFirstOfHalves(V16u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_set1_epi16(0x0100))};
+}
+template <class T>
+ZEB_INLINE Vec<T> repeatLast(Vec<T> a) {
+  return repeatLastOfHalves(as<T>(V8u{_mm256_permute4x64_epi64(bits(a.v), 0xFF)}));
+}
+template <class T>
+ZEB_INLINE Vec<T> repeatFirst(Vec<T> a) {
+  return repeatFirstOfHalves(as<T>(V8u{_mm256_permute4x64_epi64(bits(a.v), 0x00)}));
+}
+// Four elements from one place as the low half, four from another as the high half.
+ZEB_INLINE V32f loadHalves(const Zeb32f* low, const Zeb32f* high) {
+  return {_mm256_loadu2_m128(high, low)};
+}
+ZEB_INLINE V32s loadHalvesAs32s(const Zeb8u* low, const Zeb8u* high) {
+  int a, b;
+  memcpy(&a, low, 4);
+  memcpy(&b, high, 4);
+  return {_mm256_cvtepu8_epi32(_mm_insert_epi32(_mm_cvtsi32_si128(a), b, 1))};
+}
+ZEB_INLINE void storeHalves(Zeb32f* low, Zeb32f* high, V32f a) {
+  _mm_storeu_ps(low, _mm256_castps256_ps128(a.v));
+  _mm_storeu_ps(high, _mm256_extractf128_ps(a.v, 1));
+}
+// Each half: element j of vector i becomes element i of vector j.
+ZEB_INLINE void transposeHalves(V32f& a, V32f& b, V32f& c, V32f& d) {
+  const __m256 ab0 = _mm256_unpacklo_ps(a.v, b.v), ab1 = _mm256_unpackhi_ps(a.v, b.v);
+  const __m256 cd0 = _mm256_unpacklo_ps(c.v, d.v), cd1 = _mm256_unpackhi_ps(c.v, d.v);
+  a.v = _mm256_shuffle_ps(ab0, cd0, 0x44);
+  b.v = _mm256_shuffle_ps(ab0, cd0, 0xEE);
+  c.v = _mm256_shuffle_ps(ab1, cd1, 0x44);
+  d.v = _mm256_shuffle_ps(ab1, cd1, 0xEE);
+}
+// Every lane's value moves to the next lane; the first lane takes the value at p.
+ZEB_INLINE V32f moveUpOneLane(V32f a, const Zeb32f* p) {
+  const __m256 moved = _mm256_permutevar8x32_ps(a.v, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6));
+  return {_mm256_blend_ps(moved, _mm256_broadcast_ss(p), 1)};
+}
+
 // Eight mask bytes as lanes: all ones where the byte is not zero.
 ZEB_INLINE V32s loadMask(const Zeb8u* p) {
   return greater(loadAs32s(p), splat(0));

@@ -1,0 +1,29 @@
+// What the chamfer transforms share.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/checks.h"
+#include "core/rows.h"
+
+namespace zeb {
+
+// Weights of a straight step, a diagonal step and, for 5 x 5 masks, a knight's step.
+template <class Weight, int mask>
+bool positive(const Weight* weights) {
+  for (int i = 0; i < (mask == 5 ? 3 : 2); ++i)
+    if (!(weights[i] > 0)) return false;
+  return true;
+}
+
+template <class T, int mask, class Weight>
+ZebStatus chamferChecks(const Zeb8u* pSrc, int srcStep, const T* pDst, int dstStep, ZebiSize roi,
+                        const Weight* pMetrics) {
+  if (auto bad = firstFailure(present(pSrc, pDst, pMetrics), hasArea(roi), holdsRow<Zeb8u>(srcStep, roi.width),
+                              holdsRow<T>(dstStep, roi.width), wholeElements<T>(dstStep)))
+    return bad;
+  return require(positive<Weight, mask>(pMetrics), zebStsErrMetric);
+}
+
+}  // namespace zeb

@@ -1,0 +1,48 @@
+// Distance transforms from their definitions.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "reference/plane.h"
+
+namespace ref {
+
+// Two raster passes, pixel by pixel. Sums are formed in Sum and limited to the type where that is an integer.
+template <class T, class Sum, class Weight>
+Plane<T> chamfer(const Plane<Zeb8u>& src, int mask, const Weight* weights) {
+  struct Step {
+    int dx, dy, weight;
+  };
+  std::vector<Step> visited = {{-1, 0, 0}, {-1, -1, 1}, {0, -1, 0}, {1, -1, 1}};
+  if (mask == 5) visited.insert(visited.end(), {{-2, -1, 2}, {-1, -2, 2}, {1, -2, 2}, {2, -1, 2}});
+  Plane<T> d(src.width, src.height);
+  const auto least = [&](int x, int y, int sign, bool* any) {
+    Sum best = 0;
+    *any = false;
+    for (const Step& s : visited) {
+      const int nx = x + sign * s.dx, ny = y + sign * s.dy;
+      if (nx < 0 || ny < 0 || nx >= src.width || ny >= src.height) continue;
+      Sum sum = static_cast<Sum>(d.at(nx, ny)) + static_cast<Sum>(weights[s.weight]);
+      if (std::is_integral_v<T>) sum = std::min(sum, static_cast<Sum>(std::numeric_limits<T>::max()));
+      best = *any ? std::min(best, sum) : sum;
+      *any = true;
+    }
+    return best;
+  };
+  bool any = false;
+  for (int y = 0; y < src.height; ++y)
+    for (int x = 0; x < src.width; ++x) {
+      const Sum sum = least(x, y, 1, &any);
+      d.at(x, y) = src.at(x, y) == 0 ? T(0) : any ? static_cast<T>(sum) : std::numeric_limits<T>::max();
+    }
+  for (int y = src.height - 1; y >= 0; --y)
+    for (int x = src.width - 1; x >= 0; --x) {
+      const Sum sum = least(x, y, -1, &any);
+      if (any && sum < static_cast<Sum>(d.at(x, y))) d.at(x, y) = static_cast<T>(sum);
+    }
+  return d;
+}
+
+}  // namespace ref
