@@ -74,6 +74,26 @@ ZebStatus zebiDistanceTransform_3x3_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Ze
 ZebStatus zebiDistanceTransform_5x5_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep,
                                               ZebiSize roiSize, const Zeb32f* pMetrics);
 
+/**
+ * Bytes of the buffer of the exact transform: 24 x max(width, height), rounded up to a multiple of four pixels, + 56.
+ *
+ * zebStsErrNullPointer (pBufferSize), zebStsErrSize (width or height below 1), zebStsErrOverflow (more than 2^31 - 1).
+ */
+ZebStatus zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(ZebiSize roiSize, int* pBufferSize);
+/**
+ * Exact Euclidean transform: dst = sqrt(min over the features of dx^2 + dy^2), the single-precision number nearest to
+ * the true distance, in images of any size.
+ *
+ * In an image without a zero pixel every distance is the square root of the largest finite float, 1.8446743e19. The
+ * cost grows with the area only. pBuffer is scratch of the size that the query reports, at any address, with any
+ * content.
+ *
+ * T. Hirata, "A unified linear-time algorithm for computing distance maps" (1996); A. Meijster, J. Roerdink, W.
+ * Hesselink, "A general algorithm for computing distance transforms in linear time" (2000).
+ */
+ZebStatus zebiTrueDistanceTransform_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep,
+                                              ZebiSize roiSize, Zeb8u* pBuffer);
+
 /** @} */
 
 /**

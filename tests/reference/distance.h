@@ -45,4 +45,21 @@ Plane<T> chamfer(const Plane<Zeb8u>& src, int mask, const Weight* weights) {
   return d;
 }
 
+// The nearest zero pixel of all, looked for anew for every pixel.
+inline Plane<Zeb32f> euclid(const Plane<Zeb8u>& src) {
+  std::vector<std::pair<long long, long long>> zeros;
+  for (int y = 0; y < src.height; ++y)
+    for (int x = 0; x < src.width; ++x)
+      if (src.at(x, y) == 0) zeros.push_back({x, y});
+  Plane<Zeb32f> d(src.width, src.height, 1, std::sqrt(std::numeric_limits<Zeb32f>::max()));
+  for (int y = 0; y < src.height && !zeros.empty(); ++y)
+    for (int x = 0; x < src.width; ++x) {
+      long long least = std::numeric_limits<long long>::max();
+      for (const auto& z : zeros)
+        least = std::min(least, (z.first - x) * (z.first - x) + (z.second - y) * (z.second - y));
+      d.at(x, y) = static_cast<Zeb32f>(std::sqrt(static_cast<long double>(least)));
+    }
+  return d;
+}
+
 }  // namespace ref

@@ -1,0 +1,119 @@
+// The exact Euclidean distance transform.
+#include "reference/distance.h"
+#include "segment/features.h"
+#include "support/compare.h"
+#include "support/contract.h"
+#include "support/stack.h"
+
+namespace {
+
+using namespace test;
+using ref::Plane;
+
+constexpr const char* name = "zebiTrueDistanceTransform_8u32f_C1R";
+
+int bufferSize(ZebiSize size) {
+  int bytes = 0;
+  EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(size, &bytes), zebStsOk);
+  return bytes;
+}
+
+testing::AssertionResult equalsReference(const Plane<Zeb8u>& picture, Random& random) {
+  const Image<Zeb8u> src(picture, Layout::random<Zeb8u>(random));
+  Image<Zeb32f> dst(picture.width, picture.height, 1, Layout::random<Zeb32f>(random));
+  const test::Scratch scratch(bufferSize(src.size()), random.within(0, 1) ? Place::back : Place::front);
+  const ZebStatus status = zebiTrueDistanceTransform_8u32f_C1R(src.pixels(), src.step(), dst.pixels(), dst.step(),
+                                                               src.size(), scratch.get());
+  if (status != zebStsOk) return testing::AssertionFailure() << "status " << status;
+  if (!scratch.intact()) return testing::AssertionFailure() << "wrote outside the buffer";
+  return agree(name, dst, ref::euclid(picture));
+}
+
+TEST(Euclid, EqualsReference) {
+  Random random;
+  int round = 0;
+  for (int i = 1; i <= 170; ++i, ++round) {
+    const ZebiSize wide{i, random.within(1, 14)}, high{random.within(1, 14), i};
+    for (int k = 0; k < 2; ++k, ++round) {
+      ASSERT_TRUE(equalsReference(features(allFeatures[round % std::size(allFeatures)], wide, random), random))
+          << wide.width << " x " << wide.height;
+      ASSERT_TRUE(equalsReference(features(allFeatures[round % std::size(allFeatures)], high, random), random))
+          << high.width << " x " << high.height;
+    }
+  }
+  for (Features kind : {Features::one, Features::sparse, Features::columns, Features::blobs})
+    ASSERT_TRUE(equalsReference(features(kind, {301, 47}, random), random));
+}
+
+// Near features in some rows, none in others, so that a row changes between the two ways of finding its minima; a few
+// features in images whose squares need more than 24, 30 and 32 bits.
+TEST(Euclid, FarFeatures) {
+  Random random;
+  for (const ZebiSize size : {ZebiSize{700, 60}, ZebiSize{3001, 3}, ZebiSize{2, 5003}, ZebiSize{23000, 2},
+                              ZebiSize{40009, 3}, ZebiSize{3, 40013}, ZebiSize{1, 70001}, ZebiSize{100003, 1}}) {
+    Plane<Zeb8u> picture(size.width, size.height, 1, 1);
+    for (int i = 0; i < 6; ++i) picture.at(random.within(0, size.width - 1), random.within(0, size.height - 1)) = 0;
+    for (int x = 0; x < size.width && size.height == 60; x += 9) picture.at(x, 20) = 0;
+    EXPECT_TRUE(equalsReference(picture, random)) << size.width << " x " << size.height;
+    std::fill(picture.data.begin(), picture.data.end(), Zeb8u(1));
+    picture.at(size.width - 1, size.height - 1) = 0;
+    EXPECT_TRUE(equalsReference(picture, random)) << size.width << " x " << size.height << ", one feature";
+  }
+}
+
+// Two features whose bisector passes through pixels: a boundary rounded to the wrong side would show.
+TEST(Euclid, BoundariesThroughPixels) {
+  Random random;
+  for (int i = 0; i < 300; ++i) {
+    Plane<Zeb8u> picture(random.within(150, 700), random.within(1, 9), 1, 1);
+    for (int k = 0; k < 3; ++k)
+      picture.at(random.within(0, picture.width - 1), random.within(0, picture.height - 1)) = 0;
+    ASSERT_TRUE(equalsReference(picture, random)) << i;
+  }
+}
+
+TEST(Euclid, BufferSizes) {
+  EXPECT_EQ(bufferSize({1, 1}), 24 * 4 + 56);
+  EXPECT_EQ(bufferSize({9, 4}), 24 * 12 + 56);
+  EXPECT_EQ(bufferSize({4, 17}), 24 * 20 + 56);
+  int bytes = -1;
+  EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({0, 4}, nullptr), zebStsErrNullPointer);
+  EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({0, 4}, &bytes), zebStsErrSize);
+  EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({4, -4}, &bytes), zebStsErrSize);
+  EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({0x7FFFFFFF, 4}, &bytes), zebStsErrOverflow);
+  EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({1, 89478484}, &bytes), zebStsErrOverflow);
+  EXPECT_EQ(bytes, -1);
+  EXPECT_EQ(bufferSize({89478480, 1}), 2147483576);
+}
+
+TEST(Euclid, Checks) {
+  constexpr int w = 9, h = 4;
+  const Image<Zeb8u> src(Plane<Zeb8u>(w, h, 1, 1), {});
+  Image<Zeb32f> dst(w, h, 1, {Place::back, 8, 0});
+  const test::Scratch scratch(bufferSize({w, h}));
+  Contract(NAMED(zebiTrueDistanceTransform_8u32f_C1R), src.pixels(), src.step(), dst.pixels(), dst.step(),
+           ZebiSize{w, h}, scratch.get())
+      .nulls<0, 2, 5>()
+      .sizes<4>()
+      .step<1>(w)
+      .step<3>(4 * w, 4)
+      .hostile<4>()
+      .multiple<3>(4)
+      .check();
+}
+
+TEST(Euclid, OldCallersStacks) {
+  Random random;
+  const auto picture = features(Features::sparse, {70, 20}, random);
+  const Image<Zeb8u> src(picture, {});
+  Image<Zeb32f> dst(70, 20, 1, {});
+  const test::Scratch scratch(bufferSize(src.size()));
+  for (int shift : {0, 4, 8, 12}) {
+    ASSERT_EQ(callMisaligned(shift, zebiTrueDistanceTransform_8u32f_C1R, src.pixels(), src.step(), dst.pixels(),
+                             dst.step(), dst.size(), scratch.get()),
+              zebStsOk);
+    EXPECT_TRUE(agree(name, dst, ref::euclid(picture))) << "stack shift " << shift;
+  }
+}
+
+}  // namespace
