@@ -94,6 +94,34 @@ ZebStatus zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(ZebiSize roiSize, int
 ZebStatus zebiTrueDistanceTransform_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep,
                                               ZebiSize roiSize, Zeb8u* pBuffer);
 
+/**
+ * Bytes of the buffer of the fast marching: (height + 34) x (((width + 31) & ~31) | 5) + 40.
+ *
+ * zebStsErrNullPointer (pBufferSize), zebStsErrSize (width or height below 1), zebStsErrOverflow (more than 2^31 - 1).
+ */
+ZebStatus zebiFastMarchingGetBufferSize_8u32f_C1R(ZebiSize roiSize, int* pBufferSize);
+/**
+ * Signed distance about the boundary between nonzero pixels, the object, and zero pixels.
+ *
+ * Zero pixels that have a 4-neighbour in the object are the boundary and get -1e-10. Inside, distances are positive and
+ * grow into the object. Outside, distances are negative down to -radius; zero pixels farther out get 0, and so do all
+ * that are not on the boundary when radius is 0. In an image without zero pixels distances are measured from its first
+ * pixel, which holds 1000000; so does a first pixel that lies farther inside than that.
+ *
+ * The magnitudes m are a fixed point of the local update, in single precision: with s the smaller magnitude of the left
+ * and right neighbour and t that of the upper and lower one (0 on the boundary), m is at most 1 + min(s, t) where
+ * |s - t| >= 1 and at most (s + t + sqrt(2 - (s - t)^2)) / 2 elsewhere; outside, magnitudes beyond the radius count as
+ * unknown. Rounding makes the last bits depend on the order of updates.
+ *
+ * radius below 0 is zebStsErrBadArgument; one that is not a number counts as 0. pBuffer is scratch of the size that the
+ * query reports, at any address, with any content. Source and destination must not overlap.
+ *
+ * J. N. Tsitsiklis, "Efficient algorithms for globally optimal trajectories" (1995); solved by sweeping after H. Zhao,
+ * "A fast sweeping method for Eikonal equations" (2005).
+ */
+ZebStatus zebiFastMarching_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                     Zeb32f radius, Zeb8u* pBuffer);
+
 /** @} */
 
 /**

@@ -66,7 +66,7 @@ class Narrow {
     reach_ = width < 128 ? width : 128;
     exactInSingle_ = int64_t{width} * width + int64_t{height} * height <= 1 << 24;
     Scratch scratch(pBuffer, bytes);
-    Zeb32s* block = scratch.take<Zeb32s>(2 * int64_t{padded} + 2 * reach_ + 2 * int64_t{width} + 1);
+    Zeb32s* block = scratch.take<Zeb32s>(2 * int64_t{padded} + 2 * reach_ + 2 * int64_t{width} + 1, 4);
     up = block;
     square_ = up + padded + reach_;
     apex_ = square_ + padded + reach_;
@@ -188,9 +188,9 @@ class Wide {
 
   Wide(int width, Zeb8u* pBuffer, int64_t bytes) : width_(width) {
     Scratch scratch(pBuffer, bytes);
-    up = scratch.take<Zeb32s>(width);
-    apex_ = scratch.take<Zeb32s>(width);
-    bound_ = scratch.take<Zeb32s>(int64_t{width} + 1);
+    up = scratch.take<Zeb32s>(width, 4);
+    apex_ = scratch.take<Zeb32s>(width, 4);
+    bound_ = scratch.take<Zeb32s>(int64_t{width} + 1, 4);
     for (int x = 0; x < width; ++x) up[x] = far;
   }
 

@@ -1,0 +1,156 @@
+// Fast marching.
+#include "reference/distance.h"
+#include "segment/features.h"
+#include "support/compare.h"
+#include "support/contract.h"
+#include "support/stack.h"
+
+namespace {
+
+using namespace test;
+using ref::Plane;
+
+constexpr const char* name = "zebiFastMarching_8u32f_C1R";
+
+int bufferSize(ZebiSize size) {
+  int bytes = 0;
+  EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R(size, &bytes), zebStsOk);
+  return bytes;
+}
+
+// The stated signs, and magnitudes that no update would change, bit for bit.
+testing::AssertionResult isFixedPoint(const Plane<Zeb32f>& out, const Plane<Zeb8u>& src, Zeb32f radius) {
+  ref::Marching m{out, &src, radius};
+  const auto failure = [&](int x, int y, const char* what) {
+    return testing::AssertionFailure() << what << " at " << x << ", " << y << ": " << shown(out.at(x, y));
+  };
+  for (int y = 0; y < src.height; ++y)
+    for (int x = 0; x < src.width; ++x) {
+      const Zeb32f v = out.at(x, y);
+      m.value.at(x, y) = v > 0 ? v : v == 0 ? 1e30f : ref::isBoundary(src, x, y) ? 0 : -v;
+      if (ref::isBoundary(src, x, y) && v != -1e-10f) return failure(x, y, "boundary");
+      if (src.at(x, y) ? !(v > 0) : v > 0 || v < -std::max(radius, 1e-10f)) return failure(x, y, "sign or band");
+    }
+  for (int y = 0; y < src.height; ++y)
+    for (int x = 0; x < src.width; ++x)
+      if (m.allowed(x, y) < m.value.at(x, y)) return failure(x, y, "not settled");
+  return testing::AssertionSuccess();
+}
+
+void check(const Plane<Zeb8u>& picture, Zeb32f radius, Random& random) {
+  const Image<Zeb8u> src(picture, Layout::random<Zeb8u>(random));
+  Image<Zeb32f> dst(picture.width, picture.height, 1, Layout::random<Zeb32f>(random));
+  const test::Scratch scratch(bufferSize(src.size()));
+  ASSERT_EQ(
+      zebiFastMarching_8u32f_C1R(src.pixels(), src.step(), dst.pixels(), dst.step(), src.size(), radius, scratch.get()),
+      zebStsOk);
+  ASSERT_TRUE(scratch.intact());
+  ASSERT_TRUE(isFixedPoint(dst.plane(), picture, radius));
+  // The order of updates shows in the last bits; at the end of the band these decide between a distance and 0.
+  const auto close = [radius](Zeb32f a, Zeb32f b) {
+    const Zeb32f tolerance = 2e-6f * std::max(1.0f, std::max(std::fabs(a), std::fabs(b)));
+    return std::fabs(a - b) <= tolerance || (a * b == 0 && std::fabs(std::fabs(a + b) - radius) <= tolerance);
+  };
+  ASSERT_TRUE(agree(dst.plane(), ref::marching(picture, radius), close));
+  ASSERT_TRUE(dst.intact());
+}
+
+TEST(FastMarching, EqualsReference) {
+  Random random;
+  int round = 0;
+  const Zeb32f radii[] = {10, 0, 2.5f, 1, 100, std::numeric_limits<Zeb32f>::infinity()};
+  for (int i = 1; i <= 75; ++i)
+    for (const ZebiSize size : {ZebiSize{i, random.within(1, 40)}, ZebiSize{random.within(1, 40), i}}) {
+      auto picture = features(allFeatures[round % std::size(allFeatures)], size, random);
+      if (round % 3 == 0)
+        for (Zeb8u& v : picture.data) v = v ? 0 : 7;
+      check(picture, radii[round % std::size(radii)], random);
+      ASSERT_FALSE(HasFatalFailure()) << size.width << " x " << size.height << ", radius "
+                                      << radii[round % std::size(radii)];
+      ++round;
+    }
+  for (Features kind : {Features::one, Features::sparse, Features::blobs, Features::none})
+    for (Zeb32f radius : {20.0f, 150.0f}) {
+      check(features(kind, {231, 140}, random), radius, random);
+      ASSERT_FALSE(HasFatalFailure());
+    }
+}
+
+// One corner decides everything: distances cross all tiles.
+TEST(FastMarching, FarFromTheBoundary) {
+  Random random;
+  for (const bool inside : {true, false}) {
+    Plane<Zeb8u> picture(130, 100, 1, inside ? 1 : 0);
+    if (inside) picture.at(0, 99) = 0;
+    check(picture, 1000, random);
+    if (!inside) picture.at(129, 0) = 9;
+    check(picture, 1000, random);
+    ASSERT_FALSE(HasFatalFailure());
+  }
+}
+
+TEST(FastMarching, KnownDistances) {
+  const auto run = [](std::vector<Zeb8u> row, Zeb32f radius) {
+    const ZebiSize size{static_cast<int>(row.size()), 1};
+    std::vector<Zeb32f> out(row.size());
+    const test::Scratch scratch(bufferSize(size));
+    EXPECT_EQ(
+        zebiFastMarching_8u32f_C1R(row.data(), size.width, out.data(), 4 * size.width, size, radius, scratch.get()),
+        zebStsOk);
+    return out;
+  };
+  EXPECT_EQ(run({0, 0, 0, 0, 5, 6, 7}, 2), (std::vector<Zeb32f>{0, -2, -1, -1e-10f, 1, 2, 3}));
+  EXPECT_EQ(run({0, 0, 1, 1, 1, 0}, 0), (std::vector<Zeb32f>{0, -1e-10f, 1, 2, 1, -1e-10f}));
+  EXPECT_EQ(run({0, 0, 1, 0}, std::nanf("")), (std::vector<Zeb32f>{0, -1e-10f, 1, -1e-10f}));
+  EXPECT_EQ(run({0, 0, 0}, 5), (std::vector<Zeb32f>{0, 0, 0}));
+  EXPECT_EQ(run({1, 1, 1}, 5), (std::vector<Zeb32f>{1000000, 1000001, 1000002}));
+}
+
+TEST(FastMarching, BufferSizes) {
+  EXPECT_EQ(bufferSize({1, 1}), 35 * 37 + 40);
+  EXPECT_EQ(bufferSize({33, 6}), 40 * 69 + 40);
+  int bytes = -1;
+  EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({0, 4}, nullptr), zebStsErrNullPointer);
+  EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({0, 4}, &bytes), zebStsErrSize);
+  EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({4, -4}, &bytes), zebStsErrSize);
+  EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({0x7FFFFFFF, 4}, &bytes), zebStsErrOverflow);
+  EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({0x7FFFFFFF, 0x7FFFFFFF}, &bytes), zebStsErrOverflow);
+  EXPECT_EQ(bytes, -1);
+}
+
+TEST(FastMarching, Checks) {
+  constexpr int w = 9, h = 4;
+  const Image<Zeb8u> src(Plane<Zeb8u>(w, h, 1, 1), {});
+  Image<Zeb32f> dst(w, h, 1, {Place::back, 8, 0});
+  const test::Scratch scratch(bufferSize({w, h}));
+  Contract(NAMED(zebiFastMarching_8u32f_C1R), src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, h}, 3.0f,
+           scratch.get())
+      .nulls<0, 2, 6>()
+      .sizes<4>()
+      .step<1>(w)
+      .step<3>(4 * w, 4)
+      .hostile<4>()
+      .multiple<3>(4)
+      .with<5>(-1.0f, zebStsErrBadArgument)
+      .with<5>(-1e-40f, zebStsErrBadArgument)
+      .check();
+}
+
+TEST(FastMarching, OldCallersStacks) {
+  Random random;
+  const auto picture = features(Features::blobs, {70, 20}, random);
+  const Image<Zeb8u> src(picture, {});
+  Image<Zeb32f> first(70, 20, 1, {}), dst(70, 20, 1, {});
+  const test::Scratch scratch(bufferSize(src.size()));
+  ASSERT_EQ(zebiFastMarching_8u32f_C1R(src.pixels(), src.step(), first.pixels(), first.step(), first.size(), 5,
+                                       scratch.get()),
+            zebStsOk);
+  for (int shift : {0, 4, 8, 12}) {
+    ASSERT_EQ(callMisaligned(shift, zebiFastMarching_8u32f_C1R, src.pixels(), src.step(), dst.pixels(), dst.step(),
+                             dst.size(), 5.0f, scratch.get()),
+              zebStsOk);
+    EXPECT_TRUE(agree(name, dst, first.plane())) << "stack shift " << shift;
+  }
+}
+
+}  // namespace
