@@ -705,6 +705,16 @@ ZEB_INLINE void transposeHalves(V32f& a, V32f& b, V32f& c, V32f& d) {
   c.v = _mm256_shuffle_ps(ab1, cd1, 0x44);
   d.v = _mm256_shuffle_ps(ab1, cd1, 0xEE);
 }
+ZEB_INLINE V32s laneNumbers() {
+  return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)};
+}
+// A lane that holds the least value.
+ZEB_INLINE int laneOfLeast(V32s a) {
+  __m256i m = _mm256_min_epi32(a.v, _mm256_permute2x128_si256(a.v, a.v, 0x01));
+  m = _mm256_min_epi32(m, _mm256_shuffle_epi32(m, 0x4E));
+  m = _mm256_min_epi32(m, _mm256_shuffle_epi32(m, 0xB1));
+  return __builtin_ctz(topBits(equal(a, V32s{m})));
+}
 // Every lane's value moves to the next lane; the first lane takes the value at p.
 ZEB_INLINE V32f moveUpOneLane(V32f a, const Zeb32f* p) {
   const __m256 moved = _mm256_permutevar8x32_ps(a.v, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6));

@@ -4,9 +4,6 @@
 // of the parabolas (x - q)^2 + g(q)^2 over the columns q. Squares are integers throughout, so the result is the
 // single-precision number nearest to the true distance, in an image of any size.
 //
-// Where features are near, the envelope costs more than looking k = 1, 2, ... columns to either side of a vector of
-// pixels until k^2 exceeds every minimum; a row is tried that way and handed to the envelope when it takes too long.
-//
 // T. Hirata, A unified linear-time algorithm for computing distance maps (1996); A. Meijster, J. Roerdink, W.
 // Hesselink, A general algorithm for computing distance transforms in linear time (2000); P. Felzenszwalb, D.
 // Huttenlocher, Distance transforms of sampled functions (2012).
@@ -52,50 +49,98 @@ int64_t floorDivide(int64_t a, int64_t b) {
   return a >= 0 ? a / b : -((b - 1 - a) / b);
 }
 
-// Images whose squared diagonal stays below 2^30: 32-bit squares.
+// Images whose squared diagonal stays well below 2^30, so that squares, those of a vector's lanes beyond the row too,
+// fit 32 bits.
+//
+// A parabola that is not above another one at some x stays below it on its own side. So a least parabola of one x
+// bounds those of all x to the left from the right and those to the right from the left: least parabolas are found for
+// every 16th column first, those of the widest spacing first and the others between them, and the 16 pixels from one to
+// the next then look only at the columns between the two. With x^2 taken out of it the parabola is q^2 + g(q)^2 - 2 q
+// x: a step in q or x is one addition.
 class Narrow {
  public:
   static constexpr Zeb32s far = 1 << 15;  // its square exceeds every squared distance
 
   static bool serves(ZebiSize roi) {
-    return static_cast<int64_t>(roi.width) * roi.width + static_cast<int64_t>(roi.height) * roi.height < 1 << 30;
+    return static_cast<int64_t>(roi.width) * roi.width + static_cast<int64_t>(roi.height) * roi.height <
+           (1 << 30) - (1 << 20);
   }
 
-  Narrow(int width, int height, Zeb8u* pBuffer, int64_t bytes) : width_(width) {
-    const int padded = (width + 7) & ~7;
-    reach_ = width < 128 ? width : 128;
+  Narrow(int width, int height, Zeb8u* pBuffer, int64_t bytes) : width_(width), groups_((width + group - 1) / group) {
     exactInSingle_ = int64_t{width} * width + int64_t{height} * height <= 1 << 24;
     Scratch scratch(pBuffer, bytes);
-    Zeb32s* block = scratch.take<Zeb32s>(2 * int64_t{padded} + 2 * reach_ + 2 * int64_t{width} + 1, 4);
-    up = block;
-    square_ = up + padded + reach_;
-    apex_ = square_ + padded + reach_;
-    bound_ = apex_ + width;
-    for (int i = 0; i < reach_; ++i) square_[-1 - i] = far * far;
-    for (int i = width; i < padded + reach_; ++i) square_[i] = far * far;
+    up = scratch.take<Zeb32s>(width, 4);
+    height_ = scratch.take<Zeb32s>(int64_t{width} + V32s::lanes, 4);
+    least_ = scratch.take<Zeb32s>(groups_ + 1, 4);
     for (int x = 0; x < width; ++x) up[x] = far;
+    for (int x = width; x < width + V32s::lanes; ++x) height_[x] = far * far + x * x;
   }
 
   // The distances of a row from its counts in up.
   void row(Zeb32f* d) {
-    for (int x = 0; x < width_; ++x) square_[x] = up[x] * up[x];
-    if (patience_ > 0) {
-      --patience_;
-    } else if (lookAround(d)) {
-      return;
-    } else {
-      patience_ = 15;
-    }
-    envelope(reinterpret_cast<Zeb32s*>(d));
-    for (int x = 0; x < width_; x += 8) {
-      const int n = width_ - x < 8 ? width_ - x : 8;
-      put(d + x, as<Zeb32s>(loadN(d + x, n)), n);
-    }
+    for (int x = 0; x < width_; ++x) height_[x] = up[x] * up[x] + x * x;
+    findLeast(0, 0, width_ - 1);
+    findLeast(groups_, least_[0], width_ - 1);
+    int spacing = 1;
+    while (2 * spacing < groups_) spacing *= 2;
+    for (; spacing > 0; spacing /= 2)
+      for (int i = spacing; i < groups_; i += 2 * spacing)
+        findLeast(i, least_[i - spacing], least_[i + spacing < groups_ ? i + spacing : groups_]);
+    for (int i = 0; i < groups_; ++i) putGroup(d, i);
   }
 
   Zeb32s* up;
 
  private:
+  static constexpr int group = 2 * V32s::lanes;
+
+  // least_[i] becomes a column between first and last whose parabola is least at the start of group i; the last entry
+  // is for the last pixel. No column is farther away than the feature in the pixel's own column.
+  void findLeast(int i, int first, int last) {
+    const int x = i < groups_ ? i * group : width_ - 1;
+    const int reach = up[x];
+    int q = x - reach > first ? x - reach : first;
+    const int end = x + reach < last ? x + reach : last;
+    V32s value = load(height_ + q) - splat(2 * x) * (splat(q) + laneNumbers());
+    if (end < q + V32s::lanes) {
+      least_[i] = q + laneOfLeast(value);
+      return;
+    }
+    const V32s change = splat(2 * x * V32s::lanes);
+    V32s slope = splat(2 * x) * (splat(q) + laneNumbers()), column = splat(q), best = column;
+    while (q <= end - V32s::lanes) {
+      q += V32s::lanes;
+      slope = slope + change;
+      column = column + splat(V32s::lanes);
+      const V32s next = load(height_ + q) - slope;
+      best = select(greater(value, next), column, best);
+      value = min(value, next);
+    }
+    const int lane = laneOfLeast(value);
+    alignas(32) Zeb32s columns[V32s::lanes];
+    store(columns, best);
+    least_[i] = columns[lane] + lane;
+  }
+
+  ZEB_INLINE void putGroup(Zeb32f* d, int i) const {
+    const int x0 = i * group;
+    const V32s a = splat(x0) + laneNumbers(), b = a + splat(V32s::lanes);
+    int q = least_[i];
+    const int last = least_[i + 1];
+    V32s slopeA = (a + a) * splat(q), slopeB = (b + b) * splat(q);
+    V32s leastA = splat(height_[q]) - slopeA, leastB = splat(height_[q]) - slopeB;
+    while (q < last) {
+      ++q;
+      slopeA = slopeA + (a + a);
+      slopeB = slopeB + (b + b);
+      const V32s height = splat(height_[q]);
+      leastA = min(leastA, height - slopeA);
+      leastB = min(leastB, height - slopeB);
+    }
+    const int n = width_ - x0;
+    put(d + x0, leastA + a * a, n);
+    if (n > V32s::lanes) put(d + x0 + V32s::lanes, leastB + b * b, n - V32s::lanes);
+  }
   ZEB_INLINE void put(Zeb32f* d, V32s squares, int n) const {
     V32f root;
     if (exactInSingle_) {
@@ -103,82 +148,17 @@ class Narrow {
     } else {
       root = narrowToFloat(sqrt(lowToDouble(squares)), sqrt(highToDouble(squares)));
     }
-    if (n == 8) {
+    if (n >= V32s::lanes) {
       store(d, root);
     } else {
       storeN(d, root, n);
     }
   }
 
-  // False, with part of the row written, when it takes more steps than the envelope would.
-  bool lookAround(Zeb32f* d) const {
-    const int limit = width_ - 1 < reach_ ? width_ - 1 : reach_;
-    int64_t steps = 64 * (static_cast<int64_t>(width_) / 16 + 1);
-    int x = 0;
-    for (; x <= width_ - 16; x += 16) {
-      V32s a = load(square_ + x), b = load(square_ + x + 8);
-      V32s kk = splat(1), increment = splat(3);
-      const Zeb32s *left = square_ + x - 1, *right = square_ + x + 1;
-      int k = 1;
-      while (anyBit(greater(max(a, b), kk))) {
-        if (k > limit) break;
-        a = min(a, min(load(left), load(right)) + kk);
-        b = min(b, min(load(left + 8), load(right + 8)) + kk);
-        kk = kk + increment;
-        increment = increment + splat(2);
-        --left;
-        ++right;
-        ++k;
-      }
-      steps -= k;
-      if ((k > limit && limit < width_ - 1) || steps < 0) return false;
-      put(d + x, a, 8);
-      put(d + x + 8, b, 8);
-    }
-    for (; x < width_; x += 8) {
-      V32s a = load(square_ + x);
-      int k = 1;
-      for (Zeb32s kk = 1; k <= limit && anyBit(greater(a, splat(kk))); ++k, kk = k * k)
-        a = min(a, min(load(square_ + x - k), load(square_ + x + k)) + splat(kk));
-      if (k > limit && limit < width_ - 1) return false;
-      put(d + x, a, width_ - x < 8 ? width_ - x : 8);
-    }
-    return true;
-  }
-
-  // Parabola apex_[i] is the least one right of bound_[i], up to bound_[i + 1].
-  void envelope(Zeb32s* out) {
-    int count = 0;
-    for (int q = 0; q < width_; ++q) {
-      if (square_[q] == far * far) continue;
-      const Zeb32s height = square_[q] + q * q;
-      int bound = -1;
-      while (count > 0) {
-        const int p = apex_[count - 1];
-        const Zeb32s rise = height - (square_[p] + p * p);
-        // The quotient of integers below 2^31 is nowhere rounded up to an integer.
-        bound = rise < 0 ? -1 : static_cast<int>(static_cast<double>(rise) / (2 * (q - p)));
-        if (bound > bound_[count - 1]) break;
-        --count;
-      }
-      if (count == 0) bound = -1;
-      if (bound >= width_ - 1) continue;
-      apex_[count] = q;
-      bound_[count++] = bound;
-    }
-    bound_[count] = width_ - 1;
-    for (int i = 0; i < count; ++i) {
-      const int q = apex_[i];
-      const Zeb32s g = square_[q];
-      for (int x = bound_[i] + 1, end = bound_[i + 1]; x <= end; ++x) out[x] = (x - q) * (x - q) + g;
-    }
-  }
-
-  int width_;
-  int reach_;  // columns of infinity on either side of the squares
+  int width_, groups_;
   bool exactInSingle_;
-  int patience_ = 0;  // rows that go to the envelope at once
-  Zeb32s *square_, *apex_, *bound_;
+  Zeb32s* height_;  // of the parabola of every column, at x = 0
+  Zeb32s* least_;
 };
 
 // Any image: 64-bit squares, roots rounded once from the 64 bits of the extended format.
