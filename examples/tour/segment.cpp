@@ -1,0 +1,264 @@
+// Distances and fills: how far it is to the nearest edge, in several metrics, and what belongs to a region.
+#include <cmath>
+
+#include "tour.h"
+
+namespace tour {
+namespace {
+
+using support::Picture;
+
+struct Colour {
+  float r, g, b;
+};
+
+// 0 dark blue, over cyan and yellow, 1 red.
+Colour warmth(float t) {
+  const auto hat = [t](float middle) { return std::clamp(1.5f - std::fabs(4 * t - middle), 0.0f, 1.0f); };
+  return {hat(3), hat(2), hat(1)};
+}
+
+void put(Zeb8u* rgb, Colour c, float light) {
+  const float channels[] = {c.r, c.g, c.b};
+  for (int i = 0; i < 3; ++i) rgb[i] = static_cast<Zeb8u>(std::clamp(255 * light * channels[i] + 0.5f, 0.0f, 255.0f));
+}
+
+// Distances from 0 to `reach` as colours, with a darker line every `spacing`.
+template <class T>
+Picture coloured(const std::vector<T>& distance, ZebiSize size, float reach, float spacing) {
+  Picture out(size.width, size.height, 3);
+  for (size_t i = 0; i < distance.size(); ++i) {
+    const float d = static_cast<float>(distance[i]);
+    const float phase = std::fmod(d, spacing);
+    put(&out.pixels[3 * i], warmth(std::sqrt(std::min(1.0f, d / reach))), d > 0 && phase < 1.2f ? 0.55f : 1.0f);
+  }
+  return out;
+}
+
+// Zero where the gradient is among the strongest 5 per cent, else 255.
+Picture edges(const Picture& gray) {
+  const int w = gray.width, h = gray.height;
+  const auto at = [&](int x, int y) {
+    return static_cast<int>(*gray.at(std::clamp(x, 0, w - 1), std::clamp(y, 0, h - 1)));
+  };
+  std::vector<int> strength(gray.pixels.size());
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x)
+      strength[static_cast<size_t>(y) * w + x] =
+          std::abs(at(x + 1, y) - at(x - 1, y)) + std::abs(at(x, y + 1) - at(x, y - 1));
+  std::vector<int> sorted = strength;
+  const auto cut = sorted.begin() + static_cast<long>(sorted.size() * 0.95);
+  std::nth_element(sorted.begin(), cut, sorted.end());
+  Picture out(w, h, 1);
+  for (size_t i = 0; i < strength.size(); ++i) out.pixels[i] = strength[i] > *cut ? 0 : 255;
+  return out;
+}
+
+std::vector<Zeb32f> exactDistances(const Picture& features, double* milliseconds = nullptr) {
+  const ZebiSize size = features.size();
+  int bytes = 0;
+  requireOk(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(size, &bytes));
+  std::vector<Zeb8u> buffer(bytes);
+  std::vector<Zeb32f> out(features.pixels.size());
+  const double time = bestTime([&] {
+    return zebiTrueDistanceTransform_8u32f_C1R(features.pixels.data(), features.step(), out.data(), 4 * size.width,
+                                               size, buffer.data());
+  });
+  if (milliseconds) *milliseconds = time;
+  return out;
+}
+
+void showDistances(const Picture& edge, Gallery& gallery) {
+  gallery.add(edge, "The strongest 5 per cent of the photograph's gradients, in black: the features.");
+  double time = 0;
+  const std::vector<Zeb32f> exact = exactDistances(edge, &time);
+  const float reach = *std::max_element(exact.begin(), exact.end());
+  gallery.add(
+      coloured(exact, edge.size(), reach, 16),
+      format("Exact Euclidean distance to the nearest edge (TrueDistanceTransform), a line every 16 pixels. The "
+             "farthest pixel is %.1f pixels away.",
+             reach),
+      time);
+
+  Zeb32f weights[3];
+  requireOk(zebiGetDistanceTransformMask_32f(5, zebiNormL2, weights));
+  std::vector<Zeb32f> chamfer(exact.size());
+  const ZebiSize size = edge.size();
+  const double chamferTime = bestTime([&] {
+    return zebiDistanceTransform_5x5_8u32f_C1R(edge.pixels.data(), edge.step(), chamfer.data(), 4 * size.width, size,
+                                               weights);
+  });
+  double worst = 0;
+  Picture error(size.width, size.height, 3);
+  for (size_t i = 0; i < exact.size(); ++i) {
+    const float relative = exact[i] > 0 ? chamfer[i] / exact[i] - 1 : 0;
+    worst = std::max(worst, std::fabs(static_cast<double>(relative)));
+    const float shade = std::clamp(relative / 0.02f, -1.0f, 1.0f);
+    put(&error.pixels[3 * i], {1 + std::min(0.0f, shade), 1 - std::fabs(shade), 1 - std::max(0.0f, shade)}, 1);
+  }
+  gallery.add(
+      error,
+      format("What the 5x5 chamfer transform makes of the same distances: white where it agrees, red where it is "
+             "up to 2 per cent too far, blue where it is too near. The largest error is %.1f per cent.",
+             100 * worst),
+      chamferTime);
+}
+
+// City blocks, chessboard and the Euclidean metric about the same few points.
+void showMetrics(Gallery& gallery) {
+  constexpr int side = 300, gap = 10;
+  Picture points(side, side, 1), out(3 * side + 2 * gap, side, 3);
+  std::fill(points.pixels.begin(), points.pixels.end(), Zeb8u(255));
+  std::fill(out.pixels.begin(), out.pixels.end(), Zeb8u(255));
+  for (const auto& p : {std::pair{60, 70}, {215, 45}, {140, 165}, {255, 230}, {50, 245}})
+    *points.at(p.first, p.second) = 0;
+  std::vector<Zeb32f> distance[3];
+  double time = 0;
+  for (int k = 0; k < 2; ++k) {
+    Zeb32f weights[2];
+    requireOk(zebiGetDistanceTransformMask(k == 0 ? 31 : 30, weights));
+    distance[k].resize(points.pixels.size());
+    time += bestTime([&] {
+      return zebiDistanceTransform_3x3_8u32f_C1R(points.pixels.data(), points.step(), distance[k].data(), 4 * side,
+                                                 points.size(), weights);
+    });
+  }
+  double exactTime = 0;
+  distance[2] = exactDistances(points, &exactTime);
+  for (int k = 0; k < 3; ++k) {
+    const Picture panel = coloured(distance[k], points.size(), 130, 12);
+    for (int y = 0; y < side; ++y) std::copy_n(panel.at(0, y), 3 * side, out.at(k * (side + gap), y));
+  }
+  gallery.add(
+      out,
+      "Three metrics about the same five points: city blocks (3x3, weights 1 and 2), chessboard (3x3, weights 1 "
+      "and 1), Euclidean (exact). A line every 12.",
+      time + exactTime);
+}
+
+struct Fill {
+  Picture picture;
+  ZebiConnectedComp region;
+  double milliseconds;
+};
+
+// Runs fill(picture, region, buffer) on fresh copies.
+template <class Run>
+Fill filled(const Picture& picture, bool gradient, Run run) {
+  int bytes = 0;
+  requireOk((gradient ? zebiFloodFillGetSize_Grad : zebiFloodFillGetSize)(picture.size(), &bytes));
+  std::vector<Zeb8u> buffer(bytes);
+  Fill best{picture, {}, std::numeric_limits<double>::infinity()};
+  for (int i = 0; i < 5; ++i) {
+    best.picture = picture;
+    best.milliseconds =
+        std::min(best.milliseconds, timed([&] { return run(best.picture, &best.region, buffer.data()); }));
+  }
+  return best;
+}
+
+void frame(Picture& picture, ZebiRect r, const Zeb8u* rgb) {
+  for (int y = r.y; y < r.y + r.height; ++y)
+    for (int x = r.x; x < r.x + r.width; ++x)
+      if (x < r.x + 2 || y < r.y + 2 || x >= r.x + r.width - 2 || y >= r.y + r.height - 2)
+        std::copy_n(rgb, 3, picture.at(x, y));
+}
+
+void showFills(const Scene& scene, const Picture& edge, Gallery& gallery) {
+  const Picture& photo = scene.color;
+  const ZebiSize size = photo.size();
+  const double pixels = static_cast<double>(size.width) * size.height;
+  const ZebiPoint corner{size.width / 16, size.height / 16};
+
+  // The pixel that is farthest from any edge lies in the largest open space.
+  const std::vector<Zeb32f> distance = exactDistances(edge);
+  const int far = static_cast<int>(std::max_element(distance.begin(), distance.end()) - distance.begin());
+  const ZebiPoint open{far % size.width, far / size.width};
+  Fill plain = filled(edge, false, [&](Picture& p, ZebiConnectedComp* region, Zeb8u* buffer) {
+    return zebiFloodFill_4Con_8u_C1IR(p.pixels.data(), p.step(), size, open, 160, region, buffer);
+  });
+  Picture shown(size.width, size.height, 3);
+  for (size_t i = 0; i < plain.picture.pixels.size(); ++i) {
+    const Zeb8u v = plain.picture.pixels[i];
+    const Zeb8u rgb[] = {static_cast<Zeb8u>(v == 160 ? 90 : v), static_cast<Zeb8u>(v == 160 ? 170 : v),
+                         static_cast<Zeb8u>(v == 160 ? 230 : v)};
+    std::copy_n(rgb, 3, &shown.pixels[3 * i]);
+  }
+  const Zeb8u red[] = {220, 40, 40};
+  frame(shown, plain.region.rect, red);
+  gallery.add(
+      shown,
+      format("A plain fill (FloodFill 4Con) between the edges, from the pixel that is farthest from all of them: "
+             "%.1f per cent of the picture, with its bounding box.",
+             100 * plain.region.area / pixels),
+      plain.milliseconds);
+
+  const Zeb8u teal[3] = {0, 150, 140};
+  const Zeb8u wide[3] = {40, 40, 40}, narrow[3] = {9, 9, 9};
+  const Fill range = filled(photo, false, [&](Picture& p, ZebiConnectedComp* region, Zeb8u* buffer) {
+    return zebiFloodFill_Range8Con_8u_C3IR(p.pixels.data(), p.step(), size, corner, teal, wide, wide, region, buffer);
+  });
+  gallery.add(
+      range.picture,
+      format("A range fill (FloodFill Range8Con, three channels) from the upper left: colours within 40 levels of "
+             "the seed's, %.1f per cent of the picture.",
+             100 * range.region.area / pixels),
+      range.milliseconds);
+  const Fill gradient = filled(photo, true, [&](Picture& p, ZebiConnectedComp* region, Zeb8u* buffer) {
+    return zebiFloodFill_Grad4Con_8u_C3IR(p.pixels.data(), p.step(), size, corner, teal, narrow, narrow, region,
+                                          buffer);
+  });
+  gallery.add(
+      gradient.picture,
+      format("A gradient fill (FloodFill Grad4Con, three channels) from the same seed: steps of at most 9 levels "
+             "from pixel to pixel, %.1f per cent of the picture.",
+             100 * gradient.region.area / pixels),
+      gradient.milliseconds);
+
+  // What the range fill has not reached is the object of the marching.
+  Picture object(size.width, size.height, 1);
+  for (size_t i = 0; i < object.pixels.size(); ++i)
+    object.pixels[i] = std::equal(teal, teal + 3, &range.picture.pixels[3 * i]) ? 0 : 255;
+  constexpr Zeb32f radius = 60;
+  int bytes = 0;
+  requireOk(zebiFastMarchingGetBufferSize_8u32f_C1R(size, &bytes));
+  std::vector<Zeb8u> buffer(bytes);
+  std::vector<Zeb32f> signedDistance(object.pixels.size());
+  const double time = bestTime([&] {
+    return zebiFastMarching_8u32f_C1R(object.pixels.data(), object.step(), signedDistance.data(), 4 * size.width, size,
+                                      radius, buffer.data());
+  });
+  Picture band(size.width, size.height, 3);
+  const float deepest = std::max(1.0f, *std::max_element(signedDistance.begin(), signedDistance.end()));
+  for (size_t i = 0; i < signedDistance.size(); ++i) {
+    const float d = signedDistance[i];
+    const float line = std::fmod(std::fabs(d), 10.0f) < 1.2f ? 0.6f : 1.0f;
+    const float t = d > 0 ? d / deepest : -d / radius;
+    const Colour colour = d > 0   ? Colour{1, 0.35f + 0.6f * t, 0.3f * t}
+                          : d < 0 ? Colour{0.25f + 0.6f * t, 0.5f + 0.4f * t, 1}
+                                  : Colour{1, 1, 1};
+    put(&band.pixels[3 * i], colour, d == 0 ? 1.0f : line);
+  }
+  gallery.add(band,
+              format("Signed distance to the outline of what the range fill left over (FastMarching): red and yellow "
+                     "inside, blue in a band of %.0f pixels outside, white beyond it. A line every 10 pixels.",
+                     radius),
+              time);
+}
+
+void show(const Scene& scene, Gallery& gallery) {
+  gallery.say(
+      "A distance transform tells every pixel how far it is to the nearest feature: exactly, or by counting the steps "
+      "of a small mask. A flood fill tells what hangs together with a seed: by equal values, by an interval about the "
+      "seed's value, or by small steps from neighbour to neighbour. Last, the outline of a filled region sends a front "
+      "into both of its sides.");
+  const Picture edge = edges(scene.gray);
+  showDistances(edge, gallery);
+  showMetrics(gallery);
+  showFills(scene, edge, gallery);
+}
+
+const Section section(60, "Distances and fills", show);
+
+}  // namespace
+}  // namespace tour
