@@ -175,11 +175,12 @@ ZEB_ENTRY(zebiFloodFillGetSize_Grad)(ZebiSize roiSize, int* pBufSize) {
   return reportSize(pixelCount(roiSize) > INT32_MAX ? -1 : gradientFillBytes(roiSize), pBufSize);
 }
 
-#define ONE_CHANNEL(name, T, diagonal)                                                                              \
-  ZEB_ENTRY(name)                                                                                                   \
-  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, T minDelta, T maxDelta,                   \
-   ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                                                    \
-    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, &newVal, &minDelta, &maxDelta, pRegion, pBuffer); \
+#define ONE_CHANNEL(name, T, diagonal)                                                                               \
+  ZEB_ENTRY(name)                                                                                                    \
+  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, T minDelta, T maxDelta,                    \
+   ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                                                     \
+    const T values[] = {newVal, minDelta, maxDelta};                                                                 \
+    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, values, values + 1, values + 2, pRegion, pBuffer); \
   }
 #define THREE_CHANNELS(name, T, diagonal)                                                                        \
   ZEB_ENTRY(name)                                                                                                \

@@ -37,7 +37,8 @@ ZEB_ENTRY(zebiFloodFillGetSize)(ZebiSize roiSize, int* pBufSize) {
   ZEB_ENTRY(name)                                                                                     \
   (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, ZebiConnectedComp* pRegion, \
    Zeb8u* pBuffer) {                                                                                  \
-    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, &newVal, pRegion, pBuffer);         \
+    const T values[] = {newVal};                                                                      \
+    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, values, pRegion, pBuffer);          \
   }
 #define THREE_CHANNELS(name, T, diagonal)                                                                      \
   ZEB_ENTRY(name)                                                                                              \

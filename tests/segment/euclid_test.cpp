@@ -49,9 +49,9 @@ TEST(Euclid, EqualsReference) {
 // features in images whose squares need more than 24, 30 and 32 bits.
 TEST(Euclid, FarFeatures) {
   Random random;
-  for (const ZebiSize size :
-       {ZebiSize{700, 60}, ZebiSize{3001, 3}, ZebiSize{2, 5003}, ZebiSize{23000, 2}, ZebiSize{32748, 2},
-        ZebiSize{32760, 3}, ZebiSize{40009, 3}, ZebiSize{3, 40013}, ZebiSize{1, 70001}, ZebiSize{100003, 1}}) {
+  for (const ZebiSize size : {ZebiSize{700, 60}, ZebiSize{3001, 3}, ZebiSize{5200, 61}, ZebiSize{2, 5003},
+                              ZebiSize{23000, 2}, ZebiSize{32748, 2}, ZebiSize{32760, 3}, ZebiSize{40009, 3},
+                              ZebiSize{3, 40013}, ZebiSize{1, 70001}, ZebiSize{100003, 1}}) {
     Plane<Zeb8u> picture(size.width, size.height, 1, 1);
     for (int i = 0; i < 6; ++i) picture.at(random.within(0, size.width - 1), random.within(0, size.height - 1)) = 0;
     for (int x = 0; x < size.width && size.height == 60; x += 9) picture.at(x, 20) = 0;
