@@ -33,11 +33,13 @@ ZEB_ENTRY(zebiFloodFillGetSize)(ZebiSize roiSize, int* pBufSize) {
   return reportSize(pixelCount(roiSize) > INT32_MAX ? -1 : fillBytes(roiSize), pBufSize);
 }
 
+// The values stand in a vector's place so that the frame is aligned however the caller's stack is; the address checker
+// relies on it.
 #define ONE_CHANNEL(name, T, diagonal)                                                                \
   ZEB_ENTRY(name)                                                                                     \
   (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, ZebiConnectedComp* pRegion, \
    Zeb8u* pBuffer) {                                                                                  \
-    const T values[] = {newVal};                                                                      \
+    alignas(32) const T values[] = {newVal};                                                          \
     return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, values, pRegion, pBuffer);          \
   }
 #define THREE_CHANNELS(name, T, diagonal)                                                                      \

@@ -56,11 +56,13 @@ ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T*
 
 }  // namespace
 
+// The values stand in a vector's place so that the frame is aligned however the caller's stack is; the address checker
+// relies on it.
 #define ONE_CHANNEL(name, T, diagonal)                                                                               \
   ZEB_ENTRY(name)                                                                                                    \
   (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, T minDelta, T maxDelta,                    \
    ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                                                     \
-    const T values[] = {newVal, minDelta, maxDelta};                                                                 \
+    alignas(32) const T values[] = {newVal, minDelta, maxDelta};                                                     \
     return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, values, values + 1, values + 2, pRegion, pBuffer); \
   }
 #define THREE_CHANNELS(name, T, diagonal)                                                                        \

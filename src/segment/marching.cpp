@@ -29,7 +29,7 @@ constexpr Zeb32f unknown = 1e30f;    // so large that adding a step changes noth
 constexpr Zeb32f farSeed = 1000000;  // of a first pixel that lies inside
 constexpr Zeb32f besideObject = -1e-10f;
 
-constexpr int side = 32;  // of a tile
+constexpr int side = 64;  // of a tile: wide enough that a diagonal's work covers the wait for the one before
 
 int64_t bufferBytes(ZebiSize roi) {
   return (static_cast<int64_t>(roi.height) + 34) * (((static_cast<int64_t>(roi.width) + 31) & ~int64_t{31}) | 5) + 40;
