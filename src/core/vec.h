@@ -640,7 +640,6 @@ class RoundTowardZero {
   unsigned before_;
 };
 
-
 // ---- Within the 128-bit halves of a vector ----
 
 // Elements moved by n places to higher or lower positions; zeros move in.
