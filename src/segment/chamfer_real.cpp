@@ -56,6 +56,7 @@ class Chamfer {
 
   template <Way way>
   void strip(int y) {
+    placeSquares<way>(y);
     const V32f far = splat(infinity);
     V32f beside = far;
     for (int i = 0; i < past; ++i) above_[i] = twoAbove_[i] = far;
@@ -70,16 +71,17 @@ class Chamfer {
     }
     const int64_t end = int64_t{width_} + (rows - 1) * skew;
     for (int64_t t = 0; t < end; t += steps) {
+      const int count = end - t < steps ? static_cast<int>(end - t) : steps;
       copyRow<way>(up1, t + skew, up1_);
       if (mask == 5) copyRow<way>(up2, t + 2 * skew, up2_);
       const bool edge = y > height_ - rows || t < (rows - 1) * skew || t + steps > width_;
-      readChunk<way>(y, t);
+      readChunk<way>(y, t, count, edge);
       if (edge) {
-        run<true>(beside);
+        run<true>(beside, count);
       } else {
-        run<false>(beside);
+        run<false>(beside, steps);
       }
-      writeChunk<way>(y, t);
+      writeChunk<way>(y, t, count);
       for (int i = 0; i < past; ++i) {
         above_[i] = above_[steps + i];
         if (mask == 5) twoAbove_[i] = twoAbove_[steps + i];
@@ -104,10 +106,10 @@ class Chamfer {
 
   // The recurrence. cap_ is what a pixel's value may be at most; pixels outside the image have the floor infinity.
   template <bool edge>
-  void run(V32f& beside) {
+  void run(V32f& beside, int count) {
     const V32f straight = straight_, diagonal = diagonal_, knight = knight_;
     V32f v = beside;
-    for (int i = 0; i < steps; ++i) {
+    for (int i = 0; i < count; ++i) {
       const V32f* a = above_ + past + i;
       V32f candidate = min(min(a[1 - skew], a[-1 - skew]) + diagonal, a[-skew] + straight);
       if (mask == 5) {
@@ -132,82 +134,90 @@ class Chamfer {
   }
 
   template <Way way>
-  void readChunk(int y, int64_t t) {
-    for (int i = 0; i < steps; i += 4) {
+  void readChunk(int y, int64_t t, int count, bool edge) {
+    for (int i = 0; i < count; i += 4) {
       if (inside<way>(y, t + i)) {
-        readSquares<way>(y, static_cast<int>(t) + i, i);
-        for (int j = 0; j < 4; ++j) floor_[i + j] = splat(0.0f);
+        readSquares<way>(static_cast<int>(t) + i, i);
+        if (edge)
+          for (int j = 0; j < 4; ++j) floor_[i + j] = splat(0.0f);
       } else {
-        for (int j = 0; j < 4; ++j) readStep<way>(y, t + i + j, i + j);
+        for (int j = i; j < i + 4 && j < count; ++j) readStep<way>(y, t + j, j);
       }
     }
     if (way == Way::forward && y == 0 && t == 0 && src_[0][0]) *reinterpret_cast<Zeb32f*>(&cap_[0]) = unreached;
   }
+  // Where the four columns of a row start that step 0 and the three after it would reach; step t is t columns farther.
   template <Way way>
-  void readSquares(int y, int t, int i) {
+  void placeSquares(int y) {
+    for (int r = 0; r < rows && y <= height_ - rows; ++r) {
+      const int start = way == Way::forward ? -skew * r : width_ - 4 + skew * r;
+      srcSquare_[r] = src_[rowOf<way>(y + r)] + start;
+      dstSquare_[r] = dst_[rowOf<way>(y + r)] + start;
+    }
+  }
+  template <Way way>
+  void readSquares(int t, int i) {
+    const ptrdiff_t at = way == Way::forward ? t : -static_cast<ptrdiff_t>(t);
     V32f v[4];
     for (int r = 0; r < 4; ++r) {
-      const int low = columnOf<way>(t - skew * r + (way == Way::forward ? 0 : 3));
-      const int high = columnOf<way>(t - skew * (r + 4) + (way == Way::forward ? 0 : 3));
-      const int lowRow = rowOf<way>(y + r), highRow = rowOf<way>(y + r + 4);
       if (way == Way::forward) {
-        const V32s nonzero = greater(loadHalvesAs32s(src_[lowRow] + low, src_[highRow] + high), splat(0));
+        const V32s nonzero = greater(loadHalvesAs32s(srcSquare_[r] + at, srcSquare_[r + 4] + at), splat(0));
         v[r] = as<Zeb32f>(nonzero) & splat(infinity);
       } else {
-        v[r] = loadHalves(dst_[lowRow] + low, dst_[highRow] + high);
+        v[r] = loadHalves(dstSquare_[r] + at, dstSquare_[r + 4] + at);
       }
     }
     transposeHalves(v[0], v[1], v[2], v[3]);
     for (int j = 0; j < 4; ++j) cap_[i + (way == Way::forward ? j : 3 - j)] = v[j];
   }
+  // The rows of the strip that have a pixel at step t: from first(t) to last(y, t).
+  int firstRow(int64_t t) const { return t < width_ ? 0 : static_cast<int>((t - width_) / skew) + 1; }
+  int lastRow(int y, int64_t t) const {
+    const int reached = t < (rows - 1) * skew ? static_cast<int>(t) / skew : rows - 1;
+    return reached < height_ - 1 - y ? reached : height_ - 1 - y;
+  }
   template <Way way>
   void readStep(int y, int64_t t, int i) {
-    alignas(32) Zeb32f cap[rows], low[rows];
-    for (int r = 0; r < rows; ++r) {
-      const int64_t x = t - skew * r;
-      cap[r] = low[r] = infinity;
-      if (y > height_ - 1 - r || x < 0 || x >= width_) continue;
-      const int row = rowOf<way>(y + r), column = columnOf<way>(static_cast<int>(x));
+    cap_[i] = floor_[i] = splat(infinity);
+    Zeb32f* cap = reinterpret_cast<Zeb32f*>(&cap_[i]);
+    Zeb32f* low = reinterpret_cast<Zeb32f*>(&floor_[i]);
+    for (int r = firstRow(t), last = lastRow(y, t); r <= last; ++r) {
+      const int row = rowOf<way>(y + r), column = columnOf<way>(static_cast<int>(t - skew * r));
       low[r] = 0;
       cap[r] = way == Way::forward ? (src_[row][column] ? infinity : 0) : dst_[row][column];
     }
-    cap_[i] = load(cap);
-    floor_[i] = load(low);
   }
 
   template <Way way>
-  void writeChunk(int y, int64_t t) {
-    for (int i = 0; i < steps; i += 4) {
+  void writeChunk(int y, int64_t t, int count) {
+    for (int i = 0; i < count; i += 4) {
       if (inside<way>(y, t + i)) {
-        writeSquares<way>(y, static_cast<int>(t) + i, i);
+        writeSquares<way>(static_cast<int>(t) + i, i);
       } else {
-        for (int j = 0; j < 4; ++j) writeStep<way>(y, t + i + j, i + j);
+        for (int j = i; j < i + 4 && j < count; ++j) writeStep<way>(y, t + j, j);
       }
     }
   }
   template <Way way>
-  void writeSquares(int y, int t, int i) {
+  void writeSquares(int t, int i) {
+    const ptrdiff_t at = way == Way::forward ? t : -static_cast<ptrdiff_t>(t);
     V32f v[4];
     for (int j = 0; j < 4; ++j) v[j] = value_[i + (way == Way::forward ? j : 3 - j)];
     transposeHalves(v[0], v[1], v[2], v[3]);
-    for (int r = 0; r < 4; ++r) {
-      const int low = columnOf<way>(t - skew * r + (way == Way::forward ? 0 : 3));
-      const int high = columnOf<way>(t - skew * (r + 4) + (way == Way::forward ? 0 : 3));
-      storeHalves(dst_[rowOf<way>(y + r)] + low, dst_[rowOf<way>(y + r + 4)] + high, v[r]);
-    }
+    for (int r = 0; r < 4; ++r) storeHalves(dstSquare_[r] + at, dstSquare_[r + 4] + at, v[r]);
   }
   template <Way way>
   void writeStep(int y, int64_t t, int i) {
-    for (int r = 0; r < rows; ++r) {
-      const int64_t x = t - skew * r;
-      if (y > height_ - 1 - r || x < 0 || x >= width_) continue;
-      dst_[rowOf<way>(y + r)][columnOf<way>(static_cast<int>(x))] = reinterpret_cast<const Zeb32f*>(&value_[i])[r];
-    }
+    for (int r = firstRow(t), last = lastRow(y, t); r <= last; ++r)
+      dst_[rowOf<way>(y + r)][columnOf<way>(static_cast<int>(t - skew * r))] =
+          reinterpret_cast<const Zeb32f*>(&value_[i])[r];
   }
 
   Rows<const Zeb8u> src_;
   Rows<Zeb32f> dst_;
   int width_, height_;
+  const Zeb8u* srcSquare_[rows];
+  Zeb32f* dstSquare_[rows];
   V32f straight_, diagonal_, knight_;
   V32f cap_[steps], floor_[steps], value_[steps];
   V32f above_[past + steps], twoAbove_[past + steps];  // by step: lane r holds the row above row r, or two above it
