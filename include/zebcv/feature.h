@@ -215,6 +215,67 @@ ZebStatus zebiHoughProbLine_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize r
                                       int lineGap, ZebiRect* pRect, int maxLineCount, int* pLineCount, Zeb8u* pBuffer,
                                       const ZebiHoughProbSpec* pSpec);
 
+/**
+ * @defgroup canny Edges (J. Canny, 1986)
+ *
+ * Magnitude of the gradient, non-maximum suppression along its direction in four sectors, hysteresis with two
+ * thresholds and 8-connectivity. Every destination pixel becomes 0 or 255.
+ *
+ * A pixel survives when its magnitude m is kept by the low threshold and, with |dx| and |dy| compared in single
+ * precision, in the horizontal sector (|dy| < 0.41421357 |dx|) left < m and right <= m, in the vertical sector
+ * (2.4142137 |dx| < |dy|) upper < m and lower <= m, otherwise both neighbours < m on the diagonal that the gradient
+ * points along: upper left and lower right when dx and dy have the same sign, else upper right and lower left. Pixels
+ * outside the region count as 0. A survivor above the high threshold is an edge, and so is every survivor that a chain
+ * of neighbouring survivors connects to it.
+ */
+
+/**
+ * Edges from derivative images. Magnitude |dx| + |dy|; 32f: kept when m >= lowThresh, an edge when m > highThresh; 16s:
+ * m saturates at 65535, the thresholds are truncated to integers, kept when m > lowThresh, an edge when m > highThresh.
+ * The sign of a zero counts in 32f. The destination must not overlap the sources. Steps in bytes: at least the row,
+ * multiples of the element.
+ *
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument
+ * (lowThresh below 0 or above highThresh, or not a number); zebStsErrOverflow (the scratch would not fit a 32-bit
+ * count).
+ */
+ZebStatus zebiCanny_32f8u_C1R(const Zeb32f* pSrcDx, int srcDxStep, const Zeb32f* pSrcDy, int srcDyStep, Zeb8u* pDst,
+                              int dstStep, ZebiSize roiSize, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer);
+ZebStatus zebiCanny_16s8u_C1R(const Zeb16s* pSrcDx, int srcDxStep, const Zeb16s* pSrcDy, int srcDyStep, Zeb8u* pDst,
+                              int dstStep, ZebiSize roiSize, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer);
+
+/**
+ * Bytes of scratch for w x h pixels: (5 h + 10) (w + 2) + 16 w + 160 when both are below 65533, else
+ * (9 h + 18) (w + 2) + 16 w + 160.
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrOverflow.
+ */
+ZebStatus zebiCannyGetSize(ZebiSize roiSize, int* pBufferSize);
+
+/**
+ * Edges of an 8-bit image. filterType and mask choose the derivatives: zebFilterSobel with zebMskSize3x3 (1 2 1 and
+ * -1 0 1) or zebMskSize5x5 (1 4 6 4 1 and -1 -2 0 2 1), zebFilterScharr with zebMskSize3x3 (3 10 3 and -1 0 1), not
+ * scaled. norm chooses the magnitude: zebNormL1 |dx| + |dy|, or zebNormL2, the root of fma(dx, dx, dy dy) in single
+ * precision. Kept when m > lowThresh, an edge when m > highThresh. The vertical sector begins where
+ * |dy| > 2 |dx| + 0.41421357 |dx|.
+ *
+ * Borders: zebBorderConst (borderValue), zebBorderRepl or zebBorderInMem in the low four bits; side flags replace the
+ * rule on their side by the pixels in memory. Rows above and below are extended first, then columns. The destination is
+ * written after the whole source has been read and may be the source.
+ *
+ * Status, in this order: zebStsOk; zebStsErrMaskSize; zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument
+ * (filterType or norm, then the thresholds as above); zebStsErrBorder; zebStsErrOverflow. Steps are taken as they are.
+ */
+ZebStatus zebiCannyBorder_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                 int filterType, int mask, ZebiBorderType borderType, Zeb8u borderValue,
+                                 Zeb32f lowThresh, Zeb32f highThresh, int norm, Zeb8u* pBuffer);
+
+/**
+ * Bytes of scratch: with b = 2 (zebMskSize3x3) or 4 (zebMskSize5x5) and H = h + b, (H + 16 + 4 H) (w + b) + 64.
+ * filterType and dataType are not examined.
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrMaskSize; zebStsErrOverflow.
+ */
+ZebStatus zebiCannyBorderGetSize(ZebiSize roiSize, int filterType, int mask, int dataType, int* pBufferSize);
+
 #ifdef __cplusplus
 }
 #endif

@@ -439,6 +439,23 @@ ZEB_INLINE unsigned topBits(V32f a) {
   return static_cast<unsigned>(_mm256_movemask_ps(a.v));
 }
 
+// One bit per lane, lane 0 in bit 0, and whether all lanes are set, of a mask.
+ZEB_INLINE unsigned laneBits(V16u mask) {
+  const __m256i bytes = _mm256_packs_epi16(mask.v, _mm256_setzero_si256());
+  return static_cast<unsigned>(_mm256_movemask_epi8(_mm256_permute4x64_epi64(bytes, 0xD8)));
+}
+ZEB_INLINE unsigned laneBits(V32f mask) {
+  return static_cast<unsigned>(_mm256_movemask_ps(mask.v));
+}
+template <class T>
+ZEB_INLINE bool allLanes(Vec<T> mask) {
+  return _mm256_testc_si256(bits(mask.v), _mm256_set1_epi8(-1));
+}
+// Two masks of eight lanes as one of sixteen.
+ZEB_INLINE V16u narrowMask(V32f a, V32f b) {
+  return {_mm256_permute4x64_epi64(_mm256_packs_epi32(bits(a.v), bits(b.v)), 0xD8)};
+}
+
 // ---- Widening loads: as many elements as the wide vector has lanes ----
 
 ZEB_INLINE V16s loadAs16s(const Zeb8u* p) {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "core/checks.h"
+#include "core/columns.h"
 #include "core/entry.h"
 #include "core/rows.h"
 #include "core/scratch.h"
@@ -27,39 +28,6 @@ ZEB_INLINE V32f exceeds(V32f v, Zeb32f threshold) {
 ZEB_INLINE V32s exceeds(V32s v, Zeb32s threshold) {
   if (threshold < 0) return equal(v, v);
   return greater(v, splat(threshold)) | greater(splat(-threshold), v);
-}
-
-// A whole vector, or the n elements at the end of a row.
-struct Whole {
-  static constexpr unsigned lanes = 0xFF;
-  template <class T>
-  ZEB_INLINE Vec<T> from(const T* p) const {
-    return load(p);
-  }
-  template <class T>
-  ZEB_INLINE void to(T* p, Vec<T> v) const {
-    store(p, v);
-  }
-};
-struct Tail {
-  int n;
-  unsigned lanes = (1u << n) - 1;
-  template <class T>
-  ZEB_INLINE Vec<T> from(const T* p) const {
-    return loadN(p, n);
-  }
-  template <class T>
-  ZEB_INLINE void to(T* p, Vec<T> v) const {
-    storeN(p, v, n);
-  }
-};
-
-// Calls part(x, Whole or Tail) for the columns from .. to - 1, eight at a time.
-template <class Part>
-ZEB_INLINE void forColumns(int from, int to, Part part) {
-  int x = from;
-  for (; x <= to - 8; x += 8) part(x, Whole{});
-  if (x < to) part(x, Tail{to - x});
 }
 
 // The lanes of n pixels that are peaks, given the extremes of their neighbourhoods.
@@ -94,12 +62,11 @@ struct RowExtremes {
   T *largest, *smallest;
 
   void form(const T* row, int from, int to) const {
-    forColumns(
-        from, to, [&](int x, auto part) __attribute__((always_inline)) {
-          const Vec<T> left = part.from(row + x - 1), v = part.from(row + x), right = part.from(row + x + 1);
-          part.to(largest + x, max(left, max(right, orLowest(v))));
-          part.to(smallest + x, min(left, min(right, orHighest(v))));
-        });
+    forColumns<8>(from, to, [&](int x, auto part) ZEB_BODY {
+      const Vec<T> left = part.from(row + x - 1), v = part.from(row + x), right = part.from(row + x + 1);
+      part.to(largest + x, max(left, max(right, orLowest(v))));
+      part.to(smallest + x, min(left, min(right, orHighest(v))));
+    });
   }
 };
 
@@ -127,14 +94,13 @@ int findPeaks8(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, in
   for (int y = border; y < size.height - border && found.count < most; ++y) {
     ring[2].form(src[y + 1], border, end);
     const T* row = src[y];
-    forColumns(
-        border, end, [&](int x, auto part) __attribute__((always_inline)) {
-          const Vec<T> largest =
-              max(part.from(ring[0].largest + x), max(part.from(ring[1].largest + x), part.from(ring[2].largest + x)));
-          const Vec<T> smallest = min(part.from(ring[0].smallest + x),
-                                      min(part.from(ring[1].smallest + x), part.from(ring[2].smallest + x)));
-          found.add(peaks(part.from(row + x), largest, smallest, threshold, part.lanes), x, y);
-        });
+    forColumns<8>(border, end, [&](int x, auto part) ZEB_BODY {
+      const Vec<T> largest =
+          max(part.from(ring[0].largest + x), max(part.from(ring[1].largest + x), part.from(ring[2].largest + x)));
+      const Vec<T> smallest =
+          min(part.from(ring[0].smallest + x), min(part.from(ring[1].smallest + x), part.from(ring[2].smallest + x)));
+      found.add(peaks(part.from(row + x), largest, smallest, threshold, part.lanes()), x, y);
+    });
     const RowExtremes<T> oldest = ring[0];
     ring[0] = ring[1], ring[1] = ring[2], ring[2] = oldest;
   }
@@ -146,18 +112,17 @@ int findPeaks4(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, in
   Peaks found{out, most};
   for (int y = border; y < size.height - border && found.count < most; ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];
-    forColumns(
-        border, size.width - border, [&](int x, auto part) __attribute__((always_inline)) {
-          const Vec<T> v = part.from(row + x);
-          // The neighbour comes first: the extreme so far stays where the neighbour is not a number.
-          Vec<T> largest = v, smallest = v;
-          for (const T* p : {row + x - 1, row + x + 1, above + x, below + x}) {
-            const Vec<T> q = part.from(p);
-            largest = max(q, largest);
-            smallest = min(q, smallest);
-          }
-          found.add(peaks(v, largest, smallest, threshold, part.lanes), x, y);
-        });
+    forColumns<8>(border, size.width - border, [&](int x, auto part) ZEB_BODY {
+      const Vec<T> v = part.from(row + x);
+      // The neighbour comes first: the extreme so far stays where the neighbour is not a number.
+      Vec<T> largest = v, smallest = v;
+      for (const T* p : {row + x - 1, row + x + 1, above + x, below + x}) {
+        const Vec<T> q = part.from(p);
+        largest = max(q, largest);
+        smallest = min(q, smallest);
+      }
+      found.add(peaks(v, largest, smallest, threshold, part.lanes()), x, y);
+    });
   }
   return found.count;
 }

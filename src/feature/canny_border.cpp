@@ -1,0 +1,134 @@
+// The Canny detector on an 8-bit image, which it differentiates itself.
+#include "core/entry.h"
+#include "feature/canny.h"
+#include "filter/derivative.h"
+
+namespace {
+
+using namespace zeb;
+
+int64_t bufferSize(ZebiSize roi, int mask) {
+  const int64_t b = mask == zebMskSize3x3 ? 2 : 4, w = roi.width + b, h = roi.height + b;
+  return (h + 16 + 4 * h) * w + 64;
+}
+
+struct Sectors16 {
+  V16u horizontal, vertical, opposite;
+};
+
+// Derivatives of 8-bit pixels stay below 2^15 together, so a sum of absolute values compares with the truncated
+// threshold as the threshold itself would.
+struct SumOfAbsolutes {
+  using Magnitude = Zeb16u;
+  static Magnitude threshold(Zeb32f t) { return t >= 65535.0f ? Zeb16u(65535) : static_cast<Zeb16u>(t); }
+  static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb16u* out, int n, Zeb16u low) {
+    const V16u bound = splat(low);
+    forColumns<16>(0, n, [&](int x, auto part) ZEB_BODY {
+      const V16u m = addSat(as<Zeb16u>(abs(part.from(dx + x))), as<Zeb16u>(abs(part.from(dy + x))));
+      part.to(out + x, m & isLess(bound, m));
+    });
+  }
+  template <class Part>
+  static ZEB_INLINE Sectors16 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
+    const V16s x = part.from(dx), y = part.from(dy);
+    const Sectors32 low = sectorsOf<VerticalBySum>(toFloat(widenLow(x)), toFloat(widenLow(y)));
+    const Sectors32 high = sectorsOf<VerticalBySum>(toFloat(widenHigh(x)), toFloat(widenHigh(y)));
+    return {narrowMask(low.horizontal, high.horizontal), narrowMask(low.vertical, high.vertical),
+            as<Zeb16u>(shiftRight<15>(x ^ y))};
+  }
+};
+
+struct RootOfSquares {
+  using Magnitude = Zeb32f;
+  static Magnitude threshold(Zeb32f t) { return t; }
+  static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb32f* out, int n, Zeb32f low) {
+    const V32f bound = splat(low);
+    forColumns<8>(0, n, [&](int x, auto part) ZEB_BODY {
+      const V32f fx = floats(dx + x, part), fy = floats(dy + x, part);
+      const V32f m = sqrt(fma(fx, fx, fy * fy));
+      part.to(out + x, less(bound, m) & m);
+    });
+  }
+  template <class Part>
+  static ZEB_INLINE Sectors32 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
+    return sectorsOf<VerticalBySum>(floats(dx, part), floats(dy, part));
+  }
+
+ private:
+  static ZEB_INLINE V32f floats(const Zeb16s* p, WholeVector) { return loadAsFloat(p); }
+  static ZEB_INLINE V32f floats(const Zeb16s* p, RowEnd end) { return loadAsFloatN(p, end.n); }
+};
+
+struct Image {
+  Rows<const Zeb8u> src;
+  Rows<Zeb8u> dst;
+  ZebiSize roi;
+  ZebiBorderType border;
+  Zeb8u value;
+};
+
+// The rows that the passes work on lie where the stack of the hysteresis comes afterwards.
+template <class Kernel, class Form>
+void detect(const Image& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer, int64_t size) {
+  using M = typename Form::Magnitude;
+  const ZebiSize roi = image.roi;
+  Scratch scratch(pBuffer, size);
+  const CannyMap map = takeCannyMap(scratch, roi);
+  Scratch stack = scratch;
+  DerivativeRows<Kernel, Zeb8u> derivatives(image.src, roi, image.border, image.value, scratch);
+  const MagnitudeRing<M> ring(scratch, roi.width);
+  Zeb16s *dx[2], *dy[2];
+  for (int k = 0; k < 2; ++k) dx[k] = scratch.take<Zeb16s>(roi.width, 1), dy[k] = scratch.take<Zeb16s>(roi.width, 1);
+  const M low = Form::threshold(lowThresh), high = Form::threshold(highThresh);
+  for (int y = 0; y <= roi.height; ++y) {
+    if (y < roi.height) {
+      derivatives.form(y, dx[y & 1], dy[y & 1]);
+      Form::magnitudes(dx[y & 1], dy[y & 1], ring.row(y), roi.width, low);
+    } else {
+      memset(ring.row(y), 0, static_cast<size_t>(roi.width) * sizeof(M));
+    }
+    if (y == 0) continue;
+    const Zeb16s *rowDx = dx[(y - 1) & 1], *rowDy = dy[(y - 1) & 1];
+    suppressRow(ring, y - 1, roi.width, high, map.row(y - 1),
+                [=](int x, auto part) ZEB_BODY { return Form::sectors(rowDx + x, rowDy + x, part); });
+  }
+  hysteresis(map, roi, stack, image.dst);
+}
+
+using Detect = void (*)(const Image&, Zeb32f, Zeb32f, Zeb8u*, int64_t);
+
+template <class Form>
+Detect detectorOf(int filterType, int mask) {
+  if (filterType == zebFilterScharr) return detect<Scharr3, Form>;
+  return mask == zebMskSize3x3 ? detect<Sobel3, Form> : detect<Sobel5, Form>;
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiCannyBorderGetSize)(ZebiSize roiSize, int, int mask, int, int* pBufferSize) {
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize),
+                              require(mask == zebMskSize3x3 || mask == zebMskSize5x5, zebStsErrMaskSize)))
+    return bad;
+  return reportSize(bufferSize(roiSize, mask), pBufferSize);
+}
+
+ZEB_ENTRY(zebiCannyBorder_8u_C1R)
+(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, int filterType, int mask,
+ ZebiBorderType borderType, Zeb8u borderValue, Zeb32f lowThresh, Zeb32f highThresh, int norm, Zeb8u* pBuffer) {
+  const bool maskFits = mask == zebMskSize3x3 || (mask == zebMskSize5x5 && filterType != zebFilterScharr);
+  const int base = borderBase(borderType);
+  if (auto bad = firstFailure(
+          require(maskFits, zebStsErrMaskSize), present(pSrc, pDst, pBuffer), hasArea(roiSize),
+          require(filterType == zebFilterSobel || filterType == zebFilterScharr, zebStsErrBadArgument),
+          require(norm == zebNormL1 || norm == zebNormL2, zebStsErrBadArgument),
+          orderedThresholds(lowThresh, highThresh),
+          require(base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem, zebStsErrBorder)))
+    return bad;
+  const int64_t size = bufferSize(roiSize, mask);
+  if (size > INT32_MAX) return zebStsErrOverflow;
+  const Image image = {Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, borderType, borderValue};
+  const Detect detect =
+      norm == zebNormL1 ? detectorOf<SumOfAbsolutes>(filterType, mask) : detectorOf<RootOfSquares>(filterType, mask);
+  detect(image, lowThresh, highThresh, pBuffer, size);
+  return zebStsOk;
+}

@@ -1,0 +1,120 @@
+// The Canny detector on images of derivatives.
+#include "core/entry.h"
+#include "feature/canny.h"
+
+namespace {
+
+using namespace zeb;
+
+int64_t bufferSize(ZebiSize roi) {
+  const int64_t w = roi.width, h = roi.height;
+  const bool small = w < 65533 && h < 65533;
+  return (small ? 5 * h + 10 : 9 * h + 18) * (w + 2) + 16 * w + 160;
+}
+
+// ---- 16s: magnitudes of 16 bits, sixteen pixels to a vector ----
+
+ZEB_INLINE V16u magnitude(V16s dx, V16s dy) {
+  return addSat(as<Zeb16u>(abs(dx)), as<Zeb16u>(abs(dy)));
+}
+
+// Thresholds as integers; from 65535 on no magnitude is greater.
+Zeb16u integerThreshold(Zeb32f t) {
+  return t >= 65535.0f ? Zeb16u(65535) : static_cast<Zeb16u>(t);
+}
+
+struct Sectors16 {
+  V16u horizontal, vertical, opposite;
+};
+
+struct Derivatives16s {
+  using Element = Zeb16s;
+  using Magnitude = Zeb16u;
+
+  static Magnitude threshold(Zeb32f t) { return integerThreshold(t); }
+  static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb16u* out, int n, Zeb16u low) {
+    const V16u bound = splat(low);
+    forColumns<16>(0, n, [&](int x, auto part) ZEB_BODY {
+      const V16u m = magnitude(part.from(dx + x), part.from(dy + x));
+      part.to(out + x, m & isLess(bound, m));
+    });
+  }
+  template <class Part>
+  static ZEB_INLINE Sectors16 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
+    const V16s x = part.from(dx), y = part.from(dy);
+    const Sectors32 low = sectorsOf<VerticalByProduct>(toFloat(widenLow(x)), toFloat(widenLow(y)));
+    const Sectors32 high = sectorsOf<VerticalByProduct>(toFloat(widenHigh(x)), toFloat(widenHigh(y)));
+    return {narrowMask(low.horizontal, high.horizontal), narrowMask(low.vertical, high.vertical),
+            as<Zeb16u>(shiftRight<15>(x ^ y))};
+  }
+};
+
+struct Derivatives32f {
+  using Element = Zeb32f;
+  using Magnitude = Zeb32f;
+
+  static Magnitude threshold(Zeb32f t) { return t; }
+  static void magnitudes(const Zeb32f* dx, const Zeb32f* dy, Zeb32f* out, int n, Zeb32f low) {
+    const V32f bound = splat(low);
+    forColumns<8>(0, n, [&](int x, auto part) ZEB_BODY {
+      const V32f m = abs(part.from(dx + x)) + abs(part.from(dy + x));
+      part.to(out + x, andNot(less(m, bound), m));
+    });
+  }
+  template <class Part>
+  static ZEB_INLINE Sectors32 sectors(const Zeb32f* dx, const Zeb32f* dy, const Part part) {
+    return sectorsOf<VerticalByProduct>(part.from(dx), part.from(dy));
+  }
+};
+
+template <class Form>
+ZebStatus canny(const typename Form::Element* pSrcDx, int srcDxStep, const typename Form::Element* pSrcDy,
+                int srcDyStep, Zeb8u* pDst, int dstStep, ZebiSize roi, Zeb32f lowThresh, Zeb32f highThresh,
+                Zeb8u* pBuffer) {
+  using T = typename Form::Element;
+  if (auto bad = firstFailure(present(pSrcDx, pSrcDy, pDst, pBuffer), hasArea(roi), holdsRow<T>(srcDxStep, roi.width),
+                              holdsRow<T>(srcDyStep, roi.width), holdsRow<Zeb8u>(dstStep, roi.width),
+                              wholeElements<T>(srcDxStep), wholeElements<T>(srcDyStep),
+                              orderedThresholds(lowThresh, highThresh),
+                              require(bufferSize(roi) <= INT32_MAX, zebStsErrOverflow)))
+    return bad;
+  using M = typename Form::Magnitude;
+  Scratch scratch(pBuffer, bufferSize(roi));
+  const CannyMap map = takeCannyMap(scratch, roi);
+  const MagnitudeRing<M> ring(scratch, roi.width);
+  const Rows dx(pSrcDx, srcDxStep);
+  const Rows dy(pSrcDy, srcDyStep);
+  const M low = Form::threshold(lowThresh), high = Form::threshold(highThresh);
+  for (int y = 0; y <= roi.height; ++y) {
+    if (y < roi.height)
+      Form::magnitudes(dx[y], dy[y], ring.row(y), roi.width, low);
+    else
+      memset(ring.row(y), 0, static_cast<size_t>(roi.width) * sizeof(M));
+    if (y == 0) continue;
+    const T *rowDx = dx[y - 1], *rowDy = dy[y - 1];
+    suppressRow(ring, y - 1, roi.width, high, map.row(y - 1),
+                [=](int x, auto part) ZEB_BODY { return Form::sectors(rowDx + x, rowDy + x, part); });
+  }
+  hysteresis(map, roi, scratch, Rows(pDst, dstStep));
+  return zebStsOk;
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiCannyGetSize)(ZebiSize roiSize, int* pBufferSize) {
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize))) return bad;
+  return reportSize(bufferSize(roiSize), pBufferSize);
+}
+
+ZEB_ENTRY(zebiCanny_16s8u_C1R)
+(const Zeb16s* pSrcDx, int srcDxStep, const Zeb16s* pSrcDy, int srcDyStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+ Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer) {
+  return canny<Derivatives16s>(pSrcDx, srcDxStep, pSrcDy, srcDyStep, pDst, dstStep, roiSize, lowThresh, highThresh,
+                               pBuffer);
+}
+ZEB_ENTRY(zebiCanny_32f8u_C1R)
+(const Zeb32f* pSrcDx, int srcDxStep, const Zeb32f* pSrcDy, int srcDyStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+ Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer) {
+  return canny<Derivatives32f>(pSrcDx, srcDxStep, pSrcDy, srcDyStep, pDst, dstStep, roiSize, lowThresh, highThresh,
+                               pBuffer);
+}
