@@ -115,7 +115,8 @@ void show(const Scene& scene, Gallery& gallery) {
       "ones. "
       "Edge pixels vote for the lines through them, and local peaks of a response mark its corners.");
   double time = 0;
-  gallery.add(edges(scene.gray, 40, 100, time), "Edges, thresholds 40 and 100", time);
+  const Picture weak = edges(scene.gray, 40, 100, time);
+  gallery.add(weak, "Edges, thresholds 40 and 100", time);
   const Picture strong = edges(scene.gray, 120, 300, time);
   gallery.add(strong, "Edges, thresholds 120 and 300", time);
   showLines(scene.gray, strong, gallery);

@@ -439,14 +439,17 @@ ZEB_INLINE unsigned topBits(V32f a) {
   return static_cast<unsigned>(_mm256_movemask_ps(a.v));
 }
 
-// One bit per lane, lane 0 in bit 0, and whether all lanes are set, of a mask.
-ZEB_INLINE unsigned laneBits(V16u mask) {
-  const __m256i bytes = _mm256_packs_epi16(mask.v, _mm256_setzero_si256());
-  return static_cast<unsigned>(_mm256_movemask_epi8(_mm256_permute4x64_epi64(bytes, 0xD8)));
+// The lanes, each below 256, as bytes.
+ZEB_INLINE void storeBytes(Zeb8u* p, V16u a) {
+  const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(a.v, a.v), 0xD8);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
 }
-ZEB_INLINE unsigned laneBits(V32f mask) {
-  return static_cast<unsigned>(_mm256_movemask_ps(mask.v));
+ZEB_INLINE void storeBytes(Zeb8u* p, V32f lanesOf32) {
+  const __m256i words = _mm256_packus_epi32(bits(lanesOf32.v), bits(lanesOf32.v));
+  const __m256i packed = _mm256_packus_epi16(_mm256_permute4x64_epi64(words, 0xD8), words);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
 }
+// Whether all lanes of a mask are set.
 template <class T>
 ZEB_INLINE bool allLanes(Vec<T> mask) {
   return _mm256_testc_si256(bits(mask.v), _mm256_set1_epi8(-1));

@@ -104,13 +104,13 @@ ZEB_INLINE Vec<M> standsOut(const M* above, const M* row, const M* below, Vec<M>
                 select(sector.vertical, alongColumn, select(sector.opposite, opposite, same)));
 }
 
-// Marks candidates and edges among pixels x .. x + n - 1 of a row of the map. keep and strong have the top bit of each
-// byte (16 lanes) or lane (8 lanes) set.
-inline void markPixels(Zeb8u* map, unsigned keep, unsigned strong) {
-  for (; keep; keep &= keep - 1) {
-    const int i = __builtin_ctz(keep);
-    map[i] = static_cast<Zeb8u>(cannyCandidate | ((strong >> i & 1) * cannyEdge));
-  }
+// The map's bytes for a vector of pixels: candidates, and edges among them.
+ZEB_INLINE V16u marks(V16u keep, V16u strong) {
+  return keep & (splat(Zeb16u(cannyCandidate)) | (strong & splat(Zeb16u(cannyEdge))));
+}
+ZEB_INLINE V32f marks(V32f keep, V32f strong) {
+  const V32f candidate = as<Zeb32f>(splat(Zeb32s(cannyCandidate))), edge = as<Zeb32f>(splat(Zeb32s(cannyEdge)));
+  return keep & (candidate | (strong & edge));
 }
 
 // Suppresses row y: gradients(x, part) yields the sectors of a vector of pixels. high: an edge has m > high.
@@ -126,7 +126,7 @@ void suppressRow(const MagnitudeRing<M>& ring, int y, int width, M high, Zeb8u* 
     if (allLanes(none)) continue;
     const auto sector = gradients(x, WholeVector{});
     const Vec<M> keep = andNot(none, standsOut(above + x, row + x, below + x, m, sector));
-    markPixels(map + x, laneBits(keep), laneBits(isLess(splat(high), m)));
+    storeBytes(map + x, marks(keep, isLess(splat(high), m)));
   }
   if (x == width) return;
   // The last pixels, with zeros behind them.
@@ -137,7 +137,9 @@ void suppressRow(const MagnitudeRing<M>& ring, int y, int width, M high, Zeb8u* 
   const Vec<M> m = load(rows[1] + 1);
   const auto sector = gradients(x, RowEnd{n});
   const Vec<M> keep = andNot(equal(m, zero), standsOut(rows[0] + 1, rows[1] + 1, rows[2] + 1, m, sector));
-  markPixels(map + x, laneBits(keep) & ((1u << n) - 1), laneBits(isLess(splat(high), m)));
+  Zeb8u bytes[lanes];
+  storeBytes(bytes, marks(keep, isLess(splat(high), m)));
+  memcpy(map + x, bytes, static_cast<size_t>(n));
 }
 
 // Spreads the edges over neighbouring candidates and writes the result. The stack needs four bytes a pixel: a pixel is
