@@ -7,7 +7,7 @@
 #include "core/vec.h"
 #include "feature/hough.h"
 
-// The spec record: three words, then a pair per angle. Its memory is the caller's, at any address.
+// The record of tables: three words, then a pair per angle. Its memory is the caller's, at any address.
 struct ZebiHoughProbSpec {
   Zeb32f deltaRho, deltaTheta;
   Zeb32s hint;
