@@ -1,0 +1,164 @@
+// Minimum and maximum over a rectangle: columns by direct combination or by running blocks, rows by widening windows.
+#include "filter/rank.h"
+
+namespace zeb {
+
+namespace {
+
+// Up to this many rows are combined directly.
+constexpr int64_t directRows = 8;
+
+int64_t clamped(int64_t v, int64_t low, int64_t high) {
+  return v < low ? low : v > high ? high : v;
+}
+
+// A window reaches no further than the image where what lies beyond repeats the edge.
+Window withinReach(Window w, const BorderRows& source, Sides sides) {
+  const int64_t x = source.size().width - 1, y = source.size().height - 1;
+  const auto reach = [](int64_t v, int64_t far, bool before, bool after) {
+    return before && v < 0 ? v : after && v > 0 ? v : clamped(v, -far, far);
+  };
+  return {reach(w.left, x, sides.left, sides.right), reach(w.right, x, sides.left, sides.right),
+          reach(w.top, y, sides.top, sides.bottom), reach(w.bottom, y, sides.top, sides.bottom)};
+}
+
+template <class Op>
+class RankStrip {
+  using T = typename Op::Type;
+
+ public:
+  RankStrip(const BorderRows& source, Window window, int channels, const RowOutput<T>& output, int x, int columns,
+            Scratch scratch)
+      : source_(source),
+        output_(output),
+        channels_(channels),
+        width_(window.right - window.left + 1),
+        height_(window.bottom - window.top + 1),
+        top_(window.top),
+        radix_(bestRadix(1, width_)),
+        range_(source.columns(x + window.left, int64_t(x) + columns + window.right)),
+        kept_(static_cast<ptrdiff_t>(range_.keptCount() * channels)),
+        at_(static_cast<ptrdiff_t>(x) * channels),
+        n_(static_cast<ptrdiff_t>(columns) * channels) {
+    stride_ = static_cast<ptrdiff_t>(scratchStride(range_.to - range_.from, source.pixelBytes()) / sizeof(T));
+    for (T*& line : lines_) line = scratch.take<T>(stride_);
+    if (height_ > directRows) {
+      suffixes_ = scratch.take<T>(height_ * stride_);
+      rows_ = scratch.take<const T*>(height_, alignof(const T*));
+    }
+  }
+
+  void run() {
+    if (height_ > directRows) {
+      runBlocks();
+    } else {
+      runDirect();
+    }
+  }
+
+ private:
+  const T* row(int64_t y) const { return reinterpret_cast<const T*>(source_.row(y)) + range_.kept * channels_; }
+
+  // Where the columns' extremum of output row y goes: into the destination itself when nothing is left to do along the
+  // row, else into a line, at the place that leaves room for the border.
+  bool direct() const { return width_ == 1 && kept_ == n_ && !range_.beyond(); }
+  T* columnsTo(int y, int line) const {
+    return direct() ? output_.begin(y, at_) : lines_[line] + range_.place() * channels_;
+  }
+  void alongRow(int y, int line) const {
+    if (!direct()) {
+      source_.complete(reinterpret_cast<Zeb8u*>(lines_[line]), range_);
+      widenRow<Op>(lines_[line], 1, output_.begin(y, at_), width_, lines_[line], channels_, n_, radix_, false);
+    }
+    output_.end(y, at_, n_);
+  }
+
+  void runDirect() const {
+    const int height = source_.size().height, h = static_cast<int>(height_);
+    const T* rows[directRows + 1];
+    const bool pairs = h > 1 && !(direct() && output_.finish == RowOutput<T>::dstMinusResult);
+    int y = 0;
+    for (; pairs && y < height - 1; y += 2) {
+      for (int i = 0; i <= h; ++i) rows[i] = row(y + top_ + i);
+      combinePair<Op>(rows, h, columnsTo(y, 0), columnsTo(y + 1, 1), kept_);
+      alongRow(y, 0);
+      alongRow(y + 1, 1);
+    }
+    for (; y < height; ++y) {
+      for (int i = 0; i < h; ++i) rows[i] = row(y + top_ + i);
+      combineRows<Op>(rows, h, columnsTo(y, 0), kept_);
+      alongRow(y, 0);
+    }
+  }
+
+  // Output rows y..y+h-1 stand on source rows y+top..: the suffixes of that block of h rows, and for all but the first
+  // the beginning of the next block.
+  void runBlocks() const {
+    const int height = source_.size().height;
+    const int h = static_cast<int>(height_);
+    T* prefix = lines_[1];
+    for (int64_t y = 0; y < height; y += h) {
+      for (int i = 0; i < h; ++i) rows_[i] = row(y + top_ + i);
+      suffixRows<Op>(rows_, h, suffixes_, stride_, kept_);
+      const int last = static_cast<int>(height - y < h ? height - y : h);
+      for (int j = 0; j < last; ++j) {
+        const int to = static_cast<int>(y) + j;
+        const T* suffix = suffixes_ + j * stride_;
+        const T* next = row(y + top_ + h + j - 1);
+        if (j == 0) {
+          combineRows<Op>(&suffix, 1, columnsTo(to, 0), kept_);
+        } else if (j == 1) {
+          const T* pair[] = {next, suffix};
+          combineRows<Op>(&next, 1, prefix, kept_);
+          combineRows<Op>(pair, 2, columnsTo(to, 0), kept_);
+        } else {
+          advanceRow<Op>(next, prefix, suffix, columnsTo(to, 0), kept_);
+        }
+        alongRow(to, 0);
+      }
+    }
+  }
+
+  const BorderRows& source_;
+  const RowOutput<T>& output_;
+  int channels_;
+  int64_t width_, height_, top_;
+  int radix_;
+  BorderRows::Columns range_;
+  ptrdiff_t kept_, at_, n_, stride_;
+  T* lines_[2];
+  T* suffixes_ = nullptr;
+  const T** rows_ = nullptr;
+};
+
+}  // namespace
+
+template <class Op>
+void rankRegion(const BorderRows& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
+                Scratch scratch) {
+  window = withinReach(window, source, source.sides());
+  const int64_t height = window.bottom - window.top + 1, width = window.right - window.left + 1;
+  // Strips of columns whose lines stay in the first cache, and whose suffixes and source rows stay in the second.
+  const int64_t bytes = height > directRows ? (384 << 10) / (2 * height) : 16 << 10;
+  const int64_t least = 8 * width > 256 ? 8 * width : 256;
+  const int64_t most = bytes / source.pixelBytes() > least ? bytes / source.pixelBytes() : least;
+  const int all = source.size().width;
+  const int strips = static_cast<int>((all + most - 1) / most);
+  // Of equal width, in whole cache lines.
+  const int columns = strips == 1 ? all : ((all + strips - 1) / strips + 63) & ~63;
+  for (int x = 0; x < all;) {
+    const int n = columns < all - x ? columns : all - x;
+    RankStrip<Op>(source, window, channels, output, x, n, scratch).run();
+    x += n;
+  }
+}
+
+#define RANK(T)                                                                                      \
+  template void rankRegion<Lowest<T>>(const BorderRows&, Window, int, const RowOutput<T>&, Scratch); \
+  template void rankRegion<Highest<T>>(const BorderRows&, Window, int, const RowOutput<T>&, Scratch);
+RANK(Zeb8u)
+RANK(Zeb16u)
+RANK(Zeb16s)
+RANK(Zeb32f)
+
+}  // namespace zeb

@@ -1,0 +1,68 @@
+// Minimum and maximum over a rectangle of pixels.
+//
+// Columns first: up to eight rows are combined directly, two output rows at a time; more rows by blocks of as many rows
+// as the rectangle has, in which every window is the end of one block and the beginning of the next (van Herk, 1992;
+// Gil and Werman, 1993). Then along the row by widening windows, each covered by overlapping shorter ones. Neither
+// costs more for larger rectangles but for the logarithm of the width.
+#pragma once
+
+#include "core/scratch.h"
+#include "filter/border_rows.h"
+#include "filter/extremum_rows.h"
+#include "filter/row_output.h"
+
+namespace zeb {
+
+// The pixels that a result is taken over, relative to its own: columns left..right and rows top..bottom, both included.
+// They need not contain the pixel itself.
+struct Window {
+  int64_t left, right, top, bottom;
+};
+inline Window windowOf(ZebiSize rect, ZebiPoint anchor) {
+  return {-int64_t(anchor.x), int64_t(rect.width) - 1 - anchor.x, -int64_t(anchor.y),
+          int64_t(rect.height) - 1 - anchor.y};
+}
+
+// Products of counts of bytes that stop at 2^50 instead of wrapping, so that sums of some of them are safe too.
+inline int64_t boundedProduct(int64_t a, int64_t b) {
+  constexpr int64_t bound = int64_t(1) << 50;
+  if (a > bound || b > bound) return bound;
+  return b != 0 && a > bound / b ? bound : a * b;
+}
+
+// Distance of scratch rows of this many pixels: whole vectors, and room for what kernels read and write past the end.
+inline int64_t scratchStride(int64_t pixels, int pixelBytes) {
+  return ((boundedProduct(pixels, pixelBytes) + 31) & ~int64_t(31)) + 64;
+}
+
+// Bytes of scratch for a region of this width. The morphology sizes its own scratch by this query and keeps a whole
+// bordered row for every row of its mask and a few words for each of its elements; that room is part of it.
+inline int64_t rankBufferSize(int width, int pixelBytes, ZebiSize rect) {
+  const int64_t stride = scratchStride(int64_t(width) + rect.width - 1, pixelBytes);
+  return boundedProduct(int64_t(rect.height) + 3, stride) +
+         boundedProduct(16, boundedProduct(rect.width, rect.height)) + 128;
+}
+
+// out = extremum over the window of every pixel of the source, channel by channel. Op is Lowest<T> or Highest<T> for
+// 8u, 16u, 16s and 32f. The output must not overlap the source.
+template <class Op>
+void rankRegion(const BorderRows& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
+                Scratch scratch);
+
+// The filters with replicated border over a rectangle placed by its anchor.
+template <class T>
+inline void filterMinBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
+                                     ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
+  const int px = channels * static_cast<int>(sizeof(T));
+  rankRegion<Lowest<T>>(BorderRows(pSrc, srcStep, roi, px, Sides()), windowOf(rect, anchor), channels,
+                        RowOutput<T>(Rows<T>(pDst, dstStep)), Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
+}
+template <class T>
+inline void filterMaxBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
+                                     ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
+  const int px = channels * static_cast<int>(sizeof(T));
+  rankRegion<Highest<T>>(BorderRows(pSrc, srcStep, roi, px, Sides()), windowOf(rect, anchor), channels,
+                         RowOutput<T>(Rows<T>(pDst, dstStep)), Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
+}
+
+}  // namespace zeb

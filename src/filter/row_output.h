@@ -1,0 +1,71 @@
+// Where a filter leaves its rows, and what happens to a row while it is still in the nearest cache.
+#pragma once
+
+#include "core/rows.h"
+#include "core/vec.h"
+
+namespace zeb {
+
+// a - b, not below 0.
+template <class T>
+ZEB_INLINE Vec<T> excess(Vec<T> a, Vec<T> b) {
+  if constexpr (std::is_same_v<T, Zeb32f>) {
+    return max(splat(0.0f), a - b);
+  } else if constexpr (std::is_same_v<T, Zeb16s>) {
+    return max(subSat(a, b), splat(Zeb16s(0)));
+  } else {
+    return subSat(a, b);
+  }
+}
+
+// One operand may be out.
+template <class T>
+inline void excessRow(const T* a, const T* b, T* out, ptrdiff_t n) {
+  constexpr int lanes = Vec<T>::lanes;
+  ptrdiff_t x = 0;
+  for (; x <= n - lanes; x += lanes) store(out + x, excess(load(a + x), load(b + x)));
+  const int rest = static_cast<int>(n - x);
+  if (rest > 0) storeN(out + x, excess(loadN(a + x, rest), loadN(b + x, rest)), rest);
+}
+
+template <class T>
+struct RowOutput {
+  enum Finish {
+    store,          // dst = result
+    otherMinus,     // dst = other - result
+    minusOther,     // dst = result - other
+    dstMinusResult  // dst = dst - result
+  };
+
+  Rows<T> dst;
+  Finish finish = store;
+  Rows<const T> other{nullptr, 0};
+  T* line = nullptr;    // room for a row, for dstMinusResult
+  bool finite = false;  // infinite results become the largest finite values
+
+  explicit RowOutput(Rows<T> rows) : dst(rows) {}
+
+  // Where elements x.. of row y are to be written, and what to do after they were.
+  T* begin(int y, ptrdiff_t x) const { return finish == dstMinusResult ? line : dst[y] + x; }
+  void end(int y, ptrdiff_t x, ptrdiff_t n) const {
+    if constexpr (std::is_same_v<T, Zeb32f>) {
+      if (finite) clampToFinite(begin(y, x), n);
+    }
+    T* out = dst[y] + x;
+    if (finish == otherMinus) excessRow<T>(other[y] + x, out, out, n);
+    if (finish == minusOther) excessRow<T>(out, other[y] + x, out, n);
+    if (finish == dstMinusResult) excessRow<T>(out, line, out, n);
+  }
+
+ private:
+  static void clampToFinite(Zeb32f* p, ptrdiff_t n) {
+    constexpr Zeb32f largest = 3.40282347e+38f;
+    const auto clamped = [](V32f v) { return min(splat(largest), max(splat(-largest), v)); };
+    ptrdiff_t x = 0;
+    for (; x <= n - 8; x += 8) zeb::store(p + x, clamped(load(p + x)));
+    const int rest = static_cast<int>(n - x);
+    if (rest > 0) storeN(p + x, clamped(loadN(p + x, rest)), rest);
+  }
+};
+
+}  // namespace zeb
