@@ -89,6 +89,11 @@ ZEB_INLINE void streamFence() {
   _mm_sfence();
 }
 
+// Asks for the cache line at p; any address will do.
+ZEB_INLINE void prefetch(const void* p) {
+  _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0);
+}
+
 // All-ones in the first n of eight (four) lanes.
 ZEB_INLINE __m256i firstLanes32(int n) {
   return _mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
@@ -423,6 +428,20 @@ ZEB_INLINE Vec<T> select(Vec<M> mask, Vec<T> yes, Vec<T> no) {
 // yes where the sign bit of a lane is set.
 ZEB_INLINE V32f selectNegative(V32f sign, V32f yes, V32f no) {
   return {_mm256_blendv_ps(no.v, yes.v, sign.v)};
+}
+// The 32 bytes of a row that begin `bytes` after a, 0 < bytes <= 16; middle holds those that begin 16 bytes after a.
+template <int bytes, class T>
+ZEB_INLINE Vec<T> fromByte(Vec<T> a, Vec<T> middle) {
+  if constexpr (bytes == 16) {
+    return middle;
+  } else {
+    return as<T>(V8u{_mm256_alignr_epi8(bits(middle.v), bits(a.v), bytes)});
+  }
+}
+// The 32 bytes from the middle of a to the middle of the vector b behind it.
+template <class T>
+ZEB_INLINE Vec<T> halvesBetween(Vec<T> a, Vec<T> b) {
+  return as<T>(V8u{_mm256_permute2x128_si256(bits(a.v), bits(b.v), 0x21)});
 }
 template <class T>
 ZEB_INLINE bool anyBit(Vec<T> a) {

@@ -146,6 +146,60 @@ inline void combinePair(const T* const* rows, int h, T* out0, T* out1, ptrdiff_t
   if (x < n) combinePairBlock<Op, 1>(rows, h, n - lanes, out0, out1);
 }
 
+// ---- Four windows of h rows at once, h >= 3: of rows[i..i+h-1], i = 0..3; ahead: the rows needed next ----
+
+template <class Op, class T>
+ZEB_INLINE void combineQuadBlock(const T* const* rows, int h, ptrdiff_t x, T* const* out) {
+  // Ends of the windows that begin early, beginnings of those that end late.
+  const Vec<T> r2 = load(rows[2] + x);
+  const Vec<T> r12 = Op::pick(r2, load(rows[1] + x));
+  const Vec<T> r012 = Op::pick(r12, load(rows[0] + x));
+  const Vec<T> s0 = load(rows[h] + x);
+  const Vec<T> s01 = Op::pick(s0, load(rows[h + 1] + x));
+  const Vec<T> s012 = Op::pick(s01, load(rows[h + 2] + x));
+  if (h == 3) {
+    store(out[0] + x, r012);
+    store(out[1] + x, Op::pick(r12, s0));
+    store(out[2] + x, Op::pick(r2, s01));
+    store(out[3] + x, s012);
+    return;
+  }
+  Vec<T> common = load(rows[3] + x);
+  for (int i = 4; i < h; ++i) common = Op::pick(common, load(rows[i] + x));
+  store(out[0] + x, Op::pick(common, r012));
+  store(out[1] + x, Op::pick(common, Op::pick(r12, s0)));
+  store(out[2] + x, Op::pick(common, Op::pick(r2, s01)));
+  store(out[3] + x, Op::pick(common, s012));
+}
+
+template <class Op, class T>
+ZEB_INLINE void combineQuadBlocks(const T* const* rows, int h, T* const* out, ptrdiff_t n, const T* const* ahead) {
+  constexpr int lanes = Vec<T>::lanes;
+  ptrdiff_t x = 0;
+  for (; x <= n - 2 * lanes; x += 2 * lanes) {
+    for (int i = 0; i < 4; ++i) prefetch(ahead[i] + x);
+    combineQuadBlock<Op>(rows, h, x, out);
+    combineQuadBlock<Op>(rows, h, x + lanes, out);
+  }
+  for (; x <= n - lanes; x += lanes) combineQuadBlock<Op>(rows, h, x, out);
+  if (x < n) combineQuadBlock<Op>(rows, h, n - lanes, out);
+}
+
+template <class Op, class T = typename Op::Type>
+inline void combineQuad(const T* const* rows, int h, T* const* out, ptrdiff_t n, const T* const* ahead) {
+  if (n < Vec<T>::lanes) {
+    for (int i = 0; i < 4; ++i) combineRows<Op>(rows + i, h, out[i], n);
+  } else if (h == 3) {
+    combineQuadBlocks<Op>(rows, 3, out, n, ahead);
+  } else if (h == 5) {
+    combineQuadBlocks<Op>(rows, 5, out, n, ahead);
+  } else if (h == 7) {
+    combineQuadBlocks<Op>(rows, 7, out, n, ahead);
+  } else {
+    combineQuadBlocks<Op>(rows, h, out, n, ahead);
+  }
+}
+
 // ---- Running windows ----
 
 // suffix row i = extremum of rows[i..count-1], for every i; rows of suffix are stride elements apart.
@@ -208,40 +262,115 @@ inline void advanceRow(const T* row, T* prefix, const T* suffix, T* out, ptrdiff
   }
 }
 
-// ---- Windows along a row by repeated widening ----
-
-// The extremum over cur elements becomes that over `wider` in passes of at most `radix` taps each: a window is covered
-// by overlapping shorter ones. The radix is the one with the least loads and stores over all passes.
-inline int bestRadix(int64_t cur, int64_t wider) {
-  int best = 8;
-  double least = 1e30;
-  for (int radix = 2; radix <= 8; ++radix) {
-    double cost = 0;
-    for (int64_t w = cur; w < wider; w *= radix) {
-      const int64_t taps = (wider + w - 1) / w;
-      cost += 1.5 + static_cast<double>(taps < radix ? taps : radix);
-    }
-    if (cost < least) least = cost, best = radix;
+// Two rows of that: out0 from row0, out1 from row0 and row1.
+template <class Op, class T = typename Op::Type>
+inline void advanceTwoRows(const T* row0, const T* row1, T* prefix, const T* suffix0, const T* suffix1, T* out0,
+                           T* out1, ptrdiff_t n) {
+  constexpr int lanes = Vec<T>::lanes;
+  const auto block = [=](ptrdiff_t x) {
+    const Vec<T> p0 = Op::pick(load(prefix + x), load(row0 + x));
+    const Vec<T> p1 = Op::pick(p0, load(row1 + x));
+    store(out0 + x, Op::pick(p0, load(suffix0 + x)));
+    store(out1 + x, Op::pick(p1, load(suffix1 + x)));
+    store(prefix + x, p1);
+  };
+  if (n < lanes) {
+    advanceRow<Op>(row0, prefix, suffix0, out0, n);
+    advanceRow<Op>(row1, prefix, suffix1, out1, n);
+    return;
   }
-  return best;
+  ptrdiff_t x = 0;
+  for (; x <= n - lanes; x += lanes) block(x);
+  if (x == n) return;
+  // The last vector overlaps the one before it, whose prefix includes row1 already: out0 takes its new elements alone.
+  ptrdiff_t rest = x;
+  for (; rest < n; ++rest) out0[rest] = Op::pick(Op::pick(prefix[rest], row0[rest]), suffix0[rest]);
+  for (rest = x; rest < n; ++rest) {
+    prefix[rest] = Op::pick(Op::pick(prefix[rest], row0[rest]), row1[rest]);
+    out1[rest] = Op::pick(prefix[rest], suffix1[rest]);
+  }
 }
 
-// from[x] holds the extremum over cur pixels from x on; out[x] gets that over `wider`, for pixels 0..n-1, n elements in
-// all. Passes before the last go to temp (which may be from itself), rounded up to whole vectors; padded says whether
-// the last may, too. When no pass is needed, the row is copied.
+// ---- Windows along a row ----
+
+// The extremum over 5..8 pixels of `px` bytes from each on: pairs by two loads, fours and the whole by shifting
+// registers. The row is a scratch line with two vectors to spare; it may be out where whole vectors may be written.
+template <class Op, int px, int width, class T>
+ZEB_INLINE void shortWindows(const T* row, T* out, ptrdiff_t n, bool exact) {
+  constexpr int lanes = Vec<T>::lanes, pixel = px / static_cast<int>(sizeof(T));
+  const auto pair = [=](ptrdiff_t x) { return Op::pick(load(row + x), load(row + x + pixel)); };
+  const auto whole = [](Vec<T> two, Vec<T> next) {
+    const Vec<T> middle = halvesBetween(two, next);
+    const Vec<T> four = Op::pick(two, fromByte<2 * px>(two, middle));
+    const Vec<T> fourMiddle = Op::pick(middle, fromByte<2 * px>(middle, next));
+    return Op::pick(four, fromByte<(width - 4) * px>(four, fourMiddle));
+  };
+  Vec<T> two = pair(0);
+  ptrdiff_t x = 0;
+  for (; x < (exact ? n - lanes + 1 : n); x += lanes) {
+    const Vec<T> next = pair(x + lanes);
+    store(out + x, whole(two, next));
+    two = next;
+  }
+  if (x < n) store(out + n - lanes, whole(pair(n - lanes), pair(n)));
+}
+
+template <class Op, int px, class T>
+inline void shortWindowsOf(int width, const T* row, T* out, ptrdiff_t n, bool exact) {
+  switch (width) {
+    case 5:
+      return shortWindows<Op, px, 5>(row, out, n, exact);
+    case 6:
+      return shortWindows<Op, px, 6>(row, out, n, exact);
+    case 7:
+      return shortWindows<Op, px, 7>(row, out, n, exact);
+    default:
+      return shortWindows<Op, px, 8>(row, out, n, exact);
+  }
+}
+
+// Whether there is such a kernel for pixels of this many bytes, and it was used.
 template <class Op, class T = typename Op::Type>
-inline void widenRow(const T* from, int64_t cur, T* out, int64_t wider, T* temp, int channels, ptrdiff_t n, int radix,
-                     bool padded) {
-  const T* taps[8];
+inline bool tryShortWindows(int64_t width, int px, const T* row, T* out, ptrdiff_t n, bool exact) {
+  if (width < 5 || width > 8 || (exact && n < Vec<T>::lanes)) return false;
+  const int w = static_cast<int>(width);
+  if constexpr (sizeof(T) == 1) {
+    if (px == 1) return shortWindowsOf<Op, 1>(w, row, out, n, exact), true;
+    if (px == 3) return shortWindowsOf<Op, 3>(w, row, out, n, exact), true;
+  }
+  if constexpr (sizeof(T) == 2) {
+    if (px == 2) return shortWindowsOf<Op, 2>(w, row, out, n, exact), true;
+  } else {
+    if (px == 4) return shortWindowsOf<Op, 4>(w, row, out, n, exact), true;
+  }
+  return false;
+}
+
+// from[x] holds the extremum over cur pixels from x on; out[x] gets that over `wider`, n elements in all. A window is
+// covered by overlapping shorter ones, in passes of a few taps each. Passes before the last go to temp, which may be
+// from itself; they write whole vectors and so does the last unless it must be exact. temp and from are scratch lines
+// with two vectors to spare. out must not be from when the last pass is exact.
+template <class Op, class T = typename Op::Type>
+inline void widenRow(const T* from, int64_t cur, T* out, int64_t wider, T* temp, int channels, ptrdiff_t n,
+                     bool exact) {
+  constexpr int mostTaps = 8;
+  const int px = channels * static_cast<int>(sizeof(T));
+  if (cur == 1) {
+    if (tryShortWindows<Op>(wider, px, from, out, n, exact)) return;
+    const ptrdiff_t reach = static_cast<ptrdiff_t>((wider - 8) * channels);
+    if (wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + reach, false)) from = temp, cur = 8;
+  }
+  const T* taps[mostTaps];
   for (;;) {
-    const int64_t next = cur * radix < wider ? cur * radix : wider;
-    const bool last = next == wider;
+    // Three taps a pass cost least when there are many passes; up to seven save a pass.
+    const int64_t next = wider <= 7 * cur ? wider : wider <= 9 * cur ? 3 * cur : wider <= 12 * cur ? 4 * cur : 3 * cur;
     int count = 0;
     for (int64_t at = 0; at + cur < next; at += cur) taps[count++] = from + static_cast<ptrdiff_t>(at * channels);
     taps[count++] = from + static_cast<ptrdiff_t>((next - cur) * channels);
-    if (last && !padded) return combineRows<Op>(taps, count, out, n);
-    if (last) return combinePadded<Op>(taps, count, out, n);
-    combinePadded<Op>(taps, count, temp, n + static_cast<ptrdiff_t>((wider - next) * channels));
+    const ptrdiff_t reach = static_cast<ptrdiff_t>((wider - next) * channels);
+    if (next == wider && exact) return combineRows<Op>(taps, count, out, n);
+    if (next == wider) return combinePadded<Op>(taps, count, out, n);
+    combinePadded<Op>(taps, count, temp, n + reach);
     from = temp;
     cur = next;
   }

@@ -35,13 +35,14 @@ class RankStrip {
         width_(window.right - window.left + 1),
         height_(window.bottom - window.top + 1),
         top_(window.top),
-        radix_(bestRadix(1, width_)),
         range_(source.columns(x + window.left, int64_t(x) + columns + window.right)),
         kept_(static_cast<ptrdiff_t>(range_.keptCount() * channels)),
         at_(static_cast<ptrdiff_t>(x) * channels),
         n_(static_cast<ptrdiff_t>(columns) * channels) {
     stride_ = static_cast<ptrdiff_t>(scratchStride(range_.to - range_.from, source.pixelBytes()) / sizeof(T));
-    for (T*& line : lines_) line = scratch.take<T>(stride_);
+    // The kept columns begin at a boundary, so that the stores to them do not straddle cache lines.
+    const int64_t place = range_.place() * channels;
+    for (T*& line : lines_) line = scratch.take<T>(stride_) + (-place & (Vec<T>::lanes - 1));
     if (height_ > directRows) {
       suffixes_ = scratch.take<T>(height_ * stride_);
       rows_ = scratch.take<const T*>(height_, alignof(const T*));
@@ -65,29 +66,40 @@ class RankStrip {
   T* columnsTo(int y, int line) const {
     return direct() ? output_.begin(y, at_) : lines_[line] + range_.place() * channels_;
   }
-  void alongRow(int y, int line) const {
+  // The rest of the way for `count` rows from y on whose columns are in the lines. The borders of all are put in place
+  // first: a load too soon after small stores would wait for the store queue to drain.
+  void alongRows(int y, int count) const {
     if (!direct()) {
-      source_.complete(reinterpret_cast<Zeb8u*>(lines_[line]), range_);
-      widenRow<Op>(lines_[line], 1, output_.begin(y, at_), width_, lines_[line], channels_, n_, radix_, false);
+      for (int i = 0; i < count; ++i) source_.completeLine(lines_[i], range_);
     }
-    output_.end(y, at_, n_);
+    for (int i = 0; i < count; ++i) {
+      if (!direct()) widenRow<Op>(lines_[i], 1, output_.begin(y + i, at_), width_, lines_[i], channels_, n_, true);
+      output_.end(y + i, at_, n_);
+    }
   }
 
   void runDirect() const {
     const int height = source_.size().height, h = static_cast<int>(height_);
-    const T* rows[directRows + 1];
-    const bool pairs = h > 1 && !(direct() && output_.finish == RowOutput<T>::dstMinusResult);
+    const T* rows[directRows + 3];
+    const int group = direct() && output_.finish == RowOutput<T>::dstMinusResult ? 1 : h >= 3 ? 4 : h;
     int y = 0;
-    for (; pairs && y < height - 1; y += 2) {
-      for (int i = 0; i <= h; ++i) rows[i] = row(y + top_ + i);
-      combinePair<Op>(rows, h, columnsTo(y, 0), columnsTo(y + 1, 1), kept_);
-      alongRow(y, 0);
-      alongRow(y + 1, 1);
+    for (; group > 1 && y <= height - group; y += group) {
+      for (int i = 0; i < h + group - 1; ++i) rows[i] = row(y + top_ + i);
+      T* out[4];
+      for (int i = 0; i < group; ++i) out[i] = columnsTo(y + i, i);
+      if (group == 4) {
+        const T* ahead[4];
+        for (int i = 0; i < 4; ++i) ahead[i] = row(y + top_ + h + 3 + i);
+        combineQuad<Op>(rows, h, out, kept_, ahead);
+      } else {
+        combinePair<Op>(rows, h, out[0], out[1], kept_);
+      }
+      alongRows(y, group);
     }
     for (; y < height; ++y) {
       for (int i = 0; i < h; ++i) rows[i] = row(y + top_ + i);
       combineRows<Op>(rows, h, columnsTo(y, 0), kept_);
-      alongRow(y, 0);
+      alongRows(y, 1);
     }
   }
 
@@ -96,25 +108,32 @@ class RankStrip {
   void runBlocks() const {
     const int height = source_.size().height;
     const int h = static_cast<int>(height_);
-    T* prefix = lines_[1];
+    T* prefix = lines_[3];
     for (int64_t y = 0; y < height; y += h) {
       for (int i = 0; i < h; ++i) rows_[i] = row(y + top_ + i);
       suffixRows<Op>(rows_, h, suffixes_, stride_, kept_);
       const int last = static_cast<int>(height - y < h ? height - y : h);
-      for (int j = 0; j < last; ++j) {
-        const int to = static_cast<int>(y) + j;
-        const T* suffix = suffixes_ + j * stride_;
-        const T* next = row(y + top_ + h + j - 1);
-        if (j == 0) {
-          combineRows<Op>(&suffix, 1, columnsTo(to, 0), kept_);
-        } else if (j == 1) {
-          const T* pair[] = {next, suffix};
-          combineRows<Op>(&next, 1, prefix, kept_);
-          combineRows<Op>(pair, 2, columnsTo(to, 0), kept_);
-        } else {
-          advanceRow<Op>(next, prefix, suffix, columnsTo(to, 0), kept_);
-        }
-        alongRow(to, 0);
+      const auto to = [=](int j) { return static_cast<int>(y) + j; };
+      const auto suffix = [=](int j) { return suffixes_ + j * stride_; };
+      const auto next = [=](int j) { return row(y + top_ + h + j - 1); };
+      const T* first = suffix(0);
+      combineRows<Op>(&first, 1, columnsTo(to(0), 0), kept_);
+      alongRows(to(0), 1);
+      if (last == 1) continue;
+      const T* pair[] = {next(1), suffix(1)};
+      combineRows<Op>(pair, 1, prefix, kept_);
+      combineRows<Op>(pair, 2, columnsTo(to(1), 0), kept_);
+      alongRows(to(1), 1);
+      const bool two = !(direct() && output_.finish == RowOutput<T>::dstMinusResult);
+      int j = 2;
+      for (; two && j < last - 1; j += 2) {
+        advanceTwoRows<Op>(next(j), next(j + 1), prefix, suffix(j), suffix(j + 1), columnsTo(to(j), 0),
+                           columnsTo(to(j + 1), 1), kept_);
+        alongRows(to(j), 2);
+      }
+      for (; j < last; ++j) {
+        advanceRow<Op>(next(j), prefix, suffix(j), columnsTo(to(j), 0), kept_);
+        alongRows(to(j), 1);
       }
     }
   }
@@ -123,10 +142,9 @@ class RankStrip {
   const RowOutput<T>& output_;
   int channels_;
   int64_t width_, height_, top_;
-  int radix_;
   BorderRows::Columns range_;
   ptrdiff_t kept_, at_, n_, stride_;
-  T* lines_[2];
+  T* lines_[4];
   T* suffixes_ = nullptr;
   const T** rows_ = nullptr;
 };
@@ -139,7 +157,7 @@ void rankRegion(const BorderRows& source, Window window, int channels, const Row
   window = withinReach(window, source, source.sides());
   const int64_t height = window.bottom - window.top + 1, width = window.right - window.left + 1;
   // Strips of columns whose lines stay in the first cache, and whose suffixes and source rows stay in the second.
-  const int64_t bytes = height > directRows ? (384 << 10) / (2 * height) : 16 << 10;
+  const int64_t bytes = height > directRows ? (384 << 10) / (2 * height) : (200 << 10) / (height + 8);
   const int64_t least = 8 * width > 256 ? 8 * width : 256;
   const int64_t most = bytes / source.pixelBytes() > least ? bytes / source.pixelBytes() : least;
   const int all = source.size().width;

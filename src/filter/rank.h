@@ -1,9 +1,9 @@
 // Minimum and maximum over a rectangle of pixels.
 //
-// Columns first: up to eight rows are combined directly, two output rows at a time; more rows by blocks of as many rows
-// as the rectangle has, in which every window is the end of one block and the beginning of the next (van Herk, 1992;
-// Gil and Werman, 1993). Then along the row by widening windows, each covered by overlapping shorter ones. Neither
-// costs more for larger rectangles but for the logarithm of the width.
+// Columns first: up to eight rows are combined directly, four output rows at a time; more rows by blocks of as many
+// rows as the rectangle has, in which every window is the end of one block and the beginning of the next (van Herk,
+// 1992; Gil and Werman, 1993). Then along the row by widening windows, each covered by overlapping shorter ones.
+// Neither costs more for larger rectangles but for the logarithm of the width.
 #pragma once
 
 #include "core/scratch.h"
@@ -31,15 +31,17 @@ inline int64_t boundedProduct(int64_t a, int64_t b) {
 }
 
 // Distance of scratch rows of this many pixels: whole vectors, and room for what kernels read and write past the end.
+// Not near a multiple of 1 KB, where the same columns of neighbouring rows would get in each other's way in the cache.
 inline int64_t scratchStride(int64_t pixels, int pixelBytes) {
-  return ((boundedProduct(pixels, pixelBytes) + 31) & ~int64_t(31)) + 64;
+  const int64_t stride = ((boundedProduct(pixels, pixelBytes) + 31) & ~int64_t(31)) + 128;
+  return ((stride + 128) & 1023) < 256 ? stride + 256 : stride;
 }
 
 // Bytes of scratch for a region of this width. The morphology sizes its own scratch by this query and keeps a whole
 // bordered row for every row of its mask and a few words for each of its elements; that room is part of it.
 inline int64_t rankBufferSize(int width, int pixelBytes, ZebiSize rect) {
   const int64_t stride = scratchStride(int64_t(width) + rect.width - 1, pixelBytes);
-  return boundedProduct(int64_t(rect.height) + 3, stride) +
+  return boundedProduct(int64_t(rect.height) + 5, stride) +
          boundedProduct(16, boundedProduct(rect.width, rect.height)) + 128;
 }
 
