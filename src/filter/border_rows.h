@@ -111,6 +111,15 @@ class BorderRows {
     complete(out, c);
   }
 
+  // The same into a scratch line with room as above.
+  template <class T>
+  void fetchLine(int64_t y, const Columns& c, T* line) const {
+    const int64_t px = pixelBytes_;
+    memcpy(reinterpret_cast<Zeb8u*>(line) + c.place() * px, row(y) + c.kept * px,
+           static_cast<size_t>(c.keptCount() * px));
+    completeLine(line, c);
+  }
+
   ZebiSize size() const { return size_; }
   int pixelBytes() const { return pixelBytes_; }
   Sides sides() const { return sides_; }

@@ -1,0 +1,256 @@
+// Grayscale morphology: extremum of pixel plus weight (dilation) or pixel minus weight (erosion) over a mask of
+// weights.
+//
+// Pixels whose whole mask lies between the left and the right edge are taken a vector at a time straight from the
+// source; the few others one by one. Rows beyond the top and the bottom are the edge rows.
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/rows.h"
+#include "core/services.h"
+#include "core/vec.h"
+
+struct ZebiMorphGrayState {
+  const void* weights;
+  int width, height;
+  int anchorX, anchorY;
+  int roiWidth, roiHeight;
+};
+static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphGrayState) == 28);
+
+namespace {
+
+using namespace zeb;
+
+// ---- One tap of a weight ----
+
+struct DilateFloat {
+  using Type = Zeb32f;
+  using Weight = Zeb32f;
+  using Vector = V32f;
+  Weight w;
+  ZEB_INLINE Zeb32f at(Zeb32f s) const { return s + w; }
+  template <class Each>
+  ZEB_INLINE void apply(Each each) const {
+    const V32f all = splat(w);
+    each([=](V32f s) { return s + all; });
+  }
+  static ZEB_INLINE V32f pick(V32f a, V32f b) { return max(a, b); }
+  static ZEB_INLINE Zeb32f pick(Zeb32f a, Zeb32f b) { return a > b ? a : b; }
+};
+struct ErodeFloat {
+  using Type = Zeb32f;
+  using Weight = Zeb32f;
+  Weight w;
+  ZEB_INLINE Zeb32f at(Zeb32f s) const { return s - w; }
+  template <class Each>
+  ZEB_INLINE void apply(Each each) const {
+    const V32f all = splat(w);
+    each([=](V32f s) { return s - all; });
+  }
+  static ZEB_INLINE V32f pick(V32f a, V32f b) { return min(a, b); }
+  static ZEB_INLINE Zeb32f pick(Zeb32f a, Zeb32f b) { return a < b ? a : b; }
+};
+
+// A sum that is saturated to a byte at once gives the same extremum, and a weight beyond 255 counts as 255.
+struct ByteTap {
+  using Type = Zeb8u;
+  using Weight = Zeb32s;
+  int change;  // -255..255, added
+
+  explicit ByteTap(int64_t w) : change(static_cast<int>(w < -255 ? -255 : w > 255 ? 255 : w)) {}
+  ZEB_INLINE Zeb8u at(Zeb8u s) const {
+    const int v = s + change;
+    return static_cast<Zeb8u>(v < 0 ? 0 : v > 255 ? 255 : v);
+  }
+  template <class Each>
+  ZEB_INLINE void apply(Each each) const {
+    if (change >= 0) {
+      const V8u all = splat(static_cast<Zeb8u>(change));
+      each([=](V8u s) { return addSat(s, all); });
+    } else {
+      const V8u all = splat(static_cast<Zeb8u>(-change));
+      each([=](V8u s) { return subSat(s, all); });
+    }
+  }
+};
+struct DilateByte : ByteTap {
+  explicit DilateByte(Zeb32s w) : ByteTap(w) {}
+  static ZEB_INLINE V8u pick(V8u a, V8u b) { return max(a, b); }
+  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a > b ? a : b; }
+};
+struct ErodeByte : ByteTap {
+  explicit ErodeByte(Zeb32s w) : ByteTap(-int64_t(w)) {}
+  static ZEB_INLINE V8u pick(V8u a, V8u b) { return min(a, b); }
+  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a < b ? a : b; }
+};
+
+// ---- Regions ----
+
+template <class Tap>
+class GrayRegion {
+  using T = typename Tap::Type;
+  using Weight = typename Tap::Weight;
+  static constexpr int lanes = Vec<T>::lanes;
+
+ public:
+  GrayRegion(const ZebiMorphGrayState& state, Rows<const T> src, ZebiSize roi)
+      : state_(state), weights_(static_cast<const Weight*>(state.weights)), src_(src), roi_(roi) {}
+
+  void row(int y, T* dst) const {
+    // Columns begin..end-1 need no pixel beyond the edges.
+    const int64_t last = int64_t(roi_.width) - (state_.width - 1 - state_.anchorX);
+    const int end = last < 0 ? 0 : static_cast<int>(last);
+    const int begin = state_.anchorX < end ? state_.anchorX : end;
+    for (int x = 0; x < begin; ++x) dst[x] = pixel(x, y);
+    int x = begin;
+    for (; x <= end - 4 * lanes; x += 4 * lanes) block<4>(x, y, dst);
+    for (; x <= end - lanes; x += lanes) block<1>(x, y, dst);
+    if (x < end && end - begin >= lanes) block<1>(end - lanes, y, dst), x = end;
+    for (; x < roi_.width; ++x) dst[x] = pixel(x, y);
+  }
+
+ private:
+  const T* sourceRow(int64_t y) const {
+    return src_[static_cast<int>(y < 0 ? 0 : y >= roi_.height ? roi_.height - 1 : y)];
+  }
+
+  T pixel(int x, int y) const {
+    T best{};
+    const Weight* w = weights_;
+    bool first = true;
+    for (int r = 0; r < state_.height; ++r) {
+      const T* row = sourceRow(int64_t(y) + r - state_.anchorY);
+      for (int i = 0; i < state_.width; ++i) {
+        const int64_t column = int64_t(x) + i - state_.anchorX;
+        const T v = Tap{*w++}.at(row[column < 0 ? 0 : column >= roi_.width ? roi_.width - 1 : column]);
+        best = first ? v : Tap::pick(best, v);
+        first = false;
+      }
+    }
+    return best;
+  }
+
+  template <int vectors>
+  ZEB_INLINE void block(int x, int y, T* dst) const {
+    Vec<T> best[vectors];
+    const Weight* w = weights_;
+    const T* p = sourceRow(int64_t(y) - state_.anchorY) + (x - state_.anchorX);
+    Tap{*w}.apply([&](auto sum) {
+      for (int k = 0; k < vectors; ++k) best[k] = sum(load(p + k * lanes));
+    });
+    for (int r = 0; r < state_.height; ++r) {
+      p = sourceRow(int64_t(y) + r - state_.anchorY) + (x - state_.anchorX);
+      for (int i = 0; i < state_.width; ++i, ++p)
+        Tap{*w++}.apply([&](auto sum) {
+          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], sum(load(p + k * lanes)));
+        });
+    }
+    for (int k = 0; k < vectors; ++k) store(dst + x + k * lanes, best[k]);
+  }
+
+  const ZebiMorphGrayState& state_;
+  const Weight* weights_;
+  Rows<const T> src_;
+  ZebiSize roi_;
+};
+
+template <class Tap, class T = typename Tap::Type>
+ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
+                     const ZebiMorphGrayState* pState) {
+  if (auto bad = firstFailure(present(pSrc, pDst), present(pState), hasArea(roi), holdsRow<T>(srcStep, roi.width),
+                              holdsRow<T>(dstStep, roi.width), require(border == zebBorderRepl, zebStsErrBadArgument)))
+    return bad;
+  if (roi.width > pState->roiWidth || roi.height > pState->roiHeight) return zebStsErrSize;
+  const GrayRegion<Tap> region(*pState, Rows<const T>(pSrc, srcStep), roi);
+  for (int y = 0; y < roi.height; ++y) region.row(y, Rows<T>(pDst, dstStep)[y]);
+  return zebStsOk;
+}
+
+// ---- States ----
+
+int64_t stateBytes(ZebiSize mask) {
+  return 4 * int64_t(mask.width) * mask.height + 28;
+}
+
+template <class W>
+ZebStatus getSize(ZebiSize roi, const W* pMask, ZebiSize mask, int* pSize) {
+  if (auto bad = firstFailure(present(pMask), present(pSize), hasArea(roi), hasArea(mask))) return bad;
+  if (int64_t(mask.width) * mask.height > INT32_MAX) return zebStsErrOverflow;
+  return reportSize(stateBytes(mask), pSize);
+}
+
+template <class W>
+ZebStatus buildable(const void* state, ZebiSize roi, const W* pMask, ZebiSize mask, ZebiPoint anchor) {
+  if (auto bad = firstFailure(require(state != nullptr, zebStsErrNullPointer), present(pMask), hasArea(roi),
+                              hasArea(mask), require(anchor.x >= 0 && anchor.x < mask.width, zebStsErrAnchor),
+                              require(anchor.y >= 0 && anchor.y < mask.height, zebStsErrAnchor)))
+    return bad;
+  return require(int64_t(mask.width) * mask.height <= INT32_MAX && stateBytes(mask) <= INT32_MAX, zebStsErrOverflow);
+}
+
+template <class W>
+ZebStatus init(ZebiMorphGrayState* pState, ZebiSize roi, const W* pMask, ZebiSize mask, ZebiPoint anchor) {
+  if (auto bad = buildable(pState, roi, pMask, mask, anchor)) return bad;
+  *pState = {pState + 1, mask.width, mask.height, anchor.x, anchor.y, roi.width, roi.height};
+  memcpy(pState + 1, pMask, static_cast<size_t>(mask.width) * mask.height * sizeof(W));
+  return zebStsOk;
+}
+
+template <class W>
+ZebStatus initAlloc(ZebiMorphGrayState** ppState, ZebiSize roi, const W* pMask, ZebiSize mask, ZebiPoint anchor) {
+  if (auto bad = buildable(ppState, roi, pMask, mask, anchor)) return bad;
+  auto* state = reinterpret_cast<ZebiMorphGrayState*>(q7_zebsMalloc_8u(static_cast<int>(stateBytes(mask))));
+  if (state == nullptr) return zebStsErrMemAlloc;
+  const ZebStatus status = init(state, roi, pMask, mask, anchor);
+  if (status != zebStsOk) {
+    q7_zebsFree(state);
+    return status;
+  }
+  *ppState = state;
+  return zebStsOk;
+}
+
+ZebStatus release(ZebiMorphGrayState* pState) {
+  if (auto bad = present(pState)) return bad;
+  q7_zebsFree(pState);
+  return zebStsOk;
+}
+
+}  // namespace
+
+// ---- Bindings ----
+
+ZEB_ENTRY(zebiMorphGrayGetSize_8u_C1R)(ZebiSize roiSize, const Zeb32s* pMask, ZebiSize maskSize, int* pSize) {
+  return getSize(roiSize, pMask, maskSize, pSize);
+}
+ZEB_ENTRY(zebiMorphGrayGetSize_32f_C1R)(ZebiSize roiSize, const Zeb32f* pMask, ZebiSize maskSize, int* pSize) {
+  return getSize(roiSize, pMask, maskSize, pSize);
+}
+
+#define INIT(name, State, W, function)                                                   \
+  ZEB_ENTRY(name)                                                                        \
+  (State state, ZebiSize roiSize, const W* pMask, ZebiSize maskSize, ZebiPoint anchor) { \
+    return function(state, roiSize, pMask, maskSize, anchor);                            \
+  }
+INIT(zebiMorphGrayInit_8u_C1R, ZebiMorphGrayState*, Zeb32s, init)
+INIT(zebiMorphGrayInit_32f_C1R, ZebiMorphGrayState*, Zeb32f, init)
+INIT(zebiMorphGrayInitAlloc_8u_C1R, ZebiMorphGrayState**, Zeb32s, initAlloc)
+INIT(zebiMorphGrayInitAlloc_32f_C1R, ZebiMorphGrayState**, Zeb32f, initAlloc)
+
+ZEB_ENTRY(zebiMorphGrayFree_8u_C1R)(ZebiMorphGrayState* pState) {
+  return release(pState);
+}
+ZEB_ENTRY(zebiMorphGrayFree_32f_C1R)(ZebiMorphGrayState* pState) {
+  return release(pState);
+}
+
+#define GRAY(name, T, Tap)                                                                        \
+  ZEB_ENTRY(name)                                                                                 \
+  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType, \
+   const ZebiMorphGrayState* pState) {                                                            \
+    return grayRegion<Tap>(pSrc, srcStep, pDst, dstStep, roiSize, borderType, pState);            \
+  }
+GRAY(zebiGrayErodeBorder_8u_C1R, Zeb8u, ErodeByte)
+GRAY(zebiGrayErodeBorder_32f_C1R, Zeb32f, ErodeFloat)
+GRAY(zebiGrayDilateBorder_8u_C1R, Zeb8u, DilateByte)
+GRAY(zebiGrayDilateBorder_32f_C1R, Zeb32f, DilateFloat)

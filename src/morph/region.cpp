@@ -1,0 +1,224 @@
+// The paths of erosion and dilation: element by element, by run lengths, by rectangles.
+#include "morph/region.h"
+
+namespace zeb {
+
+namespace {
+
+template <class T>
+void copyRegion(const BorderRows& source, int channels, const RowOutput<T>& output) {
+  const ptrdiff_t n = static_cast<ptrdiff_t>(source.size().width) * channels;
+  for (int y = 0; y < source.size().height; ++y) {
+    memcpy(output.begin(y, 0), source.row(y), static_cast<size_t>(n) * sizeof(T));
+    output.end(y, 0, n);
+  }
+}
+
+// Rows that enter at the bottom and are forgotten at the top: a ring of as many scratch rows as are looked back on.
+template <class T>
+class RowRing {
+ public:
+  void carve(Scratch* scratch, int rows, ptrdiff_t stride, ptrdiff_t offset, unsigned alignment = 32) {
+    first_ = scratch->take<T>(rows * stride, alignment) + offset;
+    rows_ = rows, stride_ = stride, newest_ = -1;
+  }
+  T* advance() {
+    newest_ = newest_ + 1 == rows_ ? 0 : newest_ + 1;
+    return first_ + newest_ * stride_;
+  }
+  // The row that entered this many rows before the newest.
+  T* back(int rows) const {
+    const int slot = newest_ - rows;
+    return first_ + (slot < 0 ? slot + rows_ : slot) * stride_;
+  }
+
+ private:
+  T* first_;
+  int rows_, newest_;
+  ptrdiff_t stride_;
+};
+
+// Strips of columns whose ring of rows stays in the second cache.
+int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
+  const int64_t fit = (512 << 10) / (rows * pixelBytes);
+  const int64_t least = 8 * reach > 256 ? 8 * reach : 256;
+  const int64_t most = fit > least ? fit : least;
+  if (width <= most) return width;
+  const int strips = static_cast<int>((width + most - 1) / most);
+  return (width / strips + 63) & ~63;
+}
+
+// ---- General masks: one tap for each set element; the others change nothing and are left out. Where room is scarce
+// the rows stand without a byte between them ----
+
+template <class Op, class T = typename Op::Type>
+void generalRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output, Scratch scratch) {
+  // The mask's own size and anchor; a state of a rectangle keeps those of the rectangle.
+  const int channels = state.channels;
+  struct Element {
+    int row, column;
+  };
+  const int64_t area = static_cast<int64_t>(state.width) * state.height;
+  Element* elements = scratch.take<Element>(area, alignof(Element));
+  const T** taps = scratch.take<const T*>(area, alignof(const T*));
+  int count = 0, left = state.width, right = 0;
+  for (int y = 0, i = 0; y < state.height; ++y)
+    for (int x = 0; x < state.width; ++x, ++i) {
+      if (!state.mask[i]) continue;
+      elements[count++] = {y, x};
+      if (x < left) left = x;
+      if (x > right) right = x;
+    }
+  const int top = elements[0].row, bottom = elements[count - 1].row;
+  const int rows = bottom - top + 1;
+
+  const int all = source.size().width;
+  const int strip = stripColumns(all, rows, source.pixelBytes(), right - left);
+  for (int x = 0; x < all;) {
+    const int columns = strip < all - x ? strip : all - x;
+    const auto range = source.columns(int64_t(x) + left - state.anchorX, int64_t(x) + columns + right - state.anchorX);
+    const int64_t width = range.to - range.from;
+    Scratch rest = scratch;
+    RowRing<T> ring;
+    if (tight) {
+      ring.carve(&rest, rows, static_cast<ptrdiff_t>(width * channels), 0, sizeof(T));
+    } else {
+      ring.carve(&rest, rows, static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T)),
+                 -(range.place() * channels) & (Vec<T>::lanes - 1));
+    }
+    const auto fetch = [&](int64_t y) {
+      T* row = ring.advance();
+      if (tight) {
+        source.fetch(y, range, reinterpret_cast<Zeb8u*>(row));
+      } else {
+        source.fetchLine(y, range, row);
+      }
+    };
+    const int64_t first = int64_t(top) - state.anchorY;
+    for (int i = 0; i < rows - 1; ++i) fetch(first + i);
+    for (int y = 0; y < source.size().height; ++y) {
+      fetch(first + y + rows - 1);
+      const T* row = nullptr;
+      for (int i = 0, last = -1; i < count; ++i) {
+        if (elements[i].row != last) last = elements[i].row, row = ring.back(bottom - last) - left * channels;
+        taps[i] = row + elements[i].column * channels;
+      }
+      const ptrdiff_t at = static_cast<ptrdiff_t>(x) * channels, n = static_cast<ptrdiff_t>(columns) * channels;
+      combineRows<Op>(taps, count, output.begin(y, at), n);
+      output.end(y, at, n);
+    }
+    x += columns;
+  }
+}
+
+// ---- Ellipses: every source row is filtered once for each distinct run length, the longer from the shorter; an output
+// row combines as many filtered rows as the mask has rows ----
+
+template <class Op, class T = typename Op::Type>
+void ellipseRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output, Scratch scratch) {
+  const ZebiMorphShape& shape = *state.shape;
+  const int channels = state.channels, lengths = shape.lengths, height = shape.height;
+  int64_t left = 0, right = 0, ringRows = 0;
+  for (int j = 0; j < lengths; ++j) {
+    const int64_t r = int64_t(shape.length[j]) - 1 - shape.reach[j];
+    if (shape.reach[j] > left) left = shape.reach[j];
+    if (r > right) right = r;
+  }
+  RowRing<T>* rings = scratch.take<RowRing<T>>(lengths, alignof(int));
+  const T** taps = scratch.take<const T*>(shape.rows, alignof(const T*));
+  const auto kept = [&](int j) {
+    int first = 0;
+    while (shape.lengthIndex[first] != j) ++first;
+    return height - shape.rowOffset[first];
+  };
+  for (int j = 0; j < lengths; ++j) ringRows += kept(j);
+
+  const int all = source.size().width;
+  const int strip = stripColumns(all, ringRows, source.pixelBytes(), left + right);
+  for (int x = 0; x < all;) {
+    const int columns = strip < all - x ? strip : all - x;
+    const auto range = source.columns(x - left, int64_t(x) + columns + right);
+    const int64_t width = range.to - range.from;
+    const ptrdiff_t stride = static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T));
+    const ptrdiff_t offset = -(range.place() * channels) & (Vec<T>::lanes - 1);
+    Scratch rest = scratch;
+    for (int j = 0; j < lengths; ++j) rings[j].carve(&rest, kept(j), stride, offset);
+    T* line = rest.take<T>(stride) + offset;
+
+    const auto enter = [&](int64_t y) {
+      // Row j holds at column x the extremum over length[j] pixels from x on.
+      int j = lengths - 1, cur = 1;
+      const T* from = line;
+      if (shape.length[j] == 1) {
+        T* row = rings[j--].advance();
+        source.fetchLine(y, range, row);
+        from = row;
+      } else {
+        source.fetchLine(y, range, line);
+      }
+      for (; j >= 0; --j) {
+        T* row = rings[j].advance();
+        const int length = shape.length[j];
+        const ptrdiff_t n = static_cast<ptrdiff_t>((width - length + 1) * channels);
+        widenRow<Op>(from, cur, row, length, line, channels, n, false);
+        from = row, cur = length;
+      }
+    };
+    const ptrdiff_t at = static_cast<ptrdiff_t>(x) * channels, n = static_cast<ptrdiff_t>(columns) * channels;
+    for (int i = 0; i < height - 1; ++i) enter(int64_t(i) - shape.anchorY);
+    for (int y = 0; y < source.size().height; ++y) {
+      enter(int64_t(y) - shape.anchorY + height - 1);
+      for (int i = 0; i < shape.rows; ++i) {
+        const int j = shape.lengthIndex[i];
+        taps[i] =
+            rings[j].back(height - 1 - shape.rowOffset[i]) + static_cast<ptrdiff_t>((left - shape.reach[j]) * channels);
+      }
+      combineRows<Op>(taps, shape.rows, output.begin(y, at), n);
+      output.end(y, at, n);
+    }
+    x += columns;
+  }
+}
+
+// Whether taking the elements one by one costs less: the rows combined for each output row against the passes that
+// filter each source row.
+bool fewElements(const ZebiMorphShape& shape) {
+  int64_t elements = 0;
+  for (int i = 0; i < shape.rows; ++i) elements += shape.length[shape.lengthIndex[i]];
+  return elements <= int64_t(shape.rows) + 4 * int64_t(shape.lengths);
+}
+
+}  // namespace
+
+template <class Op>
+void morphRegion(const ZebiMorphState& state, const BorderRows& source, RowOutput<typename Op::Type> output,
+                 Zeb8u* scratch, int64_t scratchSize) {
+  const int width = source.size().width, px = source.pixelBytes();
+  const Scratch room(scratch, scratchSize);
+  output.finite = state.shapeClass == zebShapeGeneral || source.sides().any();
+  const bool roomy = generalScratchSize(width, px, {state.width, state.height}) <= scratchSize;
+  switch (state.shapeClass) {
+    case zebShapeEmpty:
+      output.finite = false;
+      return copyRegion(source, state.channels, output);
+    case zebShapeRectangle:
+      return rankRegion<Op>(source, reachOf(state), state.channels, output, room);
+    case zebShapeEllipse: {
+      const bool fits = ellipseScratchSize(width, px, *state.shape) <= scratchSize;
+      if (fits && !(roomy && fewElements(*state.shape))) return ellipseRegion<Op>(state, source, output, room);
+      return generalRegion<Op>(state, source, output, room, !roomy);
+    }
+    default:
+      return generalRegion<Op>(state, source, output, room, !roomy);
+  }
+}
+
+#define MORPH(T)                                                                                                 \
+  template void morphRegion<Lowest<T>>(const ZebiMorphState&, const BorderRows&, RowOutput<T>, Zeb8u*, int64_t); \
+  template void morphRegion<Highest<T>>(const ZebiMorphState&, const BorderRows&, RowOutput<T>, Zeb8u*, int64_t);
+MORPH(Zeb8u)
+MORPH(Zeb16u)
+MORPH(Zeb16s)
+MORPH(Zeb32f)
+
+}  // namespace zeb

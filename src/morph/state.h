@@ -1,0 +1,114 @@
+// The state of a structuring element: what its mask looks like, decided once, and the room that its path needs.
+#pragma once
+
+#include <stddef.h>
+
+#include "filter/rank.h"
+#include "zebcv/morph.h"
+
+// Shape of a mask.
+enum { zebShapeGeneral = 0, zebShapeRectangle = 1, zebShapeEllipse = 2, zebShapeEmpty = 3 };
+
+// What is known of a rectangle or of an ellipse: a mask whose rows are single runs around the anchor column.
+struct ZebiMorphShape {
+  int width, height;     // of the rectangle around all elements
+  int anchorX, anchorY;  // in that rectangle; a rectangle's anchor may lie off it
+  int zeros[2];
+  int rows;          // ellipse: mask rows with elements
+  int lengths;       // and distinct lengths of their runs
+  int* rowOffset;    // of each row, from the first
+  int* lengthIndex;  // of each row
+  int* length;       // longest first
+  int* reach;        // of each length: anchor column minus the run's first column
+};
+
+struct ZebiMorphState {
+  Zeb8u* mask;
+  Zeb8u* erodeTable;  // general shape: 16 bytes for each mask byte
+  Zeb8u* dilateTable;
+  Zeb8u* scratch;  // in the block itself, or null
+  ZebiMorphShape* shape;
+  int width, height;           // of the mask; of a rectangle
+  int anchorX, anchorY;        // in it
+  int rightReach, lowerReach;  // general shape
+  int lengths;                 // ellipse
+  int scratchSize;
+  int typeCode;
+  int channels;
+  int roiWidth;
+  int minusOne;
+  int shapeClass;
+};
+
+namespace zeb {
+
+constexpr int stateHeaderBytes = 80;
+static_assert(sizeof(ZebiMorphState) <= stateHeaderBytes || sizeof(void*) > 4);
+static_assert(sizeof(void*) > 4 ||
+              (sizeof(ZebiMorphState) == 72 && offsetof(ZebiMorphState, width) == 20 &&
+               offsetof(ZebiMorphState, rightReach) == 36 && offsetof(ZebiMorphState, scratchSize) == 48 &&
+               offsetof(ZebiMorphState, shapeClass) == 68));
+static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphShape) == 48);
+
+// Element types as the state records them; bit-packed images have no data type of their own.
+constexpr int typeCodeBits = 0;
+template <class T>
+constexpr int typeCodeOf() {
+  return std::is_same_v<T, Zeb8u>    ? zeb8u
+         : std::is_same_v<T, Zeb16u> ? zeb16u
+         : std::is_same_v<T, Zeb16s> ? zeb16s
+                                     : zeb32f;
+}
+
+// What a state is built for.
+struct MorphKind {
+  int typeCode;
+  int channels;
+
+  int elementBytes() const { return typeCode == zeb32f ? 4 : typeCode == zeb16u || typeCode == zeb16s ? 2 : 1; }
+  int pixelBytes() const { return channels * elementBytes(); }
+};
+
+// A mask read forwards or, reflected through its centre, backwards.
+struct Mask {
+  const Zeb8u* bytes;
+  ZebiSize size;
+  bool reflected = false;
+
+  int64_t area() const { return static_cast<int64_t>(size.width) * size.height; }
+  bool at(int column, int row) const {
+    const int64_t i = static_cast<int64_t>(row) * size.width + column;
+    return bytes[static_cast<ptrdiff_t>(reflected ? area() - 1 - i : i)] != 0;
+  }
+};
+
+// ---- Sizes in bytes ----
+
+// Of the mask, in whole pieces of 16.
+int64_t maskBytes(ZebiSize mask);
+// Of the scratch that any mask of this size may need.
+int64_t morphScratchSize(MorphKind kind, int roiWidth, ZebiSize mask);
+// Of a state in the caller's memory.
+int64_t morphStateSize(MorphKind kind, int roiWidth, ZebiSize mask);
+// Of the rows of one path.
+int64_t generalScratchSize(int64_t width, int pixelBytes, ZebiSize mask);
+int64_t tightScratchSize(int64_t width, int pixelBytes, ZebiSize mask);  // the same without a byte to spare
+int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& shape);
+int64_t bitScratchSize(int64_t width, ZebiSize mask);
+
+// ---- Building ----
+
+// The checks that all builds make after their pointers.
+ZebStatus buildable(int roiWidth, ZebiSize mask, ZebiPoint anchor);
+
+// Builds a state in memory of morphStateSize() bytes, with or without its scratch inside. Allocates nothing.
+ZebStatus buildState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
+                     ZebiMorphState* state);
+// Allocates exactly what the state takes.
+ZebStatus allocateState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
+                        ZebiMorphState** state);
+
+// The pixels that an operation with this state reads, relative to its own.
+Window reachOf(const ZebiMorphState& state);
+
+}  // namespace zeb
