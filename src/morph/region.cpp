@@ -52,7 +52,8 @@ int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
 // the rows stand without a byte between them ----
 
 template <class Op, class T = typename Op::Type>
-void generalRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output, Scratch scratch) {
+void generalRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output, Scratch scratch,
+                   bool tight) {
   // The mask's own size and anchor; a state of a rectangle keeps those of the rectangle.
   const int channels = state.channels;
   struct Element {

@@ -1,0 +1,254 @@
+#include "morph/elements.h"
+#include "support/contract.h"
+#include "support/zebcore_double.h"
+
+namespace {
+
+using namespace test;
+using ref::Element;
+using ref::Plane;
+
+enum Operation { open, close, tophat, blackhat, gradient };
+
+template <class T>
+struct Functions {
+  const char* name;
+  int channels;
+  bool bits;
+  decltype(&zebiMorphAdvGetSize_8u_C1R) getSize;
+  decltype(&zebiMorphAdvInit_8u_C1R) init;
+  decltype(&zebiMorphAdvInitAlloc_8u_C1R) initAlloc;
+  using Call = ZebStatus (*)(const T*, int, T*, int, ZebiSize, ZebiBorderType, T, const ZebiMorphAdvState*, Zeb8u*);
+  Call calls[5];
+};
+#define FUNCTIONS(s, channels, bits)                                                                             \
+  {                                                                                                              \
+#s, channels, bits, zebiMorphAdvGetSize_##s, zebiMorphAdvInit_##s, zebiMorphAdvInitAlloc_##s, {              \
+      zebiMorphOpenBorder_##s, zebiMorphCloseBorder_##s, zebiMorphTophatBorder_##s, zebiMorphBlackhatBorder_##s, \
+          zebiMorphGradientBorder_##s                                                                            \
+    }                                                                                                            \
+  }
+const Functions<Zeb8u> f8u[] = {FUNCTIONS(8u_C1R, 1, false), FUNCTIONS(8u_C3R, 3, false), FUNCTIONS(8u_C4R, 4, false)};
+const Functions<Zeb16u> f16u = FUNCTIONS(16u_C1R, 1, false);
+const Functions<Zeb16s> f16s = FUNCTIONS(16s_C1R, 1, false);
+const Functions<Zeb32f> f32f[] = {FUNCTIONS(32f_C1R, 1, false), FUNCTIONS(32f_C3R, 3, false),
+                                  FUNCTIONS(32f_C4R, 4, false)};
+const Functions<Zeb8u> f1u = FUNCTIONS(1u_C1R, 1, true);
+
+// a - b, from 0 to the largest value.
+template <class T>
+Plane<T> excess(const Plane<T>& a, const Plane<T>& b) {
+  Plane<T> out = a;
+  for (size_t i = 0; i < out.data.size(); ++i) {
+    if constexpr (std::is_floating_point_v<T>) {
+      const T d = a.data[i] - b.data[i];
+      out.data[i] = d < 0 ? T(0) : d;
+    } else {
+      const int d = int(a.data[i]) - int(b.data[i]), most = std::numeric_limits<T>::max();
+      out.data[i] = static_cast<T>(d < 0 ? 0 : d > most ? most : d);
+    }
+  }
+  return out;
+}
+
+// Opening or closing: the first operation on the region enlarged, on the sides that are in memory, by all that the
+// second may read there.
+template <class T>
+Plane<T> twice(const ref::Region<T>& r, const Element& first, const Element& second, bool erodeFirst) {
+  const int left = r.left ? second.anchorX : 0, right = r.right ? second.width - 1 - second.anchorX : 0;
+  const int top = r.top ? second.anchorY : 0, bottom = r.bottom ? second.height - 1 - second.anchorY : 0;
+  auto large = r;
+  large.x -= left, large.y -= top, large.width += left + right, large.height += top + bottom;
+  const auto middle = ref::extremum(large, first, erodeFirst);
+  ref::Region<T> inner{&middle, left, top, r.width, r.height, r.left, r.right, r.top, r.bottom};
+  return ref::extremum(inner, second, !erodeFirst);
+}
+
+template <class T>
+Plane<T> expected(Operation operation, const ref::Region<T>& r, const Element& e) {
+  Plane<T> source(r.width, r.height, r.image->channels);
+  for (int y = 0; y < r.height; ++y)
+    for (int x = 0; x < r.width; ++x)
+      for (int c = 0; c < source.channels; ++c) source.at(x, y, c) = r.at(x, y, c);
+  switch (operation) {
+    case open:
+      return twice(r, e, e.reflected(), true);
+    case close:
+      return twice(r, e.reflected(), e, false);
+    case tophat:
+      return excess(source, twice(r, e, e.reflected(), true));
+    case blackhat:
+      return excess(twice(r, e.reflected(), e, false), source);
+    default:
+      return excess(ref::extremum(r, e.reflected(), false), ref::extremum(r, e, true));
+  }
+}
+
+// Every mask, anchor, border and operation; states in the caller's memory and allocated.
+template <class T>
+void check(const Functions<T>& f) {
+  Random random;
+  for (int round = 0; round < 130; ++round) {
+    const ZebiSize roi{round < 75 ? 1 + round : random.within(60, 200), random.within(1, 14)};
+    Element e = makeElement(round, random);
+    if (round % 2) e.anchorX = random.within(0, e.width - 1), e.anchorY = random.within(0, e.height - 1);
+    const Surroundings around(random, e.width - 1, e.width - 1, e.height - 1, e.height - 1);
+    const int before = f.bits ? (around.left + 7) / 8 : around.left;
+    const int columns = roi.width + around.right;
+    const Image<T> src(before + (f.bits ? (columns + 7) / 8 : columns), around.top + roi.height + around.bottom,
+                       f.channels, Layout::random<T>(random), round % 3 ? Content::noise : Content::runs, random);
+    Plane<T> plane = src.plane();
+    if constexpr (std::is_same_v<T, Zeb8u>) {
+      if (f.bits) plane = unpacked(plane);
+    }
+    auto region = around.region(plane, roi);
+    if (f.bits) region.x = 8 * before;
+    int specSize = 0, bufferSize = 0;
+    ASSERT_EQ(f.getSize(roi, {e.width, e.height}, &specSize, &bufferSize), zebStsOk);
+    const Scratch spec(specSize);
+    auto* own = reinterpret_cast<ZebiMorphAdvState*>(spec.get());
+    ASSERT_EQ(f.init(own, roi, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}), zebStsOk);
+    ZebiMorphAdvState* allocated = nullptr;
+    ASSERT_EQ(f.initAlloc(&allocated, roi, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}), zebStsOk);
+    for (Operation operation : {open, close, tophat, blackhat, gradient}) {
+      const Scratch buffer(bufferSize);
+      Image<T> dst(f.bits ? (roi.width + 7) / 8 : roi.width, roi.height, f.channels, Layout::random<T>(random),
+                   Content::noise, random);
+      Plane<T> want = expected(operation, region, e);
+      if constexpr (std::is_same_v<T, Zeb8u>) {
+        if (f.bits) {
+          const auto bits = want;
+          want = dst.plane();
+          pack(bits, &want);
+        }
+      }
+      ASSERT_EQ(f.calls[operation](src.pixels(before, around.top), src.step(), dst.pixels(), dst.step(), roi,
+                                   around.border, T(3), round % 3 ? own : allocated, buffer.get()),
+                zebStsOk);
+      ASSERT_TRUE(agree(f.name, dst, want))
+          << "operation " << operation << " round " << round << " mask " << e.width << " x " << e.height << " anchor "
+          << e.anchorX << ", " << e.anchorY << " border " << around.border;
+      ASSERT_TRUE(buffer.intact() && spec.intact());
+    }
+    ASSERT_EQ(zebiMorphAdvFree(allocated), zebStsOk);
+  }
+}
+
+TEST(MorphAdv, EqualsReference8u) {
+  for (const auto& f : f8u) check(f);
+}
+TEST(MorphAdv, EqualsReference16) {
+  check(f16u);
+  check(f16s);
+}
+TEST(MorphAdv, EqualsReference32f) {
+  for (const auto& f : f32f) check(f);
+}
+TEST(MorphAdv, EqualsReference1u) {
+  check(f1u);
+}
+
+TEST(MorphAdv, SizesAndHeader) {
+  int spec = 0, buffer = 0, s = 0, b = 0;
+  ASSERT_EQ(zebiMorphologyBorderGetSize_16u_C1R(100, {5, 4}, &s, &b), zebStsOk);
+  ASSERT_EQ(zebiMorphAdvGetSize_16u_C1R({100, 50}, {5, 4}, &spec, &buffer), zebStsOk);
+  EXPECT_EQ(spec, 2 * s + 32);
+  EXPECT_EQ(buffer, ((100 + 5 + 30) & ~31) * (50 + 4 - 1) * 2 + 2 * b);
+  const Zeb8u mask[20] = {1, 1, 1};
+  ZebiMorphAdvState* state = nullptr;
+  ASSERT_EQ(zebiMorphAdvInitAlloc_16u_C1R(&state, {100, 50}, mask, {5, 4}, {1, 0}), zebStsOk);
+  unsigned words[5];
+  memcpy(words, state, sizeof words);
+  EXPECT_EQ(words[3], ((100u + 5 + 30) & ~31) * (50 + 4 - 1) * 2);
+  // The erosion's rectangle begins at the anchor's left; the dilation's is its reflection.
+  const int* erode = reinterpret_cast<const int*>(words[0]);
+  const int* dilate = reinterpret_cast<const int*>(words[1]);
+  EXPECT_EQ(erode[7], 1);
+  EXPECT_EQ(erode[8], 0);
+  EXPECT_EQ(dilate[7], 1);
+  EXPECT_EQ(dilate[8], 0);
+  EXPECT_NE(words[2], 0u);
+  zebiMorphAdvFree(state);
+  int untouched = 5;
+  EXPECT_EQ(zebiMorphAdvGetSize_8u_C1R({60000, 60000}, {3, 3}, &untouched, &untouched), zebStsErrOverflow);
+  EXPECT_EQ(zebiMorphAdvInitAlloc_8u_C1R(&state, {60000, 60000}, mask, {3, 3}, {1, 1}), zebStsErrOverflow);
+  EXPECT_EQ(untouched, 5);
+}
+
+TEST(MorphAdv, FailedAllocationsLeaveNothing) {
+  const Zeb8u cross[] = {0, 1, 0, 1, 1, 1, 0, 1, 0};
+  const int live = zebcore().liveBlocks;
+  zebcore().reset();
+  ZebiMorphAdvState* state = nullptr;
+  ASSERT_EQ(zebiMorphAdvInitAlloc_8u_C1R(&state, {10, 10}, cross, {3, 3}, {1, 1}), zebStsOk);
+  const int calls = zebcore().mallocCalls;
+  zebiMorphAdvFree(state);
+  EXPECT_EQ(zebcore().liveBlocks, live);
+  ASSERT_GE(calls, 4);
+  for (int fail = 0; fail < calls; ++fail) {
+    zebcore().reset();
+    zebcore().failMallocAt = fail;
+    state = nullptr;
+    EXPECT_EQ(zebiMorphAdvInitAlloc_8u_C1R(&state, {10, 10}, cross, {3, 3}, {1, 1}), zebStsErrMemAlloc);
+    EXPECT_EQ(zebcore().liveBlocks, live) << "call " << fail;
+    EXPECT_EQ(state, nullptr);
+  }
+  zebcore().reset();
+  EXPECT_EQ(zebiMorphAdvFree(nullptr), zebStsErrNullPointer);
+}
+
+template <class T>
+void checkContract(const Functions<T>& f) {
+  constexpr int w = 37, e = sizeof(T);
+  const int row = f.bits ? 5 : w * f.channels * e;
+  Random random;
+  const Image<T> src(w + 8, 6, f.channels, {}, Content::noise, random);
+  Image<T> dst(w + 8, 6, f.channels, {});
+  const Zeb8u mask[] = {1, 0, 1, 1, 1, 1};
+  int specSize = 0, bufferSize = 0;
+  const ZebiSize roi{w, 4}, shape{3, 2};
+  Contract("MorphAdvGetSize", f.getSize, roi, shape, &specSize, &bufferSize)
+      .template nulls<2, 3>()
+      .template sizes<0>()
+      .template sizes<1>()
+      .check();
+  ASSERT_EQ(f.getSize(roi, shape, &specSize, &bufferSize), zebStsOk);
+  const Scratch spec(specSize), buffer(bufferSize);
+  auto* state = reinterpret_cast<ZebiMorphAdvState*>(spec.get());
+  Contract("MorphAdvInit", f.init, state, roi, mask, shape, ZebiPoint{2, 1})
+      .template nulls<0, 2>()
+      .template sizes<1>()
+      .template sizes<3>()
+      .template with<4>(ZebiPoint{3, 0}, zebStsErrAnchor)
+      .template with<4>(ZebiPoint{0, -1}, zebStsErrAnchor)
+      .check();
+  ZebiMorphAdvState* none = nullptr;
+  EXPECT_EQ(f.initAlloc(nullptr, roi, mask, {0, 1}, {9, 0}), zebStsErrNullPointer);
+  EXPECT_EQ(f.initAlloc(&none, {0, 1}, nullptr, shape, {9, 0}), zebStsErrNullPointer);
+  EXPECT_EQ(f.initAlloc(&none, {0, 1}, mask, shape, {9, 0}), zebStsErrSize);
+  EXPECT_EQ(f.initAlloc(&none, roi, mask, {1, 0}, {9, 0}), zebStsErrSize);
+  EXPECT_EQ(f.initAlloc(&none, roi, mask, shape, {3, 0}), zebStsErrAnchor);
+  EXPECT_EQ(none, nullptr);
+  ASSERT_EQ(f.init(state, roi, mask, shape, {1, 1}), zebStsOk);
+  for (const auto function : f.calls) {
+    Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, T(0), state,
+               buffer.get());
+    c.template nulls<0, 2, 7, 8>().template sizes<4>().template step<1>(row, e).template step<3>(row, e);
+    if (!f.bits) c.template hostile<4>();
+    if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
+    for (ZebiBorderType border : {0, 2, 4, 0x40, 0x25}) c.template with<5>(border, zebStsErrBorder);
+    c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
+    c.template with<4>(ZebiSize{w, 100000}, zebStsErrSize, "an intermediate image too high");
+    c.check();
+  }
+}
+
+TEST(MorphAdv, Checks) {
+  for (const auto& f : f8u) checkContract(f);
+  checkContract(f16u);
+  checkContract(f16s);
+  for (const auto& f : f32f) checkContract(f);
+  checkContract(f1u);
+}
+
+}  // namespace
