@@ -1,6 +1,8 @@
 // The paths of erosion and dilation: element by element, by run lengths, by rectangles.
 #include "morph/region.h"
 
+#include "morph/columns.h"
+
 namespace zeb {
 
 namespace {
@@ -181,12 +183,40 @@ void ellipseRegion(const ZebiMorphState& state, const BorderRows& source, const 
   }
 }
 
-// Whether taking the elements one by one costs less: the rows combined for each output row against the passes that
-// filter each source row.
-bool fewElements(const ZebiMorphShape& shape) {
-  int64_t elements = 0;
-  for (int i = 0; i < shape.rows; ++i) elements += shape.length[shape.lengthIndex[i]];
-  return elements <= int64_t(shape.rows) + 4 * int64_t(shape.lengths);
+// Loads and stores for a vector of results, and the rows that have to be fetched with their borders.
+int64_t elementCost(const ZebiMorphState& state) {
+  int64_t elements = 2;
+  for (int64_t i = 0, n = int64_t(state.width) * state.height; i < n; ++i) elements += state.mask[i] != 0;
+  return elements;
+}
+int64_t ellipseCost(const ZebiMorphShape& shape) {
+  return 3 + 4 * int64_t(shape.lengths) + shape.rows;
+}
+
+// The cheapest way through the elements that the scratch has room for.
+template <class Op, class T = typename Op::Type>
+void elementsRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output,
+                    Scratch scratch) {
+  const int width = source.size().width, px = source.pixelBytes();
+  const ZebiSize mask{state.width, state.height};
+  const int64_t room = scratch.left();
+  const bool ellipseFits = state.shapeClass == zebShapeEllipse && ellipseScratchSize(width, px, *state.shape) <= room;
+  const bool elementsFit = generalScratchSize(width, px, mask) <= room;
+  int64_t best = INT64_MAX;
+  if (ellipseFits) best = ellipseCost(*state.shape);
+  if (elementsFit) {
+    const int64_t cost = elementCost(state);
+    if (cost < best) best = cost;
+  }
+  if (ColumnPlan::roomFor(mask) <= room) {
+    ColumnPlan plan;
+    Scratch rest = scratch;
+    plan.make(state.mask, mask, &rest);
+    if (plan.cost() <= best && columnScratchSize(plan, width, px, mask) <= room)
+      return columnRegion<Op>(plan, {state.anchorX, state.anchorY}, state.channels, source, output, rest);
+  }
+  if (ellipseFits && best == ellipseCost(*state.shape)) return ellipseRegion<Op>(state, source, output, scratch);
+  generalRegion<Op>(state, source, output, scratch, !elementsFit);
 }
 
 }  // namespace
@@ -194,23 +224,16 @@ bool fewElements(const ZebiMorphShape& shape) {
 template <class Op>
 void morphRegion(const ZebiMorphState& state, const BorderRows& source, RowOutput<typename Op::Type> output,
                  Zeb8u* scratch, int64_t scratchSize) {
-  const int width = source.size().width, px = source.pixelBytes();
   const Scratch room(scratch, scratchSize);
   output.finite = state.shapeClass == zebShapeGeneral || source.sides().any();
-  const bool roomy = generalScratchSize(width, px, {state.width, state.height}) <= scratchSize;
   switch (state.shapeClass) {
     case zebShapeEmpty:
       output.finite = false;
       return copyRegion(source, state.channels, output);
     case zebShapeRectangle:
       return rankRegion<Op>(source, reachOf(state), state.channels, output, room);
-    case zebShapeEllipse: {
-      const bool fits = ellipseScratchSize(width, px, *state.shape) <= scratchSize;
-      if (fits && !(roomy && fewElements(*state.shape))) return ellipseRegion<Op>(state, source, output, room);
-      return generalRegion<Op>(state, source, output, room, !roomy);
-    }
     default:
-      return generalRegion<Op>(state, source, output, room, !roomy);
+      return elementsRegion<Op>(state, source, output, room);
   }
 }
 

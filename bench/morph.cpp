@@ -1,0 +1,186 @@
+// Erosion, opening, gradient and grayscale dilation.
+#include "reference/morph.h"
+
+#include <memory>
+
+#include "bench.h"
+
+namespace {
+
+using namespace bench;
+
+ref::Element rectangle(int width, int height) {
+  return {std::vector<Zeb8u>(static_cast<size_t>(width) * height, 1), width, height, (width - 1) / 2, (height - 1) / 2};
+}
+ref::Element cross3() {
+  return {{0, 1, 0, 1, 1, 1, 0, 1, 0}, 3, 3, 1, 1};
+}
+// The pixels whose centres lie within half the diameter and a quarter of a pixel.
+ref::Element ellipse7() {
+  ref::Element e = rectangle(7, 7);
+  for (int i = 0; i < 49; ++i) {
+    const int x = i % 7 - 3, y = i / 7 - 3;
+    e.mask[static_cast<size_t>(i)] = 16 * (x * x + y * y) <= 13 * 13;
+  }
+  return e;
+}
+// Every other element.
+ref::Element half7() {
+  ref::Element e = rectangle(7, 7);
+  for (size_t i = 0; i < 49; ++i) e.mask[i] = i % 2 == 0;
+  return e;
+}
+
+// Memory from a function that reports its size.
+struct Memory {
+  Pixels<Zeb8u> state, buffer;
+};
+
+// A channel of the photograph, or all channels the same.
+template <class T>
+Pixels<T> images(const Scene& scene, int channels) {
+  Pixels<T> out(static_cast<size_t>(scene.count()) * channels);
+  for (int i = 0; i < scene.count(); ++i)
+    for (int c = 0; c < channels; ++c) out[static_cast<size_t>(i) * channels + c] = static_cast<T>(scene.photo[i]);
+  return out;
+}
+
+template <class T, class Call, class Expected>
+Work filter(const Scene& scene, int channels, double bytesPerPixel, Call call, Expected expected) {
+  auto src = std::make_shared<Pixels<T>>(images<T>(scene, channels));
+  auto dst = std::make_shared<Pixels<T>>(src->size());
+  Work work;
+  work.bytesPerPixel = bytesPerPixel;
+  const int step = scene.step<T>(channels);
+  const ZebiSize size = scene.size;
+  work.run = [=] { return call(src->data(), step, dst->data(), step, size); };
+  work.check = [=]() -> std::optional<std::string> {
+    // Every pixel of a strip along the top edge.
+    const ZebiSize strip{size.width, size.height < 40 ? size.height : 40};
+    Pixels<T> actual(static_cast<size_t>(size.width) * channels * strip.height);
+    if (auto bad = failure(call(src->data(), step, actual.data(), step, strip))) return bad;
+    ref::Plane<T> plane(strip.width, strip.height, channels);
+    std::copy(src->begin(), src->begin() + static_cast<ptrdiff_t>(plane.data.size()), plane.data.begin());
+    const ref::Plane<T> wanted = expected(ref::Region<T>{&plane, 0, 0, strip.width, strip.height});
+    return firstDifference(wanted.data, actual, strip.width * channels);
+  };
+  return work;
+}
+
+template <class T>
+using Erode = ZebStatus (*)(const T*, int, T*, int, ZebiSize, ZebiBorderType, T, const ZebiMorphState*, Zeb8u*);
+
+template <class T>
+Work erode(const Scene& scene, int channels, const ref::Element& e, decltype(&zebiMorphologyBorderGetSize_8u_C1R) sizes,
+           decltype(&zebiMorphologyBorderInit_8u_C1R) init, Erode<T> function) {
+  auto memory = std::make_shared<Memory>();
+  int state = 0, buffer = 0;
+  const ZebiSize mask{e.width, e.height};
+  sizes(scene.size.width, mask, &state, &buffer);
+  memory->state.resize(static_cast<size_t>(state));
+  memory->buffer.resize(static_cast<size_t>(buffer));
+  auto* spec = reinterpret_cast<ZebiMorphState*>(memory->state.data());
+  init(scene.size.width, e.mask.data(), mask, spec, memory->buffer.data());
+  return filter<T>(
+      scene, channels, 2.0 * channels * sizeof(T),
+      [=](const T* src, int srcStep, T* dst, int dstStep, ZebiSize size) {
+        return function(src, srcStep, dst, dstStep, size, zebBorderRepl, T(0), spec, memory->buffer.data());
+      },
+      [=](const ref::Region<T>& region) { return ref::extremum(region, e, true); });
+}
+
+Work erode8u(const Scene& scene, const ref::Element& e) {
+  return erode<Zeb8u>(scene, 1, e, zebiMorphologyBorderGetSize_8u_C1R, zebiMorphologyBorderInit_8u_C1R,
+                      zebiErodeBorder_8u_C1R);
+}
+Work erode32f(const Scene& scene, const ref::Element& e) {
+  return erode<Zeb32f>(scene, 1, e, zebiMorphologyBorderGetSize_32f_C1R, zebiMorphologyBorderInit_32f_C1R,
+                       zebiErodeBorder_32f_C1R);
+}
+Work erode8uC3(const Scene& scene) {
+  return erode<Zeb8u>(scene, 3, rectangle(7, 7), zebiMorphologyBorderGetSize_8u_C3R, zebiMorphologyBorderInit_8u_C3R,
+                      zebiErodeBorder_8u_C3R);
+}
+
+// Opening or gradient with the same ellipse.
+Work compound(const Scene& scene, decltype(&zebiMorphOpenBorder_8u_C1R) function, bool opening) {
+  const ref::Element e = ellipse7();
+  const ZebiSize mask{e.width, e.height};
+  auto memory = std::make_shared<Memory>();
+  int state = 0, buffer = 0;
+  zebiMorphAdvGetSize_8u_C1R(scene.size, mask, &state, &buffer);
+  memory->state.resize(static_cast<size_t>(state));
+  memory->buffer.resize(static_cast<size_t>(buffer));
+  auto* adv = reinterpret_cast<ZebiMorphAdvState*>(memory->state.data());
+  zebiMorphAdvInit_8u_C1R(adv, scene.size, e.mask.data(), mask, {e.anchorX, e.anchorY});
+  return filter<Zeb8u>(
+      scene, 1, opening ? 4 : 5,
+      [=](const Zeb8u* src, int srcStep, Zeb8u* dst, int dstStep, ZebiSize size) {
+        return function(src, srcStep, dst, dstStep, size, zebBorderRepl, 0, adv, memory->buffer.data());
+      },
+      [=](const ref::Region<Zeb8u>& region) {
+        auto eroded = ref::extremum(region, e, true);
+        if (opening)
+          return ref::extremum(ref::Region<Zeb8u>{&eroded, 0, 0, eroded.width, eroded.height}, e.reflected(), false);
+        auto out = ref::extremum(region, e.reflected(), false);
+        for (size_t i = 0; i < out.data.size(); ++i) out.data[i] = static_cast<Zeb8u>(out.data[i] - eroded.data[i]);
+        return out;
+      });
+}
+
+// Weights of a small paraboloid, some of them negative.
+Work grayDilate(const Scene& scene) {
+  std::vector<Zeb32s> weights;
+  for (int i = 0; i < 25; ++i) {
+    const int x = i % 5 - 2, y = i / 5 - 2;
+    weights.push_back(8 - 3 * (x * x + y * y));
+  }
+  auto memory = std::make_shared<Memory>();
+  int bytes = 0;
+  zebiMorphGrayGetSize_8u_C1R(scene.size, weights.data(), {5, 5}, &bytes);
+  memory->state.resize(static_cast<size_t>(bytes));
+  auto* state = reinterpret_cast<ZebiMorphGrayState*>(memory->state.data());
+  zebiMorphGrayInit_8u_C1R(state, scene.size, weights.data(), {5, 5}, {2, 2});
+  return filter<Zeb8u>(
+      scene, 1, 2,
+      [state, memory](const Zeb8u* src, int srcStep, Zeb8u* dst, int dstStep, ZebiSize size) {
+        return zebiGrayDilateBorder_8u_C1R(src, srcStep, dst, dstStep, size, zebBorderRepl, state);
+      },
+      [=](const ref::Region<Zeb8u>& region) {
+        ref::Plane<Zeb8u> out(region.width, region.height);
+        for (int y = 0; y < out.height; ++y)
+          for (int x = 0; x < out.width; ++x) {
+            int best = 0;
+            for (int i = 0; i < 25; ++i)
+              best = std::max(best, region.at(x + i % 5 - 2, y + i / 5 - 2, 0) + weights[static_cast<size_t>(i)]);
+            out.at(x, y) = static_cast<Zeb8u>(std::min(best, 255));
+          }
+        return out;
+      });
+}
+
+const Family family(
+    40, "Morphology",
+    {
+        {"ErodeBorder 8u C1R, 3 x 3 rectangle", timesMemcpy(2.2),
+         [](const Scene& s) { return erode8u(s, rectangle(3, 3)); }},
+        {"ErodeBorder 8u C1R, 7 x 7 rectangle", timesMemcpy(3.0),
+         [](const Scene& s) { return erode8u(s, rectangle(7, 7)); }},
+        {"ErodeBorder 8u C1R, 63 x 63 rectangle", timesMemcpy(4.5),
+         [](const Scene& s) { return erode8u(s, rectangle(63, 63)); }},
+        {"ErodeBorder 8u C1R, 3 x 3 cross", timesMemcpy(2.4), [](const Scene& s) { return erode8u(s, cross3()); }},
+        {"ErodeBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(5), [](const Scene& s) { return erode8u(s, ellipse7()); }},
+        {"ErodeBorder 8u C1R, 7 x 7 general, half set", timesMemcpy(7),
+         [](const Scene& s) { return erode8u(s, half7()); }},
+        {"ErodeBorder 32f C1R, 7 x 7 rectangle", timesMemcpy(10),
+         [](const Scene& s) { return erode32f(s, rectangle(7, 7)); }},
+        {"ErodeBorder 32f C1R, 7 x 7 ellipse", timesMemcpy(16), [](const Scene& s) { return erode32f(s, ellipse7()); }},
+        {"ErodeBorder 8u C3R, 7 x 7 rectangle", timesMemcpy(8), erode8uC3},
+        {"MorphOpenBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(10),
+         [](const Scene& s) { return compound(s, zebiMorphOpenBorder_8u_C1R, true); }},
+        {"MorphGradientBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(11),
+         [](const Scene& s) { return compound(s, zebiMorphGradientBorder_8u_C1R, false); }},
+        {"GrayDilateBorder 8u C1R, 5 x 5 weights", timesMemcpy(25), grayDilate},
+    });
+
+}  // namespace

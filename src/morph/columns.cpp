@@ -1,0 +1,169 @@
+// Masks by their columns.
+#include "morph/columns.h"
+
+namespace zeb {
+
+namespace {
+
+// One distinct set of rows while the plan is made.
+struct Candidate {
+  uint64_t key;  // of its rows; columns with the same key are compared row by row
+  int column, rows;
+};
+
+}  // namespace
+
+int64_t ColumnPlan::roomFor(ZebiSize mask) {
+  return int64_t(mask.width) * int64_t(sizeof(Set) + sizeof(int) + sizeof(Candidate)) +
+         4 * boundedProduct(mask.width, mask.height) + 32;
+}
+
+void ColumnPlan::make(const Zeb8u* mask, ZebiSize size, Scratch* scratch) {
+  const int w = size.width, h = size.height;
+  const auto at = [=](int column, int row) { return mask[static_cast<ptrdiff_t>(row) * w + column] != 0; };
+  set = scratch->take<Set>(w, alignof(Set));
+  setOf = scratch->take<int>(w, alignof(int));
+  tapRow = scratch->take<int>(int64_t(w) * h, alignof(int));
+  Candidate* found = scratch->take<Candidate>(w, alignof(int));
+  left = w, right = -1, top = h, bottom = -1;
+  sets = taps = columns = 0;
+  for (int x = 0; x < w; ++x) {
+    Candidate c{0, x, 0};
+    for (int y = 0; y < h; ++y) {
+      c.key = (c.key ^ (at(x, y) ? 2 : 1)) * 0x9E3779B97F4A7C15u;
+      if (!at(x, y)) continue;
+      ++c.rows;
+      if (y < top) top = y;
+      if (y > bottom) bottom = y;
+    }
+    setOf[x] = -1;
+    if (c.rows == 0) continue;
+    if (x < left) left = x;
+    right = x;
+    ++columns;
+    const auto alike = [&](const Candidate& other) {
+      if (other.key != c.key || other.rows != c.rows) return false;
+      for (int y = 0; y < h; ++y)
+        if (at(x, y) != at(other.column, y)) return false;
+      return true;
+    };
+    int i = 0;
+    while (i < sets && !alike(found[i])) ++i;
+    setOf[x] = i;
+    if (i == sets) found[sets++] = c;
+  }
+  // Small sets first. setOf still counts in the order of discovery.
+  for (int i = 0; i < sets; ++i) set[i].first = i;
+  for (int i = 1; i < sets; ++i) {
+    const int moved = set[i].first;
+    int to = i;
+    for (; to > 0 && found[set[to - 1].first].rows > found[moved].rows; --to) set[to].first = set[to - 1].first;
+    set[to].first = moved;
+  }
+  for (int i = 0; i < sets; ++i) {
+    const int column = found[set[i].first].column, before = i > 0 ? set[i - 1].first : 0;
+    bool onward = i > 0;
+    for (int y = 0; y < h && onward; ++y) onward = !at(before, y) || at(column, y);
+    const int start = taps;
+    for (int y = 0; y < h; ++y)
+      if (at(column, y) && !(onward && at(before, y))) tapRow[taps++] = y;
+    found[set[i].first].rows = i;
+    // A set that stands for itself begins with its first tap, the first of all before anything else.
+    set[i] = {column, taps - start - !onward, i == 0 || onward};
+  }
+  for (int x = left; x <= right; ++x) setOf[x - left] = setOf[x] < 0 ? -1 : found[setOf[x]].rows;
+}
+
+int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask) {
+  return ColumnPlan::roomFor(mask) +
+         boundedProduct(plan.sets, scratchStride(width + plan.right - plan.left, pixelBytes)) +
+         4 * (int64_t(plan.taps) + plan.columns + plan.sets) + 96;
+}
+
+namespace {
+
+// The extrema of all sets for some vectors of columns.
+template <class Op, int vectors, class T>
+ZEB_INLINE void setsBlock(const ColumnPlan& plan, const T* const* tap, T* const* lines, ptrdiff_t x) {
+  constexpr int lanes = Vec<T>::lanes;
+  Vec<T> best[vectors];
+  const T* p = *tap++ + x;
+  for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+  for (int s = 0; s < plan.sets; ++s) {
+    if (!plan.set[s].onward) {
+      p = *tap++ + x;
+      for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+    }
+    for (const T* const* end = tap + plan.set[s].rows; tap < end;) {
+      p = *tap++ + x;
+      for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
+    }
+    T* line = lines[s] + x;
+    for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
+  }
+}
+
+template <class Op, class T>
+void setsRow(const ColumnPlan& plan, const T* const* taps, T* const* lines, ptrdiff_t n) {
+  constexpr int lanes = Vec<T>::lanes;
+  ptrdiff_t x = 0;
+  for (; x <= n - 4 * lanes; x += 4 * lanes) setsBlock<Op, 4>(plan, taps, lines, x);
+  for (; x <= n - lanes; x += lanes) setsBlock<Op, 1>(plan, taps, lines, x);
+  if (x == n) return;
+  if (n >= lanes) return setsBlock<Op, 1>(plan, taps, lines, n - lanes);
+  for (; x < n; ++x) {
+    const T* const* tap = taps;
+    T best = (*tap++)[x];
+    for (int s = 0; s < plan.sets; ++s) {
+      if (!plan.set[s].onward) best = (*tap++)[x];
+      for (int i = 0; i < plan.set[s].rows; ++i) best = Op::pick(best, (*tap++)[x]);
+      lines[s][x] = best;
+    }
+  }
+}
+
+}  // namespace
+
+template <class Op>
+void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderRows& source,
+                  const RowOutput<typename Op::Type>& output, Scratch scratch) {
+  using T = typename Op::Type;
+  const ptrdiff_t n = static_cast<ptrdiff_t>(source.size().width) * channels;
+  const auto range =
+      source.columns(int64_t(plan.left) - anchor.x, int64_t(source.size().width) + plan.right - anchor.x);
+  const ptrdiff_t stride =
+      static_cast<ptrdiff_t>(scratchStride(range.to - range.from, source.pixelBytes()) / sizeof(T));
+  const ptrdiff_t place = static_cast<ptrdiff_t>(range.place() * channels);
+  // The kept columns begin at a vector boundary.
+  T* first = scratch.take<T>(plan.sets * stride) + (-place & (Vec<T>::lanes - 1));
+  const T** taps = scratch.take<const T*>(plan.taps, alignof(const T*));
+  const T** shifted = scratch.take<const T*>(plan.columns, alignof(const T*));
+  T** lines = scratch.take<T*>(plan.sets, alignof(T*));
+  for (int s = 0; s < plan.sets; ++s) lines[s] = first + s * stride + place;
+  int count = 0;
+  for (int x = 0; x <= plan.right - plan.left; ++x)
+    if (plan.setOf[x] >= 0) shifted[count++] = first + plan.setOf[x] * stride + static_cast<ptrdiff_t>(x) * channels;
+
+  const ptrdiff_t kept = static_cast<ptrdiff_t>(range.keptCount() * channels);
+  for (int y = 0; y < source.size().height; ++y) {
+    for (int i = 0; i < plan.taps; ++i)
+      taps[i] = reinterpret_cast<const T*>(source.row(int64_t(y) + plan.tapRow[i] - anchor.y)) +
+                static_cast<ptrdiff_t>(range.kept) * channels;
+    setsRow<Op>(plan, taps, lines, kept);
+    for (int s = 0; s < plan.sets; ++s) source.completeLine(first + s * stride, range);
+    combineRows<Op>(shifted, count, output.begin(y, 0), n);
+    output.end(y, 0, n);
+  }
+}
+
+#define COLUMNS(T)                                                                                                  \
+  template void columnRegion<Lowest<T>>(const ColumnPlan&, ZebiPoint, int, const BorderRows&, const RowOutput<T>&,  \
+                                        Scratch);                                                                   \
+  template void columnRegion<Highest<T>>(const ColumnPlan&, ZebiPoint, int, const BorderRows&, const RowOutput<T>&, \
+                                         Scratch);
+COLUMNS(Zeb8u)
+COLUMNS(Zeb16u)
+COLUMNS(Zeb16s)
+COLUMNS(Zeb32f)
+
+}  // namespace zeb
