@@ -89,11 +89,6 @@ ZEB_INLINE void streamFence() {
   _mm_sfence();
 }
 
-// Asks for the cache line at p; any address will do.
-ZEB_INLINE void prefetch(const void* p) {
-  _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0);
-}
-
 // All-ones in the first n of eight (four) lanes.
 ZEB_INLINE __m256i firstLanes32(int n) {
   return _mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));

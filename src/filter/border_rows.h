@@ -58,6 +58,18 @@ class BorderRows {
     return first_ + static_cast<ptrdiff_t>(y) * step_;
   }
 
+  // Column `column` of rows y..y+count-1.
+  template <class T>
+  void rows(int64_t y, int count, int64_t column, const T** out) const {
+    const ptrdiff_t at = static_cast<ptrdiff_t>(column * pixelBytes_);
+    if (y >= 0 && y <= static_cast<int64_t>(size_.height) - count) {
+      const Zeb8u* p = first_ + static_cast<ptrdiff_t>(y) * step_ + at;
+      for (int i = 0; i < count; ++i, p += step_) out[i] = reinterpret_cast<const T*>(p);
+      return;
+    }
+    for (int i = 0; i < count; ++i) out[i] = reinterpret_cast<const T*>(row(y + i) + at);
+  }
+
   // A range of columns, and which of it stand in memory. A range that lies wholly beyond an edge keeps the edge pixel.
   struct Columns {
     int64_t from, to;
@@ -94,7 +106,7 @@ class BorderRows {
 
   // The same in a scratch line of T with a vector of room at either end, which a usual border fills with one store.
   template <class T>
-  void completeLine(T* line, const Columns& c) const {
+  ZEB_INLINE void completeLine(T* line, const Columns& c) const {
     constexpr int lanes = Vec<T>::lanes;
     if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.kept - c.from > lanes || c.to - c.keptEnd > lanes || c.beyond())
       return complete(reinterpret_cast<Zeb8u*>(line), c);

@@ -146,7 +146,7 @@ inline void combinePair(const T* const* rows, int h, T* out0, T* out1, ptrdiff_t
   if (x < n) combinePairBlock<Op, 1>(rows, h, n - lanes, out0, out1);
 }
 
-// ---- Four windows of h rows at once, h >= 3: of rows[i..i+h-1], i = 0..3; ahead: the rows needed next ----
+// ---- Four windows of h rows at once, h >= 3: of rows[i..i+h-1], i = 0..3 ----
 
 template <class Op, class T>
 ZEB_INLINE void combineQuadBlock(const T* const* rows, int h, ptrdiff_t x, T* const* out) {
@@ -173,11 +173,10 @@ ZEB_INLINE void combineQuadBlock(const T* const* rows, int h, ptrdiff_t x, T* co
 }
 
 template <class Op, class T>
-ZEB_INLINE void combineQuadBlocks(const T* const* rows, int h, T* const* out, ptrdiff_t n, const T* const* ahead) {
+ZEB_INLINE void combineQuadBlocks(const T* const* rows, int h, T* const* out, ptrdiff_t n) {
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t x = 0;
   for (; x <= n - 2 * lanes; x += 2 * lanes) {
-    for (int i = 0; i < 4; ++i) prefetch(ahead[i] + x);
     combineQuadBlock<Op>(rows, h, x, out);
     combineQuadBlock<Op>(rows, h, x + lanes, out);
   }
@@ -186,17 +185,17 @@ ZEB_INLINE void combineQuadBlocks(const T* const* rows, int h, T* const* out, pt
 }
 
 template <class Op, class T = typename Op::Type>
-inline void combineQuad(const T* const* rows, int h, T* const* out, ptrdiff_t n, const T* const* ahead) {
+inline void combineQuad(const T* const* rows, int h, T* const* out, ptrdiff_t n) {
   if (n < Vec<T>::lanes) {
     for (int i = 0; i < 4; ++i) combineRows<Op>(rows + i, h, out[i], n);
   } else if (h == 3) {
-    combineQuadBlocks<Op>(rows, 3, out, n, ahead);
+    combineQuadBlocks<Op>(rows, 3, out, n);
   } else if (h == 5) {
-    combineQuadBlocks<Op>(rows, 5, out, n, ahead);
+    combineQuadBlocks<Op>(rows, 5, out, n);
   } else if (h == 7) {
-    combineQuadBlocks<Op>(rows, 7, out, n, ahead);
+    combineQuadBlocks<Op>(rows, 7, out, n);
   } else {
-    combineQuadBlocks<Op>(rows, h, out, n, ahead);
+    combineQuadBlocks<Op>(rows, h, out, n);
   }
 }
 
@@ -262,32 +261,23 @@ inline void advanceRow(const T* row, T* prefix, const T* suffix, T* out, ptrdiff
   }
 }
 
-// Two rows of that: out0 from row0, out1 from row0 and row1.
+// Two rows of that: out[0] from rows[0], out[1] from both.
 template <class Op, class T = typename Op::Type>
-inline void advanceTwoRows(const T* row0, const T* row1, T* prefix, const T* suffix0, const T* suffix1, T* out0,
-                           T* out1, ptrdiff_t n) {
+inline void advanceTwoRows(const T* const* rows, T* prefix, const T* const* suffixes, T* const* out, ptrdiff_t n) {
   constexpr int lanes = Vec<T>::lanes;
-  const auto block = [=](ptrdiff_t x) {
-    const Vec<T> p0 = Op::pick(load(prefix + x), load(row0 + x));
-    const Vec<T> p1 = Op::pick(p0, load(row1 + x));
-    store(out0 + x, Op::pick(p0, load(suffix0 + x)));
-    store(out1 + x, Op::pick(p1, load(suffix1 + x)));
-    store(prefix + x, p1);
-  };
-  if (n < lanes) {
-    advanceRow<Op>(row0, prefix, suffix0, out0, n);
-    advanceRow<Op>(row1, prefix, suffix1, out1, n);
-    return;
-  }
   ptrdiff_t x = 0;
-  for (; x <= n - lanes; x += lanes) block(x);
-  if (x == n) return;
-  // The last vector overlaps the one before it, whose prefix includes row1 already: out0 takes its new elements alone.
-  ptrdiff_t rest = x;
-  for (; rest < n; ++rest) out0[rest] = Op::pick(Op::pick(prefix[rest], row0[rest]), suffix0[rest]);
-  for (rest = x; rest < n; ++rest) {
-    prefix[rest] = Op::pick(Op::pick(prefix[rest], row0[rest]), row1[rest]);
-    out1[rest] = Op::pick(prefix[rest], suffix1[rest]);
+  for (; x <= n - lanes; x += lanes) {
+    const Vec<T> p0 = Op::pick(load(prefix + x), load(rows[0] + x));
+    const Vec<T> p1 = Op::pick(p0, load(rows[1] + x));
+    store(out[0] + x, Op::pick(p0, load(suffixes[0] + x)));
+    store(out[1] + x, Op::pick(p1, load(suffixes[1] + x)));
+    store(prefix + x, p1);
+  }
+  for (; x < n; ++x) {
+    const T p0 = Op::pick(prefix[x], rows[0][x]);
+    out[0][x] = Op::pick(p0, suffixes[0][x]);
+    prefix[x] = Op::pick(p0, rows[1][x]);
+    out[1][x] = Op::pick(prefix[x], suffixes[1][x]);
   }
 }
 
@@ -313,6 +303,18 @@ ZEB_INLINE void shortWindows(const T* row, T* out, ptrdiff_t n, bool exact) {
     two = next;
   }
   if (x < n) store(out + n - lanes, whole(pair(n - lanes), pair(n)));
+}
+
+// Windows of 32 pixels of one byte from those of 8, in whole vectors; out may be row.
+template <class Op>
+inline void windowsOf32(const Zeb8u* row, Zeb8u* out, ptrdiff_t n) {
+  V8u eight = load(row);
+  for (ptrdiff_t x = 0; x < n; x += 32) {
+    const V8u next = load(row + x + 32), middle = halvesBetween(eight, next);
+    const V8u sixteen = Op::pick(eight, fromByte<8>(eight, middle));
+    store(out + x, Op::pick(sixteen, Op::pick(middle, fromByte<8>(middle, next))));
+    eight = next;
+  }
 }
 
 template <class Op, int px, class T>
@@ -359,6 +361,12 @@ inline void widenRow(const T* from, int64_t cur, T* out, int64_t wider, T* temp,
     if (tryShortWindows<Op>(wider, px, from, out, n, exact)) return;
     const ptrdiff_t reach = static_cast<ptrdiff_t>((wider - 8) * channels);
     if (wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + reach, false)) from = temp, cur = 8;
+    if constexpr (sizeof(T) == 1) {
+      if (cur == 8 && px == 1 && wider >= 32) {
+        windowsOf32<Op>(temp, temp, n + static_cast<ptrdiff_t>(wider - 32));
+        cur = 32;
+      }
+    }
   }
   const T* taps[mostTaps];
   for (;;) {

@@ -58,7 +58,7 @@ class RankStrip {
   }
 
  private:
-  const T* row(int64_t y) const { return reinterpret_cast<const T*>(source_.row(y)) + range_.kept * channels_; }
+  void rows(int64_t y, int count, const T** out) const { source_.rows(y + top_, count, range_.kept, out); }
 
   // Where the columns' extremum of output row y goes: into the destination itself when nothing is left to do along the
   // row, else into a line, at the place that leaves room for the border.
@@ -66,40 +66,41 @@ class RankStrip {
   T* columnsTo(int y, int line) const {
     return direct() ? output_.begin(y, at_) : lines_[line] + range_.place() * channels_;
   }
-  // The rest of the way for `count` rows from y on whose columns are in the lines. The borders of all are put in place
-  // first: a load too soon after small stores would wait for the store queue to drain.
+  // The rest of the way for `count` rows from y on whose extrema along the columns are there.
   void alongRows(int y, int count) const {
-    if (!direct()) {
+    if (!direct())
       for (int i = 0; i < count; ++i) source_.completeLine(lines_[i], range_);
-    }
     for (int i = 0; i < count; ++i) {
       if (!direct()) widenRow<Op>(lines_[i], 1, output_.begin(y + i, at_), width_, lines_[i], channels_, n_, true);
       output_.end(y + i, at_, n_);
     }
   }
+  void oneRow(int y, const T* const* taps, int count) const {
+    combineRows<Op>(taps, count, columnsTo(y, 0), kept_);
+    alongRows(y, 1);
+  }
+  // Rows that all pass through the one line of the output cannot be made together.
+  bool single() const { return direct() && output_.finish == RowOutput<T>::dstMinusResult; }
 
   void runDirect() const {
     const int height = source_.size().height, h = static_cast<int>(height_);
-    const T* rows[directRows + 3];
-    const int group = direct() && output_.finish == RowOutput<T>::dstMinusResult ? 1 : h >= 3 ? 4 : h;
+    const T* taps[directRows + 3];
+    const int group = single() ? 1 : h >= 3 ? 4 : h;
     int y = 0;
     for (; group > 1 && y <= height - group; y += group) {
-      for (int i = 0; i < h + group - 1; ++i) rows[i] = row(y + top_ + i);
+      rows(y, h + group - 1, taps);
       T* out[4];
       for (int i = 0; i < group; ++i) out[i] = columnsTo(y + i, i);
       if (group == 4) {
-        const T* ahead[4];
-        for (int i = 0; i < 4; ++i) ahead[i] = row(y + top_ + h + 3 + i);
-        combineQuad<Op>(rows, h, out, kept_, ahead);
+        combineQuad<Op>(taps, h, out, kept_);
       } else {
-        combinePair<Op>(rows, h, out[0], out[1], kept_);
+        combinePair<Op>(taps, h, out[0], out[1], kept_);
       }
       alongRows(y, group);
     }
     for (; y < height; ++y) {
-      for (int i = 0; i < h; ++i) rows[i] = row(y + top_ + i);
-      combineRows<Op>(rows, h, columnsTo(y, 0), kept_);
-      alongRows(y, 1);
+      rows(y, h, taps);
+      oneRow(y, taps, h);
     }
   }
 
@@ -110,30 +111,28 @@ class RankStrip {
     const int h = static_cast<int>(height_);
     T* prefix = lines_[3];
     for (int64_t y = 0; y < height; y += h) {
-      for (int i = 0; i < h; ++i) rows_[i] = row(y + top_ + i);
+      rows(y, h, rows_);
       suffixRows<Op>(rows_, h, suffixes_, stride_, kept_);
-      const int last = static_cast<int>(height - y < h ? height - y : h);
-      const auto to = [=](int j) { return static_cast<int>(y) + j; };
-      const auto suffix = [=](int j) { return suffixes_ + j * stride_; };
-      const auto next = [=](int j) { return row(y + top_ + h + j - 1); };
-      const T* first = suffix(0);
-      combineRows<Op>(&first, 1, columnsTo(to(0), 0), kept_);
-      alongRows(to(0), 1);
+      const int first = static_cast<int>(y), last = static_cast<int>(height - y < h ? height - y : h);
+      const T *next[2], *suffix[2] = {suffixes_, suffixes_ + stride_};
+      oneRow(first, suffix, 1);
       if (last == 1) continue;
-      const T* pair[] = {next(1), suffix(1)};
-      combineRows<Op>(pair, 1, prefix, kept_);
-      combineRows<Op>(pair, 2, columnsTo(to(1), 0), kept_);
-      alongRows(to(1), 1);
-      const bool two = !(direct() && output_.finish == RowOutput<T>::dstMinusResult);
+      rows(y + h, 1, next);
+      combineRows<Op>(next, 1, prefix, kept_);
+      next[1] = suffix[1];
+      oneRow(first + 1, next, 2);
       int j = 2;
-      for (; two && j < last - 1; j += 2) {
-        advanceTwoRows<Op>(next(j), next(j + 1), prefix, suffix(j), suffix(j + 1), columnsTo(to(j), 0),
-                           columnsTo(to(j + 1), 1), kept_);
-        alongRows(to(j), 2);
+      for (; !single() && j < last - 1; j += 2) {
+        rows(y + h + j - 1, 2, next);
+        suffix[0] = suffixes_ + j * stride_, suffix[1] = suffix[0] + stride_;
+        T* out[2] = {columnsTo(first + j, 0), columnsTo(first + j + 1, 1)};
+        advanceTwoRows<Op>(next, prefix, suffix, out, kept_);
+        alongRows(first + j, 2);
       }
       for (; j < last; ++j) {
-        advanceRow<Op>(next(j), prefix, suffix(j), columnsTo(to(j), 0), kept_);
-        alongRows(to(j), 1);
+        rows(y + h + j - 1, 1, next);
+        advanceRow<Op>(next[0], prefix, suffixes_ + j * stride_, columnsTo(first + j, 0), kept_);
+        alongRows(first + j, 1);
       }
     }
   }

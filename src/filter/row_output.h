@@ -47,7 +47,12 @@ struct RowOutput {
 
   // Where elements x.. of row y are to be written, and what to do after they were.
   T* begin(int y, ptrdiff_t x) const { return finish == dstMinusResult ? line : dst[y] + x; }
-  void end(int y, ptrdiff_t x, ptrdiff_t n) const {
+  ZEB_INLINE void end(int y, ptrdiff_t x, ptrdiff_t n) const {
+    if (finish != store || finite) finishRow(y, x, n);
+  }
+
+ private:
+  void finishRow(int y, ptrdiff_t x, ptrdiff_t n) const {
     if constexpr (std::is_same_v<T, Zeb32f>) {
       if (finite) clampToFinite(begin(y, x), n);
     }
@@ -57,7 +62,6 @@ struct RowOutput {
     if (finish == dstMinusResult) excessRow<T>(out, line, out, n);
   }
 
- private:
   static void clampToFinite(Zeb32f* p, ptrdiff_t n) {
     constexpr Zeb32f largest = 3.40282347e+38f;
     const auto clamped = [](V32f v) { return min(splat(largest), max(splat(-largest), v)); };

@@ -77,7 +77,7 @@ void ColumnPlan::make(const Zeb8u* mask, ZebiSize size, Scratch* scratch) {
 int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask) {
   return ColumnPlan::roomFor(mask) +
          boundedProduct(plan.sets, scratchStride(width + plan.right - plan.left, pixelBytes)) +
-         4 * (int64_t(plan.taps) + plan.columns + plan.sets) + 96;
+         4 * (int64_t(plan.taps) + plan.columns + plan.sets + mask.height) + 96;
 }
 
 namespace {
@@ -139,6 +139,8 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   const T** taps = scratch.take<const T*>(plan.taps, alignof(const T*));
   const T** shifted = scratch.take<const T*>(plan.columns, alignof(const T*));
   T** lines = scratch.take<T*>(plan.sets, alignof(T*));
+  const int maskRows = plan.bottom - plan.top + 1;
+  const T** rows = scratch.take<const T*>(maskRows, alignof(const T*));
   for (int s = 0; s < plan.sets; ++s) lines[s] = first + s * stride + place;
   int count = 0;
   for (int x = 0; x <= plan.right - plan.left; ++x)
@@ -146,9 +148,8 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
 
   const ptrdiff_t kept = static_cast<ptrdiff_t>(range.keptCount() * channels);
   for (int y = 0; y < source.size().height; ++y) {
-    for (int i = 0; i < plan.taps; ++i)
-      taps[i] = reinterpret_cast<const T*>(source.row(int64_t(y) + plan.tapRow[i] - anchor.y)) +
-                static_cast<ptrdiff_t>(range.kept) * channels;
+    source.rows(int64_t(y) + plan.top - anchor.y, maskRows, range.kept, rows);
+    for (int i = 0; i < plan.taps; ++i) taps[i] = rows[plan.tapRow[i] - plan.top];
     setsRow<Op>(plan, taps, lines, kept);
     for (int s = 0; s < plan.sets; ++s) source.completeLine(first + s * stride, range);
     combineRows<Op>(shifted, count, output.begin(y, 0), n);

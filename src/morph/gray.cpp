@@ -21,67 +21,44 @@ namespace {
 
 using namespace zeb;
 
-// ---- One tap of a weight ----
+// ---- One tap of a weight: what it makes of one pixel and of a vector, and which of two results counts ----
 
-struct DilateFloat {
-  using Type = Zeb32f;
-  using Weight = Zeb32f;
-  using Vector = V32f;
-  Weight w;
-  ZEB_INLINE Zeb32f at(Zeb32f s) const { return s + w; }
-  template <class Each>
-  ZEB_INLINE void apply(Each each) const {
-    const V32f all = splat(w);
-    each([=](V32f s) { return s + all; });
-  }
-  static ZEB_INLINE V32f pick(V32f a, V32f b) { return max(a, b); }
-  static ZEB_INLINE Zeb32f pick(Zeb32f a, Zeb32f b) { return a > b ? a : b; }
-};
-struct ErodeFloat {
+template <bool dilate>
+struct FloatTap {
   using Type = Zeb32f;
   using Weight = Zeb32f;
   Weight w;
-  ZEB_INLINE Zeb32f at(Zeb32f s) const { return s - w; }
-  template <class Each>
-  ZEB_INLINE void apply(Each each) const {
-    const V32f all = splat(w);
-    each([=](V32f s) { return s - all; });
-  }
-  static ZEB_INLINE V32f pick(V32f a, V32f b) { return min(a, b); }
-  static ZEB_INLINE Zeb32f pick(Zeb32f a, Zeb32f b) { return a < b ? a : b; }
+  V32f all = splat(w);
+  ZEB_INLINE explicit FloatTap(Weight weight) : w(weight) {}
+  ZEB_INLINE Zeb32f at(Zeb32f s) const { return dilate ? s + w : s - w; }
+  ZEB_INLINE V32f at(V32f s) const { return dilate ? s + all : s - all; }
+  ZEB_INLINE bool positive() const { return true; }
+  ZEB_INLINE V32f down(V32f s) const { return at(s); }
+  static ZEB_INLINE V32f pick(V32f a, V32f b) { return dilate ? max(a, b) : min(a, b); }
+  static ZEB_INLINE Zeb32f pick(Zeb32f a, Zeb32f b) { return dilate ? (a > b ? a : b) : (a < b ? a : b); }
 };
 
 // A sum that is saturated to a byte at once gives the same extremum, and a weight beyond 255 counts as 255.
+template <bool dilate>
 struct ByteTap {
   using Type = Zeb8u;
   using Weight = Zeb32s;
   int change;  // -255..255, added
-
-  explicit ByteTap(int64_t w) : change(static_cast<int>(w < -255 ? -255 : w > 255 ? 255 : w)) {}
+  V8u all;
+  ZEB_INLINE explicit ByteTap(Weight w) {
+    const int most = w < -255 ? -255 : w > 255 ? 255 : w;
+    change = dilate ? most : -most;
+    all = splat(static_cast<Zeb8u>(change < 0 ? -change : change));
+  }
   ZEB_INLINE Zeb8u at(Zeb8u s) const {
     const int v = s + change;
     return static_cast<Zeb8u>(v < 0 ? 0 : v > 255 ? 255 : v);
   }
-  template <class Each>
-  ZEB_INLINE void apply(Each each) const {
-    if (change >= 0) {
-      const V8u all = splat(static_cast<Zeb8u>(change));
-      each([=](V8u s) { return addSat(s, all); });
-    } else {
-      const V8u all = splat(static_cast<Zeb8u>(-change));
-      each([=](V8u s) { return subSat(s, all); });
-    }
-  }
-};
-struct DilateByte : ByteTap {
-  explicit DilateByte(Zeb32s w) : ByteTap(w) {}
-  static ZEB_INLINE V8u pick(V8u a, V8u b) { return max(a, b); }
-  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a > b ? a : b; }
-};
-struct ErodeByte : ByteTap {
-  explicit ErodeByte(Zeb32s w) : ByteTap(-int64_t(w)) {}
-  static ZEB_INLINE V8u pick(V8u a, V8u b) { return min(a, b); }
-  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a < b ? a : b; }
+  ZEB_INLINE bool positive() const { return change >= 0; }
+  ZEB_INLINE V8u at(V8u s) const { return addSat(s, all); }
+  ZEB_INLINE V8u down(V8u s) const { return subSat(s, all); }
+  static ZEB_INLINE V8u pick(V8u a, V8u b) { return dilate ? max(a, b) : min(a, b); }
+  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return dilate ? (a > b ? a : b) : (a < b ? a : b); }
 };
 
 // ---- Regions ----
@@ -122,7 +99,7 @@ class GrayRegion {
       const T* row = sourceRow(int64_t(y) + r - state_.anchorY);
       for (int i = 0; i < state_.width; ++i) {
         const int64_t column = int64_t(x) + i - state_.anchorX;
-        const T v = Tap{*w++}.at(row[column < 0 ? 0 : column >= roi_.width ? roi_.width - 1 : column]);
+        const T v = Tap(*w++).at(row[column < 0 ? 0 : column >= roi_.width ? roi_.width - 1 : column]);
         best = first ? v : Tap::pick(best, v);
         first = false;
       }
@@ -132,18 +109,23 @@ class GrayRegion {
 
   template <int vectors>
   ZEB_INLINE void block(int x, int y, T* dst) const {
-    Vec<T> best[vectors];
     const Weight* w = weights_;
     const T* p = sourceRow(int64_t(y) - state_.anchorY) + (x - state_.anchorX);
-    Tap{*w}.apply([&](auto sum) {
-      for (int k = 0; k < vectors; ++k) best[k] = sum(load(p + k * lanes));
-    });
+    Vec<T> best[vectors];
+    for (int k = 0; k < vectors; ++k) {
+      const Tap tap(*w);
+      best[k] = tap.positive() ? tap.at(load(p + k * lanes)) : tap.down(load(p + k * lanes));
+    }
     for (int r = 0; r < state_.height; ++r) {
       p = sourceRow(int64_t(y) + r - state_.anchorY) + (x - state_.anchorX);
-      for (int i = 0; i < state_.width; ++i, ++p)
-        Tap{*w++}.apply([&](auto sum) {
-          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], sum(load(p + k * lanes)));
-        });
+      for (const Weight* end = w + state_.width; w < end; ++w, ++p) {
+        const Tap tap(*w);
+        if (tap.positive()) {
+          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], tap.at(load(p + k * lanes)));
+        } else {
+          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], tap.down(load(p + k * lanes)));
+        }
+      }
     }
     for (int k = 0; k < vectors; ++k) store(dst + x + k * lanes, best[k]);
   }
@@ -250,7 +232,7 @@ ZEB_ENTRY(zebiMorphGrayFree_32f_C1R)(ZebiMorphGrayState* pState) {
    const ZebiMorphGrayState* pState) {                                                            \
     return grayRegion<Tap>(pSrc, srcStep, pDst, dstStep, roiSize, borderType, pState);            \
   }
-GRAY(zebiGrayErodeBorder_8u_C1R, Zeb8u, ErodeByte)
-GRAY(zebiGrayErodeBorder_32f_C1R, Zeb32f, ErodeFloat)
-GRAY(zebiGrayDilateBorder_8u_C1R, Zeb8u, DilateByte)
-GRAY(zebiGrayDilateBorder_32f_C1R, Zeb32f, DilateFloat)
+GRAY(zebiGrayErodeBorder_8u_C1R, Zeb8u, ByteTap<false>)
+GRAY(zebiGrayErodeBorder_32f_C1R, Zeb32f, FloatTap<false>)
+GRAY(zebiGrayDilateBorder_8u_C1R, Zeb8u, ByteTap<true>)
+GRAY(zebiGrayDilateBorder_32f_C1R, Zeb32f, FloatTap<true>)
