@@ -21,42 +21,45 @@ namespace {
 
 using namespace zeb;
 
-// ---- One tap of a weight: what it makes of one pixel and of a vector, and which of two results counts ----
+// ---- One tap: what a weight makes of one pixel and of a vector, and which of two results counts ----
 
 template <bool dilate>
 struct FloatTap {
   using Type = Zeb32f;
   using Weight = Zeb32f;
-  Weight w;
-  V32f all = splat(w);
-  ZEB_INLINE explicit FloatTap(Weight weight) : w(weight) {}
-  ZEB_INLINE Zeb32f at(Zeb32f s) const { return dilate ? s + w : s - w; }
+  using Prepared = Zeb32f;
+  static Prepared prepared(Weight w) { return w; }
+
+  V32f all;
+  ZEB_INLINE explicit FloatTap(Prepared w) : all(splat(w)) {}
   ZEB_INLINE V32f at(V32f s) const { return dilate ? s + all : s - all; }
-  ZEB_INLINE bool positive() const { return true; }
-  ZEB_INLINE V32f down(V32f s) const { return at(s); }
+  static ZEB_INLINE Zeb32f at(Zeb32f s, Prepared w) { return dilate ? s + w : s - w; }
   static ZEB_INLINE V32f pick(V32f a, V32f b) { return dilate ? max(a, b) : min(a, b); }
   static ZEB_INLINE Zeb32f pick(Zeb32f a, Zeb32f b) { return dilate ? (a > b ? a : b) : (a < b ? a : b); }
 };
 
-// A sum that is saturated to a byte at once gives the same extremum, and a weight beyond 255 counts as 255.
+// A sum that is saturated to a byte at once gives the same extremum, and a weight beyond 255 counts as 255. What is to
+// be added and what is to be taken away stand in every byte of a word; one of the two is 0.
 template <bool dilate>
 struct ByteTap {
   using Type = Zeb8u;
   using Weight = Zeb32s;
-  int change;  // -255..255, added
-  V8u all;
-  ZEB_INLINE explicit ByteTap(Weight w) {
-    const int most = w < -255 ? -255 : w > 255 ? 255 : w;
-    change = dilate ? most : -most;
-    all = splat(static_cast<Zeb8u>(change < 0 ? -change : change));
+  struct Prepared {
+    Zeb32s up, down;
+  };
+  static Prepared prepared(Weight w) {
+    const int most = w < -255 ? -255 : w > 255 ? 255 : w, change = dilate ? most : -most;
+    const auto bytes = [](int v) { return v > 0 ? static_cast<Zeb32s>(0x01010101u * static_cast<unsigned>(v)) : 0; };
+    return {bytes(change), bytes(-change)};
   }
-  ZEB_INLINE Zeb8u at(Zeb8u s) const {
-    const int v = s + change;
+
+  V8u up, down;
+  ZEB_INLINE explicit ByteTap(Prepared p) : up(as<Zeb8u>(splat(p.up))), down(as<Zeb8u>(splat(p.down))) {}
+  ZEB_INLINE V8u at(V8u s) const { return subSat(addSat(s, up), down); }
+  static ZEB_INLINE Zeb8u at(Zeb8u s, Prepared p) {
+    const int v = s + (p.up & 0xFF) - (p.down & 0xFF);
     return static_cast<Zeb8u>(v < 0 ? 0 : v > 255 ? 255 : v);
   }
-  ZEB_INLINE bool positive() const { return change >= 0; }
-  ZEB_INLINE V8u at(V8u s) const { return addSat(s, all); }
-  ZEB_INLINE V8u down(V8u s) const { return subSat(s, all); }
   static ZEB_INLINE V8u pick(V8u a, V8u b) { return dilate ? max(a, b) : min(a, b); }
   static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return dilate ? (a > b ? a : b) : (a < b ? a : b); }
 };
@@ -67,11 +70,18 @@ template <class Tap>
 class GrayRegion {
   using T = typename Tap::Type;
   using Weight = typename Tap::Weight;
+  using Prepared = typename Tap::Prepared;
   static constexpr int lanes = Vec<T>::lanes;
+  static constexpr int64_t kept = 1024;  // weights that stay prepared
+  static constexpr int piece = 64;       // weights of a larger mask that are prepared at a time
 
  public:
   GrayRegion(const ZebiMorphGrayState& state, Rows<const T> src, ZebiSize roi)
-      : state_(state), weights_(static_cast<const Weight*>(state.weights)), src_(src), roi_(roi) {}
+      : state_(state), weights_(static_cast<const Weight*>(state.weights)), src_(src), roi_(roi) {
+    const int64_t count = int64_t(state.width) * state.height;
+    small_ = count <= kept;
+    for (int i = 0; small_ && i < count; ++i) prepared_[i] = Tap::prepared(weights_[i]);
+  }
 
   void row(int y, T* dst) const {
     // Columns begin..end-1 need no pixel beyond the edges.
@@ -81,6 +91,7 @@ class GrayRegion {
     for (int x = 0; x < begin; ++x) dst[x] = pixel(x, y);
     int x = begin;
     for (; x <= end - 4 * lanes; x += 4 * lanes) block<4>(x, y, dst);
+    for (; x <= end - 2 * lanes; x += 2 * lanes) block<2>(x, y, dst);
     for (; x <= end - lanes; x += lanes) block<1>(x, y, dst);
     if (x < end && end - begin >= lanes) block<1>(end - lanes, y, dst), x = end;
     for (; x < roi_.width; ++x) dst[x] = pixel(x, y);
@@ -91,17 +102,17 @@ class GrayRegion {
     return src_[static_cast<int>(y < 0 ? 0 : y >= roi_.height ? roi_.height - 1 : y)];
   }
 
+  // Source and destination both fit into memory, so that a column past a row's end is still an int.
   T pixel(int x, int y) const {
-    T best{};
-    const Weight* w = weights_;
-    bool first = true;
-    for (int r = 0; r < state_.height; ++r) {
+    T best = Tap::at(sourceRow(int64_t(y) - state_.anchorY)[x < state_.anchorX ? 0 : x - state_.anchorX],
+                     Tap::prepared(weights_[0]));
+    const int last = roi_.width - 1;
+    for (int r = 0, at = 0; r < state_.height; ++r) {
       const T* row = sourceRow(int64_t(y) + r - state_.anchorY);
-      for (int i = 0; i < state_.width; ++i) {
-        const int64_t column = int64_t(x) + i - state_.anchorX;
-        const T v = Tap(*w++).at(row[column < 0 ? 0 : column >= roi_.width ? roi_.width - 1 : column]);
-        best = first ? v : Tap::pick(best, v);
-        first = false;
+      int column = x - state_.anchorX;
+      for (int i = 0; i < state_.width; ++i, ++at, ++column) {
+        const T s = row[column < 0 ? 0 : column > last ? last : column];
+        best = Tap::pick(best, Tap::at(s, small_ ? prepared_[at] : Tap::prepared(weights_[at])));
       }
     }
     return best;
@@ -109,22 +120,26 @@ class GrayRegion {
 
   template <int vectors>
   ZEB_INLINE void block(int x, int y, T* dst) const {
-    const Weight* w = weights_;
-    const T* p = sourceRow(int64_t(y) - state_.anchorY) + (x - state_.anchorX);
     Vec<T> best[vectors];
-    for (int k = 0; k < vectors; ++k) {
-      const Tap tap(*w);
-      best[k] = tap.positive() ? tap.at(load(p + k * lanes)) : tap.down(load(p + k * lanes));
-    }
+    const T* p = sourceRow(int64_t(y) - state_.anchorY) + (x - state_.anchorX);
+    const Tap first(Tap::prepared(weights_[0]));
+    for (int k = 0; k < vectors; ++k) best[k] = first.at(load(p + k * lanes));
+    Prepared some[piece];
     for (int r = 0; r < state_.height; ++r) {
       p = sourceRow(int64_t(y) + r - state_.anchorY) + (x - state_.anchorX);
-      for (const Weight* end = w + state_.width; w < end; ++w, ++p) {
-        const Tap tap(*w);
-        if (tap.positive()) {
-          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], tap.at(load(p + k * lanes)));
-        } else {
-          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], tap.down(load(p + k * lanes)));
+      const ptrdiff_t at = static_cast<ptrdiff_t>(r) * state_.width;
+      for (int from = 0; from < state_.width;) {
+        const int rest = state_.width - from, n = small_ || rest < piece ? rest : piece;
+        const Prepared* w = prepared_ + at;
+        if (!small_) {
+          for (int i = 0; i < n; ++i) some[i] = Tap::prepared(weights_[at + from + i]);
+          w = some;
         }
+        for (const Prepared* stop = w + n; w < stop; ++w, ++p) {
+          const Tap tap(*w);
+          for (int k = 0; k < vectors; ++k) best[k] = Tap::pick(best[k], tap.at(load(p + k * lanes)));
+        }
+        from += n;
       }
     }
     for (int k = 0; k < vectors; ++k) store(dst + x + k * lanes, best[k]);
@@ -134,6 +149,8 @@ class GrayRegion {
   const Weight* weights_;
   Rows<const T> src_;
   ZebiSize roi_;
+  bool small_;
+  Prepared prepared_[kept];
 };
 
 template <class Tap, class T = typename Tap::Type>

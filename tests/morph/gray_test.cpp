@@ -55,7 +55,7 @@ void check(const Functions<T, W>& f) {
   Random random;
   for (int round = 0; round < 200; ++round) {
     const ZebiSize roi{round < 150 ? 1 + round : random.within(150, 400), random.within(1, 9)};
-    const ZebiSize mask{random.within(1, round % 6 ? 7 : 50), random.within(1, 6)};
+    const ZebiSize mask{random.within(1, round % 6 ? 7 : 50), random.within(1, round % 50 ? 6 : 40)};
     const ZebiPoint anchor{random.within(0, mask.width - 1), random.within(0, mask.height - 1)};
     std::vector<W> weights(static_cast<size_t>(mask.width) * mask.height);
     for (W& w : weights) {
