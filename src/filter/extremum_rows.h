@@ -59,7 +59,8 @@ template <class Op, class T>
 ZEB_INLINE ptrdiff_t combineBlocks(const T* const* rows, int count, T* out, ptrdiff_t n) {
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t x = 0;
-  for (; x <= n - 4 * lanes; x += 4 * lanes) combineBlock<Op, 4>(rows, count, x, out);
+  for (; x <= n - 6 * lanes; x += 6 * lanes) combineBlock<Op, 6>(rows, count, x, out);
+  for (; x <= n - 2 * lanes; x += 2 * lanes) combineBlock<Op, 2>(rows, count, x, out);
   for (; x <= n - lanes; x += lanes) combineBlock<Op, 1>(rows, count, x, out);
   return x;
 }

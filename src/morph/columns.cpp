@@ -68,61 +68,68 @@ void ColumnPlan::make(const Zeb8u* mask, ZebiSize size, Scratch* scratch) {
     for (int y = 0; y < h; ++y)
       if (at(column, y) && !(onward && at(before, y))) tapRow[taps++] = y;
     found[set[i].first].rows = i;
-    // A set that stands for itself begins with its first tap, the first of all before anything else.
-    set[i] = {column, taps - start - !onward, i == 0 || onward};
+    set[i] = {column, taps - start, onward};
   }
   for (int x = left; x <= right; ++x) setOf[x - left] = setOf[x] < 0 ? -1 : found[setOf[x]].rows;
 }
 
-int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask) {
-  return ColumnPlan::roomFor(mask) +
-         boundedProduct(plan.sets, scratchStride(width + plan.right - plan.left, pixelBytes)) +
-         4 * (int64_t(plan.taps) + plan.columns + plan.sets + mask.height) + 96;
-}
-
 namespace {
 
-// The extrema of all sets for some vectors of columns.
-template <class Op, int vectors, class T>
-ZEB_INLINE void setsBlock(const ColumnPlan& plan, const T* const* tap, T* const* lines, ptrdiff_t x) {
+// One tap: a row of the image, whether an extremum begins with it, and the line that gets the extremum after it.
+template <class T>
+struct Step {
+  const T* row;
+  T* line;
+  bool fresh;
+};
+
+// The extrema of all sets for some vectors of columns. Where nested, one extremum runs through all of them.
+template <class Op, int vectors, bool nested, class T>
+ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors];
-  const T* p = *tap++ + x;
+  const T* p = step->row + x;
   for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
-  for (int s = 0; s < plan.sets; ++s) {
-    if (!plan.set[s].onward) {
-      p = *tap++ + x;
-      for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+  for (const Step<T>* end = step + count;;) {
+    if (step->line != nullptr) {
+      T* line = step->line + x;
+      for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
     }
-    for (const T* const* end = tap + plan.set[s].rows; tap < end;) {
-      p = *tap++ + x;
+    if (++step == end) return;
+    p = step->row + x;
+    if (!nested && step->fresh) {
+      for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+    } else {
       for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
     }
-    T* line = lines[s] + x;
-    for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
   }
 }
 
-template <class Op, class T>
-void setsRow(const ColumnPlan& plan, const T* const* taps, T* const* lines, ptrdiff_t n) {
+template <class Op, bool nested, class T>
+void setsRow(const Step<T>* steps, int count, ptrdiff_t n) {
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t x = 0;
-  for (; x <= n - 4 * lanes; x += 4 * lanes) setsBlock<Op, 4>(plan, taps, lines, x);
-  for (; x <= n - lanes; x += lanes) setsBlock<Op, 1>(plan, taps, lines, x);
+  for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, nested>(steps, count, x);
+  for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, nested>(steps, count, x);
+  for (; x <= n - lanes; x += lanes) setsBlock<Op, 1, nested>(steps, count, x);
   if (x == n) return;
-  if (n >= lanes) return setsBlock<Op, 1>(plan, taps, lines, n - lanes);
+  if (n >= lanes) return setsBlock<Op, 1, nested>(steps, count, n - lanes);
   for (; x < n; ++x) {
-    const T* const* tap = taps;
-    T best = (*tap++)[x];
-    for (int s = 0; s < plan.sets; ++s) {
-      if (!plan.set[s].onward) best = (*tap++)[x];
-      for (int i = 0; i < plan.set[s].rows; ++i) best = Op::pick(best, (*tap++)[x]);
-      lines[s][x] = best;
+    T best = steps[0].row[x];
+    for (int i = 0; i < count; ++i) {
+      best = steps[i].fresh ? steps[i].row[x] : Op::pick(best, steps[i].row[x]);
+      if (steps[i].line != nullptr) steps[i].line[x] = best;
     }
   }
 }
 
 }  // namespace
+
+int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask) {
+  return ColumnPlan::roomFor(mask) +
+         boundedProduct(plan.sets, scratchStride(width + plan.right - plan.left, pixelBytes)) +
+         int64_t(sizeof(Step<Zeb8u>)) * plan.taps + 4 * (int64_t(plan.columns) + mask.height) + 96;
+}
 
 template <class Op>
 void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderRows& source,
@@ -136,12 +143,17 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   const ptrdiff_t place = static_cast<ptrdiff_t>(range.place() * channels);
   // The kept columns begin at a vector boundary.
   T* first = scratch.take<T>(plan.sets * stride) + (-place & (Vec<T>::lanes - 1));
-  const T** taps = scratch.take<const T*>(plan.taps, alignof(const T*));
+  Step<T>* steps = scratch.take<Step<T>>(plan.taps, alignof(T*));
+  bool nested = true;
+  for (int set = 0, i = 0; set < plan.sets; ++set) {
+    const bool alone = set == 0 || !plan.set[set].onward;
+    if (alone && set > 0) nested = false;
+    for (int r = 0; r < plan.set[set].rows; ++r, ++i) steps[i] = {nullptr, nullptr, alone && r == 0};
+    steps[i - 1].line = first + set * stride + place;
+  }
   const T** shifted = scratch.take<const T*>(plan.columns, alignof(const T*));
-  T** lines = scratch.take<T*>(plan.sets, alignof(T*));
   const int maskRows = plan.bottom - plan.top + 1;
   const T** rows = scratch.take<const T*>(maskRows, alignof(const T*));
-  for (int s = 0; s < plan.sets; ++s) lines[s] = first + s * stride + place;
   int count = 0;
   for (int x = 0; x <= plan.right - plan.left; ++x)
     if (plan.setOf[x] >= 0) shifted[count++] = first + plan.setOf[x] * stride + static_cast<ptrdiff_t>(x) * channels;
@@ -149,8 +161,8 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   const ptrdiff_t kept = static_cast<ptrdiff_t>(range.keptCount() * channels);
   for (int y = 0; y < source.size().height; ++y) {
     source.rows(int64_t(y) + plan.top - anchor.y, maskRows, range.kept, rows);
-    for (int i = 0; i < plan.taps; ++i) taps[i] = rows[plan.tapRow[i] - plan.top];
-    setsRow<Op>(plan, taps, lines, kept);
+    for (int i = 0; i < plan.taps; ++i) steps[i].row = rows[plan.tapRow[i] - plan.top];
+    (nested ? setsRow<Op, true, T> : setsRow<Op, false, T>)(steps, plan.taps, kept);
     for (int s = 0; s < plan.sets; ++s) source.completeLine(first + s * stride, range);
     combineRows<Op>(shifted, count, output.begin(y, 0), n);
     output.end(y, 0, n);

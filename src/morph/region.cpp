@@ -50,6 +50,67 @@ int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
   return (width / strips + 63) & ~63;
 }
 
+// ---- Small masks: taps straight from the source rows, and the few pixels beside the edges one by one ----
+
+struct SmallMask {
+  static constexpr int most = 9;
+  int count = 0, left = 0, right = 0;  // reach to either side, at least 0
+  int row[most], column[most];         // relative to the anchor
+
+  // Whether the mask is small: few elements, few columns of pixels that need the border.
+  bool take(const ZebiMorphState& state) {
+    if (state.width > 16 || state.height > 16) return false;
+    for (int y = 0, i = 0; y < state.height; ++y)
+      for (int x = 0; x < state.width; ++x, ++i) {
+        if (!state.mask[i]) continue;
+        if (count == most) return false;
+        row[count] = y - state.anchorY;
+        column[count++] = x - state.anchorX;
+        if (state.anchorX - x > left) left = state.anchorX - x;
+        if (x - state.anchorX > right) right = x - state.anchorX;
+      }
+    return left + right <= 2;
+  }
+};
+
+template <class Op, class T = typename Op::Type>
+void smallRegion(const SmallMask& mask, int channels, const BorderRows& source, const RowOutput<T>& output) {
+  const int width = source.size().width;
+  const Sides in = source.sides();
+  const int begin = in.left ? 0 : mask.left < width ? mask.left : width;
+  const int last = in.right ? width : width - mask.right;
+  const int end = last > begin ? last : begin;
+  const T* row[SmallMask::most];
+  const T* taps[SmallMask::most];
+  for (int y = 0; y < source.size().height; ++y) {
+    for (int i = 0; i < mask.count; ++i) {
+      row[i] = reinterpret_cast<const T*>(source.row(int64_t(y) + mask.row[i]));
+      taps[i] = row[i] + static_cast<ptrdiff_t>(begin + mask.column[i]) * channels;
+    }
+    T* out = output.begin(y, 0);
+    const auto pixels = [&](int from, int to) {
+      for (int x = from; x < to; ++x)
+        for (int c = 0; c < channels; ++c) {
+          const auto at = [&](int i) {
+            int column = x + mask.column[i];
+            if (column < 0 && !in.left) column = 0;
+            if (column >= width && !in.right) column = width - 1;
+            return row[i][static_cast<ptrdiff_t>(column) * channels + c];
+          };
+          T best = at(0);
+          for (int i = 1; i < mask.count; ++i) best = Op::pick(best, at(i));
+          out[static_cast<ptrdiff_t>(x) * channels + c] = best;
+        }
+    };
+    pixels(0, begin);
+    if (end > begin)
+      combineRows<Op>(taps, mask.count, out + static_cast<ptrdiff_t>(begin) * channels,
+                      static_cast<ptrdiff_t>(end - begin) * channels);
+    pixels(end, width);
+    output.end(y, 0, static_cast<ptrdiff_t>(width) * channels);
+  }
+}
+
 // ---- General masks: one tap for each set element; the others change nothing and are left out. Where room is scarce
 // the rows stand without a byte between them ----
 
@@ -197,6 +258,8 @@ int64_t ellipseCost(const ZebiMorphShape& shape) {
 template <class Op, class T = typename Op::Type>
 void elementsRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output,
                     Scratch scratch) {
+  SmallMask small;
+  if (small.take(state)) return smallRegion<Op>(small, state.channels, source, output);
   const int width = source.size().width, px = source.pixelBytes();
   const ZebiSize mask{state.width, state.height};
   const int64_t room = scratch.left();

@@ -54,8 +54,9 @@ ZebiMorphState* stateIn(const Scratch& memory) {
   return reinterpret_cast<ZebiMorphState*>(memory.get());
 }
 
-// Sizes that hit every vector tail, then some hundreds of pixels.
+// Sizes that hit every vector tail, then some hundreds of pixels, then regions narrower than the masks.
 ZebiSize regionOf(int round, Random& random) {
+  if (round >= 200) return {random.within(1, 5), random.within(1, 9)};
   return {round < 140 ? 1 + round / 2 : random.within(70, 330), random.within(1, round % 9 ? 12 : 40)};
 }
 Content contentOf(int round) {
@@ -67,7 +68,7 @@ Content contentOf(int round) {
 template <class T>
 void checkBordered(const BorderFunctions<T>& f) {
   Random random;
-  for (int round = 0; round < 220; ++round) {
+  for (int round = 0; round < 300; ++round) {
     const ZebiSize roi = regionOf(round, random);
     const Element e = makeElement(round, random);
     const Surroundings around(random, e.anchorX, e.width - 1 - e.anchorX, e.anchorY, e.height - 1 - e.anchorY);
@@ -140,7 +141,7 @@ TEST(Erode, BitPackedEqualsReference) {
 template <class T>
 void checkOwning(const OwningFunctions<T>& f) {
   Random random;
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; round < 300; ++round) {
     const ZebiSize roi = regionOf(round, random);
     Element e = makeElement(round, random);
     if (round % 2) e.anchorX = random.within(0, e.width - 1), e.anchorY = random.within(0, e.height - 1);
