@@ -2,6 +2,7 @@
 // pixel elsewhere.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 

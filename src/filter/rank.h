@@ -37,11 +37,16 @@ inline int64_t scratchStride(int64_t pixels, int pixelBytes) {
   return ((stride + 128) & 1023) < 256 ? stride + 256 : stride;
 }
 
+// At least as much, for rows of this many pixels or fewer: what sizes are reported by.
+inline int64_t scratchStrideBound(int64_t pixels, int pixelBytes) {
+  return ((boundedProduct(pixels, pixelBytes) + 31) & ~int64_t(31)) + 128 + 256;
+}
+
 // Bytes of scratch for a region of this width. The morphology sizes its own scratch by this query: it keeps a whole
 // bordered row for every row of its mask and a few words for each of its elements, and widens the region of the first
 // of two operations by the reach of the second. Room for that is part of it.
 inline int64_t rankBufferSize(int width, int pixelBytes, ZebiSize rect) {
-  const int64_t stride = scratchStride(int64_t(width) + 2 * (int64_t(rect.width) - 1), pixelBytes);
+  const int64_t stride = scratchStrideBound(int64_t(width) + 2 * (int64_t(rect.width) - 1), pixelBytes);
   return boundedProduct(int64_t(rect.height) + 5, stride) +
          boundedProduct(16, boundedProduct(rect.width, rect.height)) + 128;
 }

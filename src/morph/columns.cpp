@@ -127,7 +127,7 @@ void setsRow(const Step<T>* steps, int count, ptrdiff_t n) {
 
 int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask) {
   return ColumnPlan::roomFor(mask) +
-         boundedProduct(plan.sets, scratchStride(width + plan.right - plan.left, pixelBytes)) +
+         boundedProduct(plan.sets, scratchStrideBound(width + plan.right - plan.left, pixelBytes)) +
          int64_t(sizeof(Step<Zeb8u>)) * plan.taps + 4 * (int64_t(plan.columns) + mask.height) + 96;
 }
 

@@ -129,6 +129,8 @@ Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& 
       l.scratchBytes = bits ? bitScratchSize(roiWidth, mask.size) : generalScratchSize(roiWidth, px, mask.size);
       break;
     default:
+      // Copies need a line of bits only.
+      l.scratchBytes = bits ? bitScratchSize(roiWidth, {1, 1}) : 0;
       break;
   }
   l.mask = l.shape + l.shapeBytes + 15;
@@ -225,7 +227,7 @@ int64_t maskBytes(ZebiSize mask) {
 }
 
 int64_t generalScratchSize(int64_t width, int pixelBytes, ZebiSize mask) {
-  return boundedProduct(mask.height, scratchStride(width + mask.width - 1, pixelBytes)) +
+  return boundedProduct(mask.height, scratchStrideBound(width + mask.width - 1, pixelBytes)) +
          boundedProduct(12, boundedProduct(mask.width, mask.height)) + 96;
 }
 
@@ -244,14 +246,14 @@ int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& 
     while (shape.lengthIndex[first] != j) ++first;
     rows += shape.height - shape.rowOffset[first];
   }
-  return boundedProduct(rows, scratchStride(width + left + right, pixelBytes)) + 4 * int64_t(shape.rows) +
+  return boundedProduct(rows, scratchStrideBound(width + left + right, pixelBytes)) + 4 * int64_t(shape.rows) +
          16 * int64_t(shape.lengths) + 96;
 }
 
 int64_t bitScratchSize(int64_t width, ZebiSize mask) {
   // Eight phases of every row of the mask, and lines for the fetched row, the windows along it and the result.
   return boundedProduct(8 * int64_t(mask.height) + 4,
-                        scratchStride(bytesOfBits(width + 2 * (int64_t(mask.width) - 1)) + 9, 1)) +
+                        scratchStrideBound(bytesOfBits(width + 2 * (int64_t(mask.width) - 1)) + 9, 1)) +
          boundedProduct(12, boundedProduct(mask.width, mask.height)) + 96;
 }
 
