@@ -51,7 +51,7 @@ typedef struct ZebiMorphState ZebiMorphState;
  * Size in bytes of a state with its scratch.
  *
  * With w x h the mask, R = w h rounded up to 16, e bytes a pixel and X = max(m, (h h + 1)(roiWidth e + 32) + 20 h + 36)
- * + 24 h rounded up to 16 + R + 16 h rounded up to 16 (plus 48): 33 R + 16 h + 128 + X, where m is what the minimum and
+ * + 24 h rounded up to 16 + R + 16 h + 48: 33 R + 16 h + 128 + X, where m is what the minimum and
  * maximum filters need: h + 5 rows of roiWidth + 2 w - 2 pixels, each with some vectors to spare, and 16 w h + 128.
  *
  * Status: zebStsOk; zebStsErrNullPointer (pMask or pSize); zebStsErrSize (roiWidth or a mask side below 1);
