@@ -8,6 +8,133 @@
 extern "C" {
 #endif
 
+/**
+ * @defgroup gausspyramid Halving and doubling
+ *
+ * Down: the source filtered with the outer product of 1 4 6 4 1 with itself (sum 256), taken at every second pixel from
+ * (0, 0) on. roiSize is the source; the destination is ((width + 1) / 2) x ((height + 1) / 2). Outside pixels are
+ * mirrored without repeating the edge, as often as needed. Sources of one or two rows are not filtered down the
+ * columns: the row sums of the first and the last row are averaged.
+ *
+ * Up: roiSize is the source; the destination is twice as wide and high. In each dimension pixel s[x] becomes
+ * s[x-1] + 6 s[x] + s[x+1] at 2x and 4 s[x] + 4 s[x+1] at 2x + 1, weight 8 (64 for both dimensions). The pixel before
+ * the first is the second one, the pixel behind the last is the last itself.
+ *
+ * Bytes: sums are exact, results (S + 128) >> 8 down and (S + 32) >> 6 up. Floats: row sums are
+ * fma(6, c, fma(4, b + d, a + e)) down, fma(6, b, a + c) and 4 (b + c) up; columns likewise from the row sums, times
+ * 1/256, 1/32 (one or two rows) and 1/64. The channels of C3 images are filtered independently.
+ *
+ * Steps are in bytes. Source and destination may not overlap. pBuffer holds as many bytes as the query reports for the
+ * source's width, at any address. Method: P. Burt, E. Adelson, 1983.
+ *
+ * Status, in this order: zebStsErrNullPointer (pSrc, pDst or pBuffer); zebStsErrSize (width or height below 1);
+ * zebStsErrStep (a step smaller than its row); zebStsErrNotEvenStep (32f only); zebStsOk.
+ * @{
+ */
+ZebStatus zebiPyrDown_Gauss5x5_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                      Zeb8u* pBuffer);
+ZebStatus zebiPyrDown_Gauss5x5_8u_C3R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                      Zeb8u* pBuffer);
+ZebStatus zebiPyrDown_Gauss5x5_8s_C1R(const Zeb8s* pSrc, int srcStep, Zeb8s* pDst, int dstStep, ZebiSize roiSize,
+                                      Zeb8u* pBuffer);
+ZebStatus zebiPyrDown_Gauss5x5_8s_C3R(const Zeb8s* pSrc, int srcStep, Zeb8s* pDst, int dstStep, ZebiSize roiSize,
+                                      Zeb8u* pBuffer);
+ZebStatus zebiPyrDown_Gauss5x5_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                       Zeb8u* pBuffer);
+ZebStatus zebiPyrDown_Gauss5x5_32f_C3R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                       Zeb8u* pBuffer);
+ZebStatus zebiPyrUp_Gauss5x5_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                    Zeb8u* pBuffer);
+ZebStatus zebiPyrUp_Gauss5x5_8u_C3R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
+                                    Zeb8u* pBuffer);
+ZebStatus zebiPyrUp_Gauss5x5_8s_C1R(const Zeb8s* pSrc, int srcStep, Zeb8s* pDst, int dstStep, ZebiSize roiSize,
+                                    Zeb8u* pBuffer);
+ZebStatus zebiPyrUp_Gauss5x5_8s_C3R(const Zeb8s* pSrc, int srcStep, Zeb8s* pDst, int dstStep, ZebiSize roiSize,
+                                    Zeb8u* pBuffer);
+ZebStatus zebiPyrUp_Gauss5x5_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                     Zeb8u* pBuffer);
+ZebStatus zebiPyrUp_Gauss5x5_32f_C3R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize,
+                                     Zeb8u* pBuffer);
+/**
+ * Bytes of pBuffer: ((roiWidth x 4 x channels + 15) / 16) x 96 + 64 down, ((roiWidth x 8 x channels + 15) / 16) x 48 +
+ * 64 up, for every type. Status, in this order: zebStsErrNullPointer; zebStsErrSize (roiWidth below 1);
+ * zebStsErrNumChannels (not 1 or 3); zebStsErrDataType (not zeb8u, zeb8s or zeb32f); zebStsErrOverflow; zebStsOk.
+ */
+ZebStatus zebiPyrDownGetBufSize_Gauss5x5(int roiWidth, ZebDataType dataType, int channels, int* pBufSize);
+ZebStatus zebiPyrUpGetBufSize_Gauss5x5(int roiWidth, ZebDataType dataType, int channels, int* pBufSize);
+/** @} */
+
+/**
+ * @defgroup pyramidrecord Pyramid records
+ * @{
+ */
+
+/** Levels of an image and their scales. One block; the arrays, of level + 1 entries each, lie in it. */
+typedef struct ZebiPyramid {
+  Zeb8u** pImage; /**< first pixel of each level; null until the caller sets it */
+  ZebiSize* pRoi; /**< size of each level; entry 0 is the base */
+  Zeb64f* pRate;  /**< scale of each level relative to the base: (1 / rate)^i */
+  int* pStep;     /**< row step of each level in bytes; 0 until the caller sets it */
+  void* pState;   /**< for the caller, null at first; may hold a layer state. It is not freed with the record */
+  int level;      /**< levels above the base */
+} ZebiPyramid;
+
+/**
+ * The sizes of a source that lead to srcRoi on the way down, smallest and largest. For n = width or height, products in
+ * single precision, truncated:
+ *
+ *   smallest = 1 for n = 1, else max(n + 1, trunc((n - 1) rate) + 1),  largest = max(n + 1, trunc(n rate))
+ *
+ * Status, in this order: zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrBadArgument (rate not
+ * in (1, 10]); zebStsErrOverflow (a result beyond 2^31 - 1; nothing is written); zebStsOk.
+ */
+ZebStatus zebiGetPyramidUpROI(ZebiSize srcRoi, ZebiSize* pDstRoiMin, ZebiSize* pDstRoiMax, Zeb32f rate);
+
+/**
+ * The size of the next smaller level: max(1, trunc(0.5 + n / rate)) for width and height, in single precision, moved by
+ * single steps to where zebiGetPyramidUpROI of it contains the source.
+ *
+ * Status, in this order: zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument (rate not in (1, 10]); zebStsOk.
+ */
+ZebStatus zebiGetPyramidDownROI(ZebiSize srcRoi, ZebiSize* pDstRoi, Zeb32f rate);
+
+/**
+ * Makes a record with the base roiSize and as many levels as requested, or as there are until the size is 1 x 1.
+ * Allocates; zebiPyramidFree releases it (zebStsErrNullPointer for null).
+ *
+ * Status, in this order: zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrBadArgument (rate not
+ * in (1, 10], level below 1); zebStsErrMemAlloc; zebStsOk. *ppPyr is written on success only.
+ */
+ZebStatus zebiPyramidInitAlloc(ZebiPyramid** ppPyr, int level, ZebiSize roiSize, Zeb32f rate);
+ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
+/** @} */
+
+/**
+ * @defgroup motionhistory Motion history
+ *
+ * A motion history image holds in every pixel the time at which motion was last seen there. A call folds one silhouette
+ * into it, in place. With limit = timestamp - mhiDuration, formed once in single precision:
+ *
+ *   mhi = timestamp   where the silhouette is not 0
+ *   mhi = 0           elsewhere, where mhi < limit
+ *   mhi as it was     everywhere else
+ *
+ * A time equal to the limit survives; a time later than timestamp is kept. In a float silhouette -0 is zero and a value
+ * that is not a number is motion. Steps are in bytes. Method: A. Bobick, J. Davis, 2001.
+ *
+ * Status, in this order: zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (silStep, then
+ * mhiStep, smaller than its row); zebStsErrNotEvenStep (a step is no multiple of its element; silStep then mhiStep);
+ * zebStsErrOutOfRange (mhiDuration below 0); zebStsOk.
+ * @{
+ */
+ZebStatus zebiUpdateMotionHistory_8u32f_C1IR(const Zeb8u* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep,
+                                             ZebiSize roiSize, Zeb32f timestamp, Zeb32f mhiDuration);
+ZebStatus zebiUpdateMotionHistory_16u32f_C1IR(const Zeb16u* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep,
+                                              ZebiSize roiSize, Zeb32f timestamp, Zeb32f mhiDuration);
+ZebStatus zebiUpdateMotionHistory_32f_C1IR(const Zeb32f* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep,
+                                           ZebiSize roiSize, Zeb32f timestamp, Zeb32f mhiDuration);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

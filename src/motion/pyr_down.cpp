@@ -1,0 +1,210 @@
+// Halving an image with the 5 x 5 binomial kernel: source pixels (2x, 2y) of the image filtered with 1 4 6 4 1 along
+// rows and columns, sum 256. Outside pixels are mirrored without repeating the edge. Sources of one or two rows are
+// averaged instead of filtered down the columns.
+// Method: P. Burt, E. Adelson, "The Laplacian pyramid as a compact image code", 1983.
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/rows.h"
+#include "core/scratch.h"
+#include "core/vec.h"
+#include "filter/border.h"
+#include "motion/gauss.h"
+
+namespace {
+
+using namespace zeb;
+
+// ---- Rows: every second pixel of the filtered row ----
+
+// Weighted sum of a row around pixel p, outside pixels mirrored; channel c.
+template <int channels, class T>
+auto edgeSum(const T* row, int width, int p, int c) {
+  const auto at = [=](int q) {
+    return GaussType<T>::widened(row[static_cast<ptrdiff_t>(borderSource(zebBorderMirror, q, width)) * channels + c]);
+  };
+  return GaussType<T>::sum(at(p - 2), at(p - 1), at(p), at(p + 1), at(p + 2));
+}
+
+// Each of these filters output pixels from..to-1, all of whose taps lie inside the row, as far as whole vectors stay
+// inside the row, and returns the first pixel it left.
+template <class T>
+ZEB_INLINE V16s tapSums(V8u a, V8u b, V8u c) {
+  return dotPairs(a, splatBytePair(1, 4)) + dotPairs(b, splatBytePair(6, 4)) + dotPairs(c, splatBytePair(1, 0));
+}
+
+// Bytes, one channel: neighbouring pairs are summed with their weights in one instruction, and pairs start at even
+// pixels, so nothing has to be taken apart. 16 results from 36 bytes.
+template <class T>
+int innerRow(const T* row, int width, Zeb16u* out, int from, Channels<1>) {
+  const V8u flip = splat(GaussType<T>::flip);
+  const auto bytes = reinterpret_cast<const Zeb8u*>(row);
+  const auto pairs = [=](int at) { return load(bytes + at) ^ flip; };
+  const int end = (width - 34) / 2;  // the last start whose third load ends inside the row
+  int x = from;
+  for (; x <= end; x += 16) store(out + x, as<Zeb16u>(tapSums<T>(pairs(2 * x - 2), pairs(2 * x), pairs(2 * x + 2))));
+  if (end >= from && x < end + 16) {
+    x = end;
+    store(out + x, as<Zeb16u>(tapSums<T>(pairs(2 * x - 2), pairs(2 * x), pairs(2 * x + 2))));
+    x += 16;
+  }
+  return x;
+}
+
+// Bytes, three channels: of the five pixels in 16 bytes the first four give two outputs their two taps. Each half of a
+// vector makes two output pixels, six elements.
+template <class T>
+int innerRow(const T* row, int width, Zeb16u* out, int from, Channels<3>) {
+  const V8u flip = splat(GaussType<T>::flip);
+  const auto bytes = reinterpret_cast<const Zeb8u*>(row);
+  const auto pairs = [=](int pixel) {
+    const Zeb8u* const p = bytes + static_cast<ptrdiff_t>(pixel) * 3;
+    return pixelPairs3(p, p + 12) ^ flip;
+  };
+  // The third load of the second half reads pixels 2x + 6 to 2x + 10 and one byte more; the stores write eight
+  // elements for six, so that the next ones must still be to come.
+  int x = from;
+  for (; x <= (width - 12) / 2; x += 4)
+    storeSixes(out + static_cast<ptrdiff_t>(x) * 3,
+               as<Zeb16u>(tapSums<T>(pairs(2 * x - 2), pairs(2 * x), pairs(2 * x + 2))));
+  return x;
+}
+
+int innerRow(const Zeb32f* row, int width, Zeb32f* out, int from, Channels<1>) {
+  int x = from;
+  for (; x <= (width - 18) / 2; x += 8) {
+    V32f a, b, c, d, e, unused;
+    splitPairs(row + 2 * x - 2, a, b);
+    splitPairs(row + 2 * x, c, d);
+    splitPairs(row + 2 * x + 2, e, unused);
+    store(out + x, joinedHalves(gaussSum(a, b, c, d, e)));
+  }
+  return x;
+}
+int innerRow(const Zeb32f*, int, Zeb32f*, int from, Channels<3>) {
+  return from;
+}
+
+template <int channels, class T, class Sum>
+void filterRow(const T* row, int width, Sum* out) {
+  const int outWidth = (width + 1) / 2;
+  const auto one = [=](int x) {
+    for (int c = 0; c < channels; ++c)
+      out[static_cast<ptrdiff_t>(x) * channels + c] = edgeSum<channels>(row, width, 2 * x, c);
+  };
+  one(0);
+  int x = innerRow(row, width, out, 1, Channels<channels>());
+  for (; x < outWidth && 2 * static_cast<int64_t>(x) + 2 < width; ++x) {
+    const T* const p = row + static_cast<ptrdiff_t>(2 * x) * channels;
+    for (int c = 0; c < channels; ++c) {
+      using G = GaussType<T>;
+      out[static_cast<ptrdiff_t>(x) * channels + c] =
+          G::sum(G::widened(p[c - 2 * channels]), G::widened(p[c - channels]), G::widened(p[c]),
+                 G::widened(p[c + channels]), G::widened(p[c + 2 * channels]));
+    }
+  }
+  for (; x < outWidth; ++x) one(x);
+}
+
+// ---- Columns ----
+
+ZEB_INLINE V16u sumOfFive(V16u a, V16u b, V16u c, V16u d, V16u e) {
+  return a + e + splat(Zeb16u(4)) * (b + d) + splat(Zeb16u(6)) * c;
+}
+
+// At most 255 x 256 + 128: sixteen bits hold it.
+template <class T>
+void filterColumns(Zeb16u* const* rows, T* out, int n) {
+  const auto bytes = reinterpret_cast<Zeb8u*>(out);
+  const V8u flip = splat(GaussType<T>::flip);
+  const auto half = [=](int i) {
+    const V16u s =
+        sumOfFive(load(rows[0] + i), load(rows[1] + i), load(rows[2] + i), load(rows[3] + i), load(rows[4] + i));
+    return as<Zeb16s>(shiftRight<8>(s + splat(Zeb16u(128))));
+  };
+  forBlocks(
+      n, [=](int i) { store(bytes + i, narrowTo8u(half(i), half(i + 16)) ^ flip); },
+      [=](int i) {
+        const int s = rows[0][i] + 4 * rows[1][i] + 6 * rows[2][i] + 4 * rows[3][i] + rows[4][i];
+        bytes[i] = static_cast<Zeb8u>(((s + 128) >> 8) ^ GaussType<T>::flip);
+      },
+      32);
+}
+void filterColumns(Zeb32f* const* rows, Zeb32f* out, int n) {
+  forBlocks(
+      n,
+      [=](int i) {
+        store(out + i,
+              gaussSum(load(rows[0] + i), load(rows[1] + i), load(rows[2] + i), load(rows[3] + i), load(rows[4] + i)) *
+                  splat(0.00390625f));
+      },
+      [=](int i) {
+        out[i] = GaussType<Zeb32f>::sum(rows[0][i], rows[1][i], rows[2][i], rows[3][i], rows[4][i]) * 0.00390625f;
+      },
+      8);
+}
+
+// One or two source rows: the mean of both sums of 16.
+template <class T>
+void averageRows(const Zeb16u* a, const Zeb16u* b, T* out, int n) {
+  for (int i = 0; i < n; ++i)
+    out[i] = static_cast<T>(static_cast<Zeb8u>(((8 * (a[i] + b[i]) + 128) >> 8) ^ GaussType<T>::flip));
+}
+void averageRows(const Zeb32f* a, const Zeb32f* b, Zeb32f* out, int n) {
+  for (int i = 0; i < n; ++i) out[i] = (a[i] + b[i]) * 0.03125f;
+}
+
+// ---- The image ----
+
+// Five rows of sums of the destination's width, each on a vector boundary, with room for the elements that a store of
+// three-channel sums writes beyond its last: less than the reported six rows of the source's width.
+template <class T, int channels>
+void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
+  using Sum = typename GaussType<T>::Sum;
+  const int outWidth = (size.width + 1) / 2, outHeight = (size.height + 1) / 2, n = outWidth * channels;
+  Scratch scratch(pBuffer, pyrDownBufferBytes(size.width, channels));
+  Sum* const first = scratch.take<Sum>(5 * static_cast<int64_t>(n), 4);
+  const auto ring = [=](int row) { return first + static_cast<ptrdiff_t>(row % 5) * n; };
+  if (size.height <= 2) {
+    filterRow<channels>(src[0], size.width, ring(0));
+    if (size.height == 2) filterRow<channels>(src[1], size.width, ring(1));
+    averageRows(ring(0), ring(size.height - 1), dst[0], n);
+    return;
+  }
+  int filtered = 0;
+  for (int y = 0; y < outHeight; ++y) {
+    const int last = 2 * y + 2 < size.height ? 2 * y + 2 : size.height - 1;
+    for (; filtered <= last; ++filtered) filterRow<channels>(src[filtered], size.width, ring(filtered));
+    Sum* rows[5];
+    for (int k = 0; k < 5; ++k) rows[k] = ring(borderSource(zebBorderMirror, 2 * y - 2 + k, size.height));
+    filterColumns(rows, dst[y], n);
+  }
+}
+
+template <class T, int channels>
+ZebStatus pyrDown(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, Zeb8u* pBuffer) {
+  const int dstWidth = roi.width / 2 + roi.width % 2;
+  if (auto bad =
+          firstFailure(present(pSrc, pDst, pBuffer), hasArea(roi), holdsRow<T, channels>(srcStep, roi.width),
+                       holdsRow<T, channels>(dstStep, dstWidth), wholeElements<T>(srcStep), wholeElements<T>(dstStep)))
+    return bad;
+  halve<T, channels>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pBuffer);
+  return zebStsOk;
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiPyrDownGetBufSize_Gauss5x5)(int roiWidth, ZebDataType dataType, int channels, int* pBufSize) {
+  if (auto bad = gaussBufferChecks(roiWidth, dataType, channels, pBufSize)) return bad;
+  return reportSize(pyrDownBufferBytes(roiWidth, channels), pBufSize);
+}
+
+#define PYR_DOWN(name, T, channels)                                                                     \
+  ZEB_ENTRY(name)(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, Zeb8u* pBuffer) { \
+    return pyrDown<T, channels>(pSrc, srcStep, pDst, dstStep, roiSize, pBuffer);                        \
+  }
+PYR_DOWN(zebiPyrDown_Gauss5x5_8u_C1R, Zeb8u, 1)
+PYR_DOWN(zebiPyrDown_Gauss5x5_8u_C3R, Zeb8u, 3)
+PYR_DOWN(zebiPyrDown_Gauss5x5_8s_C1R, Zeb8s, 1)
+PYR_DOWN(zebiPyrDown_Gauss5x5_8s_C3R, Zeb8s, 3)
+PYR_DOWN(zebiPyrDown_Gauss5x5_32f_C1R, Zeb32f, 1)
+PYR_DOWN(zebiPyrDown_Gauss5x5_32f_C3R, Zeb32f, 3)
