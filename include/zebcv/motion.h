@@ -110,6 +110,63 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
 /** @} */
 
 /**
+ * @defgroup opticalflow Pyramidal optical flow
+ *
+ * Finds points of a first image in a second one, from level maxLev of two pyramids down to level 0. The caller has set
+ * pImage and pStep of levels 0 to maxLev of both records, images of the function's type. At level L, u = pPrev x
+ * pRate[L] of pPyr1 and v = guess x pRate[L]. The window of winSize x winSize pixels around u, its top left pixel at
+ * u - (winSize - 1) / 2, is read from the first image and its Scharr derivatives (edges repeated, times 1/32) with
+ * bilinear interpolation; I2 likewise around v from the second image. Only pixels between the first and the last pixel
+ * of an image count. With sums over the pixels that both windows have (G: the first window), in turn:
+ *
+ *   b = sum (I1 - I2)(Ix, Iy),  d = G^-1 b,  v += d
+ *
+ * until |d|^2 < threshold^2; or d takes the step before back within 2^-11.5 per coordinate (then v -= d / 2); or
+ * maxIter steps are made. A point is lost on the level where det G is below 2^-52, a window has no pixel, or v is no
+ * number.
+ *
+ * pNext holds the guesses on entry and the places found on return (a lost point's last guess), both in level 0.
+ * pStatus: 0 for a point tracked to level 0, else the level on which it was lost (0 also for one lost on level 0).
+ * pError: root of the mean squared difference of the two windows over the pixels that both have; 0 for a lost point.
+ * Any coordinate is allowed. The work buffer in the state is used: one call at a time for a state.
+ *
+ * InitAlloc: roiSize and hint are stored; roiSize bounds the work buffer. Derivatives are formed per window on every
+ * level, which gives what images of derivatives give. Status, in this order: zebStsErrNullPointer; zebStsErrSize
+ * (roiSize or winSize below 1); zebStsErrMemAlloc; zebStsOk.
+ *
+ * Tracking, status in this order: zebStsErrNullPointer (a record, the state or an array); zebStsErrSize (numFeat or
+ * winSize below 1, winSize not the state's); zebStsErrBadArgument (maxLev below 0, maxIter below 1, threshold below 0,
+ * then a record with fewer than maxLev levels above its base); zebStsErrNullPointer (an image of those levels);
+ * zebStsOk. Nothing is allocated.
+ *
+ * Free: zebStsErrNullPointer for null, else zebStsOk.
+ *
+ * Methods: B. Lucas, T. Kanade, 1981; J.-Y. Bouguet, 1999; H. Scharr, 2000.
+ * @{
+ */
+typedef struct ZebiOptFlowPyrLKState ZebiOptFlowPyrLKState;
+
+ZebStatus zebiOpticalFlowPyrLKInitAlloc_8u_C1R(ZebiOptFlowPyrLKState** ppState, ZebiSize roiSize, int winSize,
+                                               int hint);
+ZebStatus zebiOpticalFlowPyrLK_8u_C1R(ZebiPyramid* pPyr1, ZebiPyramid* pPyr2, const ZebiPoint_32f* pPrev,
+                                      ZebiPoint_32f* pNext, Zeb8s* pStatus, Zeb32f* pError, int numFeat, int winSize,
+                                      int maxLev, int maxIter, Zeb32f threshold, ZebiOptFlowPyrLKState* pState);
+ZebStatus zebiOpticalFlowPyrLKFree_8u_C1R(ZebiOptFlowPyrLKState* pState);
+ZebStatus zebiOpticalFlowPyrLKInitAlloc_16u_C1R(ZebiOptFlowPyrLKState** ppState, ZebiSize roiSize, int winSize,
+                                                int hint);
+ZebStatus zebiOpticalFlowPyrLK_16u_C1R(ZebiPyramid* pPyr1, ZebiPyramid* pPyr2, const ZebiPoint_32f* pPrev,
+                                       ZebiPoint_32f* pNext, Zeb8s* pStatus, Zeb32f* pError, int numFeat, int winSize,
+                                       int maxLev, int maxIter, Zeb32f threshold, ZebiOptFlowPyrLKState* pState);
+ZebStatus zebiOpticalFlowPyrLKFree_16u_C1R(ZebiOptFlowPyrLKState* pState);
+ZebStatus zebiOpticalFlowPyrLKInitAlloc_32f_C1R(ZebiOptFlowPyrLKState** ppState, ZebiSize roiSize, int winSize,
+                                                int hint);
+ZebStatus zebiOpticalFlowPyrLK_32f_C1R(ZebiPyramid* pPyr1, ZebiPyramid* pPyr2, const ZebiPoint_32f* pPrev,
+                                       ZebiPoint_32f* pNext, Zeb8s* pStatus, Zeb32f* pError, int numFeat, int winSize,
+                                       int maxLev, int maxIter, Zeb32f threshold, ZebiOptFlowPyrLKState* pState);
+ZebStatus zebiOpticalFlowPyrLKFree_32f_C1R(ZebiOptFlowPyrLKState* pState);
+/** @} */
+
+/**
  * @defgroup motionhistory Motion history
  *
  * A motion history image holds in every pixel the time at which motion was last seen there. A call folds one silhouette

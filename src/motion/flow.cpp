@@ -1,0 +1,375 @@
+// Sparse optical flow: where the surroundings of a point of one image lie in another, iteratively and from the coarsest
+// level of two pyramids to the finest. With the windows I1, Ix, Iy around the point and I2 around its guess v
+//
+//   v += G^-1 b,  G = sum (Ix, Iy)(Ix, Iy)^T,  b = sum (I1 - I2)(Ix, Iy)
+//
+// Method: B. Lucas, T. Kanade, 1981; over pyramids: J.-Y. Bouguet, 1999. Derivatives: H. Scharr, 2000.
+#include "motion/flow.h"
+
+#include <math.h>
+
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/rows.h"
+#include "core/scratch.h"
+#include "core/services.h"
+#include "core/vec.h"
+
+namespace {
+
+using namespace zeb;
+
+constexpr int roundedUp(int n) {
+  return (n + 7) & ~7;
+}
+
+struct Point {
+  double x;
+  double y;
+};
+
+template <class T>
+struct Level {
+  Rows<const T> rows;
+  ZebiSize size;
+};
+
+// Columns or rows from..to-1 of a window.
+struct Span {
+  int from;
+  int to;
+  bool empty() const { return from >= to; }
+};
+Span common(Span a, Span b) {
+  return {a.from > b.from ? a.from : b.from, a.to < b.to ? a.to : b.to};
+}
+
+// One dimension of a window: pixel k stands at first + k + fraction.
+struct Stretch {
+  int first = 0;
+  Zeb32f fraction = 0;
+  Span inside = {0, 0};  // the pixels between the first and the last pixel of the image, both included
+};
+Stretch stretchAround(double centre, int window, int length) {
+  Stretch s;
+  const double corner = centre - 0.5 * (window - 1);
+  if (!(corner > -window && corner < length)) return s;  // nothing inside; nor is a NaN
+  const double whole = floor(corner);
+  s.first = static_cast<int>(whole);
+  s.fraction = static_cast<Zeb32f>(corner - whole);
+  s.inside = common({-s.first, s.fraction > 0 ? length - 1 - s.first : length - s.first}, {0, window});
+  return s;
+}
+struct Frame {
+  Stretch x;
+  Stretch y;
+  Frame(Point centre, int window, ZebiSize size)
+      : x(stretchAround(centre.x, window, size.width)), y(stretchAround(centre.y, window, size.height)) {}
+  bool empty() const { return x.inside.empty() || y.inside.empty(); }
+};
+
+// The work rows of a tracker. A row of a window is a whole number of vectors; rows of lattices have one vector more.
+struct Windows {
+  Windows(Zeb8u* buffer, int64_t bytes, int window)
+      : size(window), stride(roundedUp(window)), latticeStride(roundedUp(window + 3) + 8) {
+    Scratch scratch(buffer, bytes);
+    const auto windowFloats = static_cast<int64_t>(stride) * window;
+    first = scratch.take<Zeb32f>(windowFloats);
+    gradientX = scratch.take<Zeb32f>(windowFloats);
+    gradientY = scratch.take<Zeb32f>(windowFloats);
+    lattice = scratch.take<Zeb32f>(static_cast<int64_t>(latticeStride) * (window + 3));
+    latticeX = scratch.take<Zeb32f>(static_cast<int64_t>(latticeStride) * (window + 1));
+    latticeY = scratch.take<Zeb32f>(static_cast<int64_t>(latticeStride) * (window + 1));
+  }
+  int size, stride, latticeStride;
+  Zeb32f *first, *gradientX, *gradientY;  // values and derivatives of the first image at the window's pixels
+  Zeb32f *lattice, *latticeX, *latticeY;  // at whole pixels
+};
+
+// Whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
+template <class T>
+void fillLattice(const Level<T>& level, int x, int y, int width, int height, Zeb32f* lattice, int stride) {
+  const int blocks = roundedUp(width);
+  const bool direct = x >= 0 && x <= level.size.width - blocks;
+  const auto clamped = [](int p, int n) { return p < 0 ? 0 : p < n ? p : n - 1; };
+  for (int r = 0; r < height; ++r, lattice += stride) {
+    const T* const row = level.rows[clamped(y + r, level.size.height)];
+    if (direct)
+      for (int c = 0; c < blocks; c += 8) store(lattice + c, loadAsFloat(row + x + c));
+    else
+      for (int c = 0; c < width; ++c) lattice[c] = static_cast<Zeb32f>(row[clamped(x + c, level.size.width)]);
+  }
+}
+
+// Linear between neighbouring pixels of a row.
+template <class T>
+ZEB_INLINE V32f between(const T* p, V32f fraction) {
+  const V32f a = loadAsFloat(p);
+  return fma(fraction, loadAsFloat(p + 1) - a, a);
+}
+
+// The pixels of a window from whole pixels around it: size + 1 rows, readable one pixel beyond the window's stride.
+void interpolate(const Zeb32f* lattice, int latticeStride, const Frame& frame, Zeb32f* out, int size, int stride) {
+  const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
+  for (int c = 0; c < stride; c += 8) {
+    V32f above = between(lattice + c, fx);
+    for (int r = 0; r < size; ++r) {
+      const V32f below = between(lattice + (r + 1) * latticeStride + c, fx);
+      store(out + r * stride + c, fma(fy, below - above, above));
+      above = below;
+    }
+  }
+}
+
+// Scharr derivatives per pixel at the whole pixels of the lattice but for its outermost ones, 3 10 3 across -1 0 1.
+void differentiate(const Windows& w) {
+  const V32f outer = splat(3.0f / 32), inner = splat(10.0f / 32);
+  for (int r = 0; r <= w.size; ++r) {
+    const Zeb32f* const a = w.lattice + r * w.latticeStride;
+    const Zeb32f* const b = a + w.latticeStride;
+    const Zeb32f* const c = b + w.latticeStride;
+    for (int x = 0; x <= w.size; x += 8) {
+      const V32f across = fma(inner, load(b + x + 2) - load(b + x),
+                              outer * ((load(a + x + 2) - load(a + x)) + (load(c + x + 2) - load(c + x))));
+      const V32f down = fma(inner, load(c + x + 1) - load(a + x + 1),
+                            outer * ((load(c + x) - load(a + x)) + (load(c + x + 2) - load(a + x + 2))));
+      store(w.latticeX + r * w.latticeStride + x, across);
+      store(w.latticeY + r * w.latticeStride + x, down);
+    }
+  }
+}
+
+template <class T>
+void takeFirst(const Level<T>& level, const Frame& frame, const Windows& w) {
+  fillLattice(level, frame.x.first - 1, frame.y.first - 1, w.size + 3, w.size + 3, w.lattice, w.latticeStride);
+  differentiate(w);
+  interpolate(w.lattice + w.latticeStride + 1, w.latticeStride, frame, w.first, w.size, w.stride);
+  interpolate(w.latticeX, w.latticeStride, frame, w.gradientX, w.size, w.stride);
+  interpolate(w.latticeY, w.latticeStride, frame, w.gradientY, w.size, w.stride);
+}
+
+double sumOfLanes(V64f a) {
+  Zeb64f lanes[4];
+  store(lanes, a);
+  return (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
+}
+double sumOfLanes(V32f a) {
+  return sumOfLanes(widenLow(a) + widenHigh(a));
+}
+
+// All ones in the lanes whose columns c, c + 1, ... belong to the span.
+ZEB_INLINE V32f lanesOf(Span span, int c) {
+  alignas(32) static constexpr Zeb32s numbers[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+  const V32s column = load(numbers) + splat(c);
+  return as<Zeb32f>(greater(column, splat(span.from - 1)) & less(column, splat(span.to)));
+}
+
+// G over the part of the window that lies in the image.
+struct Matrix {
+  double xx = 0;
+  double xy = 0;
+  double yy = 0;
+  double determinant() const { return xx * yy - xy * xy; }
+};
+Matrix matrixOf(const Windows& w, const Frame& frame) {
+  V64f xx = splat(0.0), xy = xx, yy = xx;
+  for (int c = 0; c < w.stride; c += 8) {
+    const V32f mask = lanesOf(frame.x.inside, c);
+    for (int r = frame.y.inside.from; r < frame.y.inside.to; ++r) {
+      const V32f ix = load(w.gradientX + r * w.stride + c) & mask, iy = load(w.gradientY + r * w.stride + c) & mask;
+      const V64f xl = widenLow(ix), yl = widenLow(iy), xh = widenHigh(ix), yh = widenHigh(iy);
+      xx = fma(xl, xl, fma(xh, xh, xx));
+      xy = fma(xl, yl, fma(xh, yh, xy));
+      yy = fma(yl, yl, fma(yh, yh, yy));
+    }
+  }
+  return {sumOfLanes(xx), sumOfLanes(xy), sumOfLanes(yy)};
+}
+
+// The two windows compared where both lie in their images.
+struct Difference {
+  double x = 0;  // b
+  double y = 0;
+  double squares = 0;
+};
+
+// Columns are lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
+// product per row in single precision; lanes are added in double precision.
+template <bool squares, class T>
+Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w) {
+  const V32f fx = splat(x.fraction), fy = splat(y.fraction);
+  Difference sum;
+  for (int c = 0; c < w.stride; c += 8) {
+    const V32f mask = lanesOf(columns, c);
+    V32f bx = splat(0.0f), by = bx;
+    V32f above = between(second[rows.from] + c, fx);
+    for (int r = rows.from; r < rows.to; ++r) {
+      const V32f below = between(second[r + 1] + c, fx);
+      const V32f d = (load(w.first + r * w.stride + c) - fma(fy, below - above, above)) & mask;
+      above = below;
+      if (squares) {
+        bx = fma(d, d, bx);
+      } else {
+        bx = fma(d, load(w.gradientX + r * w.stride + c), bx);
+        by = fma(d, load(w.gradientY + r * w.stride + c), by);
+      }
+    }
+    if (squares) {
+      sum.squares += sumOfLanes(bx);
+    } else {
+      // A lane of the gradients outside the mask may hold anything, times 0.
+      sum.x += sumOfLanes(bx & mask);
+      sum.y += sumOfLanes(by & mask);
+    }
+  }
+  return sum;
+}
+
+// Straight from the image where whole vectors stay inside its rows, else from a copy with repeated edges.
+template <bool squares, class T>
+Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
+  const int x = second.x.first, y = second.y.first;
+  if (x >= 0 && y >= 0 && x < level.size.width - w.stride && y < level.size.height - w.size)
+    return differenceTo<squares>(level.rows.from(x, y), second.x, second.y, columns, rows, w);
+  fillLattice(level, x, y, w.stride + 1, w.size + 1, w.lattice, w.latticeStride);
+  return differenceTo<squares>(Rows<const Zeb32f>(w.lattice, w.latticeStride * static_cast<int>(sizeof(Zeb32f))),
+                               second.x, second.y, columns, rows, w);
+}
+
+struct Limits {
+  int iterations;
+  double squaredStep;
+};
+
+// A step that takes back the step before but for this much: the guess swings about its place.
+constexpr double swing = 3.4526698e-4f;
+
+// Moves v to where the window around u is found; false when the point is lost.
+template <class T>
+bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v, Limits limits, const Windows& w) {
+  const Frame frame(u, w.size, first.size);
+  if (frame.empty()) return false;
+  takeFirst(first, frame, w);
+  const Matrix g = matrixOf(w, frame);
+  const double determinant = g.determinant();
+  if (!(determinant >= 0x1p-52)) return false;
+  Point before = {0, 0};
+  for (int k = 1;; ++k) {
+    const Frame target(v, w.size, second.size);
+    const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
+    if (columns.empty() || rows.empty()) return false;
+    const Difference b = compare<false>(second, target, columns, rows, w);
+    const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
+    v = {v.x + step.x, v.y + step.y};
+    if (!isfinite(v.x) || !isfinite(v.y)) return false;
+    if (step.x * step.x + step.y * step.y < limits.squaredStep) return true;
+    if (k > 1 && fabs(step.x + before.x) < swing && fabs(step.y + before.y) < swing) {
+      v = {v.x - 0.5 * step.x, v.y - 0.5 * step.y};
+      return true;
+    }
+    if (k >= limits.iterations) return true;
+    before = step;
+  }
+}
+
+// Root of the mean squared difference over the pixels that both windows have; 0 when there are none.
+template <class T>
+Zeb32f errorAt(const Level<T>& first, const Level<T>& second, Point u, Point v, const Windows& w) {
+  const Frame frame(u, w.size, first.size), target(v, w.size, second.size);
+  const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
+  if (columns.empty() || rows.empty()) return 0;
+  const double squares = compare<true>(second, target, columns, rows, w).squares;
+  if (!(squares > 0)) return 0;
+  const double pixels = static_cast<double>(columns.to - columns.from) * (rows.to - rows.from);
+  return static_cast<Zeb32f>(sqrt(squares / pixels));
+}
+
+template <class T>
+Level<T> levelOf(const ZebiPyramid& pyramid, int level) {
+  return {Rows<const T>(reinterpret_cast<const T*>(pyramid.pImage[level]), pyramid.pStep[level]), pyramid.pRoi[level]};
+}
+
+ZebStatus hasLevels(const ZebiPyramid& pyramid, int count) {
+  if (count > pyramid.level + static_cast<int64_t>(1)) return zebStsErrBadArgument;
+  for (int i = 0; i < count; ++i)
+    if (!pyramid.pImage[i]) return zebStsErrNullPointer;
+  return zebStsOk;
+}
+
+template <class T>
+ZebStatus trackPoints(const ZebiPyramid* pPyr1, const ZebiPyramid* pPyr2, const ZebiPoint_32f* pPrev,
+                      ZebiPoint_32f* pNext, Zeb8s* pStatus, Zeb32f* pError, int numFeat, int winSize, int maxLev,
+                      int maxIter, Zeb32f threshold, ZebiOptFlowPyrLKState* pState) {
+  if (auto bad = present(pPyr1, pPyr2, pState, pPrev, pNext, pStatus, pError)) return bad;
+  if (auto bad =
+          firstFailure(atLeastOne(numFeat), atLeastOne(winSize), require(winSize == pState->winSize, zebStsErrSize),
+                       require(maxLev >= 0 && maxIter >= 1 && !(threshold < 0), zebStsErrBadArgument)))
+    return bad;
+  if (auto bad = hasLevels(*pPyr1, maxLev + 1)) return bad;
+  if (auto bad = hasLevels(*pPyr2, maxLev + 1)) return bad;
+  const ZebiSize roi = {pState->roiWidth, pState->roiHeight};
+  const Windows windows(pState->pBuffer, flowBufferBytes(roi, winSize, pState->dataType), winSize);
+  const Limits limits = {maxIter, static_cast<double>(threshold) * threshold};
+  for (int i = 0; i < numFeat; ++i) {
+    Point guess = {pNext[i].x, pNext[i].y};
+    bool found = true;
+    pError[i] = 0;
+    for (int level = maxLev; level >= 0 && found; --level) {
+      const double scale = pPyr1->pRate[level];
+      const Level<T> first = levelOf<T>(*pPyr1, level), second = levelOf<T>(*pPyr2, level);
+      const Point u = {pPrev[i].x * scale, pPrev[i].y * scale};
+      Point v = {guess.x * scale, guess.y * scale};
+      pStatus[i] = static_cast<Zeb8s>(level);
+      found = trackLevel(first, second, u, v, limits, windows);
+      guess = level > 0 ? Point{v.x / scale, v.y / scale} : v;
+      if (found && level == 0) pError[i] = errorAt(first, second, u, v, windows);
+    }
+    pNext[i] = {static_cast<Zeb32f>(guess.x), static_cast<Zeb32f>(guess.y)};
+  }
+  return zebStsOk;
+}
+
+ZebStatus makeState(ZebiOptFlowPyrLKState** ppState, ZebiSize roi, int winSize, int hint, ZebDataType type) {
+  if (auto bad = firstFailure(present(ppState), hasArea(roi), atLeastOne(winSize))) return bad;
+  const auto state =
+      reinterpret_cast<ZebiOptFlowPyrLKState*>(q7_zebsMalloc_8u(static_cast<int>(sizeof(ZebiOptFlowPyrLKState))));
+  if (!state) return zebStsErrMemAlloc;
+  const int64_t bytes = flowBufferBytes(roi, winSize, type);
+  Zeb8u* const buffer = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  if (!buffer) {
+    q7_zebsFree(state);
+    return zebStsErrMemAlloc;
+  }
+  *state = {roi.width, roi.height, 1, type, 0, hint, winSize, buffer};
+  *ppState = state;
+  return zebStsOk;
+}
+
+ZebStatus freeState(ZebiOptFlowPyrLKState* pState) {
+  if (auto bad = present(pState)) return bad;
+  if (pState->pBuffer) q7_zebsFree(pState->pBuffer);
+  q7_zebsFree(pState);
+  return zebStsOk;
+}
+
+}  // namespace
+
+#define FLOW(init, track, release, T, type)                                                                          \
+  ZEB_ENTRY(init)(ZebiOptFlowPyrLKState * *ppState, ZebiSize roiSize, int winSize, int hint) {                       \
+    return makeState(ppState, roiSize, winSize, hint, type);                                                         \
+  }                                                                                                                  \
+  ZEB_ENTRY(track)                                                                                                   \
+  (ZebiPyramid * pPyr1, ZebiPyramid * pPyr2, const ZebiPoint_32f* pPrev, ZebiPoint_32f* pNext, Zeb8s* pStatus,       \
+   Zeb32f* pError, int numFeat, int winSize, int maxLev, int maxIter, Zeb32f threshold,                              \
+   ZebiOptFlowPyrLKState* pState) {                                                                                  \
+    return trackPoints<T>(pPyr1, pPyr2, pPrev, pNext, pStatus, pError, numFeat, winSize, maxLev, maxIter, threshold, \
+                          pState);                                                                                   \
+  }                                                                                                                  \
+  ZEB_ENTRY(release)(ZebiOptFlowPyrLKState * pState) {                                                               \
+    return freeState(pState);                                                                                        \
+  }
+FLOW(zebiOpticalFlowPyrLKInitAlloc_8u_C1R, zebiOpticalFlowPyrLK_8u_C1R, zebiOpticalFlowPyrLKFree_8u_C1R, Zeb8u, zeb8u)
+FLOW(zebiOpticalFlowPyrLKInitAlloc_16u_C1R, zebiOpticalFlowPyrLK_16u_C1R, zebiOpticalFlowPyrLKFree_16u_C1R, Zeb16u,
+     zeb16u)
+FLOW(zebiOpticalFlowPyrLKInitAlloc_32f_C1R, zebiOpticalFlowPyrLK_32f_C1R, zebiOpticalFlowPyrLKFree_32f_C1R, Zeb32f,
+     zeb32f)

@@ -1,0 +1,243 @@
+#include "reference/flow.h"
+#include <algorithm>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "support/compare.h"
+#include "support/contract.h"
+#include "support/zebcore_double.h"
+
+namespace {
+
+using namespace test;
+
+template <class T>
+struct Tracker {
+  ZebStatus (*make)(ZebiOptFlowPyrLKState**, ZebiSize, int, int);
+  ZebStatus (*track)(ZebiPyramid*, ZebiPyramid*, const ZebiPoint_32f*, ZebiPoint_32f*, Zeb8s*, Zeb32f*, int, int, int,
+                     int, Zeb32f, ZebiOptFlowPyrLKState*);
+  ZebStatus (*release)(ZebiOptFlowPyrLKState*);
+};
+const Tracker<Zeb8u> bytes = {zebiOpticalFlowPyrLKInitAlloc_8u_C1R, zebiOpticalFlowPyrLK_8u_C1R,
+                              zebiOpticalFlowPyrLKFree_8u_C1R};
+const Tracker<Zeb16u> words = {zebiOpticalFlowPyrLKInitAlloc_16u_C1R, zebiOpticalFlowPyrLK_16u_C1R,
+                               zebiOpticalFlowPyrLKFree_16u_C1R};
+const Tracker<Zeb32f> floats = {zebiOpticalFlowPyrLKInitAlloc_32f_C1R, zebiOpticalFlowPyrLK_32f_C1R,
+                                zebiOpticalFlowPyrLKFree_32f_C1R};
+
+// A smooth texture, 0..1, whose every level can be computed: waves of several directions.
+double texture(double x, double y) {
+  double s = 0;
+  const double waves[][3] = {{0.21, 0.13, 0.4}, {-0.11, 0.25, 1.9}, {0.33, -0.28, 0.7}, {0.05, 0.09, 2.2}};
+  for (const auto& w : waves) s += std::sin(w[0] * x + w[1] * y + w[2]);
+  return 0.5 + s / 8.2;
+}
+
+// Two pyramids of rate 2 of the texture, the second one moved, in guarded images of exact size.
+template <class T>
+struct Pair {
+  ZebiPyramid* pyramids[2] = {};
+  std::vector<std::unique_ptr<Image<T>>> images;
+  std::vector<ref::FlowLevel> levels;
+
+  Pair(int w, int h, int level, double moveX, double moveY, Random& random) {
+    const double top = sizeof(T) == 1 ? 255 : sizeof(T) == 2 ? 60000 : 1;
+    levels.resize(static_cast<size_t>(level) + 1);
+    for (int side : {0, 1}) {
+      EXPECT_EQ(zebiPyramidInitAlloc(&pyramids[side], std::max(level, 1), {w, h}, 2.0f), zebStsOk);
+      for (int l = 0; l <= level; ++l) {
+        const ZebiSize size = pyramids[side]->pRoi[l];
+        ref::Plane<T> plane(size.width, size.height);
+        ref::Plane<double> exact(size.width, size.height);
+        for (int y = 0; y < size.height; ++y)
+          for (int x = 0; x < size.width; ++x) {
+            const double scale = 1 << l;
+            const double v = top * texture(x * scale - side * moveX, y * scale - side * moveY);
+            plane.at(x, y) = static_cast<T>(v);
+            exact.at(x, y) = static_cast<double>(plane.at(x, y));
+          }
+        images.push_back(std::make_unique<Image<T>>(plane, Layout::random<T>(random)));
+        pyramids[side]->pImage[l] = reinterpret_cast<Zeb8u*>(images.back()->pixels());
+        pyramids[side]->pStep[l] = images.back()->step();
+        auto& ref = levels[static_cast<size_t>(l)];
+        (side ? ref.second : ref.first) = exact;
+        ref.scale = pyramids[side]->pRate[l];
+      }
+    }
+  }
+  ~Pair() {
+    for (ZebiPyramid* pyramid : pyramids) zebiPyramidFree(pyramid);
+  }
+};
+
+// Points inside, near the edges and outside, all window sizes, guesses off by a little.
+template <class T>
+void checkAgainstReference(const Tracker<T>& tracker) {
+  Random random;
+  for (int window : {1, 2, 3, 5, 8, 9, 11, 16, 17, 31}) {
+    const int w = random.within(40, 90), h = random.within(40, 90), level = random.within(0, 2);
+    Pair<T> pair(w, h, level, random.real(-2, 2), random.real(-2, 2), random);
+    constexpr int n = 40;
+    ZebiPoint_32f prev[n], next[n];
+    Zeb8s status[n];
+    Zeb32f error[n];
+    for (int i = 0; i < n; ++i) {
+      prev[i] = {random.real(-9, w + 8.0f), random.real(-9, h + 8.0f)};
+      if (i % 4 == 0) prev[i] = {std::floor(prev[i].x), std::floor(prev[i].y)};
+      next[i] = {prev[i].x + random.real(-1, 1), prev[i].y + random.real(-1, 1)};
+    }
+    ZebiPoint_32f guess[n];
+    std::copy(next, next + n, guess);
+    ZebiOptFlowPyrLKState* state = nullptr;
+    ASSERT_EQ(tracker.make(&state, {w / 2, h / 2}, window, 0), zebStsOk);
+    constexpr int iterations = 3;
+    ASSERT_EQ(tracker.track(pair.pyramids[0], pair.pyramids[1], prev, next, status, error, n, window, level, iterations,
+                            0.01f, state),
+              zebStsOk);
+    int compared = 0;
+    for (int i = 0; i < n; ++i) {
+      const auto want = ref::tracked(pair.levels, prev[i].x, prev[i].y, guess[i].x, guess[i].y, window, iterations,
+                                     static_cast<double>(0.01f));
+      // Where a hardly solvable system throws the guess far away, the last bits decide.
+      if (std::hypot(want.x - guess[i].x, want.y - guess[i].y) > 4 || window < 3) continue;
+      ++compared;
+      EXPECT_EQ(status[i], want.status) << window << " point " << i;
+      EXPECT_NEAR(next[i].x, want.x, 0.02) << window << " point " << i;
+      EXPECT_NEAR(next[i].y, want.y, 0.02) << window << " point " << i;
+      EXPECT_NEAR(error[i], want.error, 0.02 * (1 + want.error)) << window << " point " << i;
+    }
+    EXPECT_TRUE(compared >= n / 2 || window < 3) << window << " " << compared;
+    EXPECT_EQ(tracker.release(state), zebStsOk);
+    for (const auto& image : pair.images) EXPECT_TRUE(image->intact());
+  }
+}
+
+TEST(OpticalFlow, EqualsItsReference) {
+  checkAgainstReference(bytes);
+  checkAgainstReference(words);
+  checkAgainstReference(floats);
+}
+
+TEST(OpticalFlow, FindsKnownMotion) {
+  Random random;
+  Pair<Zeb32f> pair(160, 140, 2, 5.3, -3.6, random);
+  ZebiOptFlowPyrLKState* state = nullptr;
+  ASSERT_EQ(floats.make(&state, {160, 140}, 15, 1), zebStsOk);
+  for (int i = 0; i < 50; ++i) {
+    const ZebiPoint_32f prev = {random.real(30, 120), random.real(30, 100)};
+    ZebiPoint_32f next = prev;
+    Zeb8s status = 9;
+    Zeb32f error = 9;
+    ASSERT_EQ(
+        floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, 15, 2, 20, 0.001f, state),
+        zebStsOk);
+    EXPECT_EQ(status, 0);
+    EXPECT_NEAR(next.x, prev.x + 5.3f, 0.05f);
+    EXPECT_NEAR(next.y, prev.y - 3.6f, 0.05f);
+    EXPECT_LT(error, 0.01f);
+    // The same images: no motion, no error.
+    next = prev;
+    ASSERT_EQ(
+        floats.track(pair.pyramids[0], pair.pyramids[0], &prev, &next, &status, &error, 1, 15, 0, 20, 0.001f, state),
+        zebStsOk);
+    EXPECT_TRUE(status == 0 && next.x == prev.x && next.y == prev.y && error == 0);
+  }
+  EXPECT_EQ(floats.release(state), zebStsOk);
+}
+
+TEST(OpticalFlow, LosesWhatCannotBeTrackedAndNeverFaults) {
+  Random random;
+  Pair<Zeb32f> pair(50, 40, 2, 1, 1, random);
+  for (int l = 0; l <= 2; ++l) {  // values that are no numbers here and there in the second image
+    pair.images[static_cast<size_t>(3 + l)]->pixels()[7] = std::numeric_limits<float>::quiet_NaN();
+    pair.images[static_cast<size_t>(3 + l)]->pixels()[9] = std::numeric_limits<float>::infinity();
+  }
+  const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
+  const float hostile[] = {nan, inf, -inf, 1e30f, -1e30f, 2147483648.0f, -2147483648.0f, 1e-40f, -0.0f, 60, -20, 25, 7};
+  for (int window : {1, 11, 101}) {
+    ZebiOptFlowPyrLKState* state = nullptr;
+    ASSERT_EQ(floats.make(&state, {1, 1}, window, 0), zebStsOk);
+    for (float x : hostile)
+      for (float y : hostile)
+        for (float guess : hostile) {
+          const ZebiPoint_32f prev = {x, y};
+          ZebiPoint_32f next = {guess, y};
+          Zeb8s status = 9;
+          Zeb32f error = 9;
+          ASSERT_EQ(floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, window, 2, 5, 0,
+                                 state),
+                    zebStsOk);
+          if (!(std::fabs(x) < 1000 && std::fabs(y) < 1000 && std::fabs(guess) < 1000)) {
+            EXPECT_EQ(status, 2) << x << " " << y << " " << guess;
+            EXPECT_EQ(error, 0);
+          }
+        }
+    EXPECT_EQ(floats.release(state), zebStsOk);
+  }
+  // A flat image has no gradients.
+  const Image<Zeb8u> flat(ref::Plane<Zeb8u>(50, 40, 1, 77), {});
+  for (int l = 0; l <= 2; ++l) pair.pyramids[0]->pImage[l] = flat.pixels(), pair.pyramids[0]->pStep[l] = flat.step();
+  ZebiOptFlowPyrLKState* state = nullptr;
+  ASSERT_EQ(bytes.make(&state, {64, 64}, 7, 0), zebStsOk);
+  const ZebiPoint_32f prev = {20, 20};
+  ZebiPoint_32f next = {21, 22};
+  Zeb8s status = 9;
+  Zeb32f error = 9;
+  ASSERT_EQ(bytes.track(pair.pyramids[0], pair.pyramids[0], &prev, &next, &status, &error, 1, 7, 1, 5, 0.1f, state),
+            zebStsOk);
+  EXPECT_TRUE(status == 1 && error == 0 && next.x == 21 && next.y == 22);
+  EXPECT_EQ(bytes.release(state), zebStsOk);
+}
+
+template <class T>
+void checkOrder(const Tracker<T>& tracker) {
+  Random random;
+  Pair<T> pair(20, 20, 1, 0, 0, random), holes(20, 20, 1, 0, 0, random);
+  holes.pyramids[0]->pImage[1] = nullptr;
+  ZebiOptFlowPyrLKState* state = nullptr;
+  Contract("InitAlloc", tracker.make, &state, ZebiSize{20, 20}, 5, 0)
+      .template nulls<0>()
+      .template sizes<1>()
+      .template with<2>(-1, zebStsErrSize)
+      .template with<1>(ZebiSize{0x7FFFFFFF, 0x7FFFFFFF}, zebStsErrMemAlloc)
+      .template with<2>(0x7FFFFFFF, zebStsErrMemAlloc)
+      .check();
+  const ZebiPoint_32f prev = {10, 10};
+  ZebiPoint_32f next = {10, 10};
+  Zeb8s status = 0;
+  Zeb32f error = 0;
+  Contract("track", tracker.track, pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, 5, 1, 3, 0.1f,
+           state)
+      .template nulls<0, 1, 11, 2, 3, 4, 5>()
+      .template with<6>(-1, zebStsErrSize)
+      .template with<7>(-1, zebStsErrSize)
+      .template with<7>(6, zebStsErrSize)
+      .template with<8>(-1, zebStsErrBadArgument)
+      .template with<9>(-1, zebStsErrBadArgument)
+      .template with<10>(-0.1f, zebStsErrBadArgument)
+      .template with<8>(2, zebStsErrBadArgument)
+      .template with<0>(holes.pyramids[0], zebStsErrNullPointer)
+      .check();
+  EXPECT_EQ(tracker.release(state), zebStsOk);
+  EXPECT_EQ(tracker.release(nullptr), zebStsErrNullPointer);
+  zebcore().reset();
+  const int before = zebcore().liveBlocks;
+  for (int failing : {0, 1}) {
+    state = nullptr;
+    zebcore().failMallocAt = failing;
+    EXPECT_EQ(tracker.make(&state, {20, 20}, 5, 0), zebStsErrMemAlloc);
+    EXPECT_EQ(state, nullptr);
+    EXPECT_EQ(zebcore().liveBlocks, before);
+    zebcore().reset();
+  }
+}
+
+TEST(OpticalFlow, ChecksArgumentsInOrder) {
+  checkOrder(bytes);
+  checkOrder(words);
+  checkOrder(floats);
+}
+
+}  // namespace
