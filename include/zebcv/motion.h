@@ -110,6 +110,108 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
 /** @} */
 
 /**
+ * @defgroup pyramidlayers Pyramid layers of any rate
+ *
+ * A state holds a symmetric kernel, a rate in (1, 10] and the largest source size it serves. Only kernel[0] to the
+ * centre kernel[kerSize / 2] are used, sum = centre + 2 x (sum of those before it); the other half is their mirror
+ * image. Weights are (k x 16384 / sum) >> 1 in units of 2^-13 (8u), (k x 16384 / sum) >> 2 in units of 2^-12 (16u),
+ * both saturated to 16 bits, and k / sum (32f). With sum 0 they are k in the same units.
+ *
+ * Smoothing of a sample c with its neighbours a[j], b[j] at distance j on both sides, in single precision, each step
+ * fused, from the nearest neighbour outwards: c + sum of w[j] x ((a[j] - c) + (b[j] - c)); so a constant image stays
+ * exactly what it is whatever the rounding of the weights. With sum 0: w[0] c + sum of w[j] x (a[j] + b[j]). Outside
+ * pixels are mirrored without repeating the edge, as often as needed. Linear interpolation between neighbours s and t
+ * is s + f (t - s), one fused step, in rows, then down the columns; beyond the last pixel the last one is taken.
+ * Integer results are rounded to nearest (0.5 added, truncated) and saturated.
+ *
+ * Down: the source is smoothed, columns then rows, and read at (rate x, rate y). The destination must have the size of
+ * the next level: where the largest source exceeds the kernel in both dimensions the state holds the chain of level
+ * sizes, and a source that equals an entry, or else is as high as one, requires the following entry; all others
+ * zebiGetPyramidDownROI of the source. Nothing is allocated. The call uses work rows in the state.
+ *
+ * Up: the source is read at (x / rate, y / rate) and the result is smoothed, each along the rows first. The destination
+ * must lie within zebiGetPyramidUpROI of the source. Each call allocates and frees one block.
+ *
+ * Steps are in bytes and need not be a multiple of the element. Source and destination may not overlap. A state may not
+ * be used by two calls at the same time.
+ *
+ * InitAlloc, status in this order: zebStsErrNullPointer (ppState or pKernel); zebStsErrSize (width or height below 1);
+ * zebStsErrBadArgument (mode not zebInterLinear, rate not in (1, 10], kerSize even or below 3); zebStsErrMemAlloc;
+ * zebStsWarnKernelNotSymmetric (the state is made); zebStsOk.
+ *
+ * Layer calls, status in this order: zebStsErrNullPointer (pSrc, pDst or pState); zebStsErrSize (source width or height
+ * below 1); zebStsErrStep (a step smaller than its row); zebStsErrBadArgument (state's rate); zebStsErrSize
+ * (destination not as required, or source larger than the state serves); up only: zebStsErrMemAlloc; zebStsOk.
+ *
+ * Free: zebStsErrNullPointer for null, else zebStsOk.
+ * @{
+ */
+typedef struct ZebiPyramidDownState ZebiPyramidDownState;
+typedef struct ZebiPyramidUpState ZebiPyramidUpState;
+
+ZebStatus zebiPyramidLayerDownInitAlloc_8u_C1R(ZebiPyramidDownState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                               const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerDownInitAlloc_8u_C3R(ZebiPyramidDownState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                               const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerDownInitAlloc_16u_C1R(ZebiPyramidDownState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                                const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerDownInitAlloc_16u_C3R(ZebiPyramidDownState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                                const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerDownInitAlloc_32f_C1R(ZebiPyramidDownState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                                const Zeb32f* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerDownInitAlloc_32f_C3R(ZebiPyramidDownState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                                const Zeb32f* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerDown_8u_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb8u* pDst, int dstStep,
+                                      ZebiSize dstRoiSize, ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDown_8u_C3R(const Zeb8u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb8u* pDst, int dstStep,
+                                      ZebiSize dstRoiSize, ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDown_16u_C1R(const Zeb16u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb16u* pDst, int dstStep,
+                                       ZebiSize dstRoiSize, ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDown_16u_C3R(const Zeb16u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb16u* pDst, int dstStep,
+                                       ZebiSize dstRoiSize, ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDown_32f_C1R(const Zeb32f* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb32f* pDst, int dstStep,
+                                       ZebiSize dstRoiSize, ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDown_32f_C3R(const Zeb32f* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb32f* pDst, int dstStep,
+                                       ZebiSize dstRoiSize, ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDownFree_8u_C1R(ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDownFree_8u_C3R(ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDownFree_16u_C1R(ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDownFree_16u_C3R(ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDownFree_32f_C1R(ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerDownFree_32f_C3R(ZebiPyramidDownState* pState);
+ZebStatus zebiPyramidLayerUpInitAlloc_8u_C1R(ZebiPyramidUpState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                             const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerUpInitAlloc_8u_C3R(ZebiPyramidUpState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                             const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerUpInitAlloc_16u_C1R(ZebiPyramidUpState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                              const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerUpInitAlloc_16u_C3R(ZebiPyramidUpState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                              const Zeb16s* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerUpInitAlloc_32f_C1R(ZebiPyramidUpState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                              const Zeb32f* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerUpInitAlloc_32f_C3R(ZebiPyramidUpState** ppState, ZebiSize srcRoi, Zeb32f rate,
+                                              const Zeb32f* pKernel, int kerSize, int mode);
+ZebStatus zebiPyramidLayerUp_8u_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb8u* pDst, int dstStep,
+                                    ZebiSize dstRoiSize, ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUp_8u_C3R(const Zeb8u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb8u* pDst, int dstStep,
+                                    ZebiSize dstRoiSize, ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUp_16u_C1R(const Zeb16u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb16u* pDst, int dstStep,
+                                     ZebiSize dstRoiSize, ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUp_16u_C3R(const Zeb16u* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb16u* pDst, int dstStep,
+                                     ZebiSize dstRoiSize, ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUp_32f_C1R(const Zeb32f* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb32f* pDst, int dstStep,
+                                     ZebiSize dstRoiSize, ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUp_32f_C3R(const Zeb32f* pSrc, int srcStep, ZebiSize srcRoiSize, Zeb32f* pDst, int dstStep,
+                                     ZebiSize dstRoiSize, ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUpFree_8u_C1R(ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUpFree_8u_C3R(ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUpFree_16u_C1R(ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUpFree_16u_C3R(ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUpFree_32f_C1R(ZebiPyramidUpState* pState);
+ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
+/** @} */
+
+/**
  * @defgroup opticalflow Pyramidal optical flow
  *
  * Finds points of a first image in a second one, from level maxLev of two pyramids down to level 0. The caller has set

@@ -1,0 +1,141 @@
+// Up layers of any rate: the source, read at (x / rate, y / rate) by linear interpolation, smoothed. Rows are read and
+// smoothed along themselves first; as many of them as the kernel is high are kept for smoothing down the columns.
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/scratch.h"
+#include "core/services.h"
+#include "motion/layer.h"
+
+namespace {
+
+using namespace zeb;
+
+template <class T, int channels>
+class Enlarger {
+ public:
+  Enlarger(const LayerState& state, Rows<const T> src, ZebiSize srcSize, ZebiSize dstSize)
+      : state_(state), src_(src), srcSize_(srcSize), dstSize_(dstSize) {}
+
+  int64_t bytes() const {
+    const int64_t row = workRow(static_cast<int64_t>(dstSize_.width) * channels);
+    const int64_t bordered = workRow((static_cast<int64_t>(dstSize_.width) + state_.kernelSize) * channels);
+    const int64_t source = workRow(static_cast<int64_t>(srcSize_.width) * channels);
+    // The ring is by far the largest: rows x kernel fits 64 bits.
+    return 4 * ((state_.kernelSize + static_cast<int64_t>(3)) * row + bordered + source) +
+           dstSize_.width * static_cast<int64_t>(sizeof(Place)) + 64;
+  }
+
+  void run(Zeb8u* block, Rows<T> dst) {
+    Scratch scratch(block, bytes());
+    const int n = dstSize_.width * channels;
+    stride_ = static_cast<ptrdiff_t>(workRow(n));
+    ring_ = scratch.take<Zeb32f>(state_.kernelSize * stride_, 4);
+    read_[0] = scratch.take<Zeb32f>(stride_, 4);
+    read_[1] = scratch.take<Zeb32f>(stride_, 4);
+    Zeb32f* const smooth = scratch.take<Zeb32f>(stride_, 4);
+    bordered_ =
+        scratch.take<Zeb32f>(workRow((static_cast<int64_t>(dstSize_.width) + state_.kernelSize) * channels), 4) +
+        static_cast<ptrdiff_t>(state_.reach()) * channels;
+    source_ = scratch.take<Zeb32f>(workRow(static_cast<int64_t>(srcSize_.width) * channels), 4);
+    places_ = scratch.take<Place>(dstSize_.width, 4);
+    for (int x = 0; x < dstSize_.width; ++x) places_[x] = placeAt(x / rate(), srcSize_.width);
+    int made = 0;
+    for (int y = 0; y < dstSize_.height; ++y) {
+      for (; made < dstSize_.height && made <= y + state_.reach(); ++made) makeRow(made);
+      smoothColumns(
+          state_, [this](int q) -> const Zeb32f* { return ringRow(q); }, y, dstSize_.height, n, smooth);
+      T* const out = dst[y];
+      for (int i = 0; i < n; ++i) out[i] = pixelOf<T>(smooth[i]);
+    }
+  }
+
+ private:
+  double rate() const { return static_cast<double>(state_.rate); }
+  Zeb32f* ringRow(int y) const { return ring_ + (y % state_.kernelSize) * stride_; }
+
+  // Source row y, read at the destination's columns and smoothed.
+  const Zeb32f* readRow(int y) {
+    Zeb32f* const read = read_[y & 1];
+    if (held_[y & 1] != y) {
+      const T* const row = src_[y];
+      for (int i = 0; i < srcSize_.width * channels; ++i) source_[i] = static_cast<Zeb32f>(row[i]);
+      interpolateRow<channels>(source_, places_, dstSize_.width, bordered_);
+      smoothRow<channels>(state_, bordered_, dstSize_.width, read);
+      held_[y & 1] = y;
+    }
+    return read;
+  }
+  void makeRow(int y) {
+    const Place place = placeAt(y / rate(), srcSize_.height);
+    const Zeb32f* const s = readRow(place.index);
+    const Zeb32f* const t = place.fraction > 0 ? readRow(place.index + 1) : s;
+    Zeb32f* const out = ringRow(y);
+    for (int i = 0; i < dstSize_.width * channels; ++i) out[i] = fmaf(place.fraction, t[i] - s[i], s[i]);
+  }
+
+  const LayerState& state_;
+  Rows<const T> src_;
+  ZebiSize srcSize_, dstSize_;
+  ptrdiff_t stride_ = 0;
+  Zeb32f *ring_ = nullptr, *bordered_ = nullptr, *source_ = nullptr, *read_[2] = {};
+  Place* places_ = nullptr;
+  int held_[2] = {-1, -1};
+};
+
+bool within(int n, LengthRange range) {
+  return n >= range.smallest && n <= range.largest;
+}
+
+template <class T, int channels>
+ZebStatus layerUp(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dstStep, ZebiSize dstSize,
+                  const LayerState* pState) {
+  if (auto bad =
+          firstFailure(present(pSrc, pDst, pState), hasArea(srcSize), holdsRow<T, channels>(srcStep, srcSize.width),
+                       holdsRow<T, channels>(dstStep, dstSize.width)))
+    return bad;
+  if (auto bad = require(isPyramidRate(pState->rate), zebStsErrBadArgument)) return bad;
+  if (!pState->serves(srcSize) || !within(dstSize.width, pyramidUpRange(srcSize.width, pState->rate)) ||
+      !within(dstSize.height, pyramidUpRange(srcSize.height, pState->rate)))
+    return zebStsErrSize;
+  Enlarger<T, channels> enlarger(*pState, Rows(pSrc, srcStep), srcSize, dstSize);
+  const int64_t bytes = enlarger.bytes();
+  Zeb8u* const block = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  if (!block) return zebStsErrMemAlloc;
+  enlarger.run(block, Rows(pDst, dstStep));
+  q7_zebsFree(block);
+  return zebStsOk;
+}
+
+template <class T, class K>
+ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
+  LayerState* state = nullptr;
+  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(), 0);
+  if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidUpState*>(state);
+  return status;
+}
+
+}  // namespace
+
+#define LAYER_UP(init, call, release, T, K, channels)                                                      \
+  ZEB_ENTRY(init)                                                                                          \
+  (ZebiPyramidUpState * *ppState, ZebiSize srcRoi, Zeb32f rate, const K* pKernel, int kerSize, int mode) { \
+    return makeUp<T>(ppState, srcRoi, rate, pKernel, kerSize, mode);                                       \
+  }                                                                                                        \
+  ZEB_ENTRY(call)                                                                                          \
+  (const T* pSrc, int srcStep, ZebiSize srcRoiSize, T* pDst, int dstStep, ZebiSize dstRoiSize,             \
+   ZebiPyramidUpState* pState) {                                                                           \
+    return layerUp<T, channels>(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize, pState);             \
+  }                                                                                                        \
+  ZEB_ENTRY(release)(ZebiPyramidUpState * pState) {                                                        \
+    return freeLayer(pState);                                                                              \
+  }
+LAYER_UP(zebiPyramidLayerUpInitAlloc_8u_C1R, zebiPyramidLayerUp_8u_C1R, zebiPyramidLayerUpFree_8u_C1R, Zeb8u, Zeb16s, 1)
+LAYER_UP(zebiPyramidLayerUpInitAlloc_8u_C3R, zebiPyramidLayerUp_8u_C3R, zebiPyramidLayerUpFree_8u_C3R, Zeb8u, Zeb16s, 3)
+LAYER_UP(zebiPyramidLayerUpInitAlloc_16u_C1R, zebiPyramidLayerUp_16u_C1R, zebiPyramidLayerUpFree_16u_C1R, Zeb16u,
+         Zeb16s, 1)
+LAYER_UP(zebiPyramidLayerUpInitAlloc_16u_C3R, zebiPyramidLayerUp_16u_C3R, zebiPyramidLayerUpFree_16u_C3R, Zeb16u,
+         Zeb16s, 3)
+LAYER_UP(zebiPyramidLayerUpInitAlloc_32f_C1R, zebiPyramidLayerUp_32f_C1R, zebiPyramidLayerUpFree_32f_C1R, Zeb32f,
+         Zeb32f, 1)
+LAYER_UP(zebiPyramidLayerUpInitAlloc_32f_C3R, zebiPyramidLayerUp_32f_C3R, zebiPyramidLayerUpFree_32f_C3R, Zeb32f,
+         Zeb32f, 3)
