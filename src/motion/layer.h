@@ -43,30 +43,38 @@ constexpr int64_t workRow(int64_t elements) {
 
 // ---- Smoothing ----
 
-// A sample with its pairs of neighbours: start() with the sample itself, then add() for each distance.
-template <class V>
-ZEB_INLINE V startSmoothing(const LayerState& state, V centre, V centreWeight) {
-  return state.unitSum ? centre : centreWeight * centre;
+// Calls body(i, read) for blocks of eight elements; read(p) loads those at p + i as floats, no more than there are.
+template <class Body>
+ZEB_INLINE void forEights(int n, Body body) {
+  int i = 0;
+  for (; i <= n - 8; i += 8) body(i, [i](const auto* p) { return loadAsFloat(p + i); });
+  if (i < n) body(i, [i, n](const auto* p) { return loadAsFloatN(p + i, n - i); });
 }
 
 // out = smoothed rows around row y; rowAt(q) points to row q of height rows. As many passes as the kernel reaches.
 template <class RowAt>
 void smoothColumns(const LayerState& state, RowAt rowAt, int y, int height, int n, Zeb32f* out) {
   const auto centre = rowAt(y);
-  const auto eight = [](const auto* p, int left) { return left < 8 ? loadAsFloatN(p, left) : loadAsFloat(p); };
   const V32f own = splat(state.weight(0));
-  for (int i = 0; i < n; i += 8) store(out + i, startSmoothing(state, eight(centre + i, n - i), own));
+  const bool unitSum = state.unitSum;
   for (int j = 1; j <= state.reach(); ++j) {
     const auto a = rowAt(borderSource(zebBorderMirror, y - j, height));
     const auto b = rowAt(borderSource(zebBorderMirror, y + j, height));
     const V32f w = splat(state.weight(j));
-    if (state.unitSum) {
-      for (int i = 0; i < n; i += 8) {
-        const V32f c = eight(centre + i, n - i);
-        store(out + i, fma(w, (eight(a + i, n - i) - c) + (eight(b + i, n - i) - c), load(out + i)));
-      }
+    if (unitSum && j == 1) {
+      forEights(n, [=](int i, auto read) {
+        const V32f c = read(centre);
+        store(out + i, fma(w, (read(a) - c) + (read(b) - c), c));
+      });
+    } else if (unitSum) {
+      forEights(n, [=](int i, auto read) {
+        const V32f c = read(centre);
+        store(out + i, fma(w, (read(a) - c) + (read(b) - c), load(out + i)));
+      });
     } else {
-      for (int i = 0; i < n; i += 8) store(out + i, fma(w, eight(a + i, n - i) + eight(b + i, n - i), load(out + i)));
+      forEights(n, [=](int i, auto read) {
+        store(out + i, fma(w, read(a) + read(b), j == 1 ? own * read(centre) : load(out + i)));
+      });
     }
   }
 }
@@ -80,13 +88,16 @@ void smoothRow(const LayerState& state, Zeb32f* bordered, int width, Zeb32f* out
       bordered[-j * channels + c] = mirrored(-j);
       bordered[(width - 1 + j) * channels + c] = mirrored(width - 1 + j);
     }
-  const V32f own = splat(state.weight(0));
-  for (int i = 0; i < width * channels; i += 8) {
+  const int reach = state.reach(), n = width * channels;
+  const bool unitSum = state.unitSum;
+  const Zeb32f* const weights = state.pWeights + reach;
+  const V32f own = splat(weights[0]);
+  for (int i = 0; i < n; i += 8) {
     const V32f c = load(bordered + i);
-    V32f sum = startSmoothing(state, c, own);
-    for (int j = 1; j <= state.reach(); ++j) {
+    V32f sum = unitSum ? c : own * c;
+    for (int j = 1; j <= reach; ++j) {
       const V32f a = load(bordered + i - j * channels), b = load(bordered + i + j * channels);
-      sum = fma(splat(state.weight(j)), state.unitSum ? (a - c) + (b - c) : a + b, sum);
+      sum = fma(splat(weights[-j]), unitSum ? (a - c) + (b - c) : a + b, sum);
     }
     store(out + i, sum);
   }
