@@ -105,23 +105,25 @@ void smoothRow(const LayerState& state, Zeb32f* bordered, int width, Zeb32f* out
 
 // ---- Interpolation ----
 
-// Between sample index and the next one; on the last sample, fraction 0 and no next one.
+// Between sample index and sample next, which is the same one where the fraction is 0.
 struct Place {
   int index;
+  int next;
   Zeb32f fraction;
 };
 inline Place placeAt(double position, int length) {
-  if (!(position < length - 1)) return {length - 1, 0};
+  if (!(position < length - 1)) return {length - 1, length - 1, 0};
   const int index = static_cast<int>(position);
-  return {index, static_cast<Zeb32f>(position - index)};
+  const auto fraction = static_cast<Zeb32f>(position - index);
+  return {index, fraction > 0 ? index + 1 : index, fraction};
 }
 
 template <int channels>
-void interpolateRow(const Zeb32f* row, const Place* places, int width, Zeb32f* out) {
+void interpolateRow(const Zeb32f* row, const Place* places, int width, Zeb32f* __restrict out) {
   for (int x = 0; x < width; ++x) {
     const Place place = places[x];
     const Zeb32f* const s = row + place.index * channels;
-    const Zeb32f* const t = place.fraction > 0 ? s + channels : s;
+    const Zeb32f* const t = row + place.next * channels;
     for (int c = 0; c < channels; ++c) out[x * channels + c] = fmaf(place.fraction, t[c] - s[c], s[c]);
   }
 }
