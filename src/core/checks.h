@@ -52,6 +52,12 @@ constexpr ZebStatus firstFailure(Status... statuses) {
   return first;
 }
 
+// A product of counts, held at 2^60 instead of wrapping.
+inline int64_t boundedProduct(int64_t a, int64_t b) {
+  int64_t p;
+  return __builtin_mul_overflow(a, b, &p) || p > (int64_t{1} << 60) ? int64_t{1} << 60 : p;
+}
+
 // Writes a byte count that was formed in 64 bits, or reports that it does not fit.
 inline ZebStatus reportSize(int64_t bytes, int* pSize) {
   if (bytes < 0 || bytes > INT32_MAX) return zebStsErrOverflow;

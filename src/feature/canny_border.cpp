@@ -9,7 +9,7 @@ using namespace zeb;
 
 int64_t bufferSize(ZebiSize roi, int mask) {
   const int64_t b = mask == zebMskSize3x3 ? 2 : 4, w = roi.width + b, h = roi.height + b;
-  return (h + 16 + 4 * h) * w + 64;
+  return boundedProduct(h + 16 + 4 * h, w) + 64;
 }
 
 struct Sectors16 {

@@ -9,7 +9,7 @@ using namespace zeb;
 int64_t bufferSize(ZebiSize roi) {
   const int64_t w = roi.width, h = roi.height;
   const bool small = w < 65533 && h < 65533;
-  return (small ? 5 * h + 10 : 9 * h + 18) * (w + 2) + 16 * w + 160;
+  return boundedProduct(small ? 5 * h + 10 : 9 * h + 18, w + 2) + 16 * w + 160;
 }
 
 // ---- 16s: magnitudes of 16 bits, sixteen pixels to a vector ----

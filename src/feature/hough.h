@@ -25,10 +25,4 @@ inline ZebStatus positiveDeltas(ZebiPoint_32f delta) {
   return require(delta.x > 0 && delta.y > 0, zebStsErrBadArgument);
 }
 
-// The product and sum of counts, held at 2^62 instead of wrapping.
-inline int64_t boundedProduct(int64_t a, int64_t b) {
-  int64_t p;
-  return __builtin_mul_overflow(a, b, &p) || p > (int64_t{1} << 60) ? int64_t{1} << 60 : p;
-}
-
 }  // namespace zeb
