@@ -52,10 +52,11 @@ constexpr ZebStatus firstFailure(Status... statuses) {
   return first;
 }
 
-// A product of counts, held at 2^60 instead of wrapping.
+// Products of counts of bytes that stop at 2^50 instead of wrapping, so that sums of some of them are safe too.
 inline int64_t boundedProduct(int64_t a, int64_t b) {
-  int64_t p;
-  return __builtin_mul_overflow(a, b, &p) || p > (int64_t{1} << 60) ? int64_t{1} << 60 : p;
+  constexpr int64_t bound = int64_t(1) << 50;
+  if (a > bound || b > bound) return bound;
+  return b != 0 && a > bound / b ? bound : a * b;
 }
 
 // Writes a byte count that was formed in 64 bits, or reports that it does not fit.

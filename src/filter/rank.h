@@ -6,6 +6,7 @@
 // Neither costs more for larger rectangles but for the logarithm of the width.
 #pragma once
 
+#include "core/checks.h"
 #include "core/scratch.h"
 #include "filter/border_rows.h"
 #include "filter/extremum_rows.h"
@@ -21,13 +22,6 @@ struct Window {
 inline Window windowOf(ZebiSize rect, ZebiPoint anchor) {
   return {-int64_t(anchor.x), int64_t(rect.width) - 1 - anchor.x, -int64_t(anchor.y),
           int64_t(rect.height) - 1 - anchor.y};
-}
-
-// Products of counts of bytes that stop at 2^50 instead of wrapping, so that sums of some of them are safe too.
-inline int64_t boundedProduct(int64_t a, int64_t b) {
-  constexpr int64_t bound = int64_t(1) << 50;
-  if (a > bound || b > bound) return bound;
-  return b != 0 && a > bound / b ? bound : a * b;
 }
 
 // Distance of scratch rows of this many pixels: whole vectors, and room for what kernels read and write past the end.
