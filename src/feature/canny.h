@@ -93,6 +93,33 @@ ZEB_INLINE V32f isAtMost(V32f a, V32f b) {
   return less(a, b) | equal(a, b);
 }
 
+struct Sectors16 {
+  V16u horizontal, vertical, opposite;
+};
+
+// The sum of absolute values of 16s derivatives, saturating at 65535, sixteen pixels to a vector. Thresholds are
+// truncated; from 65535 on no magnitude is greater.
+template <class Vertical>
+struct SumOfAbsolutes {
+  using Magnitude = Zeb16u;
+  static Magnitude threshold(Zeb32f t) { return t >= 65535.0f ? Zeb16u(65535) : static_cast<Zeb16u>(t); }
+  static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb16u* out, int n, Zeb16u low) {
+    const V16u bound = splat(low);
+    forColumns<16>(0, n, [&](int x, auto part) ZEB_BODY {
+      const V16u m = addSat(as<Zeb16u>(abs(part.from(dx + x))), as<Zeb16u>(abs(part.from(dy + x))));
+      part.to(out + x, m & isLess(bound, m));
+    });
+  }
+  template <class Part>
+  static ZEB_INLINE Sectors16 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
+    const V16s x = part.from(dx), y = part.from(dy);
+    const Sectors32 low = sectorsOf<Vertical>(toFloat(widenLow(x)), toFloat(widenLow(y)));
+    const Sectors32 high = sectorsOf<Vertical>(toFloat(widenHigh(x)), toFloat(widenHigh(y)));
+    return {narrowMask(low.horizontal, high.horizontal), narrowMask(low.vertical, high.vertical),
+            as<Zeb16u>(shiftRight<15>(x ^ y))};
+  }
+};
+
 // Which pixels of a vector stand out against their neighbours along the gradient.
 template <class M, class S>
 ZEB_INLINE Vec<M> standsOut(const M* above, const M* row, const M* below, Vec<M> m, const S& sector) {

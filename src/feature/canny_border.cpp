@@ -12,31 +12,9 @@ int64_t bufferSize(ZebiSize roi, int mask) {
   return boundedProduct(h + 16 + 4 * h, w) + 64;
 }
 
-struct Sectors16 {
-  V16u horizontal, vertical, opposite;
-};
-
 // Derivatives of 8-bit pixels stay below 2^15 together, so a sum of absolute values compares with the truncated
 // threshold as the threshold itself would.
-struct SumOfAbsolutes {
-  using Magnitude = Zeb16u;
-  static Magnitude threshold(Zeb32f t) { return t >= 65535.0f ? Zeb16u(65535) : static_cast<Zeb16u>(t); }
-  static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb16u* out, int n, Zeb16u low) {
-    const V16u bound = splat(low);
-    forColumns<16>(0, n, [&](int x, auto part) ZEB_BODY {
-      const V16u m = addSat(as<Zeb16u>(abs(part.from(dx + x))), as<Zeb16u>(abs(part.from(dy + x))));
-      part.to(out + x, m & isLess(bound, m));
-    });
-  }
-  template <class Part>
-  static ZEB_INLINE Sectors16 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
-    const V16s x = part.from(dx), y = part.from(dy);
-    const Sectors32 low = sectorsOf<VerticalBySum>(toFloat(widenLow(x)), toFloat(widenLow(y)));
-    const Sectors32 high = sectorsOf<VerticalBySum>(toFloat(widenHigh(x)), toFloat(widenHigh(y)));
-    return {narrowMask(low.horizontal, high.horizontal), narrowMask(low.vertical, high.vertical),
-            as<Zeb16u>(shiftRight<15>(x ^ y))};
-  }
-};
+using Sum = SumOfAbsolutes<VerticalBySum>;
 
 struct RootOfSquares {
   using Magnitude = Zeb32f;
@@ -128,7 +106,7 @@ ZEB_ENTRY(zebiCannyBorder_8u_C1R)
   if (size > INT32_MAX) return zebStsErrOverflow;
   const Image image = {Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, borderType, borderValue};
   const Detect detect =
-      norm == zebNormL1 ? detectorOf<SumOfAbsolutes>(filterType, mask) : detectorOf<RootOfSquares>(filterType, mask);
+      norm == zebNormL1 ? detectorOf<Sum>(filterType, mask) : detectorOf<RootOfSquares>(filterType, mask);
   detect(image, lowThresh, highThresh, pBuffer, size);
   return zebStsOk;
 }

@@ -12,41 +12,8 @@ int64_t bufferSize(ZebiSize roi) {
   return boundedProduct(small ? 5 * h + 10 : 9 * h + 18, w + 2) + 16 * w + 160;
 }
 
-// ---- 16s: magnitudes of 16 bits, sixteen pixels to a vector ----
-
-ZEB_INLINE V16u magnitude(V16s dx, V16s dy) {
-  return addSat(as<Zeb16u>(abs(dx)), as<Zeb16u>(abs(dy)));
-}
-
-// Thresholds as integers; from 65535 on no magnitude is greater.
-Zeb16u integerThreshold(Zeb32f t) {
-  return t >= 65535.0f ? Zeb16u(65535) : static_cast<Zeb16u>(t);
-}
-
-struct Sectors16 {
-  V16u horizontal, vertical, opposite;
-};
-
-struct Derivatives16s {
+struct Derivatives16s : SumOfAbsolutes<VerticalByProduct> {
   using Element = Zeb16s;
-  using Magnitude = Zeb16u;
-
-  static Magnitude threshold(Zeb32f t) { return integerThreshold(t); }
-  static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb16u* out, int n, Zeb16u low) {
-    const V16u bound = splat(low);
-    forColumns<16>(0, n, [&](int x, auto part) ZEB_BODY {
-      const V16u m = magnitude(part.from(dx + x), part.from(dy + x));
-      part.to(out + x, m & isLess(bound, m));
-    });
-  }
-  template <class Part>
-  static ZEB_INLINE Sectors16 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
-    const V16s x = part.from(dx), y = part.from(dy);
-    const Sectors32 low = sectorsOf<VerticalByProduct>(toFloat(widenLow(x)), toFloat(widenLow(y)));
-    const Sectors32 high = sectorsOf<VerticalByProduct>(toFloat(widenHigh(x)), toFloat(widenHigh(y)));
-    return {narrowMask(low.horizontal, high.horizontal), narrowMask(low.vertical, high.vertical),
-            as<Zeb16u>(shiftRight<15>(x ^ y))};
-  }
 };
 
 struct Derivatives32f {
