@@ -1,5 +1,4 @@
 // Local maxima and minima of a response image.
-#include <initializer_list>
 #include <limits>
 
 #include "core/checks.h"
@@ -13,7 +12,7 @@ namespace {
 
 using namespace zeb;
 
-// Six rows of extremes take 24 bytes a column.
+// The columns of a row's peaks and of its strong vectors take 4.5 bytes a pixel and 32 more, a part of this.
 int64_t bufferSize(int roiWidth) {
   return (((int64_t{roiWidth} + 5) >> 2) * 128) | 32;
 }
@@ -30,101 +29,98 @@ ZEB_INLINE V32s exceeds(V32s v, Zeb32s threshold) {
   return greater(v, splat(threshold)) | greater(splat(-threshold), v);
 }
 
-// The lanes of n pixels that are peaks, given the extremes of their neighbourhoods.
-ZEB_INLINE unsigned peaks(V32f v, V32f largest, V32f smallest, Zeb32f threshold, unsigned lanes) {
-  // Infinities of one sign are equal: their difference is no number, and above nothing.
-  const V32f beyond = select(greater(v, splat(0.0f)), largest - v, v - smallest);
-  const V32f beaten = greater(beyond, splat(std::numeric_limits<Zeb32f>::min()));
-  return topBits(andNot(beaten, exceeds(v, threshold))) & lanes;
+// The bits whose inversion turns the order around in the lanes that are not above zero: a minimum is looked for as a
+// maximum. The sign for floats; every bit for integers, whose complement has no overflow.
+ZEB_INLINE V32f turned(V32f v) {
+  return andNot(greater(v, splat(0.0f)), splat(-0.0f));
 }
-ZEB_INLINE unsigned peaks(V32s v, V32s largest, V32s smallest, Zeb32s threshold, unsigned lanes) {
-  const V32s beaten = select(greater(v, splat(0)), greater(largest, v), greater(v, smallest));
-  return topBits(andNot(beaten, exceeds(v, threshold))) & lanes;
+ZEB_INLINE V32s turned(V32s v) {
+  return andNot(greater(v, splat(0)), splat(-1));
 }
 
-// A value that is not a number as one that beats nothing.
-ZEB_INLINE V32f orLowest(V32f v) {
-  return max(v, splat(-std::numeric_limits<Zeb32f>::infinity()));
+// Infinities of one sign are equal: their difference is no number, and above nothing.
+ZEB_INLINE V32f higher(V32f largest, V32f v) {
+  return greater(largest - v, splat(std::numeric_limits<Zeb32f>::min()));
 }
-ZEB_INLINE V32f orHighest(V32f v) {
-  return min(v, splat(std::numeric_limits<Zeb32f>::infinity()));
-}
-ZEB_INLINE V32s orLowest(V32s v) {
-  return v;
-}
-ZEB_INLINE V32s orHighest(V32s v) {
-  return v;
+ZEB_INLINE V32s higher(V32s largest, V32s v) {
+  return greater(largest, v);
 }
 
-// Extremes of each pixel of a row and its two neighbours in the row, for columns from .. to - 1.
-template <class T>
-struct RowExtremes {
-  T *largest, *smallest;
-
-  void form(const T* row, int from, int to) const {
-    forColumns<8>(from, to, [&](int x, auto part) ZEB_BODY {
-      const Vec<T> left = part.from(row + x - 1), v = part.from(row + x), right = part.from(row + x + 1);
-      part.to(largest + x, max(left, max(right, orLowest(v))));
-      part.to(smallest + x, min(left, min(right, orHighest(v))));
-    });
+// The numbers of the set bits of each byte, in order: where the peaks among eight pixels stand.
+struct SetBits {
+  Zeb8u positions[256][8] = {};
+  constexpr SetBits() {
+    for (int byte = 0; byte < 256; ++byte)
+      for (int bit = 0, n = 0; bit < 8; ++bit)
+        if (byte >> bit & 1) positions[byte][n++] = static_cast<Zeb8u>(bit);
   }
 };
+constexpr SetBits setBits;
 
-// Appends peaks in scan order until there are enough.
-struct Peaks {
-  ZebiPoint* out;
-  int most;
-  int count = 0;
+// Appends peaks in scan order until there are enough. Responses have peaks in every other vector, at no regular
+// distance: the columns of a row are gathered without a branch, eight entries stored and as many kept as there are
+// peaks.
+class Peaks {
+ public:
+  // columns holds an entry for every pixel of a row and seven more.
+  Peaks(ZebiPoint* out, int most, Zeb32s* columns) : out_(out), most_(most), columns_(columns), next_(columns) {}
 
-  void add(unsigned lanes, int x, int y) {
-    for (; lanes && count < most; lanes &= lanes - 1) out[count++] = {x + __builtin_ctz(lanes), y};
+  ZEB_INLINE void add(unsigned lanes, int x) {
+    store(next_, splat(x) + loadAs32s(setBits.positions[lanes]));
+    next_ += __builtin_popcount(lanes);
   }
+  void endRow(int y) {
+    const int left = most_ - count_, inRow = static_cast<int>(next_ - columns_), n = inRow < left ? inRow : left;
+    for (int i = 0; i < n; ++i) out_[count_ + i] = {columns_[i], y};
+    count_ += n;
+    next_ = columns_;
+  }
+  bool enough() const { return count_ == most_; }
+  int count() const { return count_; }
+
+ private:
+  ZebiPoint* out_;
+  int most_;
+  Zeb32s *columns_, *next_;
+  int count_ = 0;
 };
 
-template <class T>
-int findPeaks8(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
+// A row is read once for its strong values; only the vectors that hold one are compared with their neighbours. Both
+// loops run without a branch on the values.
+template <int neighbours, class T>
+int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
   Scratch scratch(pBuffer, bufferSize(size.width));
-  RowExtremes<T> ring[3];
-  for (auto& r : ring) r = {scratch.take<T>(size.width, 1), scratch.take<T>(size.width, 1)};
-  Peaks found{out, most};
+  Peaks found(out, most, scratch.take<Zeb32s>(int64_t{size.width} + 7, 1));
+  auto* const strong = scratch.take<Zeb32s>(size.width / 8 + 1, 1);
   const int end = size.width - border;
-  if (end <= border || size.height - border <= border) return 0;
-  ring[0].form(src[border - 1], border, end);
-  ring[1].form(src[border], border, end);
-  for (int y = border; y < size.height - border && found.count < most; ++y) {
-    ring[2].form(src[y + 1], border, end);
-    const T* row = src[y];
-    forColumns<8>(border, end, [&](int x, auto part) ZEB_BODY {
-      const Vec<T> largest =
-          max(part.from(ring[0].largest + x), max(part.from(ring[1].largest + x), part.from(ring[2].largest + x)));
-      const Vec<T> smallest =
-          min(part.from(ring[0].smallest + x), min(part.from(ring[1].smallest + x), part.from(ring[2].smallest + x)));
-      found.add(peaks(part.from(row + x), largest, smallest, threshold, part.lanes()), x, y);
-    });
-    const RowExtremes<T> oldest = ring[0];
-    ring[0] = ring[1], ring[1] = ring[2], ring[2] = oldest;
-  }
-  return found.count;
-}
-
-template <class T>
-int findPeaks4(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u*) {
-  Peaks found{out, most};
-  for (int y = border; y < size.height - border && found.count < most; ++y) {
+  for (int y = border; y < size.height - border && !found.enough(); ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];
-    forColumns<8>(border, size.width - border, [&](int x, auto part) ZEB_BODY {
-      const Vec<T> v = part.from(row + x);
-      // The neighbour comes first: the extreme so far stays where the neighbour is not a number.
-      Vec<T> largest = v, smallest = v;
-      for (const T* p : {row + x - 1, row + x + 1, above + x, below + x}) {
-        const Vec<T> q = part.from(p);
-        largest = max(q, largest);
-        smallest = min(q, smallest);
+    const auto compare = [&](int x, auto part) ZEB_BODY {
+      const Vec<T> pixel = part.from(row + x), order = turned(pixel), v = pixel ^ order;
+      // The neighbour comes first: the largest so far stays where the neighbour is not a number.
+      Vec<T> sides = max(part.from(row + x - 1) ^ order, v), others = max(part.from(above + x) ^ order, v);
+      sides = max(part.from(row + x + 1) ^ order, sides);
+      others = max(part.from(below + x) ^ order, others);
+      if constexpr (neighbours == 8) {
+        sides = max(part.from(above + x - 1) ^ order, sides);
+        others = max(part.from(above + x + 1) ^ order, others);
+        sides = max(part.from(below + x - 1) ^ order, sides);
+        others = max(part.from(below + x + 1) ^ order, others);
       }
-      found.add(peaks(v, largest, smallest, threshold, part.lanes()), x, y);
-    });
+      const Vec<T> beaten = higher(max(sides, others), v);
+      found.add(topBits(andNot(beaten, exceeds(pixel, threshold))) & part.lanes(), x);
+    };
+    Zeb32s* strongEnd = strong;
+    int x = border;
+    for (; x <= end - 8; x += 8) {
+      *strongEnd = x;
+      strongEnd += topBits(exceeds(load(row + x), threshold)) != 0;
+    }
+    for (const Zeb32s* p = strong; p < strongEnd; ++p) compare(*p, WholeVector{});
+    if (x < end) compare(x, RowEnd{end - x});
+    found.endRow(y);
   }
-  return found.count;
+  return found.count();
 }
 
 template <class T>
@@ -136,7 +132,7 @@ ZebStatus peaksOf(const T* pSrc, int srcStep, ZebiSize roi, T threshold, ZebiPoi
           holdsRow<T>(srcStep, roi.width), wholeElements<T>(srcStep),
           require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument)))
     return bad;
-  const auto find = norm == zebiNormInf ? findPeaks8<T> : findPeaks4<T>;
+  const auto find = norm == zebiNormInf ? findPeaks<8, T> : findPeaks<4, T>;
   *pPeakCount = find(Rows(pSrc, srcStep), roi, threshold, pPeak, maxPeakCount, border, pBuffer);
   return zebStsOk;
 }
