@@ -1,6 +1,7 @@
 // Separable filters: smoothing, derivatives, and what the border rules put beside a row.
 #include <cmath>
 
+#include "filter/border.h"
 #include "tour.h"
 
 namespace tour {
@@ -104,45 +105,36 @@ void showDerivatives(const Scene& scene, Gallery& gallery) {
   }
 }
 
-// A single tap at one end of a kernel moves the row under the border: what comes out is the row with its border.
+// What each rule puts around a region of a color picture: six panels, a dashed line around the region.
 void showBorders(const Picture& picture, Gallery& gallery) {
-  const int reach = picture.width / 6, taps = reach + 1;
-  const ZebiSize size{picture.width - 2 * reach, picture.height / 4};
-  constexpr int gap = 6;
-  struct Rule {
-    ZebiBorderType type;
-    const char* name;
-  };
-  const Rule rules[] = {{zebBorderConst, "constant"}, {zebBorderRepl, "replicated"}, {zebBorderInMem, "in memory"}};
-  Picture out(picture.width, 3 * size.height + 2 * gap, 1);
+  constexpr int rules[] = {zebBorderConst, zebBorderRepl,    zebBorderInMem,
+                           zebBorderWrap,  zebBorderMirrorR, zebBorderMirror};
+  constexpr int across = 3, down = 2, gap = 6;
+  const ZebiSize panel{(picture.width - (across - 1) * gap) / across, (picture.height - gap) / down};
+  const int reach = panel.width / 5;
+  const ZebiSize region{panel.width - 2 * reach, panel.height - 2 * reach};
+  const int left = (picture.width - region.width) / 2, top = (picture.height - region.height) / 4;
+  Picture out(across * panel.width + (across - 1) * gap, down * panel.height + gap, 3);
   std::fill(out.pixels.begin(), out.pixels.end(), Zeb8u(255));
-  int bytes = 0;
-  requireOk(zebiFilterRowBorderPipelineGetBufferSize_8u16s_C1R(size, taps, &bytes));
-  std::vector<Zeb8u> scratch(static_cast<size_t>(bytes));
-  std::vector<Zeb16s> rows(static_cast<size_t>(size.width) * size.height);
-  std::vector<Zeb16s*> pointers;
-  for (int y = 0; y < size.height; ++y) pointers.push_back(&rows[static_cast<size_t>(size.width) * y]);
-  const int top = picture.height / 4;
-  for (int band = 0; band < 3; ++band)
-    for (int shift : {-reach, reach, 0}) {  // the middle last, over what the shifted rows put there
-      std::vector<Zeb16s> kernel(static_cast<size_t>(taps));
-      const int anchor = shift < 0 ? reach : 0;
-      kernel[static_cast<size_t>(anchor + shift)] = 1;
-      requireOk(zebiFilterRowBorderPipeline_8u16s_C1R(picture.at(reach, top), picture.step(), pointers.data(), size,
-                                                      kernel.data(), taps, anchor, rules[band].type, 96, 1,
-                                                      scratch.data()));
-      for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-          *out.at(x + reach + shift, band * (size.height + gap) + y) =
-              static_cast<Zeb8u>(rows[static_cast<size_t>(size.width) * y + x]);
-    }
-  for (int y = 0; y < out.height; ++y)
-    if (y / 4 % 2)
-      for (int x : {reach, reach + size.width - 1}) *out.at(x, y) = 255;
+  for (int i = 0; i < across * down; ++i)
+    for (int y = -reach; y < region.height + reach; ++y)
+      for (int x = -reach; x < region.width + reach; ++x) {
+        Zeb8u* pixel =
+            out.at(i % across * (panel.width + gap) + reach + x, i / across * (panel.height + gap) + reach + y);
+        const int fromX = zeb::borderSource(rules[i], x, region.width);
+        const int fromY = zeb::borderSource(rules[i], y, region.height);
+        const bool edge = ((x == -1 || x == region.width) && y >= -1 && y <= region.height && y / 4 % 2) ||
+                          ((y == -1 || y == region.height) && x >= -1 && x <= region.width && x / 4 % 2);
+        for (int c = 0; c < 3; ++c)
+          pixel[c] = edge ? Zeb8u(255)
+                     : fromX == zeb::borderConstant || fromY == zeb::borderConstant
+                         ? Zeb8u(96)
+                         : picture.at(left + fromX, top + fromY)[c];
+      }
   gallery.add(out,
-              format("What a filter reads beside a region (between the dashed lines) of %d columns: the constant 96, "
-                     "the edge pixels replicated, and the pixels that lie there in memory.",
-                     size.width));
+              "What the border rules put around a region (dashed): a constant, the edge pixels replicated, the pixels "
+              "that lie there in memory; below, the opposite edge wrapped around, the reflection with the edge pixel "
+              "repeated, and the one without. Side flags choose the pixels in memory for single sides.");
 }
 
 void show(const Scene& scene, Gallery& gallery) {
@@ -152,7 +144,7 @@ void show(const Scene& scene, Gallery& gallery) {
       "row filter reads; above and below it, the caller chooses by the row pointers.");
   showSmoothing(scene, gallery);
   showDerivatives(scene, gallery);
-  showBorders(scene.gray, gallery);
+  showBorders(scene.color, gallery);
 }
 
 const Section section(30, "Separable filters and borders", show);

@@ -77,25 +77,32 @@ class DerivativeRows {
     difference_ = scratch.take<D>(width, 1);
   }
 
-  // The derivatives of row y. Rows are asked for from 0 on, one after the other.
+  // The derivatives of row y; dy may be null where only dx is of use. Rows are asked for from 0 on, one after the
+  // other.
   void form(int y, D* dx, D* dy) {
     for (int r = y == 0 ? -reach : y + reach; r <= y + reach; ++r) extend(r);
+    dy ? derive<true>(y, dx, dy) : derive<false>(y, dx, dy);
+  }
+
+ private:
+  T* slot(int r) { return ring_[(r + reach) % taps]; }
+
+  template <bool both>
+  void derive(int y, D* dx, [[maybe_unused]] D* dy) {
     const T* rows[taps];
     for (int k = 0; k < taps; ++k) rows[k] = slot(y - reach + k);
     using V = Vec<D>;
     forColumns<V::lanes>(0, roi_.width + 2 * reach, [&](int x, auto part) ZEB_BODY {
       const auto at = [&](int k) ZEB_BODY { return part.wide(rows[k] + x); };
       part.to(smoothed_ + x, Kernel::template smoothed<V>(at));
-      part.to(difference_ + x, Kernel::template difference<V>(at));
+      if constexpr (both) part.to(difference_ + x, Kernel::template difference<V>(at));
     });
     forColumns<V::lanes>(0, roi_.width, [&](int x, auto part) ZEB_BODY {
       part.to(dx + x, Kernel::template difference<V>([&](int k) ZEB_BODY { return part.from(smoothed_ + x + k); }));
-      part.to(dy + x, Kernel::template smoothed<V>([&](int k) ZEB_BODY { return part.from(difference_ + x + k); }));
+      if constexpr (both)
+        part.to(dy + x, Kernel::template smoothed<V>([&](int k) ZEB_BODY { return part.from(difference_ + x + k); }));
     });
   }
-
- private:
-  T* slot(int r) { return ring_[(r + reach) % taps]; }
 
   // Copies row r with its border columns; the row itself may lie outside the region.
   void extend(int r) {

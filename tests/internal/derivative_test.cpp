@@ -9,6 +9,7 @@ namespace {
 using namespace test;
 using ref::Plane;
 
+// Every fourth image asks for dx alone.
 template <class Kernel, class T>
 void check(int w, int h, int filter, int border, Random& random) {
   using Rows = zeb::DerivativeRows<Kernel, T>;
@@ -24,9 +25,10 @@ void check(int w, int h, int filter, int border, Random& random) {
   const auto want =
       ref::gradient<T, D>(ref::bordered<T>(all, margin, margin, {w, h}, border, T(77)), {w, h}, filter, Kernel::taps);
   Image<D> dx(w, h, 1, Layout::random<D>(random)), dy(w, h, 1, Layout::random<D>(random));
-  for (int y = 0; y < h; ++y) rows.form(y, dx.pixels(0, y), dy.pixels(0, y));
+  const bool both = w % 4 != 0;
+  for (int y = 0; y < h; ++y) rows.form(y, dx.pixels(0, y), both ? dy.pixels(0, y) : nullptr);
   ASSERT_TRUE(agree("dx", dx, want.dx)) << "border " << border;
-  ASSERT_TRUE(agree("dy", dy, want.dy)) << "border " << border;
+  if (both) ASSERT_TRUE(agree("dy", dy, want.dy)) << "border " << border;
   ASSERT_TRUE(memory.intact());
 }
 
