@@ -13,6 +13,7 @@
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"
 #include "zebcv/morph.h"
+#include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"
 #include "zebcv/segment.h"
 

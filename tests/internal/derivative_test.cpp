@@ -28,7 +28,9 @@ void check(int w, int h, int filter, int border, Random& random) {
   const bool both = w % 4 != 0;
   for (int y = 0; y < h; ++y) rows.form(y, dx.pixels(0, y), both ? dy.pixels(0, y) : nullptr);
   ASSERT_TRUE(agree("dx", dx, want.dx)) << "border " << border;
-  if (both) ASSERT_TRUE(agree("dy", dy, want.dy)) << "border " << border;
+  if (both) {
+    ASSERT_TRUE(agree("dy", dy, want.dy)) << "border " << border;
+  }
   ASSERT_TRUE(memory.intact());
 }
 
