@@ -5,7 +5,7 @@ PREFIX ?= /usr/local
 DESTDIR ?=
 JOBS ?= $(shell nproc)
 PHOTO ?=
-BENCH ?=
+BENCH ?= --sizes
 
 .PHONY: all setup demo test bench sanitize clang debug install format format-check clean
 

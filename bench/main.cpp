@@ -29,12 +29,19 @@ std::vector<Entry>& registry() {
 
 constexpr ZebiSize fullSize{1920, 1080};  // the targets hold here
 
+// The columns of the table by size. Per-pixel cost may grow by half from the second to the last where memory is not the
+// limit.
+constexpr ZebiSize columnSizes[] = {{64, 64}, {640, 480}, fullSize, {3840, 2160}};
+constexpr int columnCount = 4;
+constexpr double allowedGrowth = 1.5;
+
 struct Options {
   std::vector<std::string> filters;
   std::string json;
   std::string photo;
   ZebiSize size = fullSize;
   double seconds = 0.3;
+  bool sizes = false;
 };
 
 const char usage[] =
@@ -43,6 +50,7 @@ const char usage[] =
     "  --json FILE          also write the results as JSON\n"
     "  --size WxH           region in pixels (1920x1080; the targets hold for that size only)\n"
     "  --seconds S          time for each case (0.3)\n"
+    "  --sizes              also the cost per pixel from 64x64 to 3840x2160 of the cases that have a target\n"
     "  --photo FILE         JPEG or PNG to scale to the region\n"
     "  --quick              smoke run: 320x240, 0.01 s each\n";
 
@@ -74,6 +82,8 @@ Options parse(int count, char** words) {
       options.seconds = std::strtod(text.c_str(), &end);
       if (end == text.c_str() || *end != 0 || !(options.seconds > 0))
         throw std::invalid_argument("--seconds wants a positive number, got " + text);
+    } else if (word == "--sizes") {
+      options.sizes = true;
     } else if (word == "--quick") {
       options.size = {320, 240};
       options.seconds = 0.01;
@@ -136,18 +146,26 @@ class Memcpy {
   int repeats_;
 };
 
-void measure(const Work& work, double seconds, const Scene& scene, Memcpy& memcpyRun, Result& result) {
-  const bool perCall = result.target.unit == Target::nanosecondsPerCall;
+// Best times of one run of a case and of one memcpy, the two in turn until the time is up.
+struct Times {
+  double run, copy;
+};
+Times measure(const Work& work, double seconds, Memcpy& memcpyRun) {
   const auto run = [&] { work.run(); };
   const int repeats = repeatsFor(run);
-  double best = std::numeric_limits<double>::infinity(), bestCopy = best;
+  Times best{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
   const auto end = Clock::now() + std::chrono::duration<double>(seconds);
   for (int round = 0; round < 5 || Clock::now() < end; ++round) {
-    best = std::min(best, timed(repeats, run));
-    if (!perCall) bestCopy = std::min(bestCopy, memcpyRun.nanoseconds());
+    best.run = std::min(best.run, timed(repeats, run));
+    best.copy = std::min(best.copy, memcpyRun.nanoseconds());
   }
-  result.nanoseconds = perCall ? best / work.callsPerRun : best / scene.count();
-  result.ratio = perCall ? 0 : best / bestCopy;
+  return best;
+}
+
+void judge(const Times& times, const Work& work, const Scene& scene, Result& result) {
+  const bool perCall = result.target.unit == Target::nanosecondsPerCall;
+  result.nanoseconds = times.run / (perCall ? work.callsPerRun : scene.count());
+  result.ratio = perCall ? 0 : times.run / times.copy;
   const double reached = perCall ? result.nanoseconds : result.ratio;
   const bool judged = result.target.limit && scene.size.width == fullSize.width && scene.size.height == fullSize.height;
   result.verdict = !judged ? "-" : reached <= *result.target.limit ? "ok" : "over";
@@ -171,6 +189,10 @@ void printRow(const Result& r, int nameWidth) {
   std::fflush(stdout);
 }
 
+std::string sizeName(ZebiSize size) {
+  return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
 std::string quoted(const std::string& text) {
   std::string out = "\"";
   for (char c : text) {
@@ -180,8 +202,18 @@ std::string quoted(const std::string& text) {
   return out + '"';
 }
 
+// Cost per pixel at each of the sizes.
+struct SizeRow {
+  std::string name;
+  double nanoseconds[columnCount];
+  bool memoryBound;  // the bytes of the largest size, moved as fast as memcpy moves them, take half of its time
+
+  double growth() const { return nanoseconds[columnCount - 1] / nanoseconds[1]; }
+  std::string verdict() const { return growth() <= allowedGrowth ? "ok" : memoryBound ? "memory" : "grows"; }
+};
+
 void writeJson(const std::string& path, const Options& options, const std::string& source,
-               const std::vector<Result>& results) {
+               const std::vector<Result>& results, const std::vector<SizeRow>& rows) {
   std::ofstream file(path);
   file << "{\n  \"width\": " << options.size.width << ",\n  \"height\": " << options.size.height
        << ",\n  \"secondsPerCase\": " << options.seconds << ",\n  \"photograph\": " << quoted(source)
@@ -197,51 +229,106 @@ void writeJson(const std::string& path, const Options& options, const std::strin
          << ", \"verdict\": " << quoted(r.verdict) << ", \"bytesPerPixel\": " << number(r.bytesPerPixel, 2) << "}";
     separator = ",\n";
   }
+  file << "\n  ],\n  \"sizes\": [";
+  separator = "\n";
+  for (const SizeRow& r : rows) {
+    file << separator << "    {\"case\": " << quoted(r.name) << ", \"nsPerPixel\": {";
+    for (int i = 0; i < columnCount; ++i)
+      file << (i ? ", " : "") << quoted(sizeName(columnSizes[i])) << ": " << number(r.nanoseconds[i], 5);
+    file << "}, \"growth\": " << number(r.growth(), 3) << ", \"verdict\": " << quoted(r.verdict()) << "}";
+    separator = ",\n";
+  }
   file << "\n  ]\n}\n";
   file.close();
   if (!file) throw std::runtime_error("cannot write " + path);
 }
 
-int runAll(const Options& options) {
+Scene sceneOf(const support::Picture& photo, ZebiSize size) {
+  const support::Picture level = support::scaled(photo, size.width, size.height);
+  return {size, Pixels<Zeb8u>(level.pixels.begin(), level.pixels.end())};
+}
+
+// The cases as they stand in the table, with their families' names.
+struct Listed {
+  std::string family;
+  Case row;
+};
+std::vector<Listed> listed(const std::vector<std::string>& filters) {
   std::vector<Entry> families = registry();
   std::stable_sort(families.begin(), families.end(), [](const Entry& a, const Entry& b) { return a.order < b.order; });
-  int nameWidth = 0;
+  std::vector<Listed> out;
   for (const Entry& family : families)
     for (const Case& c : family.cases)
-      if (wanted(c.name, options.filters)) nameWidth = std::max(nameWidth, static_cast<int>(c.name.size()));
+      if (wanted(c.name, filters)) out.push_back({family.title, c});
+  return out;
+}
 
-  if (nameWidth == 0) {
-    std::fprintf(stderr, "no case matches\n");
-    return 2;
-  }
-
-  const support::Photograph photo = support::openPhotograph(options.photo);
-  const support::Picture level = support::scaled(support::gray(photo.picture), options.size.width, options.size.height);
-  const Scene scene{options.size, Pixels<Zeb8u>(level.pixels.begin(), level.pixels.end())};
+std::vector<Result> mainTable(const std::vector<Listed>& cases, const Scene& scene, double seconds, int nameWidth) {
   Memcpy memcpyRun(scene.count());
-
-  std::printf("%d x %d, %s\n", options.size.width, options.size.height, photo.source.c_str());
   std::printf("%-*s %9s %-8s %8s %8s  %-5s %8s\n", nameWidth, "case", "time", "unit", "x memcpy", "target", "",
               "bytes/px");
   std::vector<Result> results;
-  bool allRight = true;
-  for (const Entry& family : families)
-    for (const Case& c : family.cases) {
-      if (!wanted(c.name, options.filters)) continue;
-      const Work work = c.prepare(scene);
-      Result result{family.title, c.name, c.target, 0, 0, work.bytesPerPixel, ""};
-      if (const auto fault = work.check()) {
-        result.verdict = "WRONG";
-        std::printf("%-*s WRONG: %s\n", nameWidth, c.name.c_str(), fault->c_str());
-        allRight = false;
-      } else {
-        measure(work, options.seconds, scene, memcpyRun, result);
-        printRow(result, nameWidth);
-      }
-      results.push_back(result);
+  for (const Listed& c : cases) {
+    const Work work = c.row.prepare(scene);
+    Result result{c.family, c.row.name, c.row.target, 0, 0, work.bytesPerPixel, ""};
+    if (const auto fault = work.check()) {
+      result.verdict = "WRONG";
+      std::printf("%-*s WRONG: %s\n", nameWidth, c.row.name.c_str(), fault->c_str());
+    } else {
+      judge(measure(work, seconds, memcpyRun), work, scene, result);
+      printRow(result, nameWidth);
     }
-  if (!options.json.empty()) writeJson(options.json, options, photo.source, results);
-  return allRight ? 0 : 1;
+    results.push_back(result);
+  }
+  return results;
+}
+
+std::vector<SizeRow> sizeTable(const std::vector<Listed>& cases, const support::Picture& photo, double seconds,
+                               int nameWidth) {
+  std::vector<SizeRow> rows;
+  for (const Listed& c : cases)
+    if (c.row.target.limit && c.row.target.unit == Target::ratio) rows.push_back({c.row.name, {}, false});
+  for (int i = 0; i < columnCount; ++i) {
+    const Scene scene = sceneOf(photo, columnSizes[i]);
+    Memcpy memcpyRun(scene.count());
+    auto row = rows.begin();
+    for (const Listed& c : cases) {
+      if (!c.row.target.limit || c.row.target.unit != Target::ratio) continue;
+      const Work work = c.row.prepare(scene);
+      const Times times = measure(work, seconds / columnCount, memcpyRun);
+      row->nanoseconds[i] = times.run / scene.count();
+      if (i == columnCount - 1) row->memoryBound = work.bytesPerPixel / 2 * times.copy >= 0.5 * times.run;
+      ++row;
+    }
+  }
+  std::printf("\n%-*s", nameWidth, "nanoseconds per pixel");
+  for (const ZebiSize& size : columnSizes) std::printf(" %10s", sizeName(size).c_str());
+  std::printf(" %10s\n", "growth");
+  for (const SizeRow& r : rows) {
+    std::printf("%-*s", nameWidth, r.name.c_str());
+    for (double ns : r.nanoseconds) std::printf(" %10.4f", ns);
+    std::printf(" %10.2f  %s\n", r.growth(), r.verdict().c_str());
+  }
+  return rows;
+}
+
+int runAll(const Options& options) {
+  const std::vector<Listed> cases = listed(options.filters);
+  if (cases.empty()) {
+    std::fprintf(stderr, "no case matches\n");
+    return 2;
+  }
+  size_t nameWidth = 0;
+  for (const Listed& c : cases) nameWidth = std::max(nameWidth, c.row.name.size());
+  const support::Photograph photo = support::openPhotograph(options.photo);
+  const support::Picture level = support::gray(photo.picture);
+
+  std::printf("%s, %s\n", sizeName(options.size).c_str(), photo.source.c_str());
+  const auto results = mainTable(cases, sceneOf(level, options.size), options.seconds, static_cast<int>(nameWidth));
+  std::vector<SizeRow> rows;
+  if (options.sizes) rows = sizeTable(cases, level, options.seconds, static_cast<int>(nameWidth));
+  if (!options.json.empty()) writeJson(options.json, options, photo.source, results, rows);
+  return std::any_of(results.begin(), results.end(), [](const Result& r) { return r.verdict == "WRONG"; });
 }
 
 }  // namespace
