@@ -6,8 +6,9 @@ DESTDIR ?=
 JOBS ?= $(shell nproc)
 PHOTO ?=
 BENCH ?= --sizes
+FUZZ_SECONDS ?= 30
 
-.PHONY: all setup demo test bench sanitize clang debug install format format-check clean
+.PHONY: all setup demo test bench sanitize clang debug fuzz install format format-check clean
 
 all: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
@@ -35,6 +36,16 @@ bench: build/release/CMakeCache.txt
 clang debug clang-debug sanitize: %: build/%/CMakeCache.txt
 	@cmake --build build/$@ -j$(JOBS)
 	@ctest --test-dir build/$@ -j$(JOBS) --output-on-failure
+
+# One target after the other; what it finds is left in build/fuzz as crash-*.
+FUZZ_GROUPS = $(notdir $(wildcard fuzz/corpus/*))
+fuzz: build/fuzz/CMakeCache.txt
+	@cmake --build build/fuzz -j$(JOBS) --target $(addprefix fuzz_,$(FUZZ_GROUPS))
+	@for group in $(FUZZ_GROUPS); do \
+	  mkdir -p build/fuzz/corpus/$$group; \
+	  build/fuzz/bin/fuzz_$$group -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 -artifact_prefix=build/fuzz/ \
+	    build/fuzz/corpus/$$group fuzz/corpus/$$group || exit 1; \
+	done
 
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX)

@@ -5,6 +5,7 @@
 #include <string.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -43,6 +44,28 @@ void release(Zeb8u* p, size_t bytes) {
   }
 }
 
+// One period of the junk, so that margins are filled and compared in bulk.
+constexpr size_t junkPeriod = 0x10000;
+const Zeb8u* junk() {
+  static const std::vector<Zeb8u> pattern = [] {
+    std::vector<Zeb8u> p(junkPeriod);
+    for (size_t i = 0; i < junkPeriod; ++i) p[i] = junkByte(i);
+    return p;
+  }();
+  return pattern.data();
+}
+
+// Calls visit(position, junk, bytes) for pieces of from..to-1 as long as it returns true.
+template <class Visit>
+bool forJunk(size_t from, size_t to, Visit visit) {
+  while (from < to) {
+    const size_t phase = from % junkPeriod, bytes = std::min(to - from, junkPeriod - phase);
+    if (!visit(from, junk() + phase, bytes)) return false;
+    from += bytes;
+  }
+  return true;
+}
+
 }  // namespace
 
 Zeb8u junkByte(size_t position) {
@@ -56,8 +79,8 @@ GuardedBytes::GuardedBytes(size_t size, Place place, size_t offset) : size_(size
   if (pageBytes_ == 0) pageBytes_ = page;
   pages_ = acquire(pageBytes_);
   data_ = place == Place::front ? pages_ : place == Place::odd ? pages_ + offset : pages_ + (pageBytes_ - size);
-  for (size_t i = 0; i < static_cast<size_t>(data_ - pages_); ++i) pages_[i] = junkByte(i);
-  for (size_t i = static_cast<size_t>(data_ - pages_) + size; i < pageBytes_; ++i) pages_[i] = junkByte(i);
+  fillJunk(0, static_cast<size_t>(data_ - pages_));
+  fillJunk(static_cast<size_t>(data_ - pages_) + size, pageBytes_);
   if (newest) newest->next_ = this;
   newest = this;
 }
@@ -69,18 +92,24 @@ GuardedBytes::~GuardedBytes() {
   release(pages_, pageBytes_);
 }
 
+void GuardedBytes::fillJunk(size_t from, size_t to) {
+  forJunk(from, to, [this](size_t at, const Zeb8u* bytes, size_t count) {
+    memcpy(pages_ + at, bytes, count);
+    return true;
+  });
+}
+
 bool GuardedBytes::intactMargins() const {
+  const auto equal = [this](size_t at, const Zeb8u* bytes, size_t count) {
+    return memcmp(pages_ + at, bytes, count) == 0;
+  };
   const size_t before = static_cast<size_t>(data_ - pages_);
-  for (size_t i = 0; i < before; ++i)
-    if (pages_[i] != junkByte(i)) return false;
-  for (size_t i = before + size_; i < pageBytes_; ++i)
-    if (pages_[i] != junkByte(i)) return false;
-  return true;
+  return forJunk(0, before, equal) && forJunk(before + size_, pageBytes_, equal);
 }
 
 void GuardedBytes::fillWithJunk() {
   const size_t before = static_cast<size_t>(data_ - pages_);
-  for (size_t i = 0; i < size_; ++i) data_[i] = junkByte(before + i);
+  fillJunk(before, before + size_);
 }
 
 uint64_t GuardedBytes::digestOfAll() {

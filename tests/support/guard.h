@@ -34,6 +34,8 @@ class GuardedBytes {
   static uint64_t digestOfAll();
 
  private:
+  void fillJunk(size_t from, size_t to);
+
   Zeb8u* pages_;
   size_t pageBytes_;
   Zeb8u* data_;

@@ -1,16 +1,7 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include "support/random.h"
 #include "support/zebcore_double.h"
-
-uint64_t test::seed() {
-  static const uint64_t value = [] {
-    const char* text = getenv("ZEBCV_TEST_SEED");
-    return text ? strtoull(text, nullptr, 0) : 1ull;
-  }();
-  return value;
-}
 
 int main(int argc, char** argv) {
   test::zebcore().featureCallsAtLoad = test::zebcore().featureCalls;

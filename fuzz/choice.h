@@ -1,0 +1,117 @@
+// The source of all decisions of a driver: sizes, layouts, selectors, content.
+//
+// It draws from the bytes of a fuzzing input as long as there are any, then from a generator that the first four bytes
+// seed; or from a seeded generator alone, with the size of the region fixed.
+#pragma once
+
+#include <string.h>
+
+#include <optional>
+
+#include "support/image.h"
+
+namespace fuzz {
+
+using test::Content;
+using test::Image;
+using test::Layout;
+using test::Place;
+using test::Random;
+using test::Scratch;
+
+class Choice {
+ public:
+  Choice(const Zeb8u* bytes, size_t count);
+  Choice(uint64_t seed, ZebiSize size) : random_(seed), size_(size) {}
+
+  // An integer in low..high, both included.
+  int within(int low, int high);
+  bool oneIn(int n) { return within(1, n) == n; }
+  bool coin() { return within(0, 1) == 1; }
+  float real(float low, float high) { return low + (high - low) * static_cast<float>(within(0, 65535)) / 65535; }
+  template <class V, size_t N>
+  V oneOf(const V (&values)[N]) {
+    return values[within(0, static_cast<int>(N) - 1)];
+  }
+
+  // The size of the region: fixed, or mostly small.
+  ZebiSize size(int maxWidth = 70, int maxHeight = 20);
+  bool fixed() const { return size_.has_value(); }
+  // Something that a caller may make larger than the region needs: nothing where the size is fixed.
+  int slack(int most) { return fixed() ? 0 : within(0, most); }
+
+  template <class T>
+  Layout layout() {
+    Layout l;
+    l.place = static_cast<Place>(within(0, 2));
+    l.padding = coin() ? 0 : within(0, 40) * static_cast<int>(sizeof(T));
+    l.offset = within(1, 37);
+    return l;
+  }
+
+  // A value of any bits, or one at an end of its type.
+  template <class T>
+  T value() {
+    if (coin()) {
+      Random r = random();
+      return test::extremeValue<T>(r);
+    }
+    return raw<T>();
+  }
+
+  // A generator of its own for bulk content.
+  Random random() { return Random(static_cast<uint64_t>(within(0, 65535))); }
+
+  // Content of any kind: the kinds of the tests, mostly zeros, or the bytes of the input as they are.
+  template <class T>
+  ref::Plane<T> plane(int width, int height, int channels = 1) {
+    ref::Plane<T> p(width, height, channels);
+    const int kind = within(0, 10);
+    Random r = random();
+    if (kind < 8) {
+      test::fillPlane(p, test::allContents[kind], r);
+    } else if (kind == 8) {
+      for (T& v : p.data)
+        if (r.within(0, 9) == 0) v = test::noiseValue<T>(r);
+    } else if (kind == 9) {
+      for (T& v : p.data) v = static_cast<T>(r.within(0, 3));
+    } else {
+      for (T& v : p.data) v = raw<T>();
+    }
+    return p;
+  }
+
+  template <class T>
+  Image<T> image(int width, int height, int channels = 1) {
+    return Image<T>(plane<T>(width, height, channels), layout<T>());
+  }
+  template <class T>
+  Image<T> image(ZebiSize size, int channels = 1) {
+    return image<T>(size.width, size.height, channels);
+  }
+  // An image that is written only: it holds junk.
+  template <class T>
+  Image<T> empty(ZebiSize size, int channels = 1) {
+    return Image<T>(size.width, size.height, channels, layout<T>());
+  }
+  // A scratch buffer of exactly this size, its end at an inaccessible page or its first byte at an odd address.
+  Scratch scratch(int bytes) { return Scratch(bytes, coin() ? Place::back : Place::odd); }
+
+ private:
+  template <class T>
+  T raw() {
+    T v;
+    Zeb8u bytes[sizeof(T)];
+    for (Zeb8u& b : bytes) b = static_cast<Zeb8u>(draw(1));
+    memcpy(&v, bytes, sizeof(T));
+    return v;
+  }
+  uint32_t draw(int bytes);
+
+  const Zeb8u* next_ = nullptr;
+  size_t left_ = 0;
+  Random random_;
+  std::optional<ZebiSize> size_;
+};
+
+}  // namespace fuzz

@@ -1,0 +1,86 @@
+// Every exported function at every small size, without memory, and without a known cache.
+#include "support/zebcore_double.h"
+#include "target.h"
+
+namespace {
+
+using namespace fuzz;
+
+const char* const entries[] = {
+#define ENTRY(name) #name,
+#include "entries.inc"
+#undef ENTRY
+};
+
+// Families whose drivers are still to be written.
+const char* const pending[] = {"zebiFilter",   "zebiErode", "zebiDilate",      "zebiMorph",
+                               "zebiGray",     "zebiCanny", "zebiHough",       "zebiFind",
+                               "zebiDistance", "zebiTrue",  "zebiGetDistance", "zebiFast",
+                               "zebiFlood",    "zebiPyr",   "zebiGetPyramid",  "zebiOptical"};
+
+bool isPending(const char* name) {
+  for (const char* prefix : pending)
+    if (strncmp(name, prefix, strlen(prefix)) == 0) return true;
+  return false;
+}
+
+class EveryFunction : public testing::Test {
+ protected:
+  void SetUp() override {
+    nameCaseOnSignals();
+    watch() = {};
+    test::zebcore().reset();
+  }
+  void TearDown() override { watch() = {}; }
+
+  // One case of a driver at a size. The same number gives the same case.
+  static void drive(const Target& target, ZebiSize size, uint64_t number) {
+    watch().size = size;
+    Choice choice(number * 1000 + static_cast<uint64_t>(size.height) * 10 + static_cast<uint64_t>(size.width), size);
+    const std::string text = fault(target, choice);
+    EXPECT_TRUE(text.empty()) << text << "\nat " << size.width << " x " << size.height << ", case " << number;
+  }
+};
+
+constexpr int largest = 9;
+
+// Every buffer lies between inaccessible pages, scratch has exactly the reported size, often at an odd address.
+TEST_F(EveryFunction, AtAllSmallSizes) {
+  constexpr int casesPerSize = 3;
+  watch().noting = true;
+  for (const Target& target : targets())
+    for (int h = 1; h <= largest; ++h)
+      for (int w = 1; w <= largest; ++w)
+        for (int i = 0; i < casesPerSize; ++i) drive(target, {w, h}, static_cast<uint64_t>(i));
+  std::string missing;
+  for (const char* name : entries)
+    if (!isPending(name) && watch().calls[name].sizes.size() != size_t(largest * largest))
+      missing += std::string(" ") + name;
+  EXPECT_EQ(missing, "") << "not called at all sizes: write a driver, see fuzz/README.md";
+  for (const Target& target : targets()) EXPECT_EQ(watch().calls.count(target.name), 1u) << target.name;
+}
+
+// Each allocation of each call made to fail in turn. Which functions allocate is seen in a first run of the same case.
+TEST_F(EveryFunction, WithoutMemory) {
+  const ZebiSize sizes[] = {{1, 1}, {5, 4}, {9, 9}, {40, 13}};
+  for (const Target& target : targets())
+    for (const ZebiSize size : sizes)
+      for (uint64_t i = 0; i < 4; ++i) {
+        watch().noting = true;
+        watch().failAllocations = false;
+        drive(target, size, i);
+        watch().failAllocations = true;
+        drive(target, size, i);
+      }
+  for (const char* name : entries) {
+    const Calls& calls = watch().calls[name];
+    if (strstr(name, "Alloc") && !isPending(name)) {
+      EXPECT_GT(calls.mostAllocations, 0) << name << " does not allocate";
+    }
+    if (calls.mostAllocations > 0) {
+      EXPECT_GE(calls.refusedAllocations, calls.mostAllocations) << name << " was not tried without memory";
+    }
+  }
+}
+
+}  // namespace
