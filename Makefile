@@ -8,7 +8,7 @@ PHOTO ?=
 BENCH ?= --sizes
 FUZZ_SECONDS ?= 30
 
-.PHONY: all setup demo test bench sanitize clang debug fuzz install format format-check clean
+.PHONY: all setup demo test bench sanitize clang debug fuzz install package format format-check clean
 
 all: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
@@ -49,6 +49,12 @@ fuzz: build/fuzz/CMakeCache.txt
 
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX)
+
+package: build/package/CMakeCache.txt
+	@cmake --build build/package -j$(JOBS)
+	@rm -f build/package/*.deb
+	@cd build/package && cpack > cpack.log || { cat cpack.log; exit 1; }
+	@tools/check_package.sh build/package
 
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 format:

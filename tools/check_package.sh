@@ -1,0 +1,45 @@
+#!/bin/sh
+# check_package.sh DIRECTORY: looks into the Debian packages there and uses what they hold.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+packages=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() { echo "$1" >&2; exit 1; }
+field() { dpkg-deb -f "$1" "$2"; }
+
+version=$(sed -n 's/^project(zebcv VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
+major=${version%%.*}
+runtime=$packages/libzebcv${major}_${version}_i386.deb
+development=$packages/libzebcv-dev_${version}_i386.deb
+for package in "$runtime" "$development"; do
+  [ -f "$package" ] || fail "no package $package"
+  [ "$(field "$package" Architecture)" = i386 ] || fail "$package is not for i386"
+  [ "$(field "$package" Version)" = "$version" ] || fail "$package has another version"
+  dpkg-deb -x "$package" "$work/$(basename "$package" .deb)"
+  dpkg-deb --fsys-tarfile "$package" | tar -tv | grep -v ' root/root ' && fail "$package has files that are not root's"
+  dpkg-deb --fsys-tarfile "$package" | tar -t | grep -vE '^\./(usr/((lib|include)/.*)?)?$' && fail "$package has stray files"
+done
+[ "$(field "$development" Depends)" = "libzebcv$major (= $version)" ] || fail "libzebcv-dev needs its own library only"
+
+# The runtime package: real files and SONAME links, nothing of a developer's. The other one: the rest.
+inside=$work/libzebcv${major}_${version}_i386/usr/lib/i386-linux-gnu
+listed=$(cd "$inside" && find . ! -type d | LC_ALL=C sort | tr '\n' ' ')
+[ "$listed" = "./libzebcore.so.$major ./libzebcore.so.$version ./libzebcvq7.so.$major ./libzebcvq7.so.$version " ] ||
+  fail "the runtime package holds: $listed"
+for library in "$inside"/*."$version"; do
+  readelf -d "$library" | grep -qE 'RPATH|RUNPATH' && fail "$library has a search path"
+  readelf -SW "$library" | grep -q '\.symtab' && fail "$library is not stripped"
+done
+ctrl=$work/control
+dpkg-deb -e "$runtime" "$ctrl"
+grep -q '^activate-noawait ldconfig$' "$ctrl/triggers" || fail "the linker's cache is not renewed"
+
+# The stated libc is the oldest that has every symbol version in use.
+used=$(readelf -VW "$inside"/*."$version" | grep -oE 'GLIBC_[0-9.]+' | sed 's/GLIBC_//' | sort -V | tail -n 1)
+[ "$(field "$runtime" Depends)" = "libc6 (>= $used)" ] || fail "depends on $(field "$runtime" Depends), uses libc $used"
+
+mkdir "$work/root"
+cp -a "$work/libzebcv${major}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/root/"
+"$root/tools/check_consumer.sh" "$work/root/usr" lib/i386-linux-gnu path
+echo "packages work: $(basename "$runtime") $(basename "$development")"
