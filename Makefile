@@ -8,7 +8,7 @@ PHOTO ?=
 BENCH ?= --sizes
 FUZZ_SECONDS ?= 30
 
-.PHONY: all setup demo test bench sanitize clang debug fuzz install package format format-check clean
+.PHONY: all setup demo test bench sanitize clang debug fuzz install package baseline format format-check clean
 
 all: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
@@ -55,6 +55,10 @@ package: build/package/CMakeCache.txt
 	@rm -f build/package/*.deb
 	@cd build/package && cpack > cpack.log || { cat cpack.log; exit 1; }
 	@tools/check_package.sh build/package
+
+# Writes what is new in the public headers into abi/; refuses what would break programs that are built already.
+baseline: build/release/CMakeCache.txt
+	@cmake --build build/release --target baseline
 
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 format:
