@@ -2,19 +2,17 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <stdexcept>
 
 #include "cascade.h"
+#include "status.h"
 
 namespace cascade {
 namespace {
 
+using support::requireOk;
+
 // Overlapping windows that make a detection.
 constexpr int agreeing = 6;
-
-void requireOk(ZebStatus status) {
-  if (status != zebStsOk) throw std::runtime_error("status " + std::to_string(status));
-}
 
 // Whether two boxes share more than 30 % of the smaller one.
 bool overlap(const ZebiRect& a, const ZebiRect& b) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "cascade.h"
+#include "draw.h"
 
 namespace {
 
@@ -67,9 +68,7 @@ int run(const std::string& file, const std::string& out) {
   }
   std::printf("%d found, %zu false alarms\n", found, search.detections.size() - static_cast<size_t>(found));
 
-  Picture color(gray.width, gray.height, 3);
-  for (int i = 0; i < gray.width * gray.height; ++i)
-    for (int c = 0; c < 3; ++c) color.pixels[3 * i + c] = gray.pixels[i];
+  Picture color = support::toned(gray);
   for (const auto& d : search.detections) drawBox(color, d.box);
   support::writePng(color, out);
   std::printf("wrote %s\n", out.c_str());

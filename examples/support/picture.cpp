@@ -88,6 +88,10 @@ void writePng(const Picture& picture, const std::string& path) {
     throw std::runtime_error("cannot write " + path);
 }
 
+Zeb8u level(double value) {
+  return static_cast<Zeb8u>(std::clamp(value + 0.5, 0.0, 255.0));
+}
+
 Picture gray(const Picture& picture) {
   if (picture.channels == 1) return picture;
   Picture out(picture.width, picture.height, 1);

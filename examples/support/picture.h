@@ -24,6 +24,21 @@ struct Picture {
   std::vector<Zeb8u> pixels;
 };
 
+// A one-channel float image, rows without padding.
+struct Plane {
+  Plane() = default;
+  explicit Plane(ZebiSize s) : size(s), pixels(static_cast<size_t>(s.width) * s.height) {}
+  Zeb32f* data() { return pixels.data(); }
+  const Zeb32f* data() const { return pixels.data(); }
+  int step() const { return size.width * static_cast<int>(sizeof(Zeb32f)); }
+
+  ZebiSize size = {0, 0};
+  std::vector<Zeb32f> pixels;
+};
+
+// To the nearest level, 0 to 255.
+Zeb8u level(double value);
+
 // A picture and a line that says where it comes from.
 struct Photograph {
   Picture picture;  // three channels

@@ -2,25 +2,14 @@
 #include <cmath>
 #include <random>
 
+#include "ball.h"
 #include "tour.h"
 
 namespace tour {
 namespace {
 
-// A one-channel float image, rows without padding.
-struct Plane {
-  explicit Plane(ZebiSize s) : size(s), pixels(static_cast<size_t>(s.width) * s.height) {}
-  Zeb32f* data() { return pixels.data(); }
-  const Zeb32f* data() const { return pixels.data(); }
-  int step() const { return size.width * static_cast<int>(sizeof(Zeb32f)); }
-
-  ZebiSize size;
-  std::vector<Zeb32f> pixels;
-};
-
-Zeb8u level(double value) {
-  return static_cast<Zeb8u>(std::clamp(value + 0.5, 0.0, 255.0));
-}
+using support::level;
+using support::Plane;
 
 Picture rounded(const Plane& plane) {
   Picture out(plane.size.width, plane.size.height, 1);
@@ -95,20 +84,6 @@ void showAverage(const Picture& truth, Gallery& gallery) {
       "Standard deviation of each pixel over the frames, three times as bright, from the "
       "sums of Add and AddSquare: even noise, and more along the edges, which the shaking moves. Time per frame.",
       statistics / frames);
-}
-
-// A striped ball rolls in from the left and stops.
-Picture withBall(const Picture& scene, float centreX, float centreY, float radius, float turn) {
-  Picture out = scene;
-  for (int y = 0; y < out.height; ++y)
-    for (int x = 0; x < out.width; ++x) {
-      const float u = (x - centreX) / radius, v = (y - centreY) / radius, r2 = u * u + v * v;
-      if (r2 >= 1) continue;
-      const float light = 0.7f + 0.3f * (-0.5f * u - 0.6f * v + 0.62f * std::sqrt(1 - r2));
-      const float along = std::cos(turn) * u + std::sin(turn) * v;
-      *out.at(x, y) = level(light * (std::fabs(along) < 0.3f ? 160 : 250));
-    }
-  return out;
 }
 
 void showDifference(const Picture& truth, Gallery& gallery) {

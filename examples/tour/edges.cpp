@@ -1,29 +1,15 @@
 // Edges at two thresholds, the strongest lines, segments, and the peaks of a corner response.
 #include <cmath>
 
+#include "draw.h"
 #include "tour.h"
 
 namespace tour {
 namespace {
 
-Picture colored(const Picture& gray) {
-  Picture out(gray.width, gray.height, 3);
-  for (int i = 0; i < gray.width * gray.height; ++i)
-    for (int c = 0; c < 3; ++c) out.pixels[3 * i + c] = static_cast<Zeb8u>(gray.pixels[i] / 2 + 40);
-  return out;
-}
-
-void dot(Picture& p, int x, int y, const Zeb8u (&color)[3]) {
-  if (x < 0 || y < 0 || x >= p.width || y >= p.height) return;
-  for (int c = 0; c < 3; ++c) p.at(x, y)[c] = color[c];
-}
-
-void draw(Picture& p, double x0, double y0, double x1, double y1, const Zeb8u (&color)[3]) {
-  const double length = std::max(std::fabs(x1 - x0), std::fabs(y1 - y0));
-  for (int i = 0; i <= static_cast<int>(length); ++i) {
-    const double t = length > 0 ? i / length : 0;
-    dot(p, static_cast<int>(std::lround(x0 + t * (x1 - x0))), static_cast<int>(std::lround(y0 + t * (y1 - y0))), color);
-  }
+// Dimmed, so that lines stand out.
+Picture backdrop(const Picture& gray) {
+  return support::toned(gray, 0.5f, 40);
 }
 
 Picture edges(const Picture& photo, float low, float high, double& milliseconds) {
@@ -39,7 +25,7 @@ Picture edges(const Picture& photo, float low, float high, double& milliseconds)
   return out;
 }
 
-constexpr Zeb8u red[3] = {255, 60, 60}, green[3] = {90, 255, 120}, yellow[3] = {255, 230, 60};
+constexpr support::Colour red = {255, 60, 60}, green = {90, 255, 120}, yellow = {255, 230, 60};
 
 void showLines(const Picture& photo, const Picture& edge, Gallery& gallery) {
   constexpr ZebiPoint_32f delta = {1.0f, 0.017453292f};
@@ -52,11 +38,11 @@ void showLines(const Picture& photo, const Picture& edge, Gallery& gallery) {
     return zebiHoughLine_8u32f_C1R(edge.pixels.data(), edge.step(), edge.size(), delta, edge.height / 8, lines, most,
                                    &count, scratch.data());
   });
-  Picture drawn = colored(photo);
+  Picture drawn = backdrop(photo);
   for (int i = 0; i < count; ++i) {
-    const double c = std::cos(lines[i].y), s = std::sin(lines[i].y), far = photo.width + photo.height;
-    draw(drawn, lines[i].x * c - far * s, lines[i].x * s + far * c, lines[i].x * c + far * s, lines[i].x * s - far * c,
-         yellow);
+    const float rho = lines[i].x, c = std::cos(lines[i].y), s = std::sin(lines[i].y);
+    const float far = static_cast<float>(photo.width + photo.height);
+    support::drawLine(drawn, rho * c - far * s, rho * s + far * c, rho * c + far * s, rho * s - far * c, yellow);
   }
   gallery.add(drawn, format("The %d strongest lines of the Hough transform", count), whole);
 
@@ -72,9 +58,12 @@ void showLines(const Picture& photo, const Picture& edge, Gallery& gallery) {
                                     static_cast<int>(segments.size()), &count, work.data(), tables);
     return status == zebStsWarnLinesTruncated ? ZebStatus(zebStsOk) : status;
   });
-  drawn = colored(photo);
-  for (int i = 0; i < count; ++i)
-    draw(drawn, segments[i].x, segments[i].y, segments[i].width, segments[i].height, green);
+  drawn = backdrop(photo);
+  for (int i = 0; i < count; ++i) {
+    const auto [x0, y0, x1, y1] = segments[i];  // the two ends
+    support::drawLine(drawn, static_cast<float>(x0), static_cast<float>(y0), static_cast<float>(x1),
+                      static_cast<float>(y1), green);
+  }
   gallery.add(drawn, format("%d segments of the probabilistic transform", count), probabilistic);
 }
 
@@ -102,10 +91,9 @@ void showPeaks(const Picture& photo, Gallery& gallery) {
     return zebiFindPeaks3x3_32f_C1R(response.data(), 4 * w, photo.size(), 0.01f * largest, peaks.data(),
                                     static_cast<int>(peaks.size()), &count, zebiNormInf, 3, scratch.data());
   });
-  Picture drawn = colored(photo);
+  Picture drawn = backdrop(photo);
   for (int i = 0; i < count; ++i)
-    for (int k = -3; k <= 3; ++k)
-      dot(drawn, peaks[i].x + k, peaks[i].y, red), dot(drawn, peaks[i].x, peaks[i].y + k, red);
+    support::drawCross(drawn, static_cast<float>(peaks[i].x), static_cast<float>(peaks[i].y), 3, red);
   gallery.add(drawn, format("%d local peaks of a corner response", count), time);
 }
 

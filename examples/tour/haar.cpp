@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "cascade.h"
+#include "draw.h"
 #include "tour.h"
 
 namespace tour {
@@ -63,9 +64,7 @@ void show(const Scene& scene, Gallery& gallery) {
   cascade::drawObject(marked, 0.12f * w, 0.75f * h, 0.09f * shorter, 0.8f);
   std::mt19937 engine(5);
   const cascade::Search search = cascade::Detector(cascade::train(engine, 8)).find(marked);
-  Picture color(w, h, 3);
-  for (int i = 0; i < w * h; ++i)
-    for (int c = 0; c < 3; ++c) color.pixels[3 * i + c] = marked.pixels[i];
+  Picture color = support::toned(marked);
   for (const auto& d : search.detections) outline(color, d.box);
   std::string left = format("%lld windows", search.left[0]);
   for (size_t i = 1; i < search.left.size(); ++i) left += format(", %lld", search.left[i]);

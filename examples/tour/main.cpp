@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <stdexcept>
 
 #include "page.h"
 #include "tour.h"
@@ -78,10 +77,6 @@ void run(const std::string& photoPath, const std::filesystem::path& out) {
 
 Section::Section(int order, std::string title, void (*show)(const Scene&, Gallery&)) {
   registry().push_back({order, std::move(title), show});
-}
-
-void requireOk(ZebStatus status) {
-  if (status != zebStsOk) throw std::runtime_error(format("a call returned status %d", status));
 }
 
 std::string format(const char* pattern, ...) {

@@ -1,27 +1,13 @@
 // Distances and fills: how far it is to the nearest edge, in several metrics, and what belongs to a region.
 #include <cmath>
 
+#include "colours.h"
 #include "tour.h"
 
 namespace tour {
 namespace {
 
 using support::Picture;
-
-struct Colour {
-  float r, g, b;
-};
-
-// 0 dark blue, over cyan and yellow, 1 red.
-Colour warmth(float t) {
-  const auto hat = [t](float middle) { return std::clamp(1.5f - std::fabs(4 * t - middle), 0.0f, 1.0f); };
-  return {hat(3), hat(2), hat(1)};
-}
-
-void put(Zeb8u* rgb, Colour c, float light) {
-  const float channels[] = {c.r, c.g, c.b};
-  for (int i = 0; i < 3; ++i) rgb[i] = static_cast<Zeb8u>(std::clamp(255 * light * channels[i] + 0.5f, 0.0f, 255.0f));
-}
 
 // Distances from 0 to `reach` as colours, with a darker line every `spacing`.
 template <class T>
@@ -234,9 +220,9 @@ void showFills(const Scene& scene, const Picture& edge, Gallery& gallery) {
     const float d = signedDistance[i];
     const float line = std::fmod(std::fabs(d), 10.0f) < 1.2f ? 0.6f : 1.0f;
     const float t = d > 0 ? d / deepest : -d / radius;
-    const Colour colour = d > 0   ? Colour{1, 0.35f + 0.6f * t, 0.3f * t}
-                          : d < 0 ? Colour{0.25f + 0.6f * t, 0.5f + 0.4f * t, 1}
-                                  : Colour{1, 1, 1};
+    const Rgb colour = d > 0   ? Rgb{1, 0.35f + 0.6f * t, 0.3f * t}
+                       : d < 0 ? Rgb{0.25f + 0.6f * t, 0.5f + 0.4f * t, 1}
+                               : Rgb{1, 1, 1};
     put(&band.pixels[3 * i], colour, d == 0 ? 1.0f : line);
   }
   gallery.add(band,

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "picture.h"
+#include "status.h"
 #include "zebcv.h"
 
 namespace tour {
@@ -55,8 +56,7 @@ struct Section {
   Section(int order, std::string title, void (*show)(const Scene&, Gallery&));
 };
 
-// Throws when a call reports anything but zebStsOk.
-void requireOk(ZebStatus status);
+using support::requireOk;
 
 // Runs the calls once and returns their milliseconds; the status must be zebStsOk.
 template <class F>
