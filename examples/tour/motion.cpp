@@ -164,7 +164,8 @@ void showHistory(const Picture& photo, Gallery& gallery) {
   Picture out = support::toned(frame, 0.45f, 15);
   for (size_t i = 0; i < history.pixels.size(); ++i)
     if (history.pixels[i] > 0)
-      put(&out.pixels[3 * i], warmth(0.9f - 0.8f * (frames - history.pixels[i]) / duration), 0.6f + frame.pixels[i] / 640.0f);
+      put(&out.pixels[3 * i], warmth(0.9f - 0.8f * (frames - history.pixels[i]) / duration),
+          0.6f + frame.pixels[i] / 640.0f);
   gallery.add(out,
               format("When something last moved (UpdateMotionHistory): red now, blue %.0f frames ago; what is older is "
                      "forgotten. Time per frame.",

@@ -1,6 +1,6 @@
 #include "reference/flow.h"
-#include <algorithm>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -8,24 +8,11 @@
 #include "support/compare.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
+#include "tracker.h"
 
 namespace {
 
 using namespace test;
-
-template <class T>
-struct Tracker {
-  ZebStatus (*make)(ZebiOptFlowPyrLKState**, ZebiSize, int, int);
-  ZebStatus (*track)(ZebiPyramid*, ZebiPyramid*, const ZebiPoint_32f*, ZebiPoint_32f*, Zeb8s*, Zeb32f*, int, int, int,
-                     int, Zeb32f, ZebiOptFlowPyrLKState*);
-  ZebStatus (*release)(ZebiOptFlowPyrLKState*);
-};
-const Tracker<Zeb8u> bytes = {zebiOpticalFlowPyrLKInitAlloc_8u_C1R, zebiOpticalFlowPyrLK_8u_C1R,
-                              zebiOpticalFlowPyrLKFree_8u_C1R};
-const Tracker<Zeb16u> words = {zebiOpticalFlowPyrLKInitAlloc_16u_C1R, zebiOpticalFlowPyrLK_16u_C1R,
-                               zebiOpticalFlowPyrLKFree_16u_C1R};
-const Tracker<Zeb32f> floats = {zebiOpticalFlowPyrLKInitAlloc_32f_C1R, zebiOpticalFlowPyrLK_32f_C1R,
-                                zebiOpticalFlowPyrLKFree_32f_C1R};
 
 // A smooth texture, 0..1, whose every level can be computed: waves of several directions.
 double texture(double x, double y) {

@@ -1,7 +1,8 @@
-#include "reference/layers.h"
+#include "layer.h"
 
 #include <limits>
 
+#include "reference/layers.h"
 #include "support/compare.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
@@ -9,22 +10,6 @@
 namespace {
 
 using namespace test;
-
-template <class T, class K, class S>
-struct Layer {
-  const char* name;
-  ZebStatus (*make)(S**, ZebiSize, Zeb32f, const K*, int, int);
-  ZebStatus (*call)(const T*, int, ZebiSize, T*, int, ZebiSize, S*);
-  ZebStatus (*release)(S*);
-  int channels;
-  bool down;
-};
-
-#define LAYER(direction, type, T, K, channels)                                                                 \
-  Layer<T, K, ZebiPyramid##direction##State> {                                                                 \
-#direction " " #type, zebiPyramidLayer##direction##InitAlloc_##type, zebiPyramidLayer##direction##_##type, \
-        zebiPyramidLayer##direction##Free_##type, channels, #direction[0] == 'D'                               \
-  }
 
 template <class F>
 void forEachLayer(F check) {
