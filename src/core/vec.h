@@ -754,6 +754,17 @@ ZEB_INLINE V32f moveUpOneLane(V32f a, const Zeb32f* p) {
   return {_mm256_blend_ps(moved, _mm256_broadcast_ss(p), 1)};
 }
 
+// Lane k takes element index[k], 0 to 15, of the sixteen at p.
+ZEB_INLINE V32f pickOfSixteen(const Zeb32f* p, V32s index) {
+  const V32f low = {_mm256_permutevar8x32_ps(load(p).v, index.v)};
+  const V32f high = {_mm256_permutevar8x32_ps(load(p + 8).v, index.v)};
+  return select(greater(index, splat(7)), high, low);
+}
+// Lane k takes p[index[k]].
+ZEB_INLINE V32f gather(const Zeb32f* p, V32s index) {
+  return {_mm256_i32gather_ps(p, index.v, 4)};
+}
+
 // Eight mask bytes as lanes: all ones where the byte is not zero.
 ZEB_INLINE V32s loadMask(const Zeb8u* p) {
   return greater(loadAs32s(p), splat(0));

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "core/rows.h"
+#include "core/scratch.h"
 #include "core/vec.h"
 #include "filter/border.h"
 #include "motion/pyramid.h"
@@ -118,25 +119,93 @@ inline Place placeAt(double position, int length) {
   return {index, fraction > 0 ? index + 1 : index, fraction};
 }
 
-template <int channels>
-void interpolateRow(const Zeb32f* row, const Place* places, int width, Zeb32f* __restrict out) {
-  for (int x = 0; x < width; ++x) {
-    const Place place = places[x];
-    const Zeb32f* const s = row + place.index * channels;
-    const Zeb32f* const t = row + place.next * channels;
-    for (int c = 0; c < channels; ++c) out[x * channels + c] = fmaf(place.fraction, t[c] - s[c], s[c]);
+// The places of the elements of a row, in blocks of eight: each block with its first element in the source row, from
+// which the others are counted, and whether sixteen elements from there hold them all.
+class RowPlaces {
+ public:
+  static int64_t bytes(int64_t width, int channels) { return 16 * workRow(width * channels); }
+
+  RowPlaces() = default;
+  RowPlaces(Scratch& scratch, int64_t width, int channels) {
+    const int64_t n = workRow(width * channels);
+    index_ = scratch.take<Zeb32s>(n, 4);
+    next_ = scratch.take<Zeb32s>(n, 4);
+    fraction_ = scratch.take<Zeb32f>(n, 4);
+    first_ = scratch.take<Zeb32s>(n / 8, 4);
+    near_ = scratch.take<Zeb32s>(n / 8, 4);
   }
+
+  // Pixel x of width pixels is read at position(x) in a work row of sourceWidth pixels.
+  template <int channels, class Position>
+  void set(int width, int sourceWidth, Position position) {
+    n_ = width * channels;
+    for (int x = 0, i = 0; x < width; ++x) {
+      const Place place = placeAt(position(x), sourceWidth);
+      for (int c = 0; c < channels; ++c, ++i) {
+        index_[i] = place.index * channels + c;
+        next_[i] = place.next * channels + c;
+        fraction_[i] = place.fraction;
+      }
+    }
+    for (int i = n_; i % 8 != 0; ++i) index_[i] = index_[n_ - 1], next_[i] = next_[n_ - 1], fraction_[i] = 0;
+    const int64_t readable = workRow(static_cast<int64_t>(sourceWidth) * channels);
+    for (int i = 0; i < n_; i += 8) {
+      int first = index_[i], last = next_[i];
+      for (int k = i + 1; k < i + 8; ++k) {
+        if (index_[k] < first) first = index_[k];
+        if (next_[k] > last) last = next_[k];
+      }
+      for (int k = i; k < i + 8; ++k) index_[k] -= first, next_[k] -= first;
+      first_[i / 8] = first;
+      near_[i / 8] = last - first < 16 && first <= readable - 16;
+    }
+  }
+
+  // Whole vectors are stored to out.
+  void interpolate(const Zeb32f* row, Zeb32f* out) const {
+    for (int i = 0; i < n_; i += 8) {
+      const Zeb32f* const p = row + first_[i / 8];
+      const V32s index = load(index_ + i), next = load(next_ + i);
+      const bool near = near_[i / 8] != 0;
+      const V32f s = near ? pickOfSixteen(p, index) : gather(p, index);
+      const V32f t = near ? pickOfSixteen(p, next) : gather(p, next);
+      store(out + i, fma(load(fraction_ + i), t - s, s));
+    }
+  }
+
+ private:
+  int n_ = 0;
+  Zeb32s *index_ = nullptr, *next_ = nullptr;  // counted from the block's first
+  Zeb32f* fraction_ = nullptr;
+  Zeb32s *first_ = nullptr, *near_ = nullptr;  // a block's
+};
+
+// Eight elements between those of two work rows.
+ZEB_INLINE V32f between(const Zeb32f* s, const Zeb32f* t, V32f fraction) {
+  const V32f a = load(s);
+  return fma(fraction, load(t) - a, a);
 }
 
+// The first n of eight values as pixels; all of them where n is larger. What is not a number becomes 0.
 template <class T>
-inline T pixelOf(Zeb32f v) {
+ZEB_INLINE void storePixels(T* p, V32f v, int n) {
+  Vec<T> pixels;
   if constexpr (std::is_floating_point_v<T>) {
-    return v;
+    pixels = v;
   } else {
-    const Zeb32f top = std::numeric_limits<T>::max();
-    const Zeb32f low = v > 0 ? v : 0;
-    return static_cast<T>(static_cast<int>((low < top ? low : top) + 0.5f));
+    const V32f top = splat(static_cast<Zeb32f>(std::numeric_limits<T>::max()));
+    const V32s whole = truncateToInt(min(max(v, splat(0.0f)), top) + splat(0.5f));
+    if constexpr (sizeof(T) == 1) {
+      const V16s words = narrowTo16s(whole, whole);
+      pixels = narrowTo8u(words, words);
+    } else {
+      pixels = narrowTo16u(whole, whole);
+    }
   }
+  if (n >= 8)
+    storeN(p, pixels, 8);  // a constant count: one store
+  else
+    storeN(p, pixels, n);
 }
 
 template <class T>

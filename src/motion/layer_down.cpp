@@ -13,7 +13,7 @@ using namespace zeb;
 struct DownRows {
   static int64_t bytes(int64_t width, int kernelSize, int channels) {
     const int64_t bordered = workRow((width + kernelSize) * channels), row = workRow(width * channels);
-    return 4 * (bordered + 3 * row) + width * static_cast<int64_t>(sizeof(Place)) + 64;
+    return 4 * (bordered + 3 * row) + RowPlaces::bytes(width, channels) + 64;
   }
   DownRows(const LayerState& state, int channels) {
     Scratch scratch(state.pWork, bytes(state.maxWidth, state.kernelSize, channels));
@@ -23,18 +23,19 @@ struct DownRows {
     smooth = scratch.take<Zeb32f>(row, 4);
     read[0] = scratch.take<Zeb32f>(row, 4);
     read[1] = scratch.take<Zeb32f>(row, 4);
-    places = scratch.take<Place>(state.maxWidth, 4);
+    places = RowPlaces(scratch, state.maxWidth, channels);
   }
   Zeb32f *bordered, *smooth, *read[2];
-  Place* places;
+  RowPlaces places;
 };
 
 template <class T, int channels>
 void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T> dst, ZebiSize dstSize) {
-  const DownRows work(state, channels);
+  DownRows work(state, channels);
   // Rates that differ from 2 by rounding only take every second sample.
   const double rate = fabs(static_cast<double>(state.rate) - 2) <= 0.00002 ? 2.0 : static_cast<double>(state.rate);
-  for (int x = 0; x < dstSize.width; ++x) work.places[x] = placeAt(rate * x, srcSize.width);
+  work.places.set<channels>(dstSize.width, srcSize.width, [=](int x) { return rate * x; });
+  const int n = dstSize.width * channels;
   int held[2] = {-1, -1};
   const auto row = [&](int y) {
     Zeb32f* const read = work.read[y & 1];
@@ -42,7 +43,7 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
       smoothColumns(
           state, [=](int q) { return src[q]; }, y, srcSize.height, srcSize.width * channels, work.bordered);
       smoothRow<channels>(state, work.bordered, srcSize.width, work.smooth);
-      interpolateRow<channels>(work.smooth, work.places, dstSize.width, read);
+      work.places.interpolate(work.smooth, read);
       held[y & 1] = y;
     }
     return read;
@@ -52,7 +53,7 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
     const Zeb32f* const s = row(place.index);
     const Zeb32f* const t = place.fraction > 0 ? row(place.index + 1) : s;
     T* const out = dst[y];
-    for (int i = 0; i < dstSize.width * channels; ++i) out[i] = pixelOf<T>(fmaf(place.fraction, t[i] - s[i], s[i]));
+    for (int i = 0; i < n; i += 8) storePixels(out + i, between(s + i, t + i, splat(place.fraction)), n - i);
   }
 }
 

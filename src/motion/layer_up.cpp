@@ -22,7 +22,7 @@ class Enlarger {
     const int64_t source = workRow(static_cast<int64_t>(srcSize_.width) * channels);
     // The ring is by far the largest: rows x kernel fits 64 bits.
     return 4 * ((state_.kernelSize + static_cast<int64_t>(3)) * row + bordered + source) +
-           dstSize_.width * static_cast<int64_t>(sizeof(Place)) + 64;
+           RowPlaces::bytes(dstSize_.width, channels) + 64;
   }
 
   void run(Zeb8u* block, Rows<T> dst) {
@@ -37,15 +37,15 @@ class Enlarger {
         scratch.take<Zeb32f>(workRow((static_cast<int64_t>(dstSize_.width) + state_.kernelSize) * channels), 4) +
         static_cast<ptrdiff_t>(state_.reach()) * channels;
     source_ = scratch.take<Zeb32f>(workRow(static_cast<int64_t>(srcSize_.width) * channels), 4);
-    places_ = scratch.take<Place>(dstSize_.width, 4);
-    for (int x = 0; x < dstSize_.width; ++x) places_[x] = placeAt(x / rate(), srcSize_.width);
+    places_ = RowPlaces(scratch, dstSize_.width, channels);
+    places_.set<channels>(dstSize_.width, srcSize_.width, [this](int x) { return x / rate(); });
     int made = 0;
     for (int y = 0; y < dstSize_.height; ++y) {
       for (; made < dstSize_.height && made <= y + state_.reach(); ++made) makeRow(made);
       smoothColumns(
           state_, [this](int q) -> const Zeb32f* { return ringRow(q); }, y, dstSize_.height, n, smooth);
       T* const out = dst[y];
-      for (int i = 0; i < n; ++i) out[i] = pixelOf<T>(smooth[i]);
+      for (int i = 0; i < n; i += 8) storePixels(out + i, load(smooth + i), n - i);
     }
   }
 
@@ -59,7 +59,7 @@ class Enlarger {
     if (held_[y & 1] != y) {
       const T* const row = src_[y];
       for (int i = 0; i < srcSize_.width * channels; ++i) source_[i] = static_cast<Zeb32f>(row[i]);
-      interpolateRow<channels>(source_, places_, dstSize_.width, bordered_);
+      places_.interpolate(source_, bordered_);
       smoothRow<channels>(state_, bordered_, dstSize_.width, read);
       held_[y & 1] = y;
     }
@@ -70,7 +70,7 @@ class Enlarger {
     const Zeb32f* const s = readRow(place.index);
     const Zeb32f* const t = place.fraction > 0 ? readRow(place.index + 1) : s;
     Zeb32f* const out = ringRow(y);
-    for (int i = 0; i < dstSize_.width * channels; ++i) out[i] = fmaf(place.fraction, t[i] - s[i], s[i]);
+    for (int i = 0; i < dstSize_.width * channels; i += 8) store(out + i, between(s + i, t + i, splat(place.fraction)));
   }
 
   const LayerState& state_;
@@ -78,7 +78,7 @@ class Enlarger {
   ZebiSize srcSize_, dstSize_;
   ptrdiff_t stride_ = 0;
   Zeb32f *ring_ = nullptr, *bordered_ = nullptr, *source_ = nullptr, *read_[2] = {};
-  Place* places_ = nullptr;
+  RowPlaces places_;
   int held_[2] = {-1, -1};
 };
 
