@@ -23,9 +23,11 @@ nav a { display: inline-block; margin: 0 1.1rem .3rem 0; color: var(--accent); t
 nav a:hover { text-decoration: underline; }
 section { border-top: 1px solid var(--line); margin-top: 2.5rem; padding-top: 2rem; }
 .figures { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(250px, 100%), 1fr)); gap: 1.2rem; }
+@media (max-width: 560px) { .figures { grid-template-columns: 1fr 1fr; gap: .7rem; } }
 figure { margin: 0; background: var(--card); border: 1px solid var(--line); border-radius: 10px; overflow: hidden; }
 img { display: block; width: 100%; height: auto; border-radius: 8px; }
 figure img { border-radius: 0; }
+.input { border-color: var(--accent); }
 figcaption { padding: .7rem .9rem .9rem; font-size: .9rem; line-height: 1.4; }
 .time { float: right; margin-left: .8rem; color: var(--accent); font-weight: 600; font-variant-numeric: tabular-nums; }
 footer { color: var(--soft); font-size: .85rem; padding: 2.5rem 0; }
@@ -81,7 +83,9 @@ void writePage(const Page& page, const std::string& path) {
   file << "</nav>\n</div>\n" << image(page.photograph, "The photograph") << "\n</header>\n<main>\n";
   for (const PageSection& section : page.sections) {
     file << "<section id=\"" << section.id << "\">\n<h2>" << escaped(section.title) << "</h2>\n<p class=\"about\">"
-         << escaped(section.paragraph) << "</p>\n<div class=\"figures\">\n";
+         << escaped(section.paragraph) << "</p>\n<div class=\"figures\">\n"
+         << "<figure class=\"input\">" << image(page.photograph, "The photograph")
+         << "<figcaption>The photograph.</figcaption></figure>\n";
     for (const Figure& figure : section.figures) {
       file << "<figure>" << image(figure, figure.caption) << "<figcaption>";
       if (figure.milliseconds) file << "<span class=\"time\">" << milliseconds(*figure.milliseconds) << "</span>";
