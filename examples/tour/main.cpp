@@ -4,6 +4,7 @@
 #include <exception>
 #include <filesystem>
 
+#include "html.h"
 #include "page.h"
 #include "tour.h"
 
@@ -30,18 +31,6 @@ Picture fitted(const Picture& picture) {
   return support::scaled(picture, side(picture.width), side(picture.height));
 }
 
-// "Averages and differences" -> "averages-and-differences"
-std::string slug(const std::string& title) {
-  std::string out;
-  for (char c : title) {
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    if (letter) out += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    if (!letter && !out.empty() && out.back() != '-') out += '-';
-  }
-  while (!out.empty() && out.back() == '-') out.pop_back();
-  return out;
-}
-
 void run(const std::string& photoPath, const std::filesystem::path& out) {
   const support::Photograph photo = support::openPhotograph(photoPath);
   Scene scene;
@@ -58,7 +47,7 @@ void run(const std::string& photoPath, const std::filesystem::path& out) {
   for (const Entry& entry : sections) {
     Gallery gallery;
     entry.show(scene, gallery);
-    const std::string id = slug(entry.title);
+    const std::string id = support::slug(entry.title);
     std::printf("\n%s\n", entry.title.c_str());
     int k = 0;
     for (Figure& figure : gallery.figures()) {

@@ -3,58 +3,30 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "html.h"
+
 namespace tour {
 namespace {
 
+using support::escaped;
+
 const char style[] = R"(
-:root { color-scheme: light dark; --paper: #f6f5f1; --ink: #23262b; --soft: #676c75; --card: #fff; --line: #dedbd2;
-        --accent: #0b6b63; }
-@media (prefers-color-scheme: dark) {
-  :root { --paper: #16181b; --ink: #e8e6e1; --soft: #9aa0a8; --card: #1f2226; --line: #33373d; --accent: #5cc7bb; } }
-* { box-sizing: border-box; }
-body { margin: 0; background: var(--paper); color: var(--ink); font: 17px/1.55 system-ui, sans-serif; }
 main, header { max-width: 1180px; margin: auto; padding: 0 clamp(1rem, 4vw, 2.5rem); }
 header { display: grid; grid-template-columns: minmax(0, 1fr) auto; gap: 2rem; align-items: center; padding-top: 2.5rem; }
 header img { width: clamp(110px, 18vw, 200px); }
-h1 { font-size: clamp(2rem, 5vw, 3.2rem); line-height: 1.1; letter-spacing: -.02em; margin: 0 0 .6rem; }
-h2 { font-size: 1.6rem; letter-spacing: -.01em; margin: 0 0 .4rem; }
 header p, .about { color: var(--soft); margin: 0 0 1rem; max-width: 46em; }
-nav a { display: inline-block; margin: 0 1.1rem .3rem 0; color: var(--accent); text-decoration: none; }
-nav a:hover { text-decoration: underline; }
+nav a { display: inline-block; margin: 0 1.1rem .3rem 0; }
 section { border-top: 1px solid var(--line); margin-top: 2.5rem; padding-top: 2rem; }
 .figures { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(250px, 100%), 1fr)); gap: 1.2rem; }
 @media (max-width: 560px) { .figures { grid-template-columns: 1fr 1fr; gap: .7rem; } }
 figure { margin: 0; background: var(--card); border: 1px solid var(--line); border-radius: 10px; overflow: hidden; }
-img { display: block; width: 100%; height: auto; border-radius: 8px; }
+img { border-radius: 8px; }
 figure img { border-radius: 0; }
 .input { border-color: var(--accent); }
 figcaption { padding: .7rem .9rem .9rem; font-size: .9rem; line-height: 1.4; }
 .time { float: right; margin-left: .8rem; color: var(--accent); font-weight: 600; font-variant-numeric: tabular-nums; }
 footer { color: var(--soft); font-size: .85rem; padding: 2.5rem 0; }
 )";
-
-std::string escaped(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      default:
-        out += c;
-    }
-  }
-  return out;
-}
 
 std::string image(const Figure& figure, const std::string& alternative) {
   return format("<a href=\"%s\"><img src=\"%s\" width=\"%d\" height=\"%d\" alt=\"%s\"></a>", figure.file.c_str(),
@@ -72,7 +44,7 @@ void writePage(const Page& page, const std::string& path) {
   std::ofstream file(path);
   file << "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
        << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>zebCV tour</title>\n<style>"
-       << style << "</style>\n</head>\n<body>\n<header>\n<div>\n<h1>zebCV on a photograph</h1>\n"
+       << support::baseStyle << style << "</style>\n</head>\n<body>\n<header>\n<div>\n<h1>zebCV on a photograph</h1>\n"
        << format(
               "<p>Every picture below was made with the library's functions from one photograph of %d &times; %d "
               "pixels. The times "

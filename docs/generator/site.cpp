@@ -1,0 +1,363 @@
+#include "site.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <stdexcept>
+
+#include "html.h"
+
+namespace docs {
+namespace {
+
+namespace fs = std::filesystem;
+using support::escaped;
+
+const char style[] = R"(
+header { border-bottom: 1px solid var(--line); background: var(--card); }
+header nav, main, footer { max-width: 1080px; margin: auto; padding: .8rem clamp(1rem, 4vw, 2.5rem); }
+header a { margin-right: 1.2rem; white-space: nowrap; display: inline-block; }
+header a.here { color: var(--ink); font-weight: 600; }
+main { padding-top: 2rem; overflow-wrap: break-word; }
+main > p, main > ul { max-width: 46em; }
+h1 { font-size: clamp(1.8rem, 5vw, 2.6rem); }
+h2 { margin: 2.4rem 0 .6rem; }
+p.lead { color: var(--soft); font-size: 1.1em; margin-top: 0; }
+pre, .formula { background: var(--card); border: 1px solid var(--line); border-radius: 8px; padding: .8rem 1rem;
+  overflow-x: auto; font-size: .82em; line-height: 1.5; }
+code, pre, .proto { font-family: ui-monospace, "DejaVu Sans Mono", monospace; }
+code { font-size: .88em; }
+.formula { font: 1.05em/1.7 math, "STIX Two Math", "Cambria Math", Georgia, serif; white-space: pre; }
+pre.text { background: none; }
+pre.c { border-left: 3px solid var(--accent); }
+.proto { font-size: .8em; line-height: 1.45; padding: .25rem 0 .25rem 2em; text-indent: -2em; scroll-margin-top: 1rem; }
+.proto:target, pre:target { background: color-mix(in srgb, var(--accent) 18%, transparent); }
+.protos { border-left: 3px solid var(--line); padding-left: 1rem; margin: .8rem 0 1.6rem; }
+.wide { overflow-x: auto; margin: 1rem 0; }
+table { border-collapse: collapse; font-size: .88em; }
+th, td { text-align: left; vertical-align: top; padding: .35rem 1rem .35rem 0; border-bottom: 1px solid var(--line); }
+td a { white-space: nowrap; }
+figure { margin: 1.2rem 0; display: inline-block; max-width: min(100%, 460px); margin-right: 1rem; vertical-align: top; }
+figure img { border-radius: 8px; }
+figcaption { color: var(--soft); font-size: .88em; padding-top: .4rem; }
+.cards { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(250px, 100%), 1fr)); gap: .6rem 1.6rem; }
+.cards p { margin: .3rem 0; }
+footer { color: var(--soft); font-size: .85em; padding: 2rem clamp(1rem, 4vw, 2.5rem); }
+)";
+
+struct Page {
+  std::string id;  // its file is id + ".html"
+  std::string title, summary, body;
+  std::vector<std::string> patterns;  // "zebiAdd*" of its functions
+  std::vector<const Declaration*> functions;
+};
+
+bool matches(const std::string& name, const std::string& pattern) {
+  const bool open = pattern.back() == '*';
+  return open ? name.compare(0, pattern.size() - 1, pattern, 0, pattern.size() - 1) == 0 : name == pattern;
+}
+
+std::vector<std::string> words(const std::string& text) {
+  std::vector<std::string> out;
+  static const std::regex word(R"(\S+)");
+  for (std::sregex_iterator i(text.begin(), text.end(), word), end; i != end; ++i) out.push_back(i->str());
+  return out;
+}
+
+// "# Title", then "functions: pattern..." and "summary: text" where they stand, then the text.
+Page readPage(const fs::path& path) {
+  Page page;
+  page.id = path.stem().string();
+  const std::string text = readFile(path.string());
+  std::smatch m;
+  if (!std::regex_search(text, m, std::regex("^# ([^\n]*)\n(functions: ([^\n]*)\n)?(summary: ([^\n]*)\n)?")))
+    throw std::runtime_error(path.string() + " does not begin with its title");
+  page.title = m[1];
+  page.patterns = words(m[3]);
+  page.summary = m[5];
+  page.body = m.suffix();
+  return page;
+}
+
+std::vector<fs::path> sorted(const std::string& folder, const std::string& extension) {
+  std::vector<fs::path> out;
+  for (const auto& entry : fs::directory_iterator(folder))
+    if (entry.path().extension() == extension) out.push_back(entry.path());
+  std::sort(out.begin(), out.end());
+  return out;
+}
+
+class Site {
+ public:
+  explicit Site(const Sources& sources) : sources_(sources) {
+    hooks_.address = [this](const std::string& name) { return address(name); };
+    hooks_.figure = [this](const std::string& caption, const std::string& section) { return figure(caption, section); };
+    for (const fs::path& path : sorted(sources.include + "/zebcv", ".h")) headers_.push_back(readHeader(path.string()));
+    headers_.push_back(readHeader(sources.include + "/zebcore.h"));
+    for (const fs::path& path : sorted(sources.docs + "/families", ".md")) families_.push_back(readPage(path));
+    for (const Header& header : headers_) index(header);
+    tourPage_ = readFile(sources.tour + "/index.html");
+    fs::create_directories(sources.out);
+  }
+
+  std::vector<std::string> write() {
+    assignFamilies();
+    for (const Page& family : families_) writeFamily(family);
+    for (const Header& header : headers_) writeReference(header);
+    writeFunctions();
+    for (const fs::path& path : sorted(sources_.docs + "/pages", ".md")) writePlain(readPage(path));
+    return problems_;
+  }
+
+ private:
+  static std::string referencePage(const Header& header) {
+    return "ref-" + fs::path(header.file).stem().string() + ".html";
+  }
+
+  void problem(const std::string& text) { problems_.push_back(place_.empty() ? text : place_ + ": " + text); }
+
+  void index(const Header& header) {
+    for (const Piece& piece : header.pieces)
+      for (const Declaration& d : piece.declared) {
+        if (!d.name.empty()) addresses_[d.name] = referencePage(header) + "#" + d.name;
+        if (d.function) documented(d);
+        if (d.function && header.file != "zebcore.h") functions_[d.name] = &d;
+      }
+    // Enumerators, whose list stands in one piece.
+    for (const auto& [name, meaning] : binaryInterface({header}))
+      if (!addresses_.count(name)) addresses_[name] = referencePage(header) + "#" + name;
+  }
+
+  void documented(const Declaration& d) {
+    if (d.comment.empty()) problem(d.name + " has no documentation");
+    if (d.returnsStatus && (d.comment + d.group).find("zebSts") == std::string::npos)
+      problem("the documentation of " + d.name + " does not tell its status codes");
+  }
+
+  // A name, or the part that the names of several functions begin with.
+  std::string address(const std::string& name) {
+    const auto exact = addresses_.find(name);
+    if (exact != addresses_.end()) return exact->second == here_ + "#" + name ? "" : exact->second;
+    const auto first = addresses_.lower_bound(name);
+    if (first != addresses_.end() && first->first.compare(0, name.size(), name) == 0) return first->second;
+    static const std::set<std::string> others = {"zebcv", "zebcore", "zebcvConfig", "zebcv_docs"};
+    if (!others.count(name)) problem(name + " is no function, type or constant");
+    return "";
+  }
+
+  // The picture of a section of the tour whose caption begins so, with its whole caption.
+  std::string figure(const std::string& caption, const std::string& section) {
+    const std::string mark = "src=\"" + section + "-";
+    for (size_t at = tourPage_.find(mark); at != std::string::npos; at = tourPage_.find(mark, at + 1)) {
+      const std::string file = tourPage_.substr(at + 5, tourPage_.find('"', at + 5) - at - 5);
+      std::string text = tourPage_.substr(at, tourPage_.find("</figcaption>", at) - at);
+      text = text.substr(text.find("<figcaption>") + 12);
+      if (text.rfind("<span", 0) == 0) text = text.substr(text.find("</span>") + 7);
+      if (text.rfind(escaped(caption), 0) != 0) continue;
+      fs::copy_file(fs::path(sources_.tour) / file, fs::path(sources_.out) / file,
+                    fs::copy_options::overwrite_existing);
+      return "<figure><img src=\"" + file + "\" alt=\"" + text + "\"><figcaption>" + text + "</figcaption></figure>\n";
+    }
+    problem("the tour's section \"" + section + "\" has no picture \"" + caption + "\"");
+    return "";
+  }
+
+  void assignFamilies() {
+    for (const auto& [name, d] : functions_) {
+      std::string owners;
+      for (Page& family : families_)
+        for (const std::string& pattern : family.patterns)
+          if (matches(name, pattern)) {
+            family.functions.push_back(d);
+            owners += " " + family.id;
+          }
+      if (words(owners).size() != 1)
+        problem(name + (owners.empty() ? " is in no family" : " is in several families:" + owners));
+    }
+    for (const Page& family : families_)
+      for (const std::string& pattern : family.patterns)
+        if (std::none_of(functions_.begin(), functions_.end(),
+                         [&](const auto& f) { return matches(f.first, pattern); }))
+          problem(family.id + ".md: no function " + pattern);
+  }
+
+  // Rows are the stems, columns the source types that the family has.
+  std::string shapes(const Page& family) {
+    static const std::vector<std::string> types = {"1u", "8u", "8s", "16u", "16s", "32s", "32f", "64f"};
+    std::map<std::string, std::map<std::string, std::string>> rows;
+    std::set<std::string> used;
+    for (const Declaration* d : family.functions) {
+      const Shape shape(d->name);
+      used.insert(shape.source);
+      const std::string text = (shape.others.empty() ? "" : "→" + shape.others + " ") + shape.descriptor;
+      rows[shape.stem][shape.source] += "<a href=\"" + addresses_[d->name] + "\" title=\"" + d->name + "\">" +
+                                        (text.empty() ? "yes" : text) + "</a><br>";
+    }
+    std::string out = "<div class=\"wide\"><table><thead><tr><th>function</th>";
+    for (const std::string& type : types)
+      if (used.count(type)) out += "<th>" + type + "</th>";
+    out += used.count("") ? "<th>any</th></tr></thead>\n" : "</tr></thead>\n";
+    for (auto& [stem, cells] : rows) {
+      out += "<tr><td><code>" + stem + "</code></td>";
+      for (const std::string& type : types)
+        if (used.count(type)) out += "<td>" + cells[type] + "</td>";
+      out += (used.count("") ? "<td>" + cells[""] + "</td>" : "") + "</tr>\n";
+    }
+    return out + "</table></div>\n";
+  }
+
+  void writeFamily(const Page& family) {
+    place_ = family.id + ".md";
+    for (const char* language : {"formula", "c"})
+      if (fenced(family.body, language).empty()) problem("no block of " + std::string(language));
+    const std::string body = block(family.body, hooks_);
+    if (body.find("<img ") == std::string::npos) problem("no picture");
+    save("family-" + family.id + ".html", "Families", family.title,
+         "<p class=\"lead\">" + escaped(family.summary) + "</p>\n" + body + "<h2>Functions</h2>\n" + shapes(family));
+  }
+
+  // Declarations of functions as lines to link to, all others as they stand in the header.
+  std::string declared(const std::vector<Declaration>& list) {
+    std::string out, open;
+    const auto kind = [&](const std::string& wanted) {
+      if (open == wanted) return;
+      out += open.empty() ? "" : "</div>\n";
+      out += wanted.empty() ? "" : "<div class=\"" + wanted + "\">\n";
+      open = wanted;
+    };
+    for (const Declaration& d : list) {
+      kind(d.function ? "protos" : "types");
+      const std::string id = d.name.empty() ? "" : " id=\"" + d.name + "\"";
+      std::string text = code(d.function ? std::regex_replace(d.text, std::regex("\\s+"), " ") : d.text, hooks_);
+      for (std::smatch m; d.name.empty() && std::regex_search(text, m, std::regex("([ ])(zeb\\w+) ="));)
+        text = m.prefix().str() + "<b id=\"" + m[2].str() + "\">" + m[2].str() + "</b> =" + m.suffix().str();
+      out += d.function ? "<div class=\"proto\"" + id + ">" + text + "</div>\n" : "<pre" + id + ">" + text + "</pre>\n";
+    }
+    kind("");
+    return out;
+  }
+
+  void writeReference(const Header& header) {
+    here_ = referencePage(header);
+    place_ = header.file;
+    std::string contents, body;
+    for (const Piece& piece : header.pieces) {
+      if (piece.kind == Piece::heading) {
+        const std::string id = support::slug(piece.text);
+        contents += "<p><a href=\"#" + id + "\">" + escaped(piece.text) + "</a></p>";
+        body += "<h2 id=\"" + id + "\">" + escaped(piece.text) + "</h2>\n";
+      }
+      if (piece.kind == Piece::comment) body += block(piece.text, hooks_);
+      body += declared(piece.declared);
+    }
+    save(here_, "Reference", "<code>" + header.file + "</code>",
+         "<p class=\"lead\">" + escaped(header.title) + "</p>\n" + block(header.about, hooks_) +
+             (contents.empty() ? "" : "<div class=\"cards\">" + contents + "</div>\n") + body);
+    here_.clear();
+  }
+
+  void writeFunctions() {
+    place_ = "functions";
+    std::string body =
+        "<p class=\"lead\">" + std::to_string(functions_.size()) +
+        " functions by the type of their source and the number of channels.</p>\n"
+        "<p>C1, C3, C4: interleaved channels. R: on a region. I: in place. M: under a mask. Sfs: with a scale "
+        "factor. An arrow leads to the types that differ from the source's.</p>\n";
+    for (const Page& family : families_)
+      body += "<h2><a href=\"family-" + family.id + ".html\">" + escaped(family.title) + "</a></h2>\n" + shapes(family);
+    save("functions.html", "Functions", "Functions, types, channels", body);
+  }
+
+  std::string cards(const std::string& list) {
+    std::string out = "<div class=\"cards\">\n";
+    if (list == "families")
+      for (const Page& one : families_)
+        out += "<p><a href=\"family-" + one.id + ".html\">" + escaped(one.title) + "</a><br>" + escaped(one.summary) +
+               "</p>\n";
+    else
+      for (const Header& one : headers_)
+        out += "<p><a href=\"" + referencePage(one) + "\"><code>" + one.file + "</code></a><br>" + escaped(one.title) +
+               "</p>\n";
+    return out + "</div>\n";
+  }
+
+  void writePlain(const Page& page) {
+    place_ = page.id + ".md";
+    if (page.id == "guarantees") checkTests(page.body);
+    std::string body = block(page.body, hooks_);
+    for (const char* list : {"families", "headers"}) {
+      const std::string mark = "<p>{{" + std::string(list) + "}}</p>";
+      const size_t at = body.find(mark);
+      if (at != std::string::npos) body.replace(at, mark.size(), cards(list));
+    }
+    save(page.id + ".html", page.title, page.title, "<p class=\"lead\">" + escaped(page.summary) + "</p>\n" + body);
+  }
+
+  // Every row of the table ends with the names of the tests that hold it.
+  void checkTests(const std::string& text) {
+    size_t rows = 0;
+    for (const std::string& row : splitLines(text)) {
+      if (row.empty() || row[0] != '|' || row[1] == '-' || row.rfind("| guarantee", 0) == 0) continue;
+      ++rows;
+      const std::string last = row.substr(row.rfind('|', row.size() - 2));
+      static const std::regex quoted("`([^`]+)`");
+      std::sregex_iterator name(last.begin(), last.end(), quoted), end;
+      if (name == end) problem("no test holds: " + row);
+      for (; name != end; ++name)
+        if (sources_.tests && !sources_.tests->count((*name)[1])) problem("there is no test " + (*name)[1].str());
+    }
+    if (rows == 0) problem("no guarantees");
+  }
+
+  void save(const std::string& file, const std::string& section, const std::string& title, const std::string& body) {
+    static const std::vector<std::pair<std::string, std::string>> places = {
+        {"Start", "index.html"},         {"Families", "families.html"},     {"Functions", "functions.html"},
+        {"Reference", "reference.html"}, {"Guarantees", "guarantees.html"}, {"Compatibility", "compatibility.html"}};
+    std::string nav;
+    for (const auto& [name, target] : places) {
+      const bool here = target == file || name == section;
+      nav += std::string("<a") + (here ? " class=\"here\"" : "") + " href=\"" + target + "\">" + name + "</a>";
+    }
+    const std::string plain = std::regex_replace(title, std::regex("<[^>]*>"), "");
+    std::ofstream out(fs::path(sources_.out) / file);
+    out << "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" << plain
+        << " - zebCV</title>\n<link rel=\"stylesheet\" href=\"style.css\">\n</head>\n<body>\n<header><nav>" << nav
+        << "</nav></header>\n<main>\n<h1>" << title << "</h1>\n"
+        << body << "</main>\n<footer>zebCV " << ZEBCV_VERSION << "</footer>\n</body>\n</html>\n";
+    std::ofstream(fs::path(sources_.out) / "style.css") << support::baseStyle << style;
+    out.close();
+    if (!out) throw std::runtime_error("cannot write " + file);
+  }
+
+  const Sources& sources_;
+  Hooks hooks_;
+  std::vector<Header> headers_;
+  std::vector<Page> families_;
+  std::map<std::string, const Declaration*> functions_;
+  std::map<std::string, std::string> addresses_;
+  std::string tourPage_, here_, place_;
+  std::vector<std::string> problems_;
+};
+
+}  // namespace
+
+Shape::Shape(const std::string& name) {
+  static const std::regex typed(R"((.*)_(\d+[usf])((?:\d+[usf])*)(?:_(C\d\w*))?)");
+  std::smatch m;
+  if (!std::regex_match(name, m, typed)) {
+    stem = name;
+    return;
+  }
+  stem = m[1];
+  source = m[2];
+  others = m[3];
+  descriptor = m[4];
+}
+
+std::vector<std::string> writeSite(const Sources& sources) {
+  return Site(sources).write();
+}
+
+}  // namespace docs
