@@ -8,7 +8,7 @@ PHOTO ?=
 BENCH ?= --sizes
 FUZZ_SECONDS ?= 30
 
-.PHONY: all setup demo test bench sanitize clang debug fuzz install package baseline format format-check clean
+.PHONY: all setup demo docs test bench sanitize clang debug fuzz install package baseline format format-check clean
 
 all: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
@@ -24,6 +24,9 @@ setup:
 demo: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv tour
 	@build/release/bin/tour $(PHOTO)
+
+docs: build/release/CMakeCache.txt
+	@cmake --build build/release -j$(JOBS) --target docs
 
 test: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS)

@@ -111,7 +111,7 @@ class Blocks {
   }
 
   void table() {
-    out_ += "<div class=\"wide\"><table>\n<thead>" + tableRow(lines_[at_], "th", hooks_) + "</thead>\n";
+    out_ += "<div class=\"wide said\"><table>\n<thead>" + tableRow(lines_[at_], "th", hooks_) + "</thead>\n";
     for (at_ += 2; at_ < lines_.size() && startsWith(lines_[at_], "|"); ++at_)
       out_ += tableRow(lines_[at_], "td", hooks_);
     out_ += "</table></div>\n";

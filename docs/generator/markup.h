@@ -1,7 +1,7 @@
 // Turns the text of header comments and of pages into HTML.
 //
 // Blocks: paragraphs, "## headings", "- lists", | tables |, indented or fenced text (```c, ```sh, ```text, ```formula)
-// and pictures, ![beginning of the caption](section). Inside a line: `code`, **strong**, [text](address). The names of
+// and pictures, ![words of the caption](section). Inside a line: `code`, **strong**, [text](address). The names of
 // functions, types and constants become links by themselves.
 #pragma once
 

@@ -38,6 +38,11 @@ pre.c { border-left: 3px solid var(--accent); }
 table { border-collapse: collapse; font-size: .88em; }
 th, td { text-align: left; vertical-align: top; padding: .35rem 1rem .35rem 0; border-bottom: 1px solid var(--line); }
 td a { white-space: nowrap; }
+.said td:first-child { font-weight: 600; min-width: 9em; }
+@media (max-width: 720px) {
+  .said thead { display: none; }
+  .said td { display: block; border: 0; padding: .15rem 0; }
+  .said tr { display: block; border-bottom: 1px solid var(--line); padding: .5rem 0; } }
 figure { margin: 1.2rem 0; display: inline-block; max-width: min(100%, 460px); margin-right: 1rem; vertical-align: top; }
 figure img { border-radius: 8px; }
 figcaption { color: var(--soft); font-size: .88em; padding-top: .4rem; }
@@ -96,6 +101,7 @@ class Site {
     for (const fs::path& path : sorted(sources.include + "/zebcv", ".h")) headers_.push_back(readHeader(path.string()));
     headers_.push_back(readHeader(sources.include + "/zebcore.h"));
     for (const fs::path& path : sorted(sources.docs + "/families", ".md")) families_.push_back(readPage(path));
+    for (const fs::path& path : sorted(sources.docs + "/pages", ".md")) pages_.push_back(readPage(path));
     for (const Header& header : headers_) index(header);
     tourPage_ = readFile(sources.tour + "/index.html");
     fs::create_directories(sources.out);
@@ -106,7 +112,7 @@ class Site {
     for (const Page& family : families_) writeFamily(family);
     for (const Header& header : headers_) writeReference(header);
     writeFunctions();
-    for (const fs::path& path : sorted(sources_.docs + "/pages", ".md")) writePlain(readPage(path));
+    for (const Page& page : pages_) writePlain(page);
     return problems_;
   }
 
@@ -122,7 +128,10 @@ class Site {
       for (const Declaration& d : piece.declared) {
         if (!d.name.empty()) addresses_[d.name] = referencePage(header) + "#" + d.name;
         if (d.function) documented(d);
-        if (d.function && header.file != "zebcore.h") functions_[d.name] = &d;
+        if (d.function && header.file != "zebcore.h") {
+          functions_[d.name] = &d;
+          order_.emplace(d.name, order_.size());
+        }
       }
     // Enumerators, whose list stands in one piece.
     for (const auto& [name, meaning] : binaryInterface({header}))
@@ -139,14 +148,15 @@ class Site {
   std::string address(const std::string& name) {
     const auto exact = addresses_.find(name);
     if (exact != addresses_.end()) return exact->second == here_ + "#" + name ? "" : exact->second;
+    static const std::set<std::string> others = {"zebCV", "zebcv", "zebcore"};
+    if (others.count(name)) return "";
     const auto first = addresses_.lower_bound(name);
     if (first != addresses_.end() && first->first.compare(0, name.size(), name) == 0) return first->second;
-    static const std::set<std::string> others = {"zebcv", "zebcore", "zebcvConfig", "zebcv_docs"};
-    if (!others.count(name)) problem(name + " is no function, type or constant");
+    problem(name + " is no function, type or constant");
     return "";
   }
 
-  // The picture of a section of the tour whose caption begins so, with its whole caption.
+  // The picture of a section of the tour whose caption holds these words, with its whole caption.
   std::string figure(const std::string& caption, const std::string& section) {
     const std::string mark = "src=\"" + section + "-";
     for (size_t at = tourPage_.find(mark); at != std::string::npos; at = tourPage_.find(mark, at + 1)) {
@@ -154,7 +164,7 @@ class Site {
       std::string text = tourPage_.substr(at, tourPage_.find("</figcaption>", at) - at);
       text = text.substr(text.find("<figcaption>") + 12);
       if (text.rfind("<span", 0) == 0) text = text.substr(text.find("</span>") + 7);
-      if (text.rfind(escaped(caption), 0) != 0) continue;
+      if (text.find(escaped(caption)) == std::string::npos) continue;
       fs::copy_file(fs::path(sources_.tour) / file, fs::path(sources_.out) / file,
                     fs::copy_options::overwrite_existing);
       return "<figure><img src=\"" + file + "\" alt=\"" + text + "\"><figcaption>" + text + "</figcaption></figure>\n";
@@ -163,23 +173,40 @@ class Site {
     return "";
   }
 
+  // Every function is on exactly one page.
   void assignFamilies() {
+    std::set<std::string> unused;
+    for (const auto& list : {families_, pages_})
+      for (const Page& page : list)
+        for (const std::string& pattern : page.patterns) unused.insert(page.id + ".md: no function " + pattern);
     for (const auto& [name, d] : functions_) {
       std::string owners;
-      for (Page& family : families_)
-        for (const std::string& pattern : family.patterns)
-          if (matches(name, pattern)) {
-            family.functions.push_back(d);
-            owners += " " + family.id;
+      for (std::vector<Page>* list : {&families_, &pages_})
+        for (Page& page : *list)
+          for (const std::string& pattern : page.patterns) {
+            if (!matches(name, pattern)) continue;
+            page.functions.push_back(d);
+            owners += " " + page.id;
+            unused.erase(page.id + ".md: no function " + pattern);
           }
       if (words(owners).size() != 1)
-        problem(name + (owners.empty() ? " is in no family" : " is in several families:" + owners));
+        problem(name + (owners.empty() ? " is on no page" : " is on several pages:" + owners));
     }
-    for (const Page& family : families_)
-      for (const std::string& pattern : family.patterns)
-        if (std::none_of(functions_.begin(), functions_.end(),
-                         [&](const auto& f) { return matches(f.first, pattern); }))
-          problem(family.id + ".md: no function " + pattern);
+    for (const std::string& pattern : unused) problem(pattern);
+    // Pages in the order in which the headers declare their first functions.
+    const auto place = [this](const Page& page) {
+      size_t first = order_.size();
+      for (const Declaration* d : page.functions) first = std::min(first, order_[d->name]);
+      return first;
+    };
+    std::stable_sort(families_.begin(), families_.end(),
+                     [&](const Page& a, const Page& b) { return place(a) < place(b); });
+  }
+
+  // A stem is a name itself where a function has no type.
+  std::string linkedStem(const std::string& stem) {
+    const auto found = functions_.find(stem);
+    return found == functions_.end() ? stem : "<a href=\"" + addresses_[stem] + "\">" + stem + "</a>";
   }
 
   // Rows are the stems, columns the source types that the family has.
@@ -189,6 +216,10 @@ class Site {
     std::set<std::string> used;
     for (const Declaration* d : family.functions) {
       const Shape shape(d->name);
+      if (shape.source.empty()) {
+        rows[shape.stem];
+        continue;
+      }
       used.insert(shape.source);
       const std::string text = (shape.others.empty() ? "" : "→" + shape.others + " ") + shape.descriptor;
       rows[shape.stem][shape.source] += "<a href=\"" + addresses_[d->name] + "\" title=\"" + d->name + "\">" +
@@ -197,12 +228,12 @@ class Site {
     std::string out = "<div class=\"wide\"><table><thead><tr><th>function</th>";
     for (const std::string& type : types)
       if (used.count(type)) out += "<th>" + type + "</th>";
-    out += used.count("") ? "<th>any</th></tr></thead>\n" : "</tr></thead>\n";
+    out += "</tr></thead>\n";
     for (auto& [stem, cells] : rows) {
-      out += "<tr><td><code>" + stem + "</code></td>";
+      out += "<tr><td><code>" + linkedStem(stem) + "</code></td>";
       for (const std::string& type : types)
         if (used.count(type)) out += "<td>" + cells[type] + "</td>";
-      out += (used.count("") ? "<td>" + cells[""] + "</td>" : "") + "</tr>\n";
+      out += "</tr>\n";
     }
     return out + "</table></div>\n";
   }
@@ -334,8 +365,9 @@ class Site {
   const Sources& sources_;
   Hooks hooks_;
   std::vector<Header> headers_;
-  std::vector<Page> families_;
+  std::vector<Page> families_, pages_;
   std::map<std::string, const Declaration*> functions_;
+  std::map<std::string, size_t> order_;
   std::map<std::string, std::string> addresses_;
   std::string tourPage_, here_, place_;
   std::vector<std::string> problems_;

@@ -7,6 +7,17 @@
 namespace tour {
 namespace {
 
+// The left half of one picture and the right half of the other, with a line between them.
+Picture halves(const Picture& left, const Picture& right) {
+  Picture out = left;
+  const int middle = out.width / 2;
+  for (int y = 0; y < out.height; ++y) {
+    std::copy(right.at(middle, y), right.at(0, y) + right.step(), out.at(middle, y));
+    std::fill_n(out.at(middle - 1, y), 2 * out.channels, Zeb8u{255});
+  }
+  return out;
+}
+
 // Every pixel within the radius.
 struct Disc {
   explicit Disc(int radius) : size{2 * radius + 1, 2 * radius + 1}, mask(static_cast<size_t>(size.width) * size.width) {
@@ -71,6 +82,46 @@ void showPhotograph(const Scene& scene, Gallery& gallery) {
   picture = thin.run(zebiMorphGradientBorder_8u_C1R, scene.gray, &ms);
   for (Zeb8u& v : picture.pixels) v = static_cast<Zeb8u>(std::min(255, 2 * v));
   gallery.add(picture, "Gradient with a square of nine pixels, twice as bright: edges of every direction.", ms);
+}
+
+// Erosion and dilation with a disc, then with a ball that has a height at every position.
+void showBoth(const Scene& scene, Gallery& gallery) {
+  constexpr int radius = 5;
+  const Disc disc(radius);
+  const Picture& gray = scene.gray;
+  int stateBytes = 0, scratchBytes = 0;
+  requireOk(zebiMorphologyBorderGetSize_8u_C1R(gray.width, disc.size, &stateBytes, &scratchBytes));
+  std::vector<Zeb8u> memory(static_cast<size_t>(stateBytes)), scratch(static_cast<size_t>(scratchBytes));
+  auto* state = reinterpret_cast<ZebiMorphState*>(memory.data());
+  requireOk(zebiMorphologyBorderInit_8u_C1R(gray.width, disc.mask.data(), disc.size, state, scratch.data()));
+  Picture eroded = gray, dilated = gray;
+  const auto flat = [&](auto call, Picture& out) {
+    return bestTime([&] {
+      return call(gray.pixels.data(), gray.step(), out.pixels.data(), out.step(), gray.size(), zebBorderRepl, 0, state,
+                  scratch.data());
+    });
+  };
+  double ms = flat(zebiErodeBorder_8u_C1R, eroded) + flat(zebiDilateBorder_8u_C1R, dilated);
+  gallery.add(halves(eroded, dilated), format("Erosion, left, and dilation, right, with a disc of radius %d.", radius),
+              ms);
+
+  std::vector<Zeb32s> ball(disc.mask.size());
+  for (size_t i = 0; i < ball.size(); ++i) {
+    const int x = static_cast<int>(i) % disc.size.width - radius, y = static_cast<int>(i) / disc.size.width - radius;
+    ball[i] = -6 * (x * x + y * y);
+  }
+  ZebiMorphGrayState* heights = nullptr;
+  requireOk(zebiMorphGrayInitAlloc_8u_C1R(&heights, gray.size(), ball.data(), disc.size, disc.centre()));
+  const auto rolling = [&](auto call, Picture& out) {
+    return timed([&] {
+      return call(gray.pixels.data(), gray.step(), out.pixels.data(), out.step(), gray.size(), zebBorderRepl, heights);
+    });
+  };
+  ms = rolling(zebiGrayErodeBorder_8u_C1R, eroded) + rolling(zebiGrayDilateBorder_8u_C1R, dilated);
+  requireOk(zebiMorphGrayFree_8u_C1R(heights));
+  gallery.add(halves(eroded, dilated),
+              "Grayscale erosion, left, and dilation, right: a paraboloid of the same width rolls below and above.",
+              ms);
 }
 
 // Seven rows of five pixels a letter.
@@ -139,6 +190,7 @@ void show(const Scene& scene, Gallery& gallery) {
       "Erosion and dilation take the darkest and the brightest pixel under an element. One after the other they "
       "remove what the element does not fit into and keep the rest as it was; what they removed is the hat, and "
       "their difference the gradient.");
+  showBoth(scene, gallery);
   showPhotograph(scene, gallery);
   showPage(gallery);
 }

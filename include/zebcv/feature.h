@@ -98,7 +98,11 @@ ZebStatus zebiApplyHaarClassifier_32s_C1RSfs(const Zeb32s* pSrc, int srcStep, co
                                              Zeb8u* pMask, int maskStep, ZebiSize roiSize, int* pPositive,
                                              Zeb32s threshold, const ZebiHaarClassifier* pState, int scaleFactor);
 
-/** The same for stages that mix upright and tilted classifiers: pTilt is the tilted table, addressed alike. */
+/**
+ * The same for stages that mix upright and tilted classifiers: pTilt is the tilted table, addressed alike.
+ *
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrMemAlloc.
+ */
 ZebStatus zebiApplyMixedHaarClassifier_32f_C1R(const Zeb32f* pSrc, int srcStep, const Zeb32f* pTilt, int tiltStep,
                                                const Zeb32f* pNorm, int normStep, Zeb8u* pMask, int maskStep,
                                                ZebiSize roiSize, int* pPositive, Zeb32f threshold,

@@ -1,0 +1,13 @@
+# Fails when the page does not hold the source of the program, or what the program prints.
+file(READ ${PAGE} page)
+file(READ ${SOURCE} source)
+execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
+if(printed STREQUAL "")
+  message(FATAL_ERROR "${PROGRAM} prints nothing")
+endif()
+foreach(text source printed)
+  string(FIND "${page}" "${${text}}" place)
+  if(place EQUAL -1)
+    message(FATAL_ERROR "${PAGE} does not show this ${text}:\n${${text}}")
+  endif()
+endforeach()
