@@ -41,7 +41,9 @@ td a { white-space: nowrap; }
 .said td:first-child { font-weight: 600; min-width: 9em; }
 @media (max-width: 720px) {
   .said thead { display: none; }
-  .said td { display: block; border: 0; padding: .15rem 0; }
+  .said code { overflow-wrap: anywhere; }
+  .said table, .said tbody, .said td { display: block; }
+  .said td { border: 0; padding: .15rem 0; }
   .said tr { display: block; border-bottom: 1px solid var(--line); padding: .5rem 0; } }
 figure { margin: 1.2rem 0; display: inline-block; max-width: min(100%, 460px); margin-right: 1rem; vertical-align: top; }
 figure img { border-radius: 8px; }
