@@ -6,6 +6,7 @@
 
 #include <string.h>
 
+#include <cmath>
 #include <optional>
 
 #include "support/image.h"
@@ -78,6 +79,16 @@ class Choice {
     } else {
       for (T& v : p.data) v = raw<T>();
     }
+    return p;
+  }
+
+  // The same without infinities and values that are not numbers.
+  template <class T>
+  ref::Plane<T> numbers(int width, int height, int channels = 1) {
+    ref::Plane<T> p = plane<T>(width, height, channels);
+    if constexpr (std::is_floating_point_v<T>)
+      for (T& v : p.data)
+        if (!std::isfinite(v)) v = T(1);
     return p;
   }
 

@@ -12,7 +12,6 @@
 
 #include <immintrin.h>
 
-#include <functional>
 #include <tuple>
 #include <type_traits>
 
@@ -23,6 +22,8 @@
 #define FUNCTION(name) ::fuzz::Function(#name, name)
 
 namespace fuzz {
+
+using test::agree;
 
 // An argument that is not to be spoiled: any value is allowed, or no check is made.
 template <class T>
@@ -65,10 +66,67 @@ inline uint32_t controlWords() {
   return (_mm_getcsr() & ~0x3Fu) << 16 | x87;
 }
 
-template <class... A>
-class Function {
+// One argument, and what spoils it.
+struct Fault {
+  const char* label;
+  void* argument;
+  size_t size;
+  Zeb8u bad[sizeof(ZebiRect)];
+};
+
+// The arguments of one call without their types: the faults that may be planted, the single values that it may write.
+class Probe {
  public:
-  Function(const char* name, ZebStatus (*function)(A...)) : name_(name), function_(function) {}
+  template <class T>
+  void fault(const char* label, T& argument, const T& bad) {
+    static_assert(sizeof(T) <= sizeof(Fault::bad), "arguments are small");
+    Fault f = {label, &argument, sizeof(T), {}};
+    memcpy(f.bad, &bad, sizeof(T));
+    faults_.push_back(f);
+  }
+  void output(const void* at, size_t size) {
+    const auto* bytes = static_cast<const Zeb8u*>(at);
+    outputs_.push_back({bytes, {bytes, bytes + size}});
+  }
+
+  // Plants one of the faults and returns its label; null when there is none.
+  const char* plant(Choice& c) const;
+  // No guarded byte and no output has changed since the outputs were told.
+  bool nothingWritten() const;
+
+ private:
+  struct Output {
+    const Zeb8u* at;
+    std::vector<Zeb8u> before;
+  };
+  std::vector<Fault> faults_;
+  std::vector<Output> outputs_;
+  const uint64_t digest_ = test::GuardedBytes::digestOfAll();
+};
+
+// What all functions have in common.
+class Named {
+ public:
+  explicit Named(const char* name) : name_(name) {}
+  const char* name() const { return name_; }
+
+ protected:
+  void expect(ZebStatus want, ZebStatus got, const char* what) const;
+  void expectRefusal(const Probe& probe, ZebStatus status, const char* label) const;
+  // A valid call has ended well: notes it, showing the size of the region or not.
+  void note(bool showsSize, int allocations) const;
+  bool failsAllocations() const;
+  // After a call whose k-th allocation was to fail: whether it did, and was answered as it must be.
+  bool allocationRefused(const Probe& probe, ZebStatus status, int liveBefore) const;
+
+ private:
+  const char* name_;
+};
+
+template <class... A>
+class Function : public Named {
+ public:
+  Function(const char* name, ZebStatus (*function)(A...)) : Named(name), function_(function) {}
 
   // A valid call, perhaps after a spoiled one.
   template <class... V>
@@ -83,19 +141,20 @@ class Function {
     expect(zebStsOk, (*this)(c, values...), "the valid call");
   }
 
-  const char* name() const { return name_; }
+  // A call that nothing can make valid at its size: refused with this status, and noted all the same.
+  template <class... V>
+  void refused(ZebStatus want, V... values) const {
+    const std::tuple<A...> arguments(static_cast<A>(values)...);
+    Probe probe;
+    std::apply([&](const A&... a) { (addOutput(probe, a), ...); }, arguments);
+    const ZebStatus status = std::apply(function_, arguments);
+    expectRefusal(probe, status, "its size");
+    expect(want, status, "the call");
+    if (watch().noting) note(std::apply([](const A&... a) { return showsSize(a...); }, arguments), 0);
+  }
 
  private:
   using Arguments = std::tuple<A...>;
-  struct Fault {
-    const char* label;
-    std::function<void(Arguments&)> plant;
-  };
-
-  void expect(ZebStatus want, ZebStatus got, const char* what) const {
-    require(got == want,
-            std::string(name_) + ": " + what + " returned " + std::to_string(got) + ", not " + std::to_string(want));
-  }
 
   // ---- Spoiled calls ----
 
@@ -111,80 +170,69 @@ class Function {
   }
 
   template <size_t I, class T>
-  void addFaults(std::vector<Fault>&, Choice&, bool&, Kept<T>) const {}
+  static void addFaults(Probe&, Choice&, bool&, Arguments&, Kept<T>) {}
   template <size_t I, class T, class B>
-  void addFaults(std::vector<Fault>& faults, Choice&, bool&, Spoilable<T, B> v) const {
+  static void addFaults(Probe& probe, Choice&, bool&, Arguments& a, Spoilable<T, B> v) {
     using P = std::tuple_element_t<I, Arguments>;
-    faults.push_back({"selector", [v](Arguments& a) { std::get<I>(a) = static_cast<P>(v.bad); }});
+    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad));
   }
   template <size_t I, class V>
-  void addFaults(std::vector<Fault>& faults, Choice& c, bool& stepped, V) const {
+  static void addFaults(Probe& probe, Choice& c, bool& stepped, Arguments& a, V) {
     using P = std::tuple_element_t<I, Arguments>;
+    P& argument = std::get<I>(a);
     if constexpr (std::is_pointer_v<P>) {
-      faults.push_back({"null", [](Arguments& a) { std::get<I>(a) = nullptr; }});
+      probe.fault<P>("null", argument, nullptr);
     } else if constexpr (std::is_same_v<P, ZebiSize>) {
       const int bad = -c.within(0, 1) * c.within(1, INT32_MAX);
-      faults.push_back({"width", [bad](Arguments& a) { std::get<I>(a).width = bad; }});
-      faults.push_back({"height", [bad](Arguments& a) { std::get<I>(a).height = bad; }});
-      if (stepped) {
-        const int wide = c.within(1 << 28, INT32_MAX);
-        faults.push_back({"huge width", [wide](Arguments& a) { std::get<I>(a).width = wide; }});
-      }
+      probe.fault<P>("a width", argument, {bad, argument.height});
+      probe.fault<P>("a height", argument, {argument.width, bad});
+      if (stepped) probe.fault<P>("a huge width", argument, {c.within(1 << 28, INT32_MAX), argument.height});
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
       stepped = stepped || I > 0;
-      const int bad = -c.within(0, 1) * c.within(1, INT32_MAX);
-      faults.push_back({"step or count", [bad](Arguments& a) { std::get<I>(a) = bad; }});
+      probe.fault<P>("a step or count", argument, -c.within(0, 1) * c.within(1, INT32_MAX));
     }
   }
 
   template <size_t... I, class... V>
-  void refuse(Choice& c, const Arguments& valid, std::index_sequence<I...>, V... values) const {
-    std::vector<Fault> faults;
+  void refuse(Choice& c, Arguments arguments, std::index_sequence<I...>, V... values) const {
+    Probe probe;
     bool stepped = false;
-    (addFaults<I>(faults, c, stepped, values), ...);
-    if (faults.empty()) return;
-    const Fault& fault = faults[static_cast<size_t>(c.within(0, static_cast<int>(faults.size()) - 1))];
-    Arguments arguments = valid;
-    fault.plant(arguments);
-    const auto outputs = std::make_tuple(output(std::get<I>(valid))...);
-    const uint64_t before = test::GuardedBytes::digestOfAll();
-    const ZebStatus status = std::apply(function_, arguments);
-    require(status < 0, std::string(name_) + ": spoiled by " + fault.label + ", status " + std::to_string(status));
-    require(before == test::GuardedBytes::digestOfAll() && outputs == std::make_tuple(output(std::get<I>(valid))...),
-            std::string(name_) + ": spoiled by " + fault.label + ", wrote something");
+    (addOutput(probe, std::get<I>(arguments)), ...);
+    (addFaults<I>(probe, c, stepped, arguments, values), ...);
+    if (const char* label = probe.plant(c)) expectRefusal(probe, std::apply(function_, arguments), label);
   }
 
-  // The single value that an output argument points to; 0 for others.
+  // The single value that an output argument points to.
   template <class T>
-  static auto output(T value) {
+  static void addOutput(Probe& probe, T value) {
     using Pointee = std::remove_pointer_t<T>;
-    if constexpr (std::is_same_v<T, int*>) {
-      return *value;
-    } else if constexpr (std::is_pointer_v<T> && std::is_pointer_v<Pointee> && !std::is_const_v<Pointee>) {
-      return static_cast<const void*>(*value);
-    } else if constexpr (std::is_same_v<T, ZebiSize*>) {
-      return std::make_pair(value->width, value->height);
-    } else {
-      return 0;
-    }
+    if constexpr (std::is_same_v<T, int*> || std::is_same_v<T, ZebiSize*> ||
+                  (std::is_pointer_v<T> && std::is_pointer_v<Pointee> && !std::is_const_v<Pointee>))
+      probe.output(value, sizeof(Pointee));
+    else
+      (void)probe, (void)value;
   }
 
   // ---- Valid calls ----
 
   ZebStatus perform(const Arguments& arguments) const {
     auto& core = test::zebcore();
-    if (watch().failAllocations && watch().calls[name_].mostAllocations > 0)
-      return refuseAllocations(arguments, std::index_sequence_for<A...>());
+    if (failsAllocations()) {
+      for (int k = 0;; ++k) {
+        Probe probe;
+        std::apply([&](const A&... a) { (addOutput(probe, a), ...); }, arguments);
+        const int live = core.liveBlocks;
+        core.failMallocAt = k;
+        const ZebStatus status = std::apply(function_, arguments);
+        if (!allocationRefused(probe, status, live)) return status;
+      }
+    }
     const uint32_t modes = controlWords();
     const int allocations = core.mallocCalls;
     const ZebStatus status = std::apply(function_, arguments);
-    require(modes == controlWords(), std::string(name_) + " changed a floating-point mode");
-    if (watch().noting && status >= 0) {
-      Calls& calls = watch().calls[name_];
-      if (std::apply([](const A&... a) { return showsSize(a...); }, arguments))
-        calls.sizes.insert({watch().size.width, watch().size.height});
-      calls.mostAllocations = std::max(calls.mostAllocations, core.mallocCalls - allocations);
-    }
+    require(modes == controlWords(), std::string(name()) + " changed a floating-point mode");
+    if (watch().noting && status >= 0)
+      note(std::apply([](const A&... a) { return showsSize(a...); }, arguments), core.mallocCalls - allocations);
     return status;
   }
 
@@ -206,28 +254,6 @@ class Function {
     return matches || !any;
   }
 
-  template <size_t... I>
-  ZebStatus refuseAllocations(const Arguments& arguments, std::index_sequence<I...>) const {
-    auto& core = test::zebcore();
-    for (int k = 0;; ++k) {
-      const auto outputs = std::make_tuple(output(std::get<I>(arguments))...);
-      const uint64_t before = test::GuardedBytes::digestOfAll();
-      const int live = core.liveBlocks;
-      core.failMallocAt = k;
-      const ZebStatus status = std::apply(function_, arguments);
-      const bool failed = core.failMallocAt < 0;
-      core.failMallocAt = -1;
-      if (!failed) return status;
-      ++watch().calls[name_].refusedAllocations;
-      expect(zebStsErrMemAlloc, status, "a call without memory");
-      require(core.liveBlocks == live, std::string(name_) + ": a failed call kept memory");
-      require(
-          before == test::GuardedBytes::digestOfAll() && outputs == std::make_tuple(output(std::get<I>(arguments))...),
-          std::string(name_) + ": a failed call wrote something");
-    }
-  }
-
-  const char* name_;
   ZebStatus (*function_)(A...);
 };
 

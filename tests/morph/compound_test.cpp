@@ -1,3 +1,5 @@
+#include "reference/compound.h"
+
 #include "morph/elements.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
@@ -7,8 +9,6 @@ namespace {
 using namespace test;
 using ref::Element;
 using ref::Plane;
-
-enum Operation { open, close, tophat, blackhat, gradient };
 
 template <class T>
 struct Functions {
@@ -34,55 +34,6 @@ const Functions<Zeb16s> f16s = FUNCTIONS(16s_C1R, 1, false);
 const Functions<Zeb32f> f32f[] = {FUNCTIONS(32f_C1R, 1, false), FUNCTIONS(32f_C3R, 3, false),
                                   FUNCTIONS(32f_C4R, 4, false)};
 const Functions<Zeb8u> f1u = FUNCTIONS(1u_C1R, 1, true);
-
-// a - b, from 0 to the largest value.
-template <class T>
-Plane<T> excess(const Plane<T>& a, const Plane<T>& b) {
-  Plane<T> out = a;
-  for (size_t i = 0; i < out.data.size(); ++i) {
-    if constexpr (std::is_floating_point_v<T>) {
-      const T d = a.data[i] - b.data[i];
-      out.data[i] = d < 0 ? T(0) : d;
-    } else {
-      const int d = int(a.data[i]) - int(b.data[i]), most = std::numeric_limits<T>::max();
-      out.data[i] = static_cast<T>(d < 0 ? 0 : d > most ? most : d);
-    }
-  }
-  return out;
-}
-
-// Opening or closing: the first operation on the region enlarged, on the sides that are in memory, by all that the
-// second may read there.
-template <class T>
-Plane<T> twice(const ref::Region<T>& r, const Element& first, const Element& second, bool erodeFirst) {
-  const int left = r.left ? second.anchorX : 0, right = r.right ? second.width - 1 - second.anchorX : 0;
-  const int top = r.top ? second.anchorY : 0, bottom = r.bottom ? second.height - 1 - second.anchorY : 0;
-  auto large = r;
-  large.x -= left, large.y -= top, large.width += left + right, large.height += top + bottom;
-  const auto middle = ref::extremum(large, first, erodeFirst);
-  ref::Region<T> inner{&middle, left, top, r.width, r.height, r.left, r.right, r.top, r.bottom};
-  return ref::extremum(inner, second, !erodeFirst);
-}
-
-template <class T>
-Plane<T> expected(Operation operation, const ref::Region<T>& r, const Element& e) {
-  Plane<T> source(r.width, r.height, r.image->channels);
-  for (int y = 0; y < r.height; ++y)
-    for (int x = 0; x < r.width; ++x)
-      for (int c = 0; c < source.channels; ++c) source.at(x, y, c) = r.at(x, y, c);
-  switch (operation) {
-    case open:
-      return twice(r, e, e.reflected(), true);
-    case close:
-      return twice(r, e.reflected(), e, false);
-    case tophat:
-      return excess(source, twice(r, e, e.reflected(), true));
-    case blackhat:
-      return excess(twice(r, e.reflected(), e, false), source);
-    default:
-      return excess(ref::extremum(r, e.reflected(), false), ref::extremum(r, e, true));
-  }
-}
 
 // Every mask, anchor, border and operation; states in the caller's memory and allocated.
 template <class T>
@@ -110,11 +61,11 @@ void check(const Functions<T>& f) {
     ASSERT_EQ(f.init(own, roi, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}), zebStsOk);
     ZebiMorphAdvState* allocated = nullptr;
     ASSERT_EQ(f.initAlloc(&allocated, roi, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}), zebStsOk);
-    for (Operation operation : {open, close, tophat, blackhat, gradient}) {
+    for (ref::Compound operation : ref::allCompounds) {
       const Scratch buffer(bufferSize);
       Image<T> dst(f.bits ? (roi.width + 7) / 8 : roi.width, roi.height, f.channels, Layout::random<T>(random),
                    Content::noise, random);
-      Plane<T> want = expected(operation, region, e);
+      Plane<T> want = ref::compound(operation, region, e);
       if constexpr (std::is_same_v<T, Zeb8u>) {
         if (f.bits) {
           const auto bits = want;
@@ -122,12 +73,13 @@ void check(const Functions<T>& f) {
           pack(bits, &want);
         }
       }
-      ASSERT_EQ(f.calls[operation](src.pixels(before, around.top), src.step(), dst.pixels(), dst.step(), roi,
-                                   around.border, T(3), round % 3 ? own : allocated, buffer.get()),
-                zebStsOk);
+      ASSERT_EQ(
+          f.calls[static_cast<int>(operation)](src.pixels(before, around.top), src.step(), dst.pixels(), dst.step(),
+                                               roi, around.border, T(3), round % 3 ? own : allocated, buffer.get()),
+          zebStsOk);
       ASSERT_TRUE(agree(f.name, dst, want))
-          << "operation " << operation << " round " << round << " mask " << e.width << " x " << e.height << " anchor "
-          << e.anchorX << ", " << e.anchorY << " border " << around.border;
+          << "operation " << static_cast<int>(operation) << " round " << round << " mask " << e.width << " x "
+          << e.height << " anchor " << e.anchorX << ", " << e.anchorY << " border " << around.border;
       ASSERT_TRUE(buffer.intact() && spec.intact());
     }
     ASSERT_EQ(zebiMorphAdvFree(allocated), zebStsOk);

@@ -1,4 +1,5 @@
-#include "reference/morph.h"
+#include "reference/gray.h"
+
 #include "support/compare.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
@@ -7,30 +8,6 @@ namespace {
 
 using namespace test;
 using ref::Plane;
-
-// From the definition, in integers wide enough for any weight; floats round every sum once.
-template <class T, class W>
-Plane<T> grayReference(const Plane<T>& src, const std::vector<W>& weights, ZebiSize mask, ZebiPoint anchor,
-                       bool dilate) {
-  using Sum = std::conditional_t<std::is_same_v<T, Zeb32f>, Zeb32f, long long>;
-  Plane<T> out(src.width, src.height);
-  const ref::Region<T> region{&src, 0, 0, src.width, src.height};
-  for (int y = 0; y < src.height; ++y)
-    for (int x = 0; x < src.width; ++x) {
-      bool any = false;
-      Sum best = 0;
-      for (int r = 0; r < mask.height; ++r)
-        for (int q = 0; q < mask.width; ++q) {
-          const Sum s = region.at(x + q - anchor.x, y + r - anchor.y, 0), w = weights[r * mask.width + q];
-          const Sum v = dilate ? s + w : s - w;
-          if (!any || (dilate ? v > best : v < best)) best = v;
-          any = true;
-        }
-      if (sizeof(T) == 1) best = best < 0 ? 0 : best > 255 ? 255 : best;
-      out.at(x, y) = static_cast<T>(best);
-    }
-  return out;
-}
 
 template <class T, class W>
 struct Functions {
@@ -80,7 +57,7 @@ void check(const Functions<T, W>& f) {
       ASSERT_EQ((dilate ? f.dilate : f.erode)(src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl,
                                               round % 2 ? own : allocated),
                 zebStsOk);
-      ASSERT_TRUE(agree(f.name, dst, grayReference<T, W>(src.plane(), weights, mask, anchor, dilate)))
+      ASSERT_TRUE(agree(f.name, dst, ref::grayMorphology<T, W>(src.plane(), weights, mask, anchor, dilate)))
           << (dilate ? "dilate " : "erode ") << "mask " << mask.width << " x " << mask.height << " anchor " << anchor.x
           << ", " << anchor.y;
     }
