@@ -117,6 +117,8 @@ class Chamfer {
       }
       v = v ^ ones;
       if (way == Way::forward) v = v | features(src + x, count);
+      // Behind the last column the rows above have left finite distances; no path leads through them.
+      if (way == Way::backward && count < lanes) v = v & firstElements<T>(count);
       v = alongRow<way>(v, carry) ^ ones;
       if (count == lanes) {
         store(d + x, v);
