@@ -13,8 +13,7 @@ const char* const entries[] = {
 };
 
 // Families whose drivers are still to be written.
-const char* const pending[] = {"zebiCanny", "zebiHough", "zebiFind", "zebiDistance",   "zebiTrue",   "zebiGetDistance",
-                               "zebiFast",  "zebiFlood", "zebiPyr",  "zebiGetPyramid", "zebiOptical"};
+const char* const pending[] = {"zebiPyr", "zebiGetPyramid", "zebiOptical"};
 
 bool isPending(const char* name) {
   for (const char* prefix : pending)

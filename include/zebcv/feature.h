@@ -211,9 +211,9 @@ ZebStatus zebiHoughProbLineInit_8u32f_C1R(ZebiSize roiSize, ZebiPoint_32f delta,
  * number of segments. The rounding mode of float conversions is as before on return.
  *
  * Status: zebStsOk; zebStsWarnLinesTruncated (another segment was found when maxLineCount were stored);
- * zebStsErrNullPointer; zebStsErrSize (width, height or maxLineCount below 1); zebStsErrStep (srcStep below 1);
- * zebStsErrBadArgument (threshold below 1, lineLength or lineGap below 0, or tables that were made for no delta above
- * 0); zebStsErrOverflow (the scratch would not fit a 32-bit count).
+ * zebStsErrNullPointer; zebStsErrSize (width, height or maxLineCount below 1); zebStsErrBadArgument (threshold below 1,
+ * lineLength or lineGap below 0, or tables that were made for no delta above 0); zebStsErrOverflow (the scratch would
+ * not fit a 32-bit count). srcStep is taken as it is.
  */
 ZebStatus zebiHoughProbLine_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, int threshold, int lineLength,
                                       int lineGap, ZebiRect* pRect, int maxLineCount, int* pLineCount, Zeb8u* pBuffer,

@@ -1,5 +1,6 @@
 #include "reference/hough.h"
 
+#include "feature/drawing.h"
 #include "support/compare.h"
 #include "support/contract.h"
 
@@ -8,22 +9,6 @@ namespace {
 using namespace test;
 using ref::HoughGrid;
 using ref::Plane;
-
-// Some lines and some noise.
-Plane<Zeb8u> drawing(int w, int h, int noisePercent, Random& random) {
-  Plane<Zeb8u> p(w, h);
-  for (auto& v : p.data) v = random.within(1, 100) <= noisePercent ? Zeb8u(random.within(1, 255)) : Zeb8u(0);
-  for (int line = 0; line < 4; ++line) {
-    const double x0 = random.within(0, w - 1), y0 = random.within(0, h - 1), angle = random.real(0.0f, 3.14f);
-    const double from = random.within(-80, 0), to = random.within(0, 80);
-    for (double t = from; t <= to; t += 0.4) {
-      const int x = static_cast<int>(std::lround(x0 + t * std::cos(angle))),
-                y = static_cast<int>(std::lround(y0 + t * std::sin(angle)));
-      if (x >= 0 && y >= 0 && x < w && y < h) p.at(x, y) = 255;
-    }
-  }
-  return p;
-}
 
 const ZebiPoint_32f deltas[] = {{1.0f, 0.017453292f}, {0.5f, 0.05f},    {3.0f, 0.3f},
                                 {0.02f, 0.5f},        {1.0f, 3.14159f}, {2.5f, 1.6f}};

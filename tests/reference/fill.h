@@ -126,4 +126,29 @@ ZebiConnectedComp rangeFill(Plane<T>& image, Seed seed, bool diagonal, const std
   return paint(image, marked, newValue);
 }
 
+enum class FillKind { plain, range, gradient };
+
+// The fill of a kind; the record is as before where the call ends without a fill.
+template <class T>
+ZebiConnectedComp filled(FillKind kind, Plane<T>& image, Seed seed, bool diagonal, const std::vector<T>& newValue,
+                         const std::vector<T>& below, const std::vector<T>& above, const ZebiConnectedComp& record,
+                         bool* ended) {
+  const Plane<T> before = image;
+  const auto each = [&](int x, int y, auto test) {
+    for (int c = 0; c < image.channels; ++c)
+      if (!test(before.at(x, y, c), c)) return false;
+    return true;
+  };
+  *ended = false;
+  if (kind == FillKind::gradient)
+    return fill(image, seed, diagonal, newValue, [&](int fx, int fy, int x, int y) {
+      return each(x, y, [&](T v, int c) { return within(v, before.at(fx, fy, c), below[c], above[c]); });
+    });
+  if (each(seed.x, seed.y, [&](T v, int c) { return v == newValue[c]; })) return record;
+  if (kind == FillKind::range) return rangeFill(image, seed, diagonal, newValue, below, above, ended);
+  return fill(image, seed, diagonal, newValue, [&](int, int, int x, int y) {
+    return each(x, y, [&](T v, int c) { return v == before.at(seed.x, seed.y, c); });
+  });
+}
+
 }  // namespace ref

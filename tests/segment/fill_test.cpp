@@ -1,5 +1,6 @@
 // Flood fills: plain, range and gradient.
 #include "reference/fill.h"
+#include "segment/shapes.h"
 #include "support/compare.h"
 #include "support/contract.h"
 #include "support/stack.h"
@@ -9,8 +10,7 @@ namespace {
 using namespace test;
 using ref::Plane;
 using ref::Seed;
-
-enum class Kind { plain, range, gradient };
+using Kind = ref::FillKind;
 
 template <class T>
 using Plain1 = ZebStatus (*)(T*, int, ZebiSize, ZebiPoint, T, ZebiConnectedComp*, Zeb8u*);
@@ -82,26 +82,11 @@ testing::AssertionResult fillsLikeReference(const Fill<T>& fill, const Plane<T>&
   Image<T> image(picture, layout);
   const Scratch scratch(bufferSize(fill.kind, image.size()));
   const ZebiConnectedComp untouched{-1, {-2, -3, -4}, {-5, -6, -7, -8}};
-  ZebiConnectedComp got = untouched, want = untouched;
+  ZebiConnectedComp got = untouched;
   Plane<T> expected = picture;
-  bool isNew = false, ended = false;
-  for (int c = 0; c < fill.channels; ++c) isNew |= !(picture.at(seed.x, seed.y, c) == value[c]);
-  const auto each = [&](int x, int y, auto test) {
-    for (int c = 0; c < fill.channels; ++c)
-      if (!test(picture.at(x, y, c), c)) return false;
-    return true;
-  };
-  if (fill.kind == Kind::gradient) {
-    want = ref::fill(expected, seed, fill.diagonal, value, [&](int fx, int fy, int x, int y) {
-      return each(x, y, [&](T v, int c) { return ref::within(v, picture.at(fx, fy, c), below[c], above[c]); });
-    });
-  } else if (isNew && fill.kind == Kind::plain) {
-    want = ref::fill(expected, seed, fill.diagonal, value, [&](int, int, int x, int y) {
-      return each(x, y, [&](T v, int c) { return v == picture.at(seed.x, seed.y, c); });
-    });
-  } else if (isNew) {
-    want = ref::rangeFill(expected, seed, fill.diagonal, value, below, above, &ended);
-  }
+  bool ended = false;
+  const ZebiConnectedComp want =
+      ref::filled(fill.kind, expected, seed, fill.diagonal, value, below, above, untouched, &ended);
   if (cutShort) *cutShort = ended;
   const ZebStatus status =
       fill(image.pixels(), image.step(), image.size(), seed, value, below, above, &got, scratch.get());
@@ -114,56 +99,6 @@ testing::AssertionResult fillsLikeReference(const Fill<T>& fill, const Plane<T>&
                    << got.rect.y << " " << got.rect.width << " " << got.rect.height << " want " << want.rect.x << " "
                    << want.rect.y << " " << want.rect.width << " " << want.rect.height;
   return testing::AssertionSuccess();
-}
-
-// Shapes of 0 (the region) and 1 that are hard on span stacks and on the finding of runs.
-enum class Shape { sparse, dense, maze, flat, checkerboard, comb, sidewaysComb, spiral, lattice, stripes, hook };
-constexpr Shape allShapes[] = {Shape::sparse, Shape::dense,        Shape::maze,   Shape::flat,    Shape::checkerboard,
-                               Shape::comb,   Shape::sidewaysComb, Shape::spiral, Shape::lattice, Shape::stripes};
-
-Plane<int> shaped(Shape shape, int w, int h, Random& random) {
-  Plane<int> p(w, h);
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x) {
-      const int ring = std::min({x, y, w - 1 - x, h - 1 - y});
-      int& v = p.at(x, y);
-      switch (shape) {
-        case Shape::sparse:
-          v = random.within(0, 15) == 0;
-          break;
-        case Shape::dense:
-          v = random.within(0, 2) == 0;
-          break;
-        case Shape::maze:
-          v = random.within(0, 99) < 42;
-          break;
-        case Shape::flat:
-          v = 0;
-          break;
-        case Shape::checkerboard:
-          v = (x + y) & 1;
-          break;
-        case Shape::comb:
-          v = y > 0 && (x & 1);
-          break;
-        case Shape::sidewaysComb:
-          v = x > 0 && (y & 1);
-          break;
-        case Shape::spiral:  // rings, each open at one place that wanders
-          v = (ring & 1) && !(y == ring && x == ring + 1 + ring % 3);
-          break;
-        case Shape::lattice:  // full rows between rows of single pixels
-          v = y % 2 == 0 && (x & 1);
-          break;
-        case Shape::hook:  // a full row cut in two, single pixels above and below, a way around the cut in the last row
-          v = y == 1 ? x == w - w / 8 : (x & 1) && !(y == 2 && std::abs(x - (w - w / 8)) < 3);
-          break;
-        case Shape::stripes:
-          v = (x / 7) & 1;
-          break;
-      }
-    }
-  return p;
 }
 
 template <class T>

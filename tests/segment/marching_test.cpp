@@ -1,7 +1,7 @@
 // Fast marching.
-#include "reference/distance.h"
+#include "segment/marching.h"
+
 #include "segment/features.h"
-#include "support/compare.h"
 #include "support/contract.h"
 #include "support/stack.h"
 
@@ -18,25 +18,6 @@ int bufferSize(ZebiSize size) {
   return bytes;
 }
 
-// The stated signs, and magnitudes that no update would change, bit for bit.
-testing::AssertionResult isFixedPoint(const Plane<Zeb32f>& out, const Plane<Zeb8u>& src, Zeb32f radius) {
-  ref::Marching m{out, &src, radius};
-  const auto failure = [&](int x, int y, const char* what) {
-    return testing::AssertionFailure() << what << " at " << x << ", " << y << ": " << shown(out.at(x, y));
-  };
-  for (int y = 0; y < src.height; ++y)
-    for (int x = 0; x < src.width; ++x) {
-      const Zeb32f v = out.at(x, y);
-      m.value.at(x, y) = v > 0 ? v : v == 0 ? 1e30f : ref::isBoundary(src, x, y) ? 0 : -v;
-      if (ref::isBoundary(src, x, y) && v != -1e-10f) return failure(x, y, "boundary");
-      if (src.at(x, y) ? !(v > 0) : v > 0 || v < -std::max(radius, 1e-10f)) return failure(x, y, "sign or band");
-    }
-  for (int y = 0; y < src.height; ++y)
-    for (int x = 0; x < src.width; ++x)
-      if (m.allowed(x, y) < m.value.at(x, y)) return failure(x, y, "not settled");
-  return testing::AssertionSuccess();
-}
-
 void check(const Plane<Zeb8u>& picture, Zeb32f radius, Random& random) {
   const Image<Zeb8u> src(picture, Layout::random<Zeb8u>(random));
   Image<Zeb32f> dst(picture.width, picture.height, 1, Layout::random<Zeb32f>(random));
@@ -45,13 +26,7 @@ void check(const Plane<Zeb8u>& picture, Zeb32f radius, Random& random) {
       zebiFastMarching_8u32f_C1R(src.pixels(), src.step(), dst.pixels(), dst.step(), src.size(), radius, scratch.get()),
       zebStsOk);
   ASSERT_TRUE(scratch.intact());
-  ASSERT_TRUE(isFixedPoint(dst.plane(), picture, radius));
-  // The order of updates shows in the last bits; at the end of the band these decide between a distance and 0.
-  const auto close = [radius](Zeb32f a, Zeb32f b) {
-    const Zeb32f tolerance = 2e-6f * std::max(1.0f, std::max(std::fabs(a), std::fabs(b)));
-    return std::fabs(a - b) <= tolerance || (a * b == 0 && std::fabs(std::fabs(a + b) - radius) <= tolerance);
-  };
-  ASSERT_TRUE(agree(dst.plane(), ref::marching(picture, radius), close));
+  ASSERT_TRUE(agreesWithMarching(dst.plane(), picture, radius));
   ASSERT_TRUE(dst.intact());
 }
 
