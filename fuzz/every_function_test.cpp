@@ -13,7 +13,7 @@ const char* const entries[] = {
 };
 
 // Families whose drivers are still to be written.
-const char* const pending[] = {"zebiPyr", "zebiGetPyramid", "zebiOptical"};
+const char* const pending[] = {"zebiOptical"};
 
 bool isPending(const char* name) {
   for (const char* prefix : pending)

@@ -2,8 +2,7 @@
 
 #include <limits>
 
-#include "reference/layers.h"
-#include "support/compare.h"
+#include "layer_result.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
 
@@ -58,24 +57,7 @@ void checkResults(const Layer<T, K, S>& layer) {
       EXPECT_EQ(layer.release(state), zebStsOk);
 
       const ref::Plane<T> given = src.plane();
-      ref::Plane<double> exact(w, h, layer.channels);
-      std::copy(given.data.begin(), given.data.end(), exact.data.begin());
-      const auto weights = ref::layerWeights(kernel, sizeof(T) == 1 ? 13 : sizeof(T) == 2 ? 12 : 0);
-      const double step = rate == 1.99999f ? 2 : static_cast<double>(rate);
-      exact = layer.down ? ref::layerRead(ref::layerSmoothed(exact, weights), size.width, size.height, step)
-                         : ref::layerSmoothed(
-                               ref::layerRead(exact, size.width, size.height, 1 / static_cast<double>(rate)), weights);
-      ref::Plane<T> want(size.width, size.height, layer.channels);
-      for (size_t k = 0; k < want.data.size(); ++k) {
-        const double v = exact.data[k];
-        if constexpr (std::is_floating_point_v<T>)
-          want.data[k] = static_cast<T>(v);
-        else
-          want.data[k] =
-              static_cast<T>(std::clamp(std::floor(v + 0.5), 0.0, static_cast<double>(std::numeric_limits<T>::max())));
-      }
-      const double tolerance = std::is_floating_point_v<T> ? 0.01 : 1;
-      ASSERT_TRUE(agree(dst.plane(), want, [=](T a, T b) { return near(a, b, tolerance); }))
+      ASSERT_TRUE(agreesWithLayer(dst.plane(), given, kernel, rate, layer.down))
           << layer.name << " rate " << rate << " taps " << taps << " " << src.describe();
       ASSERT_TRUE(dst.intact()) << layer.name << " " << dst.describe();
       if (i % 7 >= 1 && i % 7 <= 3 && i % 6 != 4 && !std::is_floating_point_v<T>) {
