@@ -28,13 +28,7 @@ struct Thresholds {
 template <class T>
 Plane<T> derivative(Choice& c, ZebiSize size) {
   const int kind = c.within(0, 2);
-  if (kind == 0) {
-    Plane<T> p = c.plane<T>(size.width, size.height);
-    if constexpr (std::is_floating_point_v<T>)
-      for (T& v : p.data)
-        if (!std::isfinite(v)) v = T(1);
-    return p;
-  }
+  if (kind == 0) return c.numbers<T>(size.width, size.height);
   Random random = c.random();
   const int range = c.within(1, 60);
   Plane<T> p(size.width, size.height);
