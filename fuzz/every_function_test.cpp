@@ -12,15 +12,6 @@ const char* const entries[] = {
 #undef ENTRY
 };
 
-// Families whose drivers are still to be written.
-const char* const pending[] = {"zebiOptical"};
-
-bool isPending(const char* name) {
-  for (const char* prefix : pending)
-    if (strncmp(name, prefix, strlen(prefix)) == 0) return true;
-  return false;
-}
-
 class EveryFunction : public testing::Test {
  protected:
   void SetUp() override {
@@ -51,8 +42,7 @@ TEST_F(EveryFunction, AtAllSmallSizes) {
         for (int i = 0; i < casesPerSize; ++i) drive(target, {w, h}, static_cast<uint64_t>(i));
   std::string missing;
   for (const char* name : entries)
-    if (!isPending(name) && watch().calls[name].sizes.size() != size_t(largest * largest))
-      missing += std::string(" ") + name;
+    if (watch().calls[name].sizes.size() != size_t(largest * largest)) missing += std::string(" ") + name;
   EXPECT_EQ(missing, "") << "not called at all sizes: write a driver, see fuzz/README.md";
   for (const Target& target : targets()) EXPECT_EQ(watch().calls.count(target.name), 1u) << target.name;
 }
@@ -71,7 +61,7 @@ TEST_F(EveryFunction, WithoutMemory) {
       }
   for (const char* name : entries) {
     const Calls& calls = watch().calls[name];
-    if (strstr(name, "Alloc") && !isPending(name)) {
+    if (strstr(name, "Alloc")) {
       EXPECT_GT(calls.mostAllocations, 0) << name << " does not allocate";
     }
     if (calls.mostAllocations > 0) {
