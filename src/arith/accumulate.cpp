@@ -6,8 +6,8 @@
 //   AddWeighted  acc = (s - acc) alpha + acc  the difference rounded, then one rounding
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
-#include "core/vec.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/services.h"
-#include "core/vec.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // pixels, and no element depends on its neighbour in the same row.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
-#include "core/vec.h"
 
 namespace {
 

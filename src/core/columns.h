@@ -1,7 +1,7 @@
 // A row in vectors: whole ones, and the elements that are left at its end.
 #pragma once
 
-#include "core/vec.h"
+#include "core/lanes.h"
 
 namespace zeb {
 

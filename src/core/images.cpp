@@ -2,10 +2,10 @@
 #include <string.h>
 
 #include "core/checks.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/services.h"
 #include "core/streaming.h"
-#include "core/vec.h"
 
 namespace {
 

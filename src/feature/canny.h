@@ -6,6 +6,7 @@
 
 #include "core/checks.h"
 #include "core/columns.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
 #include "core/services.h"

@@ -8,10 +8,10 @@
 #include <string.h>
 
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
 #include "core/services.h"
-#include "core/vec.h"
 
 namespace {
 

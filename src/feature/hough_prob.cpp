@@ -2,9 +2,9 @@
 #include <string.h>
 
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/services.h"
-#include "core/vec.h"
 #include "feature/hough.h"
 
 // The record of tables: three words, then a pair per angle. Its memory is the caller's, at any address.

@@ -4,6 +4,7 @@
 // product of unsigned with signed bytes takes two taps at a time.
 #pragma once
 
+#include "core/lanes.h"
 #include "filter/separable.h"
 
 namespace zeb {

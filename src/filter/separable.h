@@ -10,7 +10,7 @@
 
 #include <limits>
 
-#include "core/vec.h"
+#include "core/lanes.h"
 
 namespace zeb {
 

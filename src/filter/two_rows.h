@@ -2,6 +2,7 @@
 // and serve both outputs, the upper one under taps (0, 1), (2, 3), ..., the lower one under (-, 0), (1, 2), ...
 #pragma once
 
+#include "core/lanes.h"
 #include "filter/separable.h"
 
 namespace zeb {

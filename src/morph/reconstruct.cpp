@@ -9,10 +9,10 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
 #include "core/services.h"
-#include "core/vec.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // Method: A. Bobick, J. Davis, "The recognition of human movement using temporal templates", 2001.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
-#include "core/vec.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <limits>
 #include <type_traits>
 
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
-#include "core/vec.h"
 #include "filter/border.h"
 #include "motion/pyramid.h"
 #include "zebcv.h"

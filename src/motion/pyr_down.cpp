@@ -4,9 +4,9 @@
 // Method: P. Burt, E. Adelson, "The Laplacian pyramid as a compact image code", 1983.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
-#include "core/vec.h"
 #include "filter/border.h"
 #include "motion/gauss.h"
 

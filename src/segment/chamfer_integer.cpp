@@ -12,7 +12,7 @@
 #include <limits>
 
 #include "core/entry.h"
-#include "core/vec.h"
+#include "core/lanes.h"
 #include "segment/chamfer.h"
 
 namespace {

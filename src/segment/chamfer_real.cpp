@@ -11,7 +11,7 @@
 #include <limits>
 
 #include "core/entry.h"
-#include "core/vec.h"
+#include "core/lanes.h"
 #include "segment/chamfer.h"
 
 namespace {

@@ -11,9 +11,9 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
-#include "core/vec.h"
 
 namespace {
 

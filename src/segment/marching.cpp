@@ -18,8 +18,8 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/lanes.h"
 #include "core/rows.h"
-#include "core/vec.h"
 
 namespace {
 
