@@ -2,8 +2,8 @@
 //
 // All comparisons are made between values from before painting: a span is painted when its neighbours have been
 // examined, and a map of visited pixels keeps it from being examined again.
-#include "core/entry.h"
 #include "core/rows.h"
+#include "segment/fill_bindings.h"
 #include "segment/fill_rows.h"
 #include "segment/fill_spans.h"
 
@@ -174,22 +174,6 @@ ZEB_ENTRY(zebiFloodFillGetSize_Grad)(ZebiSize roiSize, int* pBufSize) {
   if (auto bad = firstFailure(present(pBufSize), hasArea(roiSize))) return bad;
   return reportSize(pixelCount(roiSize) > INT32_MAX ? -1 : gradientFillBytes(roiSize), pBufSize);
 }
-
-// The values stand in a vector's place so that the frame is aligned however the caller's stack is; the address checker
-// relies on it.
-#define ONE_CHANNEL(name, T, diagonal)                                                                               \
-  ZEB_ENTRY(name)                                                                                                    \
-  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, T minDelta, T maxDelta,                    \
-   ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                                                     \
-    alignas(32) const T values[] = {newVal, minDelta, maxDelta};                                                     \
-    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, values, values + 1, values + 2, pRegion, pBuffer); \
-  }
-#define THREE_CHANNELS(name, T, diagonal)                                                                        \
-  ZEB_ENTRY(name)                                                                                                \
-  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, const T newVal[3], const T minDelta[3],          \
-   const T maxDelta[3], ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                            \
-    return fill<T, 3, diagonal>(pImage, imageStep, roiSize, seed, newVal, minDelta, maxDelta, pRegion, pBuffer); \
-  }
 
 ONE_CHANNEL(zebiFloodFill_Grad4Con_8u_C1IR, Zeb8u, false)
 ONE_CHANNEL(zebiFloodFill_Grad4Con_16u_C1IR, Zeb16u, false)

@@ -1,7 +1,7 @@
 // Flood fill of the pixels that are connected to the seed and lie in an interval about its value.
 #include <limits>
 
-#include "core/entry.h"
+#include "segment/fill_bindings.h"
 #include "segment/fill_painted.h"
 
 namespace {
@@ -55,22 +55,6 @@ ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T*
 }
 
 }  // namespace
-
-// The values stand in a vector's place so that the frame is aligned however the caller's stack is; the address checker
-// relies on it.
-#define ONE_CHANNEL(name, T, diagonal)                                                                               \
-  ZEB_ENTRY(name)                                                                                                    \
-  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, T newVal, T minDelta, T maxDelta,                    \
-   ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                                                     \
-    alignas(32) const T values[] = {newVal, minDelta, maxDelta};                                                     \
-    return fill<T, 1, diagonal>(pImage, imageStep, roiSize, seed, values, values + 1, values + 2, pRegion, pBuffer); \
-  }
-#define THREE_CHANNELS(name, T, diagonal)                                                                        \
-  ZEB_ENTRY(name)                                                                                                \
-  (T * pImage, int imageStep, ZebiSize roiSize, ZebiPoint seed, const T newVal[3], const T minDelta[3],          \
-   const T maxDelta[3], ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {                                            \
-    return fill<T, 3, diagonal>(pImage, imageStep, roiSize, seed, newVal, minDelta, maxDelta, pRegion, pBuffer); \
-  }
 
 ONE_CHANNEL(zebiFloodFill_Range4Con_8u_C1IR, Zeb8u, false)
 ONE_CHANNEL(zebiFloodFill_Range4Con_16u_C1IR, Zeb16u, false)
