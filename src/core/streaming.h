@@ -1,4 +1,4 @@
-// When a large run is written past the cache, and how.
+// When a large run is written past the cache, and how; reading ahead.
 #pragma once
 
 #include <stdint.h>
@@ -21,6 +21,13 @@ inline bool streamsImage(int64_t amount, int64_t threshold, int cacheDivisor) {
   if (amount <= threshold) return false;
   int cache = 0;
   return zebGetMaxCacheSizeB(&cache) == zebStsOk && amount >= cache / cacheDivisor;
+}
+
+// Asks for a row's bytes further on, in time for large images that lie in memory. Behind the row nothing is read: such
+// a request is dropped, whatever the address.
+template <class T>
+ZEB_INLINE void fetchAhead(const T* p) {
+  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + 2048), _MM_HINT_T0);
 }
 
 // Fills bytes with a vector whose content repeats every element. A streaming fill stores one unaligned block of 64

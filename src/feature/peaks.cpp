@@ -1,4 +1,5 @@
 // Local maxima and minima of a response image.
+#include <initializer_list>
 #include <limits>
 
 #include "core/checks.h"
@@ -7,12 +8,13 @@
 #include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
+#include "core/streaming.h"
 
 namespace {
 
 using namespace zeb;
 
-// The columns of a row's peaks and of its strong vectors take 4.5 bytes a pixel and 32 more, a part of this.
+// The columns of a row's peaks and of the strong vectors of two rows take 5 bytes a pixel and 36 more, a part of this.
 int64_t bufferSize(int roiWidth) {
   return (((int64_t{roiWidth} + 5) >> 2) * 128) | 32;
 }
@@ -85,16 +87,36 @@ class Peaks {
   int count_ = 0;
 };
 
-// A row is read once for its strong values; only the vectors that hold one are compared with their neighbours. Both
-// loops run without a branch on the values.
+// The first columns of the whole vectors of a row that hold a strong value.
+template <class T>
+struct StrongVectors {
+  Zeb32s *first, *end;
+
+  void find(const T* row, int from, int to, T threshold) {
+    end = first;
+    for (int x = from; x <= to - 8; x += 8) {
+      fetchAhead(row + x);
+      *end = x;
+      end += topBits(exceeds(load(row + x), threshold)) != 0;
+    }
+  }
+};
+
+// A row is read once for its strong values, one row ahead, so that it comes from memory in one sweep; only the vectors
+// that hold one are compared with their neighbours. Both loops run without a branch on the values.
 template <int neighbours, class T>
 int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
   Scratch scratch(pBuffer, bufferSize(size.width));
   Peaks found(out, most, scratch.take<Zeb32s>(int64_t{size.width} + 7, 1));
-  auto* const strong = scratch.take<Zeb32s>(size.width / 8 + 1, 1);
-  const int end = size.width - border;
+  StrongVectors<T> strong, ahead;
+  for (auto* s : {&strong, &ahead}) s->first = scratch.take<Zeb32s>(size.width / 8 + 1, 1);
+  const int end = size.width - border, rest = end - (end - border) % 8;
+  if (border < size.height - border) ahead.find(src[border], border, end, threshold);
   for (int y = border; y < size.height - border && !found.enough(); ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];
+    const StrongVectors<T> read = strong;
+    strong = ahead, ahead = read;
+    ahead.find(below, border, end, threshold);
     const auto compare = [&](int x, auto part) ZEB_BODY {
       const Vec<T> pixel = part.from(row + x), order = turned(pixel), v = pixel ^ order;
       // The neighbour comes first: the largest so far stays where the neighbour is not a number.
@@ -110,14 +132,8 @@ int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int
       const Vec<T> beaten = higher(max(sides, others), v);
       found.add(topBits(andNot(beaten, exceeds(pixel, threshold))) & part.lanes(), x);
     };
-    Zeb32s* strongEnd = strong;
-    int x = border;
-    for (; x <= end - 8; x += 8) {
-      *strongEnd = x;
-      strongEnd += topBits(exceeds(load(row + x), threshold)) != 0;
-    }
-    for (const Zeb32s* p = strong; p < strongEnd; ++p) compare(*p, WholeVector{});
-    if (x < end) compare(x, RowEnd{end - x});
+    for (const Zeb32s* p = strong.first; p < strong.end; ++p) compare(*p, WholeVector{});
+    if (rest < end) compare(rest, RowEnd{end - rest});
     found.endRow(y);
   }
   return found.count();

@@ -7,6 +7,7 @@
 #include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
+#include "core/streaming.h"
 #include "filter/border.h"
 #include "motion/gauss.h"
 
@@ -63,9 +64,11 @@ int innerRow(const T* row, int width, Zeb16u* out, int from, Channels<3>) {
   // The third load of the second half reads pixels 2x + 6 to 2x + 10 and one byte more; the stores write eight
   // elements for six, so that the next ones must still be to come.
   int x = from;
-  for (; x <= (width - 12) / 2; x += 4)
+  for (; x <= (width - 12) / 2; x += 4) {
+    fetchAhead(bytes + static_cast<ptrdiff_t>(6) * x);
     storeSixes(out + static_cast<ptrdiff_t>(x) * 3,
                as<Zeb16u>(tapSums<T>(pairs(2 * x - 2), pairs(2 * x), pairs(2 * x + 2))));
+  }
   return x;
 }
 
