@@ -1,5 +1,4 @@
 // Local maxima and minima of a response image.
-#include <initializer_list>
 #include <limits>
 
 #include "core/checks.h"
@@ -90,7 +89,8 @@ class Peaks {
 // The first columns of the whole vectors of a row that hold a strong value.
 template <class T>
 struct StrongVectors {
-  Zeb32s *first, *end;
+  Zeb32s* first;  // room for a row
+  Zeb32s* end = first;
 
   void find(const T* row, int from, int to, T threshold) {
     end = first;
@@ -108,14 +108,14 @@ template <int neighbours, class T>
 int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
   Scratch scratch(pBuffer, bufferSize(size.width));
   Peaks found(out, most, scratch.take<Zeb32s>(int64_t{size.width} + 7, 1));
-  StrongVectors<T> strong, ahead;
-  for (auto* s : {&strong, &ahead}) s->first = scratch.take<Zeb32s>(size.width / 8 + 1, 1);
+  StrongVectors<T> strong{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
+  StrongVectors<T> ahead{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   const int end = size.width - border, rest = end - (end - border) % 8;
   if (border < size.height - border) ahead.find(src[border], border, end, threshold);
   for (int y = border; y < size.height - border && !found.enough(); ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];
-    const StrongVectors<T> read = strong;
-    strong = ahead, ahead = read;
+    const StrongVectors<T> done = strong;
+    strong = ahead, ahead = done;
     ahead.find(below, border, end, threshold);
     const auto compare = [&](int x, auto part) ZEB_BODY {
       const Vec<T> pixel = part.from(row + x), order = turned(pixel), v = pixel ^ order;
