@@ -1,8 +1,7 @@
 // Optical flow.
-#include <memory>
 
 #include "function.h"
-#include "reference/flow.h"
+#include "motion/image_pair.h"
 
 namespace {
 
@@ -25,44 +24,28 @@ struct Texture {
 
 // The pyramids of two pictures: a texture that moves, or any two contents.
 template <class T>
-struct Pair {
+struct Pair : test::ImagePair<T> {
   Pair(Choice& c, ZebiSize size, int level, bool smooth) {
     Random random = c.random();
     const Texture texture(random);
     const double move[2] = {static_cast<double>(c.real(-2, 2)), static_cast<double>(c.real(-2, 2))};
     const double top = sizeof(T) == 1 ? 255 : sizeof(T) == 2 ? 60000 : 1;
-    for (ZebiPyramid*& pyramid : pyramids)
+    for (ZebiPyramid*& pyramid : this->pyramids)
       FUNCTION(zebiPyramidInitAlloc).ok(c, &pyramid, std::max(level, 1), size, 2.0f);
-    deepest = std::min(level, pyramids[0]->level);
-    levels.resize(static_cast<size_t>(deepest) + 1);
+    deepest = std::min(level, this->pyramids[0]->level);
+    this->levels.resize(static_cast<size_t>(deepest) + 1);
     for (int side : {0, 1})
       for (int l = 0; l <= deepest; ++l) {
-        const ZebiSize roi = pyramids[side]->pRoi[l];
+        const ZebiSize roi = this->pyramids[side]->pRoi[l];
+        const double scale = 1 << l;
         Plane<T> plane = smooth ? Plane<T>(roi.width, roi.height) : c.plane<T>(roi.width, roi.height);
-        Plane<double> exact(roi.width, roi.height);
         for (int y = 0; y < roi.height && smooth; ++y)
-          for (int x = 0; x < roi.width; ++x) {
-            const double scale = 1 << l;
+          for (int x = 0; x < roi.width; ++x)
             plane.at(x, y) = static_cast<T>(top * texture.at(x * scale - side * move[0], y * scale - side * move[1]));
-            exact.at(x, y) = static_cast<double>(plane.at(x, y));
-          }
-        images.push_back(std::make_unique<Image<T>>(plane, c.layout<T>()));
-        pyramids[side]->pImage[l] = reinterpret_cast<Zeb8u*>(images.back()->pixels());
-        pyramids[side]->pStep[l] = images.back()->step();
-        auto& ref = levels[static_cast<size_t>(l)];
-        (side ? ref.second : ref.first) = exact;
-        ref.scale = pyramids[side]->pRate[l];
+        this->setLevel(side, l, plane, c.layout<T>());
       }
   }
-  ~Pair() {
-    for (ZebiPyramid* pyramid : pyramids) zebiPyramidFree(pyramid);
-  }
-  Pair(const Pair&) = delete;
-  Pair& operator=(const Pair&) = delete;
 
-  ZebiPyramid* pyramids[2] = {};
-  std::vector<std::unique_ptr<Image<T>>> images;
-  std::vector<ref::FlowLevel> levels;
   int deepest = 0;
 };
 

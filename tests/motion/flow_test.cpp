@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
 
+#include "motion/image_pair.h"
 #include "support/compare.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
@@ -24,38 +24,22 @@ double texture(double x, double y) {
 
 // Two pyramids of rate 2 of the texture, the second one moved, in guarded images of exact size.
 template <class T>
-struct Pair {
-  ZebiPyramid* pyramids[2] = {};
-  std::vector<std::unique_ptr<Image<T>>> images;
-  std::vector<ref::FlowLevel> levels;
-
+struct Pair : ImagePair<T> {
   Pair(int w, int h, int level, double moveX, double moveY, Random& random) {
     const double top = sizeof(T) == 1 ? 255 : sizeof(T) == 2 ? 60000 : 1;
-    levels.resize(static_cast<size_t>(level) + 1);
+    this->levels.resize(static_cast<size_t>(level) + 1);
     for (int side : {0, 1}) {
-      EXPECT_EQ(zebiPyramidInitAlloc(&pyramids[side], std::max(level, 1), {w, h}, 2.0f), zebStsOk);
+      EXPECT_EQ(zebiPyramidInitAlloc(&this->pyramids[side], std::max(level, 1), {w, h}, 2.0f), zebStsOk);
       for (int l = 0; l <= level; ++l) {
-        const ZebiSize size = pyramids[side]->pRoi[l];
+        const ZebiSize size = this->pyramids[side]->pRoi[l];
+        const double scale = 1 << l;
         ref::Plane<T> plane(size.width, size.height);
-        ref::Plane<double> exact(size.width, size.height);
         for (int y = 0; y < size.height; ++y)
-          for (int x = 0; x < size.width; ++x) {
-            const double scale = 1 << l;
-            const double v = top * texture(x * scale - side * moveX, y * scale - side * moveY);
-            plane.at(x, y) = static_cast<T>(v);
-            exact.at(x, y) = static_cast<double>(plane.at(x, y));
-          }
-        images.push_back(std::make_unique<Image<T>>(plane, Layout::random<T>(random)));
-        pyramids[side]->pImage[l] = reinterpret_cast<Zeb8u*>(images.back()->pixels());
-        pyramids[side]->pStep[l] = images.back()->step();
-        auto& ref = levels[static_cast<size_t>(l)];
-        (side ? ref.second : ref.first) = exact;
-        ref.scale = pyramids[side]->pRate[l];
+          for (int x = 0; x < size.width; ++x)
+            plane.at(x, y) = static_cast<T>(top * texture(x * scale - side * moveX, y * scale - side * moveY));
+        this->setLevel(side, l, plane, Layout::random<T>(random));
       }
     }
-  }
-  ~Pair() {
-    for (ZebiPyramid* pyramid : pyramids) zebiPyramidFree(pyramid);
   }
 };
 
