@@ -50,8 +50,8 @@ struct Shared {
   ZebiPoint centre = {1, 1};
 
   ZebiHaarClassifier* stage = nullptr;
-  ZebiMorphAdvState* compound = nullptr;
-  std::vector<Zeb8u> morphology, hough;
+  ZebiMorphGrayState* ball = nullptr;
+  std::vector<Zeb8u> morphology, compound, hough;
 
   Shared()
       : gray(count), moved(count), shapes(count), real(count), accumulated(count), norm(count), dx(count), dy(count) {
@@ -81,8 +81,13 @@ struct Shared {
     const int boxCount = 2;
     EXPECT_EQ(zebiHaarClassifierInitAlloc_32f(&stage, boxes, weights, &threshold, &below, &above, &boxCount, 1),
               zebStsOk);
-    EXPECT_EQ(zebiMorphAdvInitAlloc_8u_C1R(&compound, size, element.data(), {3, 3}, centre), zebStsOk);
+    const Zeb32s heights[] = {0, 3, 0, 3, 9, 3, 0, 3, 0};
+    EXPECT_EQ(zebiMorphGrayInitAlloc_8u_C1R(&ball, size, heights, {3, 3}, centre), zebStsOk);
     int bytes = 0, rest = 0;
+    EXPECT_EQ(zebiMorphAdvGetSize_8u_C1R(size, {3, 3}, &bytes, &rest), zebStsOk);
+    compound.resize(static_cast<size_t>(bytes));
+    EXPECT_EQ(zebiMorphAdvInit_8u_C1R(state<ZebiMorphAdvState>(compound), size, element.data(), {3, 3}, centre),
+              zebStsOk);
     EXPECT_EQ(zebiMorphologyBorderGetSize_8u_C1R(width, {3, 3}, &bytes, &rest), zebStsOk);
     morphology.resize(static_cast<size_t>(bytes));
     std::vector<Zeb8u> initBuffer(static_cast<size_t>(rest));
@@ -95,7 +100,7 @@ struct Shared {
   }
   ~Shared() {
     zebiHaarClassifierFree_32f(stage);
-    zebiMorphAdvFree(compound);
+    zebiMorphGrayFree_8u_C1R(ball);
   }
   template <class State>
   static State* state(std::vector<Zeb8u>& memory) {
@@ -154,7 +159,7 @@ void filters(const Shared& in, Outcome& out) {
 }
 
 void morphology(const Shared& in, Outcome& out) {
-  std::vector<Zeb8u> eroded(count), gradient(count), dilated(count), rebuilt = in.gray;
+  std::vector<Zeb8u> eroded(count), gradient(count), opened(count), dilated(count), rebuilt = in.gray;
   int bytes = 0, rest = 0;
   out.keep(zebiMorphologyBorderGetSize_8u_C1R(width, {3, 3}, &rest, &bytes));
   std::vector<Zeb8u> buffer(static_cast<size_t>(bytes));
@@ -163,18 +168,19 @@ void morphology(const Shared& in, Outcome& out) {
   out.keep(zebiMorphAdvGetSize_8u_C1R(size, {3, 3}, &rest, &bytes));
   buffer.resize(static_cast<size_t>(bytes));
   out.keep(zebiMorphGradientBorder_8u_C1R(in.gray.data(), width, gradient.data(), width, size, zebBorderRepl, 0,
-                                          in.compound, buffer.data()));
-  // Grayscale states hold their own scratch: one for each thread.
-  const std::vector<Zeb32s> weights = {0, 3, 0, 3, 9, 3, 0, 3, 0};
-  ZebiMorphGrayState* gray = nullptr;
-  out.keep(zebiMorphGrayInitAlloc_8u_C1R(&gray, size, weights.data(), {3, 3}, in.centre));
-  out.keep(zebiGrayDilateBorder_8u_C1R(in.gray.data(), width, dilated.data(), width, size, zebBorderRepl, gray));
-  out.keep(zebiMorphGrayFree_8u_C1R(gray));
+                                          Shared::state<ZebiMorphAdvState>(in.compound), buffer.data()));
+  // An allocated compound state holds the intermediate image: one for each thread.
+  ZebiMorphAdvState* own = nullptr;
+  out.keep(zebiMorphAdvInitAlloc_8u_C1R(&own, size, in.element.data(), {3, 3}, in.centre));
+  out.keep(zebiMorphOpenBorder_8u_C1R(in.gray.data(), width, opened.data(), width, size, zebBorderRepl, 0, own,
+                                      buffer.data()));
+  out.keep(zebiMorphAdvFree(own));
+  out.keep(zebiGrayDilateBorder_8u_C1R(in.gray.data(), width, dilated.data(), width, size, zebBorderRepl, in.ball));
   for (Zeb8u& v : rebuilt) v = static_cast<Zeb8u>(v > 60 ? v - 60 : 0);
   buffer = scratch(zebiMorphReconstructGetBufferSize_8u_C1, size);
   out.keep(zebiMorphReconstructDilate_8u_C1IR(in.gray.data(), width, rebuilt.data(), width, size, buffer.data(),
                                               zebiNormInf));
-  out.keep(eroded), out.keep(gradient), out.keep(dilated), out.keep(rebuilt);
+  out.keep(eroded), out.keep(gradient), out.keep(opened), out.keep(dilated), out.keep(rebuilt);
 }
 
 void edges(const Shared& in, Outcome& out) {
