@@ -108,22 +108,24 @@ Vec<T> loadPadded(const T* row, int x, int width) {
   return load(block);
 }
 
-// The largest (smallest) of the pixels beside each pixel of the neighbouring row: one, or three.
+// p after taking in the pixels beside it in the neighbouring row, one or three: one after the other, so that one that
+// is not a number hides no other.
 template <class Op, bool eight, class T>
-ZEB_INLINE Vec<T> neighbours(const T* row, int x, int width) {
+ZEB_INLINE Vec<T> grownBy(Vec<T> p, const T* row, int x, int width) {
   constexpr int lanes = Vec<T>::lanes;
   if (x >= 1 && x <= width - lanes - 1) {
-    if (!eight) return load(row + x);
-    return Op::grown(Op::grown(load(row + x), load(row + x - 1)), load(row + x + 1));
+    p = Op::grown(p, load(row + x));
+    return eight ? Op::grown(Op::grown(p, load(row + x - 1)), load(row + x + 1)) : p;
   }
   // The first or the last vector of the row.
   const Vec<T> nothing = splat(Op::template nothing<T>);
   const bool last = x >= width - lanes;
   const Vec<T> middle = x <= width - lanes ? load(row + x) : loadPadded<Op>(row, x, width);
-  if (!eight) return middle;
+  p = Op::grown(p, middle);
+  if (!eight) return p;
   const Vec<T> left = movedUp<sizeof(T)>(middle, x > 0 ? load(row + x - lanes) : nothing);
   const Vec<T> right = last ? movedDown<sizeof(T)>(middle, nothing) : load(row + x + 1);
-  return Op::grown(Op::grown(middle, left), right);
+  return Op::grown(Op::grown(p, left), right);
 }
 
 // Takes in the neighbouring row (none for the first row of the first pass), then closes the row along itself. force:
@@ -139,7 +141,7 @@ bool visitRow(T* row, const T* mask, const T* neighbour, int width, bool force) 
     const bool whole = x <= width - lanes;
     const Vec<T> old = whole ? load(row + x) : loadPadded<Op>(row, x, width);
     const Vec<T> m = whole ? load(mask + x) : loadPadded<Op>(mask, x, width);
-    Vec<T> p = neighbour ? Op::grown(old, neighbours<Op, eight>(neighbour, x, width)) : old;
+    Vec<T> p = neighbour ? grownBy<Op, eight>(old, neighbour, x, width) : old;
     p = Op::limited(p, m);
     if (beforeChanged || !identical(p, old)) p = swept<Op, Sweep::rightwards>(p, m, before);
     beforeChanged = !identical(p, old);

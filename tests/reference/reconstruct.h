@@ -1,5 +1,5 @@
 // Morphological reconstruction from its definition: elementary steps, scanning forwards and backwards,
-// until nothing changes.
+// until nothing changes. A value that is not a number stays and does not spread.
 #pragma once
 
 #include <algorithm>
@@ -27,7 +27,7 @@ Plane<T> reconstruct(const Plane<T>& mask, Plane<T> marker, bool dilate, bool ei
             v = dilate ? std::max(v, q) : std::min(v, q);
           }
         v = limited(v, mask.at(x, y));
-        if (v != marker.at(x, y)) marker.at(x, y) = v, changed = true;
+        if (v == v && v != marker.at(x, y)) marker.at(x, y) = v, changed = true;
       }
   }
   return marker;
