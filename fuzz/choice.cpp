@@ -35,8 +35,9 @@ int Choice::within(int low, int high) {
 
 ZebiSize Choice::size(int maxWidth, int maxHeight) {
   if (size_) return *size_;
-  const int width = within(1, maxWidth);
-  return {width, within(1, maxHeight)};
+  const bool flat = oneIn(8);
+  const int width = within(1, flat ? 4 * maxWidth : maxWidth);
+  return {width, within(1, flat ? (maxHeight + 3) / 4 : maxHeight)};
 }
 
 }  // namespace fuzz

@@ -35,7 +35,8 @@ class Choice {
     return values[within(0, static_cast<int>(N) - 1)];
   }
 
-  // The size of the region: fixed, or mostly small.
+  // The size of the region: fixed; or mostly small, and now and then four times as wide and flat, for the loops that
+  // take several vectors at a time.
   ZebiSize size(int maxWidth = 70, int maxHeight = 20);
   bool fixed() const { return size_.has_value(); }
   // Something that a caller may make larger than the region needs: nothing where the size is fixed.
@@ -82,9 +83,16 @@ class Choice {
     return p;
   }
 
-  // The same without infinities and values that are not numbers.
+  // The same with 1 in place of values that are not numbers, and of infinities where only finite ones are wanted.
   template <class T>
-  ref::Plane<T> numbers(int width, int height, int channels = 1) {
+  ref::Plane<T> ordered(int width, int height, int channels = 1) {
+    ref::Plane<T> p = plane<T>(width, height, channels);
+    for (T& v : p.data)
+      if (v != v) v = T(1);
+    return p;
+  }
+  template <class T>
+  ref::Plane<T> finite(int width, int height, int channels = 1) {
     ref::Plane<T> p = plane<T>(width, height, channels);
     if constexpr (std::is_floating_point_v<T>)
       for (T& v : p.data)

@@ -47,6 +47,29 @@ TEST_F(EveryFunction, AtAllSmallSizes) {
   for (const Target& target : targets()) EXPECT_EQ(watch().calls.count(target.name), 1u) << target.name;
 }
 
+// Every width of some vectors and rows of hundreds of pixels, which no loop takes in one way only; then regions of any
+// size, several rows high.
+class EveryFunctionOf : public EveryFunction, public testing::WithParamInterface<std::string> {};
+TEST_P(EveryFunctionOf, AtEveryWidth) {
+  std::vector<int> widths = {127, 128, 129, 192, 255, 256, 257, 301};
+  for (int w = largest + 1; w <= 72; ++w) widths.push_back(w);
+  constexpr int casesPerWidth = 2, regions = 100;
+  for (const Target& target : targets()) {
+    if (target.group != GetParam()) continue;
+    for (const int w : widths)
+      for (int i = 0; i < casesPerWidth; ++i) drive(target, {w, 1 + (w + i) % 4}, static_cast<uint64_t>(i));
+    for (int i = 0; i < regions; ++i) {
+      const auto number = static_cast<Zeb8u>(i);
+      const Zeb8u bytes[] = {number, 0, 0, 0};
+      Choice choice(bytes, sizeof(bytes));
+      EXPECT_EQ(fault(target, choice), "") << "region " << i;
+    }
+    if (HasFailure()) return;
+  }
+}
+INSTANTIATE_TEST_SUITE_P(Group, EveryFunctionOf, testing::ValuesIn(groups()),
+                         [](const auto& info) { return info.param; });
+
 // Each allocation of each call made to fail in turn. Which functions allocate is seen in a first run of the same case.
 TEST_F(EveryFunction, WithoutMemory) {
   const ZebiSize sizes[] = {{1, 1}, {5, 4}, {9, 9}, {40, 13}};

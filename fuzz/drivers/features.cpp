@@ -28,7 +28,7 @@ struct Thresholds {
 template <class T>
 Plane<T> derivative(Choice& c, ZebiSize size) {
   const int kind = c.within(0, 2);
-  if (kind == 0) return c.numbers<T>(size.width, size.height);
+  if (kind == 0) return c.finite<T>(size.width, size.height);
   Random random = c.random();
   const int range = c.within(1, 60);
   Plane<T> p(size.width, size.height);
