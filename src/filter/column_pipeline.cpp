@@ -90,22 +90,12 @@ void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int
 
 void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int elements, const Zeb32f* kernel,
                         int kernelSize) {
-  const auto with = [&](auto taps) {
+  withTaps(kernelSize, [&](auto taps) {
     using Source = Stacked<Zeb32f, decltype(taps)::value>;
     for (int y = 0; y < height; ++y)
       filterRunFloat<decltype(taps)::value, decltype(taps)::value == 3>(Source(src + y), kernel, kernelSize, dst[y],
                                                                         elements);
-  };
-  switch (kernelSize) {
-    case 3:
-      return with(std::integral_constant<int, 3>());
-    case 5:
-      return with(std::integral_constant<int, 5>());
-    case 7:
-      return with(std::integral_constant<int, 7>());
-    default:
-      return with(std::integral_constant<int, 0>());
-  }
+  });
 }
 
 // Everything up to the divisor. The scratch buffer is looked at this late on purpose.

@@ -200,22 +200,12 @@ void filterRowsUnsigned(Rows<const Zeb16u> src, Zeb16u** dst, ZebiSize roi, cons
 template <int channels>
 void filterRowsFloat(Rows<const Zeb32f> src, Zeb32f** dst, ZebiSize roi, const Zeb32f* kernel, int kernelSize,
                      int anchor, ZebiBorderType borderType, const Zeb32f* borderValue, Scratch scratch) {
-  const auto with = [&](auto taps) {
+  withTaps(kernelSize, [&](auto taps) {
     const auto run = [&](const Zeb32f* p, Zeb32f* out, int n, Part) {
       filterRunFloat<decltype(taps)::value, false>(Shifted<Zeb32f, channels>{p}, kernel, kernelSize, out, n);
     };
     filterRows<Zeb32f, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch, run);
-  };
-  switch (kernelSize) {
-    case 3:
-      return with(std::integral_constant<int, 3>());
-    case 5:
-      return with(std::integral_constant<int, 5>());
-    case 7:
-      return with(std::integral_constant<int, 7>());
-    default:
-      return with(std::integral_constant<int, 0>());
-  }
+  });
 }
 
 // ---- Checks ----

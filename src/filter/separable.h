@@ -9,6 +9,7 @@
 #include <stdint.h>
 
 #include <limits>
+#include <type_traits>
 
 #include "core/lanes.h"
 
@@ -345,6 +346,21 @@ class FloatTaps<0> {
   const Zeb32f* kernel_;
   int count_;
 };
+
+// run(taps) with the number of taps as a constant where its loop is worth unrolling, else with 0.
+template <class Run>
+inline void withTaps(int count, const Run& run) {
+  switch (count) {
+    case 3:
+      return run(std::integral_constant<int, 3>());
+    case 5:
+      return run(std::integral_constant<int, 5>());
+    case 7:
+      return run(std::integral_constant<int, 7>());
+    default:
+      return run(std::integral_constant<int, 0>());
+  }
+}
 
 // The product of the first tap, then one fused step for each further tap; or, from the middle of three taps: the
 // product of the second, then the first, then the third.
