@@ -58,6 +58,7 @@ TEST_P(EveryFunctionOf, AtEveryWidth) {
     if (target.group != GetParam()) continue;
     for (const int w : widths)
       for (int i = 0; i < casesPerWidth; ++i) drive(target, {w, 1 + (w + i) % 4}, static_cast<uint64_t>(i));
+    drive(target, {230, 41}, 0);
     for (int i = 0; i < regions; ++i) {
       const auto number = static_cast<Zeb8u>(i);
       const Zeb8u bytes[] = {number, 0, 0, 0};
@@ -67,8 +68,13 @@ TEST_P(EveryFunctionOf, AtEveryWidth) {
     if (HasFailure()) return;
   }
 }
-INSTANTIATE_TEST_SUITE_P(Group, EveryFunctionOf, testing::ValuesIn(groups()),
-                         [](const auto& info) { return info.param; });
+INSTANTIATE_TEST_SUITE_P(, EveryFunctionOf, testing::ValuesIn(groups()), [](const auto& info) { return info.param; });
+
+// Functions that allocate say so in their names, but for stages of cascades and layers up, whose texts say so.
+bool mayAllocate(const std::string& name) {
+  return name.find("Alloc") != std::string::npos || name.rfind("zebiApply", 0) == 0 ||
+         name.rfind("zebiPyramidLayerUp_", 0) == 0;
+}
 
 // Each allocation of each call made to fail in turn. Which functions allocate is seen in a first run of the same case.
 TEST_F(EveryFunction, WithoutMemory) {
@@ -84,8 +90,10 @@ TEST_F(EveryFunction, WithoutMemory) {
       }
   for (const char* name : entries) {
     const Calls& calls = watch().calls[name];
-    if (strstr(name, "Alloc")) {
+    if (mayAllocate(name)) {
       EXPECT_GT(calls.mostAllocations, 0) << name << " does not allocate";
+    } else {
+      EXPECT_EQ(calls.mostAllocations, 0) << name << " allocates";
     }
     if (calls.mostAllocations > 0) {
       EXPECT_GE(calls.refusedAllocations, calls.mostAllocations) << name << " was not tried without memory";

@@ -88,7 +88,7 @@ void flow(Choice& c, Function<ZebiOptFlowPyrLKState**, ZebiSize, int, int> make,
   const ZebiSize size = c.size(50, 40);
   const bool smooth = c.coin();
   const Pair<T> pair(c, size, c.within(0, 2), smooth);
-  const Settings s = {c.within(1, 17), c.within(1, 4), c.coin() ? 0.01f : c.real(0, 1)};
+  const Settings s = {c.within(1, c.oneIn(4) ? 33 : 17), c.within(1, 4), c.coin() ? 0.01f : c.real(0, 1)};
   const int points = c.within(1, 6);
   std::vector<ZebiPoint_32f> prev, guess;
   for (int i = 0; i < points; ++i) {

@@ -71,6 +71,15 @@ TABLES(zebiTiltedSqrIntegral_8u32f64f_C1R, sumsAndSquares, tilted);
 
 // ---- Deviations of windows, over tables of exactly the rows and columns that they need ----
 
+// The table of a picture, so that most windows have a variance; or any numbers.
+template <class T>
+Plane<T> tableOf(Choice& c, const Plane<Zeb8u>& picture, bool squared, Tilt tilt) {
+  const int columns = picture.width + 1 + tilt.tilted, rows = picture.height + 1 + tilt.tilted;
+  if (c.oneIn(4)) return c.plane<T>(columns, rows);
+  return tilt.tilted ? ref::tiltedIntegral<T>(picture, T(0), squared, Plane<T>(columns, rows), tilt.addToColumn)
+                     : ref::integral<T>(picture, T(0), squared);
+}
+
 template <class S, class Q, class D, class... Scale>
 void deviation(Choice& c, Function<const S*, int, const Q*, int, D*, int, ZebiSize, ZebiRect, Scale...> f, Tilt tilt) {
   const ZebiSize size = c.size();
@@ -78,8 +87,9 @@ void deviation(Choice& c, Function<const S*, int, const Q*, int, D*, int, ZebiSi
   if (tilt.tilted) r.x = r.y + r.height + c.within(0, 2);
   const int columns = size.width + (tilt.tilted ? r.x + r.y + r.width + r.height - 1 : r.x + r.width);
   const int rows = size.height + (tilt.tilted ? r.x + r.y + r.width + r.height : r.y + r.height);
-  const Image<S> sums = c.image<S>(columns, rows);
-  const Image<Q> squares = c.image<Q>(columns, rows);
+  const auto picture = c.plane<Zeb8u>(columns - 1 - tilt.tilted, rows - 1 - tilt.tilted);
+  const Image<S> sums(tableOf<S>(c, picture, false, tilt), c.layout<S>());
+  const Image<Q> squares(tableOf<Q>(c, picture, true, tilt), c.layout<Q>());
   const Image<D> dst = c.empty<D>(size);
   const int scale = c.oneIn(16) ? INT32_MAX : c.within(-40, 40);
   const Plane<S> s = sums.plane();

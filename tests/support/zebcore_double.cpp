@@ -14,7 +14,11 @@ std::mutex& gate() {
 }  // namespace
 
 test::ZebcoreDouble& test::zebcore() {
-  static ZebcoreDouble state;
+  static ZebcoreDouble state = [] {
+    ZebcoreDouble first;
+    if (const char* features = getenv("ZEBCV_TEST_FEATURES")) first.features = strtoull(features, nullptr, 0);
+    return first;
+  }();
   return state;
 }
 

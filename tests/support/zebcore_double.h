@@ -19,6 +19,7 @@ struct ZebcoreDouble {
   int featureCalls = 0;  // calls of zebGetCpuFeatures
   bool featureArgumentsNull = true;
   int featureCallsAtLoad = 0;  // before main
+  // What zebGetEnabledCpuFeatures returns; ZEBCV_TEST_FEATURES in the environment sets it before the library is loaded.
   unsigned long long features = zebCpuAvx2 | zebCpuFma;
 
   void reset() {
