@@ -1,4 +1,4 @@
-#include "reference/accumulate.h"
+#include <cmath>
 
 #include "support/compare.h"
 #include "support/contract.h"
@@ -8,135 +8,6 @@ namespace {
 
 using namespace test;
 using ref::Plane;
-
-// Every vector tail, and some rows of several vectors.
-std::vector<int> widths() {
-  std::vector<int> all;
-  for (int w = 1; w <= 70; ++w) all.push_back(w);
-  for (int w : {127, 128, 129, 255, 301}) all.push_back(w);
-  return all;
-}
-
-// One function of the family: how it is called, and what it does to one pixel.
-template <class T>
-struct Case {
-  const char* name;
-  bool masked;
-  bool twoSources;
-  std::function<ZebStatus(const Image<T>& a, const Image<T>& b, const Image<Zeb8u>& mask, Image<Zeb32f>& acc,
-                          Zeb32f alpha)>
-      call;
-  std::function<Zeb32f(Zeb32f acc, Zeb32f a, Zeb32f b, Zeb32f alpha)> pixel;
-};
-
-template <class T>
-void run(const Case<T>& c) {
-  Random random;
-  int round = 0;
-  for (int width : widths()) {
-    const int height = 1 + round % 3;
-    const Content content = allContents[round++ % 8];
-    const Image<T> a(width, height, 1, Layout::random<T>(random), content, random);
-    const Image<T> b(width, height, 1, Layout::random<T>(random), round % 2 ? Content::noise : Content::extremes,
-                     random);
-    Plane<Zeb8u> bytes(width, height);
-    for (auto& m : bytes.data) m = static_cast<Zeb8u>(random.within(0, 1) * random.within(0, 255));
-    if (round % 9 == 0) bytes = Plane<Zeb8u>(width, height, 1, 0);
-    const Image<Zeb8u> mask(bytes, Layout::random<Zeb8u>(random));
-    Image<Zeb32f> acc(width, height, 1, Layout::random<Zeb32f>(random), round % 5 ? Content::noise : Content::extremes,
-                      random);
-    const Zeb32f alpha = round % 4 == 0 ? 0.0f : round % 4 == 1 ? 1.0f : random.real(-0.5f, 1.5f);
-
-    Plane<Zeb32f> want = acc.plane();
-    const auto pa = a.plane(), pb = b.plane();
-    for (size_t i = 0; i < want.data.size(); ++i)
-      if (!c.masked || bytes.data[i])
-        want.data[i] = c.pixel(want.data[i], static_cast<Zeb32f>(pa.data[i]), static_cast<Zeb32f>(pb.data[i]), alpha);
-
-    ASSERT_EQ(c.call(a, b, mask, acc, alpha), zebStsOk) << c.name;
-    ASSERT_TRUE(agree(c.name, acc, want)) << "source " << a.describe();
-    ASSERT_TRUE(a.intact() && b.intact() && mask.intact());
-  }
-}
-
-#define S a.pixels(), a.step()
-#define S2 a.pixels(), a.step(), b.pixels(), b.step()
-#define M mask.pixels(), mask.step()
-#define D acc.pixels(), acc.step(), acc.size()
-#define CASE(T, function, masked, two, formula, ...)                                                             \
-  run<T>({#function, masked, two,                                                                                \
-          [](const Image<T>& a, const Image<T>& b, const Image<Zeb8u>& mask, Image<Zeb32f>& acc, Zeb32f alpha) { \
-            (void)b, (void)mask, (void)alpha;                                                                    \
-            return function(__VA_ARGS__);                                                                        \
-          },                                                                                                     \
-          [](Zeb32f acc, Zeb32f a, Zeb32f b, Zeb32f alpha) {                                                     \
-            (void)acc, (void)b, (void)alpha;                                                                     \
-            return formula;                                                                                      \
-          }})
-
-TEST(Accumulate, AddEqualsReference) {
-  CASE(Zeb8u, zebiAdd_8u32f_C1IR, false, false, ref::add(acc, a), S, D);
-  CASE(Zeb8s, zebiAdd_8s32f_C1IR, false, false, ref::add(acc, a), S, D);
-  CASE(Zeb16u, zebiAdd_16u32f_C1IR, false, false, ref::add(acc, a), S, D);
-  CASE(Zeb8u, zebiAdd_8u32f_C1IMR, true, false, ref::add(acc, a), S, M, D);
-  CASE(Zeb8s, zebiAdd_8s32f_C1IMR, true, false, ref::add(acc, a), S, M, D);
-  CASE(Zeb16u, zebiAdd_16u32f_C1IMR, true, false, ref::add(acc, a), S, M, D);
-  CASE(Zeb32f, zebiAdd_32f_C1IMR, true, false, ref::add(acc, a), S, M, D);
-}
-
-TEST(Accumulate, AddSquareEqualsReference) {
-  CASE(Zeb8u, zebiAddSquare_8u32f_C1IR, false, false, ref::addSquare(acc, a), S, D);
-  CASE(Zeb8s, zebiAddSquare_8s32f_C1IR, false, false, ref::addSquare(acc, a), S, D);
-  CASE(Zeb16u, zebiAddSquare_16u32f_C1IR, false, false, ref::addSquare(acc, a), S, D);
-  CASE(Zeb32f, zebiAddSquare_32f_C1IR, false, false, ref::addSquare(acc, a), S, D);
-  CASE(Zeb8u, zebiAddSquare_8u32f_C1IMR, true, false, ref::addSquare(acc, a), S, M, D);
-  CASE(Zeb8s, zebiAddSquare_8s32f_C1IMR, true, false, ref::addSquare(acc, a), S, M, D);
-  CASE(Zeb16u, zebiAddSquare_16u32f_C1IMR, true, false, ref::addSquare(acc, a), S, M, D);
-  CASE(Zeb32f, zebiAddSquare_32f_C1IMR, true, false, ref::addSquare(acc, a), S, M, D);
-}
-
-TEST(Accumulate, AddProductEqualsReference) {
-  CASE(Zeb8u, zebiAddProduct_8u32f_C1IR, false, true, ref::addProduct(acc, a, b), S2, D);
-  CASE(Zeb8s, zebiAddProduct_8s32f_C1IR, false, true, ref::addProduct(acc, a, b), S2, D);
-  CASE(Zeb16u, zebiAddProduct_16u32f_C1IR, false, true, ref::addProduct(acc, a, b), S2, D);
-  CASE(Zeb32f, zebiAddProduct_32f_C1IR, false, true, ref::addProduct(acc, a, b), S2, D);
-  CASE(Zeb8u, zebiAddProduct_8u32f_C1IMR, true, true, ref::addProduct(acc, a, b), S2, M, D);
-  CASE(Zeb8s, zebiAddProduct_8s32f_C1IMR, true, true, ref::addProduct(acc, a, b), S2, M, D);
-  CASE(Zeb16u, zebiAddProduct_16u32f_C1IMR, true, true, ref::addProduct(acc, a, b), S2, M, D);
-  CASE(Zeb32f, zebiAddProduct_32f_C1IMR, true, true, ref::addProduct(acc, a, b), S2, M, D);
-}
-
-TEST(Accumulate, AddWeightedEqualsReference) {
-  CASE(Zeb8u, zebiAddWeighted_8u32f_C1IR, false, false, ref::addWeighted(acc, a, alpha), S, D, alpha);
-  CASE(Zeb8s, zebiAddWeighted_8s32f_C1IR, false, false, ref::addWeighted(acc, a, alpha), S, D, alpha);
-  CASE(Zeb16u, zebiAddWeighted_16u32f_C1IR, false, false, ref::addWeighted(acc, a, alpha), S, D, alpha);
-  CASE(Zeb32f, zebiAddWeighted_32f_C1IR, false, false, ref::addWeighted(acc, a, alpha), S, D, alpha);
-  CASE(Zeb8u, zebiAddWeighted_8u32f_C1IMR, true, false, ref::addWeighted(acc, a, alpha), S, M, D, alpha);
-  CASE(Zeb8s, zebiAddWeighted_8s32f_C1IMR, true, false, ref::addWeighted(acc, a, alpha), S, M, D, alpha);
-  CASE(Zeb16u, zebiAddWeighted_16u32f_C1IMR, true, false, ref::addWeighted(acc, a, alpha), S, M, D, alpha);
-  CASE(Zeb32f, zebiAddWeighted_32f_C1IMR, true, false, ref::addWeighted(acc, a, alpha), S, M, D, alpha);
-  CASE(Zeb32f, zebiAddWeighted_32f_C1R, false, true, ref::addWeighted(b, a, alpha), S2, D, alpha);
-}
-
-// Many frames into rows without gaps: the whole image is handed over as one run.
-TEST(Accumulate, ContiguousImagesAreOneRun) {
-  Random random;
-  const Image<Zeb8u> src(61, 53, 1, {}, Content::noise, random);
-  Image<Zeb32f> acc(61, 53, 1, {}, Content::noise, random);
-  auto want = acc.plane();
-  for (size_t i = 0; i < want.data.size(); ++i) want.data[i] += src.plane().data[i];
-  ASSERT_EQ(zebiAdd_8u32f_C1IR(src.pixels(), src.step(), acc.pixels(), acc.step(), acc.size()), zebStsOk);
-  EXPECT_TRUE(agree("zebiAdd_8u32f_C1IR", acc, want));
-}
-
-TEST(Accumulate, SourceMayBeTheAccumulator) {
-  Random random;
-  Image<Zeb32f> acc(37, 3, 1, Layout{Place::odd, 8, 5}, Content::noise, random);
-  auto want = acc.plane();
-  for (auto& v : want.data) v = ref::addSquare(v, v);
-  ASSERT_EQ(zebiAddSquare_32f_C1IR(acc.pixels(), acc.step(), acc.pixels(), acc.step(), acc.size()), zebStsOk);
-  EXPECT_TRUE(agree("zebiAddSquare_32f_C1IR", acc, want));
-}
 
 constexpr int w = 11;
 
@@ -275,54 +146,6 @@ TEST(Accumulate, Add16uAcceptsOverlappingAccumulatorRows) {
   EXPECT_TRUE(agree("zebiAdd_16u32f_C1IR", acc, want));
 }
 
-TEST(AbsDiff, EqualsReference) {
-  Random random;
-  const auto two = [&](auto tag, const char* name, int channels, auto function) {
-    using T = decltype(tag);
-    int round = 0;
-    for (int width : widths()) {
-      const int height = 1 + round % 3;
-      const Image<T> a(width, height, channels, Layout::random<T>(random), allContents[round++ % 8], random);
-      Image<T> b(width, height, channels, Layout::random<T>(random), Content::noise, random);
-      Image<T> d(width, height, channels, Layout::random<T>(random));
-      auto want = a.plane();
-      for (size_t i = 0; i < want.data.size(); ++i)
-        want.data[i] = static_cast<T>(ref::absDiff(a.plane().data[i], b.plane().data[i]));
-      ASSERT_EQ(function(a.pixels(), a.step(), b.pixels(), b.step(), d.pixels(), d.step(), d.size()), zebStsOk);
-      ASSERT_TRUE(agree(name, d, want));
-      ASSERT_EQ(function(a.pixels(), a.step(), b.pixels(), b.step(), b.pixels(), b.step(), d.size()), zebStsOk);
-      ASSERT_TRUE(agree(name, b, want)) << "in place";
-    }
-  };
-  two(Zeb8u(), "zebiAbsDiff_8u_C1R", 1, zebiAbsDiff_8u_C1R);
-  two(Zeb8u(), "zebiAbsDiff_8u_C3R", 3, zebiAbsDiff_8u_C3R);
-  two(Zeb16u(), "zebiAbsDiff_16u_C1R", 1, zebiAbsDiff_16u_C1R);
-  two(Zeb32f(), "zebiAbsDiff_32f_C1R", 1, zebiAbsDiff_32f_C1R);
-}
-
-TEST(AbsDiff, ConstantEqualsReference) {
-  Random random;
-  const auto constant = [&](auto tag, const char* name, auto function, auto values, auto clamped) {
-    using T = decltype(tag);
-    int round = 0;
-    for (int width : widths()) {
-      const Image<T> a(width, 2, 1, Layout::random<T>(random), allContents[round++ % 8], random);
-      Image<T> d(width, 2, 1, Layout::random<T>(random));
-      const auto value = values[round % values.size()];
-      auto want = a.plane();
-      for (auto& v : want.data) v = static_cast<T>(ref::absDiff(v, clamped(value)));
-      ASSERT_EQ(function(a.pixels(), a.step(), d.pixels(), d.step(), d.size(), value), zebStsOk);
-      ASSERT_TRUE(agree(name, d, want)) << "value " << value;
-    }
-  };
-  const std::vector<int> integers = {0, 1, 77, 255, 300, -4, 65535, 65536, 0x7FFFFFFF, -0x7FFFFFFF - 1};
-  const auto to = [](int high) { return [=](int v) { return v < 0 ? 0 : v > high ? high : v; }; };
-  constant(Zeb8u(), "zebiAbsDiffC_8u_C1R", zebiAbsDiffC_8u_C1R, integers, to(255));
-  constant(Zeb16u(), "zebiAbsDiffC_16u_C1R", zebiAbsDiffC_16u_C1R, integers, to(65535));
-  constant(Zeb32f(), "zebiAbsDiffC_32f_C1R", zebiAbsDiffC_32f_C1R, std::vector<Zeb32f>{0.0f, -3.5f, 1e30f},
-           [](Zeb32f v) { return v; });
-}
-
 TEST(AbsDiff, Checks) {
   const auto two = [](auto tag, const char* name, auto function, int channels) {
     using T = decltype(tag);
@@ -355,22 +178,6 @@ TEST(AbsDiff, Checks) {
   constant(Zeb8u(), NAMED(zebiAbsDiffC_8u_C1R));
   constant(Zeb16u(), NAMED(zebiAbsDiffC_16u_C1R));
   constant(Zeb32f(), NAMED(zebiAbsDiffC_32f_C1R));
-}
-
-TEST(FastArctan, EqualsReferenceAtEveryLength) {
-  Random random;
-  for (int length : widths()) {
-    const Image<Zeb32f> y(length, 1, 1, Layout::random<Zeb32f>(random), allContents[length % 8], random);
-    Image<Zeb32f> x(length, 1, 1, Layout::random<Zeb32f>(random), length % 3 ? Content::noise : Content::extremes,
-                    random);
-    Image<Zeb32f> d(length, 1, 1, Layout::random<Zeb32f>(random));
-    auto want = d.plane();
-    for (int i = 0; i < length; ++i) want.at(i, 0) = ref::fastArctan(y.plane().at(i, 0), x.plane().at(i, 0));
-    ASSERT_EQ(zebibFastArctan_32f(y.pixels(), x.pixels(), d.pixels(), length), zebStsOk);
-    ASSERT_TRUE(agree("zebibFastArctan_32f", d, want));
-    ASSERT_EQ(zebibFastArctan_32f(y.pixels(), x.pixels(), x.pixels(), length), zebStsOk);
-    ASSERT_TRUE(agree("zebibFastArctan_32f", x, want)) << "in place";
-  }
 }
 
 // The angle itself, against the standard library, so that a fault shared with the reference shows.

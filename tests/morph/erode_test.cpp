@@ -1,4 +1,5 @@
-#include "morph/elements.h"
+#include "reference/morph.h"
+#include "support/compare.h"
 #include "support/contract.h"
 #include "support/zebcore_double.h"
 
@@ -54,154 +55,54 @@ ZebiMorphState* stateIn(const Scratch& memory) {
   return reinterpret_cast<ZebiMorphState*>(memory.get());
 }
 
-// Sizes that hit every vector tail, then some hundreds of pixels, then regions narrower than the masks.
-ZebiSize regionOf(int round, Random& random) {
-  if (round >= 200) return {random.within(1, 5), random.within(1, 9)};
-  return {round < 140 ? 1 + round / 2 : random.within(70, 330), random.within(1, round % 9 ? 12 : 40)};
-}
-Content contentOf(int round) {
-  return round % 4 == 0 ? Content::runs : round % 4 == 1 ? Content::ramp : Content::noise;
+// ---- Large masks ----
+
+// Elements where set(x, y) holds, the anchor in the middle.
+template <class Set>
+Element maskOf(int width, int height, Set set) {
+  Element e{std::vector<Zeb8u>(static_cast<size_t>(width) * height), width, height, width / 2, height / 2};
+  for (int y = 0, i = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x, ++i) e.mask[static_cast<size_t>(i)] = set(x, y) ? 1 : 0;
+  return e;
 }
 
-// Both operations, every kind of mask and border, scratch and state of exactly the reported size at odd addresses. The
-// state is built for some wider region now and then.
 template <class T>
-void checkBordered(const BorderFunctions<T>& f) {
+void checkLarge(const OwningFunctions<T>& f, const Element& e, ZebiSize roi, bool lowest) {
   Random random;
-  for (int round = 0; round < 300; ++round) {
-    const ZebiSize roi = regionOf(round, random);
-    const Element e = makeElement(round, random);
-    const Surroundings around(random, e.anchorX, e.width - 1 - e.anchorX, e.anchorY, e.height - 1 - e.anchorY);
-    const Image<T> src(around.left + roi.width + around.right, around.top + roi.height + around.bottom, f.channels,
-                       Layout::random<T>(random), contentOf(round), random);
-    const int stateWidth = roi.width + (round % 3 ? 0 : random.within(0, 50));
-    int specSize = 0, bufferSize = 0;
-    ASSERT_EQ(f.getSize(stateWidth, {e.width, e.height}, &specSize, &bufferSize), zebStsOk);
-    const Scratch spec(specSize), initBuffer(bufferSize);
-    ASSERT_EQ(f.init(stateWidth, e.mask.data(), {e.width, e.height}, stateIn(spec), initBuffer.get()), zebStsOk);
-    const auto plane = src.plane();
-    for (bool lowest : {true, false}) {
-      Image<T> dst(roi.width, roi.height, f.channels, Layout::random<T>(random));
-      const Scratch buffer(bufferSize);
-      ASSERT_EQ((lowest ? f.erode : f.dilate)(src.pixels(around.left, around.top), src.step(), dst.pixels(), dst.step(),
-                                              roi, around.border, T(7), stateIn(spec), buffer.get()),
-                zebStsOk);
-      ASSERT_TRUE(agree(f.name, dst, ref::extremum(around.region(plane, roi), e, lowest)))
-          << (lowest ? "erode " : "dilate ") << "round " << round << " mask " << e.width << " x " << e.height
-          << " border " << around.border;
-      ASSERT_TRUE(buffer.intact() && spec.intact());
-    }
-  }
+  const Image<T> src(roi.width, roi.height, f.channels, {}, Content::noise, random);
+  const Image<T> dst(roi.width, roi.height, f.channels, {});
+  ZebiMorphState* state = nullptr;
+  ASSERT_EQ(f.initAlloc(roi.width, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}, &state), zebStsOk);
+  EXPECT_EQ(
+      (lowest ? f.erode : f.dilate)(src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, state),
+      zebStsOk);
+  EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
+  const auto plane = src.plane();
+  const ref::Region<T> region{&plane, 0, 0, roi.width, roi.height};
+  EXPECT_TRUE(agree(f.name, dst, ref::extremum(region, e, lowest)))
+      << "mask " << e.width << " x " << e.height << ", anchor " << e.anchorX << ", " << e.anchorY;
 }
 
-TEST(Erode, Bordered8uEqualsReference) {
-  for (const auto& f : border8u) checkBordered(f);
-}
-TEST(Erode, Bordered16EqualsReference) {
-  checkBordered(border16u);
-  checkBordered(border16s);
-}
-TEST(Erode, Bordered32fEqualsReference) {
-  for (const auto& f : border32f) checkBordered(f);
-}
-
-TEST(Erode, BitPackedEqualsReference) {
-  Random random;
-  for (int round = 0; round < 400; ++round) {
-    const ZebiSize roi = regionOf(round / 2, random);
-    const Element e = makeElement(round, random);
-    const Surroundings around(random, e.anchorX, e.width - 1 - e.anchorX, e.anchorY, e.height - 1 - e.anchorY);
-    const int before = (around.left + 7) / 8;
-    const Image<Zeb8u> src(before + (roi.width + around.right + 7) / 8, around.top + roi.height + around.bottom, 1,
-                           Layout::random<Zeb8u>(random), round % 3 ? Content::runs : Content::noise, random);
-    const auto bits = unpacked(src.plane());
-    auto region = around.region(bits, roi);
-    region.x = 8 * before;
-    int specSize = 0, bufferSize = 0;
-    ASSERT_EQ(border1u.getSize(roi.width, {e.width, e.height}, &specSize, &bufferSize), zebStsOk);
-    EXPECT_EQ(specSize, 3 * ((e.width * e.height + 15) & ~15) + 80);
-    const Scratch spec(specSize), buffer(bufferSize);
-    ASSERT_EQ(border1u.init(roi.width, e.mask.data(), {e.width, e.height}, stateIn(spec), buffer.get()), zebStsOk);
-    for (bool lowest : {true, false}) {
-      Image<Zeb8u> dst((roi.width + 7) / 8, roi.height, 1, Layout::random<Zeb8u>(random), Content::noise, random);
-      auto want = dst.plane();
-      pack(ref::extremum(region, e, lowest), &want);
-      ASSERT_EQ(
-          (lowest ? border1u.erode : border1u.dilate)(src.pixels(before, around.top), src.step(), dst.pixels(),
-                                                      dst.step(), roi, around.border, 0, stateIn(spec), buffer.get()),
-          zebStsOk);
-      ASSERT_TRUE(agree("1u", dst, want)) << "round " << round << " width " << roi.width << " mask " << e.width << " x "
-                                          << e.height << " border " << around.border;
-      ASSERT_TRUE(buffer.intact() && spec.intact());
-    }
-  }
-}
-
-// Anchors anywhere in the mask, which may be off the rectangle of its elements; states built both ways.
-template <class T>
-void checkOwning(const OwningFunctions<T>& f) {
-  Random random;
-  for (int round = 0; round < 300; ++round) {
-    const ZebiSize roi = regionOf(round, random);
-    Element e = makeElement(round, random);
-    if (round % 2) e.anchorX = random.within(0, e.width - 1), e.anchorY = random.within(0, e.height - 1);
-    const Image<T> src(roi.width, roi.height, f.channels, Layout::random<T>(random), contentOf(round), random);
-    int size = 0;
-    ASSERT_EQ(f.getSize(roi.width, e.mask.data(), {e.width, e.height}, &size), zebStsOk);
-    const Scratch memory(size);
-    ASSERT_EQ(f.init(roi.width, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}, stateIn(memory)), zebStsOk);
-    ZebiMorphState* allocated = nullptr;
-    ASSERT_EQ(f.initAlloc(roi.width, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}, &allocated), zebStsOk);
-    const auto plane = src.plane();
-    const ref::Region<T> region{&plane, 0, 0, roi.width, roi.height};
-    for (bool lowest : {true, false}) {
-      Image<T> dst(roi.width, roi.height, f.channels, Layout::random<T>(random));
-      const auto run = lowest ? f.erode : f.dilate;
-      const auto want = ref::extremum(region, e, lowest);
-      for (ZebiMorphState* state : {stateIn(memory), allocated}) {
-        ASSERT_EQ(run(src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, state), zebStsOk);
-        ASSERT_TRUE(agree(f.name, dst, want))
-            << "round " << round << " mask " << e.width << " x " << e.height << " anchor " << e.anchorX << ", "
-            << e.anchorY << (state == allocated ? " allocated" : "");
-      }
-      ASSERT_TRUE(memory.intact());
-    }
-    ASSERT_EQ(zebiMorphologyFree(allocated), zebStsOk);
-  }
-}
-
-TEST(Erode, ReplicatedEqualsReference) {
-  for (const auto& f : owning8u) checkOwning(f);
-  for (const auto& f : owning32f) checkOwning(f);
-}
-
-// A large disc over a wide region: several strips of columns. A rectangle wider and higher than the region.
+// Regions much wider and much narrower than a disc; rectangles larger than the region and in a high one.
 TEST(Erode, LargeMasks) {
-  Random random;
-  const auto run = [&](const Element& e, ZebiSize roi) {
-    const Image<Zeb8u> src(roi.width, roi.height, 1, {}, Content::noise, random);
-    Image<Zeb8u> dst(roi.width, roi.height, 1, {});
-    ZebiMorphState* state = nullptr;
-    ASSERT_EQ(
-        zebiMorphologyInitAlloc_8u_C1R(roi.width, e.mask.data(), {e.width, e.height}, {e.anchorX, e.anchorY}, &state),
-        zebStsOk);
-    ASSERT_EQ(
-        zebiErodeBorderReplicate_8u_C1R(src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, state),
-        zebStsOk);
-    const auto plane = src.plane();
-    const ref::Region<Zeb8u> region{&plane, 0, 0, roi.width, roi.height};
-    EXPECT_TRUE(agree("zebiErodeBorderReplicate_8u_C1R", dst, ref::extremum(region, e, true)));
-    zebiMorphologyFree(state);
-  };
-  Element disc{std::vector<Zeb8u>(45 * 45), 45, 45, 22, 22};
-  for (int i = 0; i < 45 * 45; ++i) {
-    const int x = i % 45 - 22, y = i / 45 - 22;
-    disc.mask[static_cast<size_t>(i)] = x * x + y * y <= 22 * 22;
+  const auto& f = owning8u[0];
+  const Element disc = maskOf(45, 45, [](int x, int y) { return (x - 22) * (x - 22) + (y - 22) * (y - 22) <= 484; });
+  checkLarge(f, disc, {1500, 9}, true);
+  checkLarge(f, disc, {3, 50}, true);
+  checkLarge(f, {std::vector<Zeb8u>(61 * 63, 1), 61, 63, 60, 0}, {20, 11}, true);
+  checkLarge(f, {std::vector<Zeb8u>(61 * 63, 1), 61, 63, 30, 31}, {300, 140}, true);
+}
+
+// So many bytes to a row that the rows of the mask go through the cache in three strips of columns: element by element,
+// and by two run lengths.
+TEST(Erode, StripsOfColumns) {
+  const auto& f = owning32f[2];
+  const Element diagonal = maskOf(45, 45, [](int x, int y) { return x == y && x % 4 == 0; });
+  const Element plus = maskOf(61, 31, [](int x, int y) { return (y >= 10 && y <= 20) || (x >= 20 && x <= 40); });
+  for (bool lowest : {true, false}) {
+    checkLarge(f, diagonal, {1500, 2}, lowest);
+    checkLarge(f, plus, {1500, 2}, lowest);
   }
-  run(disc, {1500, 9});
-  run(disc, {3, 50});
-  run({std::vector<Zeb8u>(61 * 63, 1), 61, 63, 60, 0}, {20, 11});
-  run({std::vector<Zeb8u>(61 * 63, 1), 61, 63, 30, 31}, {300, 140});
 }
 
 // ---- The state ----
@@ -324,42 +225,13 @@ TEST(Morphology, SizesFollowTheFormula) {
   EXPECT_EQ(spec, 33 * 48 + 16 * 7 + 128 + buffer);
   // This mask's ellipse term is the largest.
   EXPECT_EQ(buffer, (7 * 7 + 1) * (100 * 3 + 32) + 20 * 7 + 36 + 176 + 48 + ((16 * 7 + 63) & ~15));
+  ASSERT_EQ(zebiMorphologyBorderGetSize_1u_C1R(100, {5, 7}, &spec, &buffer), zebStsOk);
+  EXPECT_EQ(spec, 3 * 48 + 80);
   int untouched = 77;
   EXPECT_EQ(zebiMorphologyGetSize_32f_C4R(0x7FFFFFFF, mask, {5, 7}, &untouched), zebStsErrOverflow);
   EXPECT_EQ(zebiMorphologyBorderGetSize_1u_C1R(5, {0x7FFFFFFF, 0x7FFFFFFF}, &untouched, &untouched), zebStsErrOverflow);
   EXPECT_EQ(zebiMorphologyBorderGetSize_16s_C1R(0x40000000, {2, 2}, &untouched, &untouched), zebStsErrOverflow);
   EXPECT_EQ(untouched, 77);
-}
-
-TEST(Morphology, FailedAllocationsLeaveNothing) {
-  const Zeb8u ring[] = {1, 1, 1, 1, 0, 1, 1, 1, 1}, cross[] = {0, 1, 0, 1, 1, 1, 0, 1, 0};
-  for (const Zeb8u* mask : {ring, cross}) {
-    const int live = zebcore().liveBlocks;
-    zebcore().reset();
-    ZebiMorphState* state = nullptr;
-    ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(10, mask, {3, 3}, {1, 1}, &state), zebStsOk);
-    const int calls = zebcore().mallocCalls;
-    zebiMorphologyFree(state);
-    EXPECT_EQ(zebcore().liveBlocks, live);
-    ASSERT_GE(calls, 1);
-    for (int fail = 0; fail < calls; ++fail) {
-      zebcore().reset();
-      zebcore().failMallocAt = fail;
-      state = reinterpret_cast<ZebiMorphState*>(0x10);
-      EXPECT_EQ(zebiMorphologyInitAlloc_8u_C1R(10, mask, {3, 3}, {1, 1}, &state), zebStsErrMemAlloc);
-      EXPECT_EQ(zebcore().liveBlocks, live);
-      EXPECT_EQ(state, reinterpret_cast<ZebiMorphState*>(0x10));
-    }
-    // In the caller's memory nothing is allocated.
-    zebcore().reset();
-    int size = 0;
-    ASSERT_EQ(zebiMorphologyGetSize_8u_C1R(10, mask, {3, 3}, &size), zebStsOk);
-    const Scratch memory(size);
-    ASSERT_EQ(zebiMorphologyInit_8u_C1R(10, mask, {3, 3}, {1, 1}, stateIn(memory)), zebStsOk);
-    EXPECT_EQ(zebcore().mallocCalls, 0);
-  }
-  zebcore().reset();
-  EXPECT_EQ(zebiMorphologyFree(nullptr), zebStsErrNullPointer);
 }
 
 // Elements bound the image for masks that are taken element by element and for pixels in memory; rectangles and
@@ -393,6 +265,7 @@ TEST(Erode, Infinities) {
 template <class T>
 void checkBorderContract(const BorderFunctions<T>& f) {
   constexpr int w = 21, e = sizeof(T);
+  SCOPED_TRACE(f.name);
   const bool bits = f.getSize == zebiMorphologyBorderGetSize_1u_C1R;
   const int row = bits ? 3 : w * f.channels * e;
   Random random;
@@ -400,14 +273,14 @@ void checkBorderContract(const BorderFunctions<T>& f) {
   Image<T> dst(w + 8, 4, f.channels, {});
   const Zeb8u mask[] = {1, 0, 1, 1};
   int specSize = 0, bufferSize = 0;
-  Contract((std::string("BorderGetSize ") + f.name).c_str(), f.getSize, w, ZebiSize{2, 2}, &specSize, &bufferSize)
+  Contract("GetSize", f.getSize, w, ZebiSize{2, 2}, &specSize, &bufferSize)
       .template nulls<2, 3>()
       .template with<0>(0, zebStsErrSize)
       .template sizes<1>()
       .check();
   ASSERT_EQ(f.getSize(w, {2, 2}, &specSize, &bufferSize), zebStsOk);
   const Scratch spec(specSize), buffer(bufferSize);
-  Contract((std::string("BorderInit ") + f.name).c_str(), f.init, w, mask, ZebiSize{2, 2}, stateIn(spec), buffer.get())
+  Contract("Init", f.init, w, mask, ZebiSize{2, 2}, stateIn(spec), buffer.get())
       .template nulls<1, 3, 4>()
       .template with<0>(-1, zebStsErrSize)
       .template sizes<2>()
@@ -428,12 +301,13 @@ void checkBorderContract(const BorderFunctions<T>& f) {
 template <class T>
 void checkOwningContract(const OwningFunctions<T>& f) {
   constexpr int w = 21, e = sizeof(T);
+  SCOPED_TRACE(f.name);
   const int row = w * f.channels * e;
   const Image<T> src(w + 8, 4, f.channels, {});
   Image<T> dst(w + 8, 4, f.channels, {});
   const Zeb8u mask[] = {1, 0, 1, 1};
   int size = 0;
-  Contract((std::string("GetSize ") + f.name).c_str(), f.getSize, w, mask, ZebiSize{2, 2}, &size)
+  Contract("GetSize", f.getSize, w, mask, ZebiSize{2, 2}, &size)
       .template nulls<1, 3>()
       .template with<0>(0, zebStsErrSize)
       .template sizes<2>()
@@ -441,19 +315,21 @@ void checkOwningContract(const OwningFunctions<T>& f) {
   ASSERT_EQ(f.getSize(w, mask, {2, 2}, &size), zebStsOk);
   const Scratch memory(size);
   const ZebiPoint off[] = {{-1, 0}, {2, 0}, {0, -1}, {0, 2}};
-  Contract init((std::string("Init ") + f.name).c_str(), f.init, w, mask, ZebiSize{2, 2}, ZebiPoint{1, 1},
-                stateIn(memory));
+  Contract init("Init", f.init, w, mask, ZebiSize{2, 2}, ZebiPoint{1, 1}, stateIn(memory));
   init.template nulls<1>().template with<0>(0, zebStsErrSize).template sizes<2>();
   for (ZebiPoint p : off) init.template with<3>(p, zebStsErrAnchor);
   init.template nulls<4>().check();
-  ZebiMorphState* state = nullptr;
-  EXPECT_EQ(f.initAlloc(w, nullptr, {0, 2}, {1, 1}, &state), zebStsErrNullPointer);
-  EXPECT_EQ(f.initAlloc(w, mask, {0, 2}, {5, 1}, nullptr), zebStsErrNullPointer);
-  EXPECT_EQ(f.initAlloc(0, mask, {2, 2}, {5, 1}, &state), zebStsErrSize);
-  EXPECT_EQ(f.initAlloc(w, mask, {2, 0}, {5, 1}, &state), zebStsErrSize);
-  for (ZebiPoint p : off) EXPECT_EQ(f.initAlloc(w, mask, {2, 2}, p, &state), zebStsErrAnchor);
-  EXPECT_EQ(state, nullptr);
-  ASSERT_EQ(f.init(w, mask, {2, 2}, {1, 1}, stateIn(memory)), zebStsOk);
+  ZebiMorphState* allocated = nullptr;
+  Contract initAlloc("InitAlloc", f.initAlloc, w, mask, ZebiSize{2, 2}, ZebiPoint{1, 1}, &allocated);
+  initAlloc.template nulls<1, 4>().template with<0>(0, zebStsErrSize).template sizes<2>();
+  for (ZebiPoint p : off) initAlloc.template with<3>(p, zebStsErrAnchor);
+  initAlloc.check();
+  EXPECT_EQ(zebiMorphologyFree(allocated), zebStsOk);
+  // In the caller's memory nothing is allocated, neither for run lengths nor for tables.
+  zebcore().reset();
+  for (ZebiPoint anchor : {ZebiPoint{0, 1}, {1, 1}})
+    ASSERT_EQ(f.init(w, mask, {2, 2}, anchor, stateIn(memory)), zebStsOk);
+  EXPECT_EQ(zebcore().mallocCalls, 0);
   for (const auto function : {f.erode, f.dilate}) {
     Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, 3}, zebBorderRepl,
                stateIn(memory));
@@ -474,6 +350,7 @@ TEST(Erode, Checks) {
   checkBorderContract(border1u);
   for (const auto& f : owning8u) checkOwningContract(f);
   for (const auto& f : owning32f) checkOwningContract(f);
+  EXPECT_EQ(zebiMorphologyFree(nullptr), zebStsErrNullPointer);
 }
 
 }  // namespace

@@ -26,44 +26,42 @@ void forEachLayer(F check) {
   check(LAYER(Up, 32f_C3R, Zeb32f, Zeb32f, 3));
 }
 
-template <class K>
-const std::vector<std::vector<K>> kernels = {{1, 2, 1},         {1, 4, 6, 4, 1}, {1, 1, 1, 1, 1, 1, 1},
-                                             {-1, 0, 4, 0, -1}, {-1, 2, -1},     {3, 1, 4, 1, 5, 9, 2, 6, 5}};
-
+// One layer of this content.
 template <class T, class K, class S>
-void checkResults(const Layer<T, K, S>& layer) {
-  Random random;
-  for (const float rate : {1.01f, 1.3f, 1.5f, 1.99999f, 2.0f, 2.7f, 10.0f})
-    for (int i = 0; i < 18; ++i) {
-      const auto& kernel = kernels<K>[static_cast<size_t>(i % 6)];
-      const int w = i < 9 ? i + 1 : random.within(1, 90), h = random.within(1, 23),
-                taps = static_cast<int>(kernel.size());
-      const bool symmetric = std::equal(kernel.begin(), kernel.end(), kernel.rbegin());
-      S* state = nullptr;
-      ASSERT_EQ(layer.make(&state, {w, h}, rate, kernel.data(), taps, zebInterLinear),
-                symmetric ? zebStsOk : zebStsWarnKernelNotSymmetric);
-      ZebiSize size = {}, largest = {};
-      if (layer.down)
-        ASSERT_EQ(zebiGetPyramidDownROI({w, h}, &size, rate), zebStsOk);
-      else
-        ASSERT_EQ(zebiGetPyramidUpROI({w, h}, &size, &largest, rate), zebStsOk);
-      if (!layer.down && i % 2) size = largest;
-      const Image<T> src(w, h, layer.channels, Layout::random<T>(random), allContents[i % 7], random);
-      const Image<T> dst(size.width, size.height, layer.channels, Layout::random<T>(random));
-      const int calls = zebcore().mallocCalls;
-      ASSERT_EQ(layer.call(src.pixels(), src.step(), {w, h}, dst.pixels(), dst.step(), size, state), zebStsOk)
-          << layer.name << " " << rate << " " << src.describe();
-      EXPECT_EQ(zebcore().mallocCalls - calls, layer.down ? 0 : 1);
-      EXPECT_EQ(layer.release(state), zebStsOk);
+ref::Plane<T> layerOf(const Layer<T, K, S>& layer, const ref::Plane<T>& content, const std::vector<K>& kernel,
+                      Zeb32f rate) {
+  const ZebiSize size = {content.width, content.height};
+  ZebiSize out = {}, largest = {};
+  EXPECT_EQ(layer.down ? zebiGetPyramidDownROI(size, &out, rate) : zebiGetPyramidUpROI(size, &out, &largest, rate),
+            zebStsOk);
+  const Image<T> src(content, {}), dst(out.width, out.height, layer.channels, {});
+  S* state = nullptr;
+  EXPECT_EQ(layer.make(&state, size, rate, kernel.data(), static_cast<int>(kernel.size()), zebInterLinear), zebStsOk);
+  const int calls = zebcore().mallocCalls;
+  EXPECT_EQ(layer.call(src.pixels(), src.step(), size, dst.pixels(), dst.step(), out, state), zebStsOk);
+  EXPECT_EQ(zebcore().mallocCalls - calls, layer.down ? 0 : 1);
+  EXPECT_EQ(layer.release(state), zebStsOk);
+  return dst.plane();
+}
 
-      const ref::Plane<T> given = src.plane();
-      ASSERT_TRUE(agreesWithLayer(dst.plane(), given, kernel, rate, layer.down))
-          << layer.name << " rate " << rate << " taps " << taps << " " << src.describe();
-      ASSERT_TRUE(dst.intact()) << layer.name << " " << dst.describe();
-      if (i % 7 >= 1 && i % 7 <= 3 && i % 6 != 4 && !std::is_floating_point_v<T>) {
-        ASSERT_TRUE(agree(dst.plane(), ref::Plane<T>(size.width, size.height, layer.channels, given.data[0])));
-      }
-    }
+// Weights with a sum of 0, which are taken as they are, and weights that lead far beyond the values of the source.
+template <class T, class K, class S>
+void checkKernels(const Layer<T, K, S>& layer) {
+  Random random;
+  const K unit = std::is_floating_point_v<K> ? K(1) / K(4) : K(3000);
+  const std::vector<K> edges = {static_cast<K>(-unit), static_cast<K>(2 * unit), static_cast<K>(-unit)};
+  const std::vector<K> sharp = {-1, 0, 4, 0, -1};
+  for (const float rate : {1.3f, 2.0f, 2.7f}) {
+    ref::Plane<T> noise(37, 12, layer.channels);
+    fillPlane(noise, Content::noise, random);
+    for (const auto& kernel : {edges, sharp})
+      EXPECT_TRUE(agreesWithLayer(layerOf(layer, noise, kernel, rate), noise, kernel, rate, layer.down))
+          << layer.name << " rate " << rate << " taps " << kernel.size();
+    // One colour stays one colour.
+    const T colour = std::is_floating_point_v<T> ? T(200) : std::numeric_limits<T>::max();
+    const ref::Plane<T> got = layerOf(layer, ref::Plane<T>(37, 12, layer.channels, colour), sharp, rate);
+    EXPECT_TRUE(agree(got, ref::Plane<T>(got.width, got.height, got.channels, colour))) << layer.name << " " << rate;
+  }
 }
 
 template <class T, class K, class S>
@@ -93,20 +91,10 @@ void checkOrder(const Layer<T, K, S>& layer) {
       .template with<5>(ZebiSize{out.width, out.height - 3}, zebStsErrSize)
       .check();
   EXPECT_EQ(layer.call(src.pixels(), src.step(), {20, 17}, dst.pixels(), dst.step(), out, state), zebStsErrSize);
-  zebcore().reset();
-  const int before = zebcore().liveBlocks;
-  zebcore().failMallocAt = 0;
-  EXPECT_EQ(layer.call(src.pixels(), src.step(), in, dst.pixels(), dst.step(), out, state),
-            layer.down ? zebStsOk : zebStsErrMemAlloc);
-  zebcore().failMallocAt = 0;
-  S* other = nullptr;
-  EXPECT_EQ(layer.make(&other, in, 2.0f, kernel, 5, zebInterLinear), zebStsErrMemAlloc);
-  EXPECT_EQ(other, nullptr);
-  EXPECT_EQ(zebcore().liveBlocks, before);
-  zebcore().reset();
   EXPECT_EQ(layer.release(nullptr), zebStsErrNullPointer);
 
   // A lopsided kernel is the symmetric one of its first half.
+  S* other = nullptr;
   ASSERT_EQ(layer.make(&other, in, 2.0f, lopsided, 5, zebInterLinear), zebStsWarnKernelNotSymmetric);
   const Image<T> second(out.width, out.height, layer.channels, {});
   ASSERT_EQ(layer.call(src.pixels(), src.step(), in, dst.pixels(), dst.step(), out, state), zebStsOk);
@@ -116,8 +104,8 @@ void checkOrder(const Layer<T, K, S>& layer) {
   EXPECT_EQ(layer.release(other), zebStsOk);
 }
 
-TEST(PyramidLayers, EqualTheirReference) {
-  forEachLayer([](const auto& layer) { checkResults(layer); });
+TEST(PyramidLayers, UnusualKernelsAndConstantImages) {
+  forEachLayer([](const auto& layer) { checkKernels(layer); });
 }
 
 TEST(PyramidLayers, CheckArgumentsInOrder) {

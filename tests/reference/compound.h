@@ -9,8 +9,6 @@
 namespace ref {
 
 enum class Compound { open, close, tophat, blackhat, gradient };
-constexpr Compound allCompounds[] = {Compound::open, Compound::close, Compound::tophat, Compound::blackhat,
-                                     Compound::gradient};
 
 // a - b, from 0 to the largest value.
 template <class T>

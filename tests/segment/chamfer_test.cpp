@@ -13,59 +13,34 @@ using ref::Plane;
 template <class T, class W>
 using Transform = ZebStatus (*)(const Zeb8u*, int, T*, int, ZebiSize, const W*);
 
-template <class T, class Sum, class W>
-void equalsReference(const char* name, Transform<T, W> function, int mask, const std::vector<std::vector<W>>& weights,
-                     ZebStatus (*inPlace)(T*, int, ZebiSize, const W*) = nullptr) {
+// Images of several strips and chunks, whose inner parts go another way than their edges, with distances and weights
+// whose multiples reach the end of the type on the way.
+template <class Sum, class T, class W>
+void largeImages(const char* name, Transform<T, W> function, int mask, const std::vector<std::vector<W>>& weights) {
   Random random;
-  std::vector<ZebiSize> sizes;
-  for (int i = 1; i <= 75; ++i) sizes.push_back({i, random.within(1, 20)});
-  for (int i = 1; i <= 20; ++i) sizes.push_back({random.within(1, 12), i});
-  sizes.insert(sizes.end(), {{200, 17}, {331, 40}, {97, 90}, {600, 9}});
-  int round = 0;
-  for (const ZebiSize size : sizes)
-    for (int i = 0; i < 3; ++i, ++round) {
-      const auto picture = features(allFeatures[round % std::size(allFeatures)], size, random);
-      const std::vector<W>& w = weights[round % weights.size()];
-      const Image<Zeb8u> src(picture, Layout::random<Zeb8u>(random));
-      Image<T> dst(size.width, size.height, 1, Layout::random<T>(random));
-      const auto want = ref::chamfer<T, Sum>(picture, mask, w.data());
-      ASSERT_EQ(function(src.pixels(), src.step(), dst.pixels(), dst.step(), size, w.data()), zebStsOk);
-      ASSERT_TRUE(agree(name, dst, want))
-          << size.width << " x " << size.height << ", weights " << +w[0] << ' ' << +w[1];
-      if constexpr (std::is_same_v<T, Zeb8u>) {
-        Image<Zeb8u> both(picture, Layout::random<Zeb8u>(random));
-        ASSERT_EQ(inPlace(both.pixels(), both.step(), size, w.data()), zebStsOk);
-        ASSERT_TRUE(agree(name, both, want)) << "in place";
+  for (const ZebiSize size : {ZebiSize{200, 17}, ZebiSize{331, 24}, ZebiSize{97, 90}, ZebiSize{600, 9}})
+    for (Features kind : {Features::one, Features::sparse, Features::columns})
+      for (const std::vector<W>& w : weights) {
+        const auto picture = features(kind, size, random);
+        const Image<Zeb8u> src(picture, Layout::random<Zeb8u>(random));
+        const Image<T> dst(size.width, size.height, 1, Layout::random<T>(random));
+        ASSERT_EQ(function(src.pixels(), src.step(), dst.pixels(), dst.step(), size, w.data()), zebStsOk);
+        ASSERT_TRUE(agree(name, dst, ref::chamfer<T, Sum>(picture, mask, w.data())))
+            << size.width << " x " << size.height << ", weights " << w[0] << ' ' << w[1];
       }
-    }
 }
 
-const std::vector<std::vector<Zeb32s>> integers = {{1, 1, 2},
-                                                   {1, 2, 3},
-                                                   {5, 7, 11},
-                                                   {2, 3, 4},
-                                                   {7, 2, 3},
-                                                   {40, 57, 90},
-                                                   {255, 1, 300},
-                                                   {0x7FFFFFFF, 0x7FFFFFFF, 1},
-                                                   {1, 0x7FFFFFFF, 0x7FFFFFFE},
-                                                   {65535, 65536, 40000},
-                                                   {3, 200, 1}};
-const std::vector<std::vector<Zeb32f>> reals = {{0.955f, 1.3693f, 2.1969f}, {1, 1.4f, 2.1969f}, {1, 2, 3},
-                                                {0.1f, 0.141f, 0.2f},       {3.3f, 0.7f, 0.3f}, {1e-30f, 1e-3f, 1e30f},
-                                                {1e32f, 2e33f, 3e38f},      {1.7f, 100, 0.1f}};
-
-TEST(Chamfer, EqualsReference) {
-  equalsReference<Zeb8u, long long>("zebiDistanceTransform_3x3_8u_C1R", zebiDistanceTransform_3x3_8u_C1R, 3, integers,
-                                    zebiDistanceTransform_3x3_8u_C1IR);
-  equalsReference<Zeb8u, long long>("zebiDistanceTransform_5x5_8u_C1R", zebiDistanceTransform_5x5_8u_C1R, 5, integers,
-                                    zebiDistanceTransform_5x5_8u_C1IR);
-  equalsReference<Zeb16u, long long>("zebiDistanceTransform_3x3_8u16u_C1R", zebiDistanceTransform_3x3_8u16u_C1R, 3,
-                                     integers);
-  equalsReference<Zeb16u, long long>("zebiDistanceTransform_5x5_8u16u_C1R", zebiDistanceTransform_5x5_8u16u_C1R, 5,
-                                     integers);
-  equalsReference<Zeb32f, Zeb32f>("zebiDistanceTransform_3x3_8u32f_C1R", zebiDistanceTransform_3x3_8u32f_C1R, 3, reals);
-  equalsReference<Zeb32f, Zeb32f>("zebiDistanceTransform_5x5_8u32f_C1R", zebiDistanceTransform_5x5_8u32f_C1R, 5, reals);
+TEST(Chamfer, LargeImages) {
+  const std::vector<std::vector<Zeb32s>> integers = {{1, 2, 3},     {40, 57, 90},        {3, 200, 1},
+                                                     {255, 1, 300}, {5000, 7100, 11000}, {65535, 65536, 40000}};
+  const std::vector<std::vector<Zeb32f>> reals = {
+      {0.955f, 1.3693f, 2.1969f}, {0.1f, 0.141f, 0.2f}, {3.3f, 0.7f, 0.3f}, {1e32f, 2e33f, 3e38f}};
+  largeImages<long long>(NAMED(zebiDistanceTransform_3x3_8u_C1R), 3, integers);
+  largeImages<long long>(NAMED(zebiDistanceTransform_5x5_8u_C1R), 5, integers);
+  largeImages<long long>(NAMED(zebiDistanceTransform_3x3_8u16u_C1R), 3, integers);
+  largeImages<long long>(NAMED(zebiDistanceTransform_5x5_8u16u_C1R), 5, integers);
+  largeImages<Zeb32f>(NAMED(zebiDistanceTransform_3x3_8u32f_C1R), 3, reals);
+  largeImages<Zeb32f>(NAMED(zebiDistanceTransform_5x5_8u32f_C1R), 5, reals);
 }
 
 // City blocks and the chessboard about one feature, and the ends of the scale.
@@ -90,32 +65,9 @@ TEST(Chamfer, KnownDistances) {
     }
 }
 
-TEST(Chamfer, Weights) {
-  const auto bits = [](Zeb32f v) {
-    uint32_t u;
-    memcpy(&u, &v, 4);
-    return u;
-  };
-  Zeb32f f[3] = {-1, -1, -1};
-  Zeb32s s[3] = {-1, -1, -1};
-  EXPECT_EQ(zebiGetDistanceTransformMask_32f(3, zebiNormL2, f), zebStsOk);
-  EXPECT_EQ(bits(f[0]), 0x3F747AE1u);
-  EXPECT_EQ(bits(f[1]), 0x3FAF4539u);
-  EXPECT_EQ(f[2], -1) << "3 x 3 masks have two weights";
-  EXPECT_EQ(zebiGetDistanceTransformMask(52, f), zebStsOk);
-  EXPECT_EQ(f[0], 1);
-  EXPECT_EQ(bits(f[1]), 0x3FB33333u);
-  EXPECT_EQ(bits(f[2]), 0x400C9A02u);
-  const int want[6][3] = {{1, 1, -1}, {1, 2, -1}, {2, 3, -1}, {1, 1, 2}, {1, 2, 3}, {5, 7, 11}};
-  for (int i = 0; i < 6; ++i) {
-    s[2] = -1;
-    EXPECT_EQ(zebiGetDistanceTransformMask_32s(i < 3 ? 3 : 5, i % 3, s), zebStsOk);
-    for (int k = 0; k < 3; ++k) EXPECT_EQ(s[k], want[i][k]) << i << ' ' << k;
-    if (i % 3 == 2) continue;
-    f[2] = -1;
-    EXPECT_EQ(zebiGetDistanceTransformMask(i < 3 ? 30 + i : 47 + i, f), zebStsOk);
-    for (int k = 0; k < 3; ++k) EXPECT_EQ(f[k], want[i][k]) << i << ' ' << k;
-  }
+TEST(Chamfer, WeightChecks) {
+  Zeb32f f[3];
+  Zeb32s s[3];
   Contract(NAMED(zebiGetDistanceTransformMask_32f), 3, 0, f)
       .nulls<2>()
       .with<0>(4, zebStsErrSize)
@@ -186,10 +138,11 @@ TEST(Chamfer, OldCallersStacks) {
   const auto picture = features(Features::sparse, {70, 20}, random);
   const Image<Zeb8u> src(picture, {});
   Image<Zeb32f> dst(70, 20, 1, {});
-  const auto want = ref::chamfer<Zeb32f, Zeb32f>(picture, 5, reals[0].data());
+  const Zeb32f weights[3] = {0.955f, 1.3693f, 2.1969f};
+  const auto want = ref::chamfer<Zeb32f, Zeb32f>(picture, 5, weights);
   for (int shift : {0, 4, 8, 12}) {
     ASSERT_EQ(callMisaligned(shift, zebiDistanceTransform_5x5_8u32f_C1R, src.pixels(), src.step(), dst.pixels(),
-                             dst.step(), dst.size(), reals[0].data()),
+                             dst.step(), dst.size(), weights),
               zebStsOk);
     EXPECT_TRUE(agree("zebiDistanceTransform_5x5_8u32f_C1R", dst, want)) << "stack shift " << shift;
   }

@@ -29,22 +29,6 @@ testing::AssertionResult equalsReference(const Plane<Zeb8u>& picture, Random& ra
   return agree(name, dst, ref::euclid(picture));
 }
 
-TEST(Euclid, EqualsReference) {
-  Random random;
-  int round = 0;
-  for (int i = 1; i <= 170; ++i, ++round) {
-    const ZebiSize wide{i, random.within(1, 14)}, high{random.within(1, 14), i};
-    for (int k = 0; k < 2; ++k, ++round) {
-      ASSERT_TRUE(equalsReference(features(allFeatures[round % std::size(allFeatures)], wide, random), random))
-          << wide.width << " x " << wide.height;
-      ASSERT_TRUE(equalsReference(features(allFeatures[round % std::size(allFeatures)], high, random), random))
-          << high.width << " x " << high.height;
-    }
-  }
-  for (Features kind : {Features::one, Features::sparse, Features::columns, Features::blobs})
-    ASSERT_TRUE(equalsReference(features(kind, {301, 47}, random), random));
-}
-
 // Near features in some rows, none in others, so that a row changes between the two ways of finding its minima; a few
 // features in images whose squares need more than 24, 30 and 32 bits.
 TEST(Euclid, FarFeatures) {
