@@ -5,6 +5,6 @@ build=$1
 shift
 names=$(mktemp)
 trap 'rm -f "$names"' EXIT
-ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p' >"$names"
+ctest --test-dir "$build" -N | sed -n 's/ *# GetParam.*//; s/^ *Test *#[0-9]*: //p' >"$names"
 [ -s "$names" ] || { echo "no tests are known" >&2; exit 1; }
 "$@" --tests "$names"
