@@ -20,6 +20,8 @@ using test::Place;
 using test::Random;
 using test::Scratch;
 
+// Compilers evaluate the arguments of a call in orders of their own: two draws stand in braces or in two statements, so
+// that an input means the same case in every build.
 class Choice {
  public:
   Choice(const Zeb8u* bytes, size_t count);
@@ -102,7 +104,7 @@ class Choice {
 
   template <class T>
   Image<T> image(int width, int height, int channels = 1) {
-    return Image<T>(plane<T>(width, height, channels), layout<T>());
+    return Image<T>{plane<T>(width, height, channels), layout<T>()};
   }
   template <class T>
   Image<T> image(ZebiSize size, int channels = 1) {

@@ -169,6 +169,10 @@ class Function : public Named {
     }
   }
 
+  static int belowOne(Choice& c) {
+    const bool negative = c.coin();
+    return negative ? -c.within(1, INT32_MAX) : 0;
+  }
   template <size_t I, class T>
   static void addFaults(Probe&, Choice&, bool&, Arguments&, Kept<T>) {}
   template <size_t I, class T, class B>
@@ -183,13 +187,13 @@ class Function : public Named {
     if constexpr (std::is_pointer_v<P>) {
       probe.fault<P>("null", argument, nullptr);
     } else if constexpr (std::is_same_v<P, ZebiSize>) {
-      const int bad = -c.within(0, 1) * c.within(1, INT32_MAX);
+      const int bad = belowOne(c);
       probe.fault<P>("a width", argument, {bad, argument.height});
       probe.fault<P>("a height", argument, {argument.width, bad});
       if (stepped) probe.fault<P>("a huge width", argument, {c.within(1 << 28, INT32_MAX), argument.height});
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
       stepped = stepped || I > 0;
-      probe.fault<P>("a step or count", argument, -c.within(0, 1) * c.within(1, INT32_MAX));
+      probe.fault<P>("a step or count", argument, belowOne(c));
     }
   }
 

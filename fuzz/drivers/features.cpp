@@ -65,7 +65,7 @@ void cannyBorder(Choice& c) {
   const int filter = c.coin() ? zebFilterSobel : zebFilterScharr;
   const int mask = filter == zebFilterSobel && c.coin() ? zebMskSize5x5 : zebMskSize3x3;
   const ZebiBorderType rules[] = {zebBorderConst, zebBorderRepl, zebBorderInMem};
-  const ZebiBorderType border = c.oneOf(rules) | c.within(0, 15) << 4;
+  const ZebiBorderType rule = c.oneOf(rules), border = rule | c.within(0, 15) << 4;
   // Exactly the pixels that the border type lets the function read.
   const int reach = mask == zebMskSize5x5 ? 2 : 1;
   const auto margin = [&](int side) { return (border & 15) == zebBorderInMem || (border & side) ? reach : 0; };
@@ -84,10 +84,10 @@ void cannyBorder(Choice& c) {
   FUNCTION(zebiCannyBorderGetSize).ok(c, size, filter, orElse(mask, 53), keep(zeb8u), &bytes);
   const Scratch scratch = c.scratch(bytes);
   // Its steps are taken as they are, so a region may be spoiled by sizes without an area only.
-  f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()),
-       orElse(size, ZebiSize{size.width, c.within(-9, 0)}), orElse(filter, 3), orElse(mask, 35),
-       orElse(border, c.oneOf(refused)), value, orElse(t.low, t.bad), t.high, orElse(norm, int(zebNormInf)),
-       scratch.get());
+  const ZebiSize noArea = {size.width, c.within(-9, 0)};
+  f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()), orElse(size, noArea),
+       orElse(filter, 3), orElse(mask, 35), orElse(border, c.oneOf(refused)), value, orElse(t.low, t.bad), t.high,
+       orElse(norm, int(zebNormInf)), scratch.get());
   const auto g = ref::gradient<Zeb8u, Zeb16s>(ref::bordered<Zeb8u>(all, left, top, size, border, value), size, filter,
                                               2 * reach + 1);
   const auto want = ref::canny(g, t.low, t.high, norm == zebNormL1 ? CannyKind::borderL1 : CannyKind::borderL2);
@@ -127,7 +127,7 @@ struct List {
 // A drawing and steps of an accumulator of at most some ten thousand cells.
 struct Lines {
   explicit Lines(Choice& c)
-      : size(c.size(60, 20)), src(content(c), c.layout<Zeb8u>()), grid{size, delta(c)}, most(c.within(1, 12)) {
+      : size(c.size(60, 20)), src{content(c), c.layout<Zeb8u>()}, grid{size, delta(c)}, most(c.within(1, 12)) {
     const ZebiPoint_32f refused[] = {
         {0, grid.delta.y}, {-1, grid.delta.y}, {grid.delta.x, 0}, {NAN, grid.delta.y}, {grid.delta.x, NAN}};
     badDelta = c.oneOf(refused);

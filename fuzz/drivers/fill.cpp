@@ -31,7 +31,7 @@ struct FillCase {
   FillCase(Choice& c, int numberOfChannels)
       : channels(numberOfChannels),
         size(c.size()),
-        image(picture<T>(c, size, channels), c.layout<T>()),
+        image{picture<T>(c, size, channels), c.layout<T>()},
         seed{c.within(0, size.width - 1), c.within(0, size.height - 1)},
         value(triple(c, 12)),
         below(triple(c, 5)),

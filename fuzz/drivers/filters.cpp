@@ -51,9 +51,9 @@ void rows(Choice& c, const Query& query, const F& f, bool low) {
       ref::filterRows<D>(src.plane(), originX, size.width, kernel.values, anchor, type, border, kernel.divisor, low);
   const auto call = [&](auto value, auto... divisor) {
     const int badTypes[] = {zebBorderWrap, zebBorderMirror, zebBorderMirrorR, 5, 7, -1};
+    const int badAnchor = c.coin() ? -1 : kernel.taps, badType = c.oneOf(badTypes);
     f.ok(c, src.pixels(originX), src.step(), pointers.get(), size, kernel.values.data(), kernel.taps,
-         orElse(anchor, c.coin() ? -1 : kernel.taps), orElse(type, c.oneOf(badTypes)), value, orElse(divisor, 0)...,
-         scratch.get());
+         orElse(anchor, badAnchor), orElse(type, badType), value, orElse(divisor, 0)..., scratch.get());
   };
   const auto callWithValue = [&](auto... divisor) {
     if constexpr (channels == 1) {

@@ -74,9 +74,9 @@ struct Scene {
   Scene(Choice& c, Random random, ZebiSize size, int channels, bool packed, int left, int right, int top, int bottom)
       : around(random, left, right, top, bottom),
         before(packed ? (around.left + 7) / 8 : around.left),
-        src(content<T>(c, before + (packed ? (size.width + around.right + 7) / 8 : size.width + around.right),
+        src{content<T>(c, before + (packed ? (size.width + around.right + 7) / 8 : size.width + around.right),
                        around.top + size.height + around.bottom, channels),
-            c.layout<T>()),
+            c.layout<T>()},
         plane(src.plane()) {
     if constexpr (std::is_same_v<T, Zeb8u>)
       if (packed) plane = test::unpacked(plane);
@@ -161,7 +161,7 @@ void owning(Choice& c, const Function<int, const Zeb8u*, ZebiSize, int*>& query,
   const Element e = element(c, true);
   const ZebiSize maskSize = {e.width, e.height};
   const ZebiPoint anchor = {e.anchorX, e.anchorY};
-  const Image<T> src(content<T>(c, size.width, size.height, channels), c.layout<T>());
+  const Image<T> src{content<T>(c, size.width, size.height, channels), c.layout<T>()};
   const int stateWidth = size.width + c.slack(50);
   int bytes = 0;
   query.ok(c, stateWidth, e.mask.data(), maskSize, &bytes);
@@ -212,8 +212,9 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   initAlloc.ok(c, &allocated, stateSize, e.mask.data(), maskSize, orElse(anchor, outside(c, e)));
   const Image<T> dst = destination<T>(c, size, channels, packed);
   const auto want = resultIn(dst, ref::compound(operation, s.region, e), packed);
-  f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size, orElse(s.around.border, badBorder(c)), T(3),
-       c.coin() ? stateIn<ZebiMorphAdvState>(spec) : allocated, buffer.get());
+  const ZebiMorphAdvState* state = c.coin() ? stateIn<ZebiMorphAdvState>(spec) : allocated;
+  f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size, orElse(s.around.border, badBorder(c)), T(3), state,
+       buffer.get());
   FUNCTION(zebiMorphAdvFree).ok(c, allocated);
   check(f.name(), dst, want, s.plane, Infinities::open, e, s.describe());
   require(spec.intact() && buffer.intact() && s.src.intact(), "wrote outside");
@@ -267,15 +268,15 @@ void gray(Choice& c, const Function<ZebiSize, const W*, ZebiSize, int*>& query,
     Random random = c.random();
     for (int i = 0; i < e.width * e.height; ++i) weights.push_back(static_cast<W>(random.within(-40, 40)));
   }
-  const Image<T> src(content<T>(c, size.width, size.height, 1), c.layout<T>()), dst = c.empty<T>(size);
+  const Image<T> src{content<T>(c, size.width, size.height, 1), c.layout<T>()}, dst = c.empty<T>(size);
   int bytes = 0;
   query.ok(c, stateSize, weights.data(), maskSize, &bytes);
   const Scratch memory = c.scratch(bytes);
   init.ok(c, stateIn<ZebiMorphGrayState>(memory), stateSize, weights.data(), maskSize, orElse(anchor, outside(c, e)));
   ZebiMorphGrayState* allocated = nullptr;
   initAlloc.ok(c, &allocated, stateSize, weights.data(), maskSize, orElse(anchor, outside(c, e)));
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(zebBorderRepl, badBorder(c)),
-       c.coin() ? stateIn<ZebiMorphGrayState>(memory) : allocated);
+  const ZebiMorphGrayState* state = c.coin() ? stateIn<ZebiMorphGrayState>(memory) : allocated;
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(zebBorderRepl, badBorder(c)), state);
   release.ok(c, allocated);
   const Plane<T> plane = src.plane();
   check(f.name(), dst, ref::grayMorphology<T, W>(plane, weights, maskSize, anchor, dilate), plane, Infinities::exact, e,

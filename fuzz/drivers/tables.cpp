@@ -88,8 +88,8 @@ void deviation(Choice& c, Function<const S*, int, const Q*, int, D*, int, ZebiSi
   const int columns = size.width + (tilt.tilted ? r.x + r.y + r.width + r.height - 1 : r.x + r.width);
   const int rows = size.height + (tilt.tilted ? r.x + r.y + r.width + r.height : r.y + r.height);
   const auto picture = c.plane<Zeb8u>(columns - 1 - tilt.tilted, rows - 1 - tilt.tilted);
-  const Image<S> sums(tableOf<S>(c, picture, false, tilt), c.layout<S>());
-  const Image<Q> squares(tableOf<Q>(c, picture, true, tilt), c.layout<Q>());
+  const Image<S> sums{tableOf<S>(c, picture, false, tilt), c.layout<S>()};
+  const Image<Q> squares{tableOf<Q>(c, picture, true, tilt), c.layout<Q>()};
   const Image<D> dst = c.empty<D>(size);
   const int scale = c.oneIn(16) ? INT32_MAX : c.within(-40, 40);
   const Plane<S> s = sums.plane();
