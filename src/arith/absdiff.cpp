@@ -2,6 +2,7 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/rows.h"
+#include "core/streaming.h"
 #include "core/vec.h"
 
 namespace {
@@ -23,6 +24,9 @@ void absDiffRow(const T* a, const T* b, T* d, int n) {
   constexpr int lanes = Vec<T>::lanes;
   int i = 0;
   for (; i <= n - 2 * lanes; i += 2 * lanes) {
+    fetchAhead(a, i, n);
+    fetchAhead(b, i, n);
+    fetchAhead(d, i, n);
     const Vec<T> first = absDiff(load(a + i), load(b + i));
     const Vec<T> second = absDiff(load(a + i + lanes), load(b + i + lanes));
     store(d + i, first);

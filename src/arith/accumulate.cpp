@@ -8,6 +8,7 @@
 #include "core/entry.h"
 #include "core/lanes.h"
 #include "core/rows.h"
+#include "core/streaming.h"
 
 namespace {
 
@@ -35,6 +36,8 @@ template <class Op, class... T>
 void accumulateRow(const Op op, Zeb32f* acc, int n, const T*... src) {
   int i = 0;
   for (; i <= n - 16; i += 16) {
+    fetchAhead(acc, i, n);
+    (fetchAhead(src, i, n), ...);
     const V32f first = op(loadOnce(acc + i), loadAsFloat(src + i)...);
     const V32f second = op(loadOnce(acc + i + 8), loadAsFloat(src + i + 8)...);
     store(acc + i, first);
@@ -52,6 +55,7 @@ template <class Op, class... T>
 void accumulateMaskedRow(const Op op, Zeb32f* acc, int n, const Zeb8u* mask, const T*... src) {
   int i = 0;
   for (; i <= n - 8; i += 8) {
+    fetchAhead(acc, i, n);
     const V32f old = loadOnce(acc + i);
     store(acc + i, select(loadMask(mask + i), op(old, loadAsFloat(src + i)...), old));
   }

@@ -9,6 +9,7 @@
 #include "core/lanes.h"
 #include "core/rows.h"
 #include "core/services.h"
+#include "core/streaming.h"
 
 namespace {
 
@@ -52,6 +53,8 @@ void sumRow(const Zeb8u* src, const S* above, S* dst, int n) {
   V32s carry = splat(0);
   int i = 0;
   for (; i <= vectors - 32; i += 32) {
+    fetchAhead(dst + i);
+    fetchAhead(dst + i + 16);
     const RunningSums sums = runningSums(src + i);
     for (int k = 0; k < 3; ++k) store(dst + i + 8 * k, element(load(above + i + 8 * k), sums.part[k] + carry));
     carry = sums.part[3] + carry;
@@ -69,6 +72,7 @@ void squareRow(const Zeb8u* src, const Zeb32s* above, Zeb32s* dst, int n) {
   V32s carry = splat(0);
   int i = 0;
   for (; i <= n - 8; i += 8) {
+    fetchAhead(dst + i);
     const V32s pixels = loadAs32s(src + i);
     const V32s sums = prefixSum(pixels * pixels) + carry;
     store(dst + i, load(above + i) + sums);
@@ -86,6 +90,7 @@ void squareRow(const Zeb8u* src, const Zeb64f* above, Zeb64f* dst, int n) {
   V64f carry = splat(0.0);
   int i = 0;
   for (; i <= n - 8; i += 8) {
+    fetchAhead(dst + i);
     const V16s wide = loadAs16sLow(src + i);
     const V32s sums = prefixSum(widenLowUnsigned(wide * wide));
     store(dst + i, load(above + i) + (lowToDouble(sums) + carry));

@@ -5,6 +5,7 @@
 #include "core/entry.h"
 #include "core/lanes.h"
 #include "core/rows.h"
+#include "core/streaming.h"
 
 namespace {
 
@@ -72,6 +73,10 @@ void deviationRow(const Shape shape, const Corners<S> sums, const Corners<Zeb64f
   int i = 0;
   const V32f zero = splat(0.0f);
   for (; i <= n - 8; i += 8) {
+    fetchAhead(sums.d + i);
+    fetchAhead(squares.d + i);
+    fetchAhead(squares.a + i);
+    fetchAhead(dst + i);
     const Vec<S> sum = windowSums(sums, i);
     const V64f first = shape.variance(low(sum), windowSums(squares, i));
     const V64f second = shape.variance(high(sum), windowSums(squares, i + 4));

@@ -4,6 +4,7 @@
 #include "core/entry.h"
 #include "core/lanes.h"
 #include "core/rows.h"
+#include "core/streaming.h"
 
 namespace {
 
@@ -50,6 +51,7 @@ template <class Pixel>
 int innerVectors(const Zeb8u* src, const Zeb32s* prev, const Zeb32s* prevprev, Zeb32s* dst, int n) {
   int x = 1;
   for (; x <= n - 8; x += 8) {
+    fetchAhead(dst + x);
     const V32s pixels = Pixel::of(loadAs32s(src + x - 1)) + Pixel::of(loadAs32s(src + x));
     store(dst + x, load(prev + x - 1) - load(prevprev + x) + load(prev + x + 1) + pixels);
   }
@@ -59,6 +61,7 @@ template <class Pixel>
 int innerVectors(const Zeb8u* src, const Zeb64f* prev, const Zeb64f* prevprev, Zeb64f* dst, int n) {
   int x = 1;
   for (; x <= n - 8; x += 8) {
+    fetchAhead(dst + x);
     const V32s first = Pixel::of(loadAs32s(src + x - 1)), second = Pixel::of(loadAs32s(src + x));
     store(dst + x,
           sum(load(prev + x - 1), load(prevprev + x), load(prev + x + 1), lowToDouble(first), lowToDouble(second)));
@@ -71,6 +74,7 @@ template <class Pixel>
 int innerVectors(const Zeb8u* src, const Zeb32f* prev, const Zeb32f* prevprev, Zeb32f* dst, int n) {
   int x = 1;
   for (; x <= n - 8; x += 8) {
+    fetchAhead(dst + x);
     const V32s first = Pixel::of(loadAs32s(src + x - 1)), second = Pixel::of(loadAs32s(src + x));
     const V64f low = sum(loadAsDouble(prev + x - 1), loadAsDouble(prevprev + x), loadAsDouble(prev + x + 1),
                          lowToDouble(first), lowToDouble(second));

@@ -24,10 +24,16 @@ inline bool streamsImage(int64_t amount, int64_t threshold, int cacheDivisor) {
 }
 
 // Asks for a row's bytes further on, in time for large images that lie in memory. Behind the row nothing is read: such
-// a request is dropped, whatever the address.
+// a request is dropped, whatever the address. Where rows follow each other without a gap it is the next row's.
+constexpr int fetchDistance = 4096;  // of 1024 to 8192 the best
 template <class T>
 ZEB_INLINE void fetchAhead(const T* p) {
-  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + 2048), _MM_HINT_T0);
+  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + fetchDistance), _MM_HINT_T0);
+}
+// The same at element i of a row of n, unless the row is so short that only its neighbours would be read.
+template <class T>
+ZEB_INLINE void fetchAhead(const T* p, int i, int n) {
+  if (n > fetchDistance / static_cast<int>(sizeof(T))) fetchAhead(p + i);
 }
 
 // Fills bytes with a vector whose content repeats every element. A streaming fill stores one unaligned block of 64

@@ -10,7 +10,7 @@
 
 #include <limits>
 
-#include "core/vec.h"
+#include "core/streaming.h"
 
 namespace zeb {
 
@@ -59,7 +59,10 @@ template <class Op, class T>
 ZEB_INLINE ptrdiff_t combineBlocks(const T* const* rows, int count, T* out, ptrdiff_t n) {
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t x = 0;
-  for (; x <= n - 6 * lanes; x += 6 * lanes) combineBlock<Op, 6>(rows, count, x, out);
+  for (; x <= n - 6 * lanes; x += 6 * lanes) {
+    for (int k = 0; k < 6; k += 2) fetchAhead(out + x + k * lanes);
+    combineBlock<Op, 6>(rows, count, x, out);
+  }
   for (; x <= n - 2 * lanes; x += 2 * lanes) combineBlock<Op, 2>(rows, count, x, out);
   for (; x <= n - lanes; x += lanes) combineBlock<Op, 1>(rows, count, x, out);
   return x;
@@ -178,6 +181,7 @@ ZEB_INLINE void combineQuadBlocks(const T* const* rows, int h, T* const* out, pt
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t x = 0;
   for (; x <= n - 2 * lanes; x += 2 * lanes) {
+    for (int i = -1; i < 3; ++i) fetchAhead(rows[h + i] + x);
     combineQuadBlock<Op>(rows, h, x, out);
     combineQuadBlock<Op>(rows, h, x + lanes, out);
   }
@@ -299,6 +303,7 @@ ZEB_INLINE void shortWindows(const T* row, T* out, ptrdiff_t n, bool exact) {
   Vec<T> two = pair(0);
   ptrdiff_t x = 0;
   for (; x < (exact ? n - lanes + 1 : n); x += lanes) {
+    if (exact) fetchAhead(out + x);
     const Vec<T> next = pair(x + lanes);
     store(out + x, whole(two, next));
     two = next;

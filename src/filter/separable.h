@@ -12,6 +12,7 @@
 #include <type_traits>
 
 #include "core/lanes.h"
+#include "core/streaming.h"
 
 namespace zeb {
 
@@ -381,6 +382,8 @@ inline void filterRunFloat(const Source& source, const Zeb32f* kernelTaps, int c
   int i = 0;
   if constexpr (!fromMiddle) {
     for (; i <= n - vectors * lanes; i += vectors * lanes) {
+      fetchAhead(source.tap(0) + i);
+      fetchAhead(dst + i);
       V32f acc[vectors];
       for (int v = 0; v < vectors; ++v) acc[v] = kernel[0] * load(source.tap(0) + i + v * lanes);
       for (int j = 1; j < kernel.count(); ++j) {

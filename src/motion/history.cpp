@@ -4,6 +4,7 @@
 #include "core/entry.h"
 #include "core/lanes.h"
 #include "core/rows.h"
+#include "core/streaming.h"
 
 namespace {
 
@@ -25,6 +26,8 @@ template <class T>
 void updateRow(const T* silhouette, Zeb32f* mhi, int n, Times times) {
   int i = 0;
   for (; i <= n - 16; i += 16) {
+    fetchAhead(mhi, i, n);
+    fetchAhead(silhouette, i, n);
     const V32f first = updated(loadAsFloat(silhouette + i), load(mhi + i), times);
     const V32f second = updated(loadAsFloat(silhouette + i + 8), load(mhi + i + 8), times);
     store(mhi + i, first);

@@ -75,6 +75,7 @@ int innerRow(const T* row, int width, Zeb16u* out, int from, Channels<3>) {
 int innerRow(const Zeb32f* row, int width, Zeb32f* out, int from, Channels<1>) {
   int x = from;
   for (; x <= (width - 18) / 2; x += 8) {
+    fetchAhead(row + 2 * x);
     V32f a, b, c, d, e, unused;
     splitPairs(row + 2 * x - 2, a, b);
     splitPairs(row + 2 * x, c, d);

@@ -10,6 +10,7 @@
 #include "core/lanes.h"
 #include "core/rows.h"
 #include "core/scratch.h"
+#include "core/streaming.h"
 #include "motion/gauss.h"
 
 namespace {
@@ -104,6 +105,8 @@ void expandColumns(const Zeb16u* above, const Zeb16u* here, const Zeb16u* below,
   forBlocks(
       n,
       [=](int i) {
+        fetchAhead(e + i);
+        fetchAhead(o + i);
         store(e + i, narrowTo8u(evenAt(i), evenAt(i + 16)) ^ flip);
         store(o + i, narrowTo8u(oddAt(i), oddAt(i + 16)) ^ flip);
       },
@@ -118,6 +121,8 @@ void expandColumns(const Zeb32f* above, const Zeb32f* here, const Zeb32f* below,
   forBlocks(
       n,
       [=](int i) {
+        fetchAhead(even + i);
+        fetchAhead(odd + i);
         const V32f b = load(here + i), c = load(below + i);
         store(even + i, evenSum(load(above + i), b, c) * splat(scale));
         store(odd + i, oddSum(b, c) * splat(scale));

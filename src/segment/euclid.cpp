@@ -67,7 +67,7 @@ class Narrow {
   }
 
   Narrow(int width, int height, Zeb8u* pBuffer, int64_t bytes) : width_(width), groups_((width + group - 1) / group) {
-    exactInSingle_ = int64_t{width} * width + int64_t{height} * height <= 1 << 24;
+    exactInSingle_ = int64_t{width} * width + int64_t{height} * height <= mostExact;
     Scratch scratch(pBuffer, bytes);
     up = scratch.take<Zeb32s>(width, 4);
     height_ = scratch.take<Zeb32s>(int64_t{width} + V32s::lanes, 4);
@@ -93,6 +93,7 @@ class Narrow {
 
  private:
   static constexpr int group = 2 * V32s::lanes;
+  static constexpr Zeb32s mostExact = 1 << 24;  // single precision holds every integer up to this one
 
   // least_[i] becomes a column between first and last whose parabola is least at the start of group i; the last entry
   // is for the last pixel. No column is farther away than the feature in the pixel's own column.
@@ -143,7 +144,7 @@ class Narrow {
   }
   ZEB_INLINE void put(Zeb32f* d, V32s squares, int n) const {
     V32f root;
-    if (exactInSingle_) {
+    if (exactInSingle_ || !topBits(greater(squares, splat(mostExact)))) {
       root = sqrt(toFloat(squares));
     } else {
       root = narrowToFloat(sqrt(lowToDouble(squares)), sqrt(highToDouble(squares)));
