@@ -39,7 +39,7 @@ grep -q '^activate-noawait ldconfig$' "$ctrl/triggers" || fail "the linker's cac
 used=$(readelf -VW "$inside"/*."$version" | grep -oE 'GLIBC_[0-9.]+' | sed 's/GLIBC_//' | sort -V | tail -n 1)
 [ "$(field "$runtime" Depends)" = "libc6 (>= $used)" ] || fail "depends on $(field "$runtime" Depends), uses libc $used"
 
-mkdir "$work/root"
-cp -a "$work/libzebcv${major}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/root/"
-"$root/tools/check_consumer.sh" "$work/root/usr" lib/i386-linux-gnu path
+mkdir "$work/tree"
+cp -a "$work/libzebcv${major}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/tree/"
+"$root/tools/check_consumer.sh" "$work/tree/usr" lib/i386-linux-gnu path
 echo "packages work: $(basename "$runtime") $(basename "$development")"

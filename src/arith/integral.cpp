@@ -26,7 +26,7 @@ ZEB_INLINE RunningSums runningSums(const Zeb8u* src) {
   const V16s odd = prefixSum(pairSums(pixels));
   const V16s even = odd - as<Zeb16s>(shiftRight<8>(as<Zeb16u>(pixels)));
   // The halves hold pixels 0..15 and 16..31.
-  const V16s low = interleaveLow(even, odd), high = interleaveHigh(even, odd);
+  const V16s low = interleaveFirst(even, odd), high = interleaveLast(even, odd);
   return {{widenLow(low), widenLow(high), widenHigh(low), widenHigh(high)}};
 }
 

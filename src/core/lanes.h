@@ -98,21 +98,9 @@ ZEB_INLINE V64f widenHigh(V32f a) {
   return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))};
 }
 
-// Sums of products of neighbouring lanes: a[2k] b[2k] + a[2k + 1] b[2k + 1], exact but for both being -32768
-// throughout.
-ZEB_INLINE V32s pairProducts(V16s a, V16s b) {
-  return {_mm256_madd_epi16(a.v, b.v)};
-}
 // Sums of neighbouring pixels: lane k holds pixel 2k plus pixel 2k + 1.
 ZEB_INLINE V16s pairSums(V8u a) {
   return {_mm256_maddubs_epi16(a.v, _mm256_set1_epi8(1))};
-}
-// a0 b0 a1 b1 ... from each 128-bit half: the lower four lanes of both halves, and the upper four.
-ZEB_INLINE V16s interleaveLow(V16s a, V16s b) {
-  return {_mm256_unpacklo_epi16(a.v, b.v)};
-}
-ZEB_INLINE V16s interleaveHigh(V16s a, V16s b) {
-  return {_mm256_unpackhi_epi16(a.v, b.v)};
 }
 
 // The elements moved up by some bytes (1..16), the first ones taken from the end of the vector before; and moved down,

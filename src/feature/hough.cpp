@@ -100,7 +100,7 @@ void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& 
   const V32s half = splat(512), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
   alignas(32) Zeb32s cell[8];
   const auto cells = [&](V32s words) {
-    const V32s r = shiftRight<10>(pairProducts(as<Zeb16s>(words), factors) + half) + origin;
+    const V32s r = shiftRight<10>(dotPairs(as<Zeb16s>(words), factors) + half) + origin;
     return min(max(r, zero), last);
   };
   int i = 0;

@@ -63,14 +63,9 @@ void filterColumns(const Zeb16s** src, Rows<D> dst, int height, int elements, co
 template <class Scale, class D>
 void filterColumnsSigned(const Zeb16s** src, Rows<D> dst, int height, int elements, const Zeb16s* kernel,
                          int kernelSize, int divisor) {
-  switch (kernelSize) {
-    case 3:
-      return filterColumns<3, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
-    case 5:
-      return filterColumns<5, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
-    default:
-      return filterColumns<0, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
-  }
+  withTaps<3, 5>(kernelSize, [&](auto taps) {
+    filterColumns<decltype(taps)::value, Scale>(src, dst, height, elements, kernel, kernelSize, divisor);
+  });
 }
 
 template <class D>
@@ -90,7 +85,7 @@ void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int
 
 void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int elements, const Zeb32f* kernel,
                         int kernelSize) {
-  withTaps(kernelSize, [&](auto taps) {
+  withTaps<3, 5, 7>(kernelSize, [&](auto taps) {
     using Source = Stacked<Zeb32f, decltype(taps)::value>;
     for (int y = 0; y < height; ++y)
       filterRunFloat<decltype(taps)::value, decltype(taps)::value == 3>(Source(src + y), kernel, kernelSize, dst[y],

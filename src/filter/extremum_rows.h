@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "core/streaming.h"
+#include "core/vec.h"
 
 namespace zeb {
 

@@ -140,18 +140,6 @@ auto signedByteSums(const Zeb16s* kernel, int kernelSize, int divisor) {
                                      signedSums<taps, channels, Zeb8u>(kernel, kernelSize, Reciprocal<false>(divisor))};
 }
 
-template <class With>
-void withTaps(int kernelSize, With with) {
-  switch (kernelSize) {
-    case 3:
-      return with(std::integral_constant<int, 3>());
-    case 5:
-      return with(std::integral_constant<int, 5>());
-    default:
-      return with(std::integral_constant<int, 0>());
-  }
-}
-
 template <int channels, class S>
 void filterRowsSigned(Rows<const S> src, Zeb16s** dst, ZebiSize roi, const Zeb16s* kernel, int kernelSize, int anchor,
                       ZebiBorderType borderType, const S* borderValue, int divisor, Scratch scratch) {
@@ -160,7 +148,7 @@ void filterRowsSigned(Rows<const S> src, Zeb16s** dst, ZebiSize roi, const Zeb16
   };
   if (needsGuard(kernel, kernelSize, divisor))
     return rows(signedSums<0, channels, S>(kernel, kernelSize, Reciprocal<true>(divisor)));
-  withTaps(kernelSize, [&](auto number) {
+  withTaps<3, 5>(kernelSize, [&](auto number) {
     constexpr int taps = decltype(number)::value;
     if constexpr (sizeof(S) == 1) {
       if (fitsByteSums(kernel, kernelSize)) {
@@ -181,7 +169,7 @@ void filterRowsSigned(Rows<const S> src, Zeb16s** dst, ZebiSize roi, const Zeb16
 template <int channels>
 void filterRowsLow(Rows<const Zeb16s> src, Zeb16s** dst, ZebiSize roi, const Zeb16s* kernel, int kernelSize, int anchor,
                    ZebiBorderType borderType, const Zeb16s* borderValue, int divisor, Scratch scratch) {
-  withTaps(kernelSize, [&](auto number) {
+  withTaps<3, 5>(kernelSize, [&](auto number) {
     constexpr int taps = decltype(number)::value;
     filterRows<Zeb16s, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch,
                                  signedSums<taps, channels, Zeb16s>(kernel, kernelSize, FixedPoint(divisor)));
@@ -200,7 +188,7 @@ void filterRowsUnsigned(Rows<const Zeb16u> src, Zeb16u** dst, ZebiSize roi, cons
 template <int channels>
 void filterRowsFloat(Rows<const Zeb32f> src, Zeb32f** dst, ZebiSize roi, const Zeb32f* kernel, int kernelSize,
                      int anchor, ZebiBorderType borderType, const Zeb32f* borderValue, Scratch scratch) {
-  withTaps(kernelSize, [&](auto taps) {
+  withTaps<3, 5, 7>(kernelSize, [&](auto taps) {
     const auto run = [&](const Zeb32f* p, Zeb32f* out, int n, Part) {
       filterRunFloat<decltype(taps)::value, false>(Shifted<Zeb32f, channels>{p}, kernel, kernelSize, out, n);
     };

@@ -348,19 +348,11 @@ class FloatTaps<0> {
   int count_;
 };
 
-// run(taps) with the number of taps as a constant where its loop is worth unrolling, else with 0.
-template <class Run>
+// run(taps) with the number of taps as a constant where it is one of those whose loop is worth unrolling, else with 0.
+template <int... unrolled, class Run>
 inline void withTaps(int count, const Run& run) {
-  switch (count) {
-    case 3:
-      return run(std::integral_constant<int, 3>());
-    case 5:
-      return run(std::integral_constant<int, 5>());
-    case 7:
-      return run(std::integral_constant<int, 7>());
-    default:
-      return run(std::integral_constant<int, 0>());
-  }
+  const bool done = ((count == unrolled && (run(std::integral_constant<int, unrolled>()), true)) || ...);
+  if (!done) run(std::integral_constant<int, 0>());
 }
 
 // The product of the first tap, then one fused step for each further tap; or, from the middle of three taps: the

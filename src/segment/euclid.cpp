@@ -66,8 +66,7 @@ class Narrow {
            (1 << 30) - (1 << 20);
   }
 
-  Narrow(int width, int height, Zeb8u* pBuffer, int64_t bytes) : width_(width), groups_((width + group - 1) / group) {
-    exactInSingle_ = int64_t{width} * width + int64_t{height} * height <= mostExact;
+  Narrow(int width, Zeb8u* pBuffer, int64_t bytes) : width_(width), groups_((width + group - 1) / group) {
     Scratch scratch(pBuffer, bytes);
     up = scratch.take<Zeb32s>(width, 4);
     height_ = scratch.take<Zeb32s>(int64_t{width} + V32s::lanes, 4);
@@ -144,7 +143,7 @@ class Narrow {
   }
   ZEB_INLINE void put(Zeb32f* d, V32s squares, int n) const {
     V32f root;
-    if (exactInSingle_ || !topBits(greater(squares, splat(mostExact)))) {
+    if (!topBits(greater(squares, splat(mostExact)))) {
       root = sqrt(toFloat(squares));
     } else {
       root = narrowToFloat(sqrt(lowToDouble(squares)), sqrt(highToDouble(squares)));
@@ -157,7 +156,6 @@ class Narrow {
   }
 
   int width_, groups_;
-  bool exactInSingle_;
   Zeb32s* height_;  // of the parabola of every column, at x = 0
   Zeb32s* least_;
 };
@@ -244,7 +242,7 @@ ZEB_ENTRY(zebiTrueDistanceTransform_8u32f_C1R)
   const Rows src(pSrc, srcStep);
   const Rows dst(pDst, dstStep);
   if (Narrow::serves(roiSize)) {
-    Narrow rows(roiSize.width, roiSize.height, pBuffer, bufferBytes(roiSize));
+    Narrow rows(roiSize.width, pBuffer, bufferBytes(roiSize));
     transform(src, dst, roiSize, rows);
   } else {
     Wide rows(roiSize.width, pBuffer, bufferBytes(roiSize));
