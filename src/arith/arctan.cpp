@@ -2,8 +2,7 @@
 // the octant of the vector.
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/streaming.h"
-#include "core/vec.h"
+#include "core/loops.h"
 
 namespace {
 
@@ -36,16 +35,6 @@ ZEB_INLINE V32f angle(V32f y, V32f x) {
 
 ZEB_ENTRY(zebibFastArctan_32f)(const Zeb32f* pSrcY, const Zeb32f* pSrcX, Zeb32f* pDst, int length) {
   if (auto bad = firstFailure(present(pSrcY, pSrcX, pDst), atLeastOne(length))) return bad;
-  int i = 0;
-  for (; i <= length - 16; i += 16) {
-    fetchAhead(pSrcY, i, length);
-    fetchAhead(pSrcX, i, length);
-    fetchAhead(pDst, i, length);
-    store(pDst + i, angle(load(pSrcY + i), load(pSrcX + i)));
-    store(pDst + i + 8, angle(load(pSrcY + i + 8), load(pSrcX + i + 8)));
-  }
-  for (; i <= length - 8; i += 8) store(pDst + i, angle(load(pSrcY + i), load(pSrcX + i)));
-  const int left = length - i;
-  if (left > 0) storeN(pDst + i, angle(loadN(pSrcY + i, left), loadN(pSrcX + i, left)), left);
+  mapRow([](V32f y, V32f x) ZEB_BODY { return angle(y, x); }, pDst, length, pSrcY, pSrcX);
   return zebStsOk;
 }

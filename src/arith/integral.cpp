@@ -6,8 +6,8 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/services.h"
 #include "core/streaming.h"
 
@@ -111,53 +111,47 @@ void fillRow(T* row, int count, T value) {
   for (int i = 0; i < count; ++i) row[i] = value;
 }
 
+// A table has one column and one row more than its image.
 template <class S>
-ZebStatus sumTable(Rows<const Zeb8u> src, Rows<S> dst, ZebiSize roi, S val) {
+ZebStatus sumTable(Image<const Zeb8u> src, Image<S> table, ZebiSize roi, S val) {
+  if (auto bad = checked(roi, src, table.wider(1))) return bad;
+  const Rows<S> dst = table;
   fillRow(dst[0], roi.width + 1, val);
   for (int y = 0; y < roi.height; ++y) {
     S* row = dst[y + 1];
     row[0] = val;
-    sumRow(src[y], dst[y] + 1, row + 1, roi.width);
+    sumRow(src.rows()[y], dst[y] + 1, row + 1, roi.width);
   }
   return zebStsOk;
 }
 
 template <class S, class Q>
-ZebStatus squareTables(Rows<const Zeb8u> src, Rows<S> dst, Rows<Q> sqr, ZebiSize roi, S val, Q valSqr) {
+ZebStatus squareTables(Image<const Zeb8u> src, Image<S> sums, Image<Q> squares, ZebiSize roi, S val, Q valSqr) {
+  if (auto bad = checked(roi, src, sums.wider(1), squares.wider(1))) return bad;
+  const Rows<S> dst = sums;
+  const Rows<Q> sqr = squares;
   fillRow(dst[0], roi.width + 1, val);
   fillRow(sqr[0], roi.width + 1, valSqr);
   for (int y = 0; y < roi.height; ++y) {
     dst[y + 1][0] = val;
     sqr[y + 1][0] = valSqr;
-    sumRow(src[y], dst[y] + 1, dst[y + 1] + 1, roi.width);
-    squareRow(src[y], sqr[y] + 1, sqr[y + 1] + 1, roi.width);
+    sumRow(src.rows()[y], dst[y] + 1, dst[y + 1] + 1, roi.width);
+    squareRow(src.rows()[y], sqr[y] + 1, sqr[y + 1] + 1, roi.width);
   }
   return zebStsOk;
 }
 
-template <class T>
-ZebStatus holdsTableRow(int step, int width) {
-  return require(step >= (static_cast<int64_t>(width) + 1) * static_cast<int64_t>(sizeof(T)), zebStsErrStep);
-}
-
 }  // namespace
 
-#define INTEGRAL(name, S)                                                                                       \
-  ZEB_ENTRY(name)                                                                                               \
-  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, ZebiSize roiSize, S val) {                             \
-    if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width), \
-                                holdsTableRow<S>(dstStep, roiSize.width), wholeElements<S>(dstStep)))           \
-      return bad;                                                                                               \
-    return sumTable(Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, val);                                    \
+#define INTEGRAL(name, S)                                                           \
+  ZEB_ENTRY(name)                                                                   \
+  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, ZebiSize roiSize, S val) { \
+    return sumTable<S>(image(pSrc, srcStep), image(pDst, dstStep), roiSize, val);   \
   }
-#define SQR_INTEGRAL(name, S, Q)                                                                                      \
-  ZEB_ENTRY(name)                                                                                                     \
-  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, Q* pSqr, int sqrStep, ZebiSize roiSize, S val, Q valSqr) {   \
-    if (auto bad = firstFailure(present(pSrc, pDst, pSqr), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width), \
-                                holdsTableRow<S>(dstStep, roiSize.width), holdsTableRow<Q>(sqrStep, roiSize.width),   \
-                                wholeElements<S>(dstStep), wholeElements<Q>(sqrStep)))                                \
-      return bad;                                                                                                     \
-    return squareTables(Rows(pSrc, srcStep), Rows(pDst, dstStep), Rows(pSqr, sqrStep), roiSize, val, valSqr);         \
+#define SQR_INTEGRAL(name, S, Q)                                                                                       \
+  ZEB_ENTRY(name)                                                                                                      \
+  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, Q* pSqr, int sqrStep, ZebiSize roiSize, S val, Q valSqr) {    \
+    return squareTables<S, Q>(image(pSrc, srcStep), image(pDst, dstStep), image(pSqr, sqrStep), roiSize, val, valSqr); \
   }
 
 INTEGRAL(zebiIntegral_8u32s_C1R, Zeb32s)

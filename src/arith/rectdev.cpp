@@ -3,8 +3,8 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/streaming.h"
 
 namespace {
@@ -142,22 +142,17 @@ int64_t rowElements(Tilted, int width, ZebiRect r) {
   return static_cast<int64_t>(width) + r.width + r.x + r.y + r.height - 1;
 }
 
-template <class Shape, class S, class Q, class D>
-ZebStatus checked(Shape kind, const S* pSrc, int srcStep, const Q* pSqr, int sqrStep, const D* pDst, int dstStep,
-                  ZebiSize roi, ZebiRect rect) {
-  const int64_t elements = rowElements(kind, roi.width, rect);
-  return firstFailure(present(pSrc, pSqr, pDst), hasArea(roi),
-                      require(srcStep >= elements * static_cast<int64_t>(sizeof(S)), zebStsErrStep),
-                      holdsRow<D>(dstStep, roi.width),
-                      require(sqrStep >= elements * static_cast<int64_t>(sizeof(Q)), zebStsErrStep),
-                      wholeElements<S>(srcStep), wholeElements<D>(dstStep), wholeElements<Q>(sqrStep),
-                      require(rect.x >= 0 && rect.y >= 0 && rect.width >= 1 && rect.height >= 1, zebStsErrSize));
+ZebStatus isWindow(ZebiRect rect) {
+  return require(rect.x >= 0 && rect.y >= 0 && rect.width >= 1 && rect.height >= 1, zebStsErrSize);
 }
 
 template <class Shape, class S>
 ZebStatus deviation(Shape kind, const S* pSrc, int srcStep, const Zeb64f* pSqr, int sqrStep, Zeb32f* pDst, int dstStep,
                     ZebiSize roi, ZebiRect rect) {
-  if (auto bad = checked(kind, pSrc, srcStep, pSqr, sqrStep, pDst, dstStep, roi, rect)) return bad;
+  const int64_t more = rowElements(kind, roi.width, rect) - roi.width;
+  const auto sums = image(pSrc, srcStep).wider(more);
+  const auto squares = image(pSqr, sqrStep).wider(more);
+  if (auto bad = firstFailure(checked(roi, sums, image(pDst, dstStep), squares), isWindow(rect))) return bad;
   const Shape shape = shapeOf(kind, rect);
   const Rows src(pSrc, srcStep);
   const Rows sqr(pSqr, sqrStep);
@@ -170,7 +165,10 @@ ZebStatus deviation(Shape kind, const S* pSrc, int srcStep, const Zeb64f* pSqr, 
 template <class Shape>
 ZebStatus scaledDeviation(Shape kind, const Zeb32s* pSrc, int srcStep, const Zeb32s* pSqr, int sqrStep, Zeb32s* pDst,
                           int dstStep, ZebiSize roi, ZebiRect rect, int scaleFactor) {
-  if (auto bad = checked(kind, pSrc, srcStep, pSqr, sqrStep, pDst, dstStep, roi, rect)) return bad;
+  const int64_t more = rowElements(kind, roi.width, rect) - roi.width;
+  const auto sums = image(pSrc, srcStep).wider(more);
+  const auto squares = image(pSqr, sqrStep).wider(more);
+  if (auto bad = firstFailure(checked(roi, sums, image(pDst, dstStep), squares), isWindow(rect))) return bad;
   const Shape shape = shapeOf(kind, rect);
   const double scale = scaling(scaleFactor);
   const Rows src(pSrc, srcStep);

@@ -2,8 +2,8 @@
 // pixels, and no element depends on its neighbour in the same row.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/streaming.h"
 
 namespace {
@@ -109,47 +109,43 @@ void fillRows(Rows<T> rows, int count, T value) {
     for (int i = 0; i < count; ++i) rows[r][i] = value;
 }
 
+// A table has two columns and two rows more than its image.
 template <LastColumn last, class S>
-ZebStatus tiltedTable(Rows<const Zeb8u> src, Rows<S> dst, ZebiSize roi, S val) {
+ZebStatus tiltedTable(Image<const Zeb8u> src, Image<S> table, ZebiSize roi, S val) {
+  if (auto bad = checked(roi, src, table.wider(2))) return bad;
+  const Rows<S> dst = table;
   fillRows(dst, roi.width + 2, val);
-  for (int y = 0; y < roi.height; ++y) tiltedRow<Plain, last, S>(src[y], dst[y + 1], dst[y], dst[y + 2], roi.width);
+  for (int y = 0; y < roi.height; ++y)
+    tiltedRow<Plain, last, S>(src.rows()[y], dst[y + 1], dst[y], dst[y + 2], roi.width);
   return zebStsOk;
 }
 
 template <class S, class Q>
-ZebStatus tiltedTables(Rows<const Zeb8u> src, Rows<S> dst, Rows<Q> sqr, ZebiSize roi, S val, Q valSqr) {
+ZebStatus tiltedTables(Image<const Zeb8u> src, Image<S> sums, Image<Q> squares, ZebiSize roi, S val, Q valSqr) {
+  if (auto bad = checked(roi, src, sums.wider(2), squares.wider(2))) return bad;
+  const Rows<S> dst = sums;
+  const Rows<Q> sqr = squares;
   fillRows(dst, roi.width + 2, val);
   fillRows(sqr, roi.width + 2, valSqr);
   for (int y = 0; y < roi.height; ++y) {
-    tiltedRow<Plain, LastColumn::store, S>(src[y], dst[y + 1], dst[y], dst[y + 2], roi.width);
-    tiltedRow<Squared, LastColumn::store, Q>(src[y], sqr[y + 1], sqr[y], sqr[y + 2], roi.width);
+    const Zeb8u* const row = src.rows()[y];
+    tiltedRow<Plain, LastColumn::store, S>(row, dst[y + 1], dst[y], dst[y + 2], roi.width);
+    tiltedRow<Squared, LastColumn::store, Q>(row, sqr[y + 1], sqr[y], sqr[y + 2], roi.width);
   }
   return zebStsOk;
 }
 
-template <class T>
-ZebStatus holdsTableRow(int step, int width) {
-  return require(step >= (static_cast<int64_t>(width) + 2) * static_cast<int64_t>(sizeof(T)), zebStsErrStep);
-}
-
 }  // namespace
 
-#define TILTED(name, S, last)                                                                                   \
-  ZEB_ENTRY(name)                                                                                               \
-  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, ZebiSize roiSize, S val) {                             \
-    if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width), \
-                                holdsTableRow<S>(dstStep, roiSize.width), wholeElements<S>(dstStep)))           \
-      return bad;                                                                                               \
-    return tiltedTable<last>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, val);                           \
+#define TILTED(name, S, last)                                                              \
+  ZEB_ENTRY(name)                                                                          \
+  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, ZebiSize roiSize, S val) {        \
+    return tiltedTable<last, S>(image(pSrc, srcStep), image(pDst, dstStep), roiSize, val); \
   }
-#define TILTED_SQR(name, S, Q)                                                                                        \
-  ZEB_ENTRY(name)                                                                                                     \
-  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, Q* pSqr, int sqrStep, ZebiSize roiSize, S val, Q valSqr) {   \
-    if (auto bad = firstFailure(present(pSrc, pDst, pSqr), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width), \
-                                holdsTableRow<S>(dstStep, roiSize.width), holdsTableRow<Q>(sqrStep, roiSize.width),   \
-                                wholeElements<S>(dstStep), wholeElements<Q>(sqrStep)))                                \
-      return bad;                                                                                                     \
-    return tiltedTables(Rows(pSrc, srcStep), Rows(pDst, dstStep), Rows(pSqr, sqrStep), roiSize, val, valSqr);         \
+#define TILTED_SQR(name, S, Q)                                                                                         \
+  ZEB_ENTRY(name)                                                                                                      \
+  (const Zeb8u* pSrc, int srcStep, S* pDst, int dstStep, Q* pSqr, int sqrStep, ZebiSize roiSize, S val, Q valSqr) {    \
+    return tiltedTables<S, Q>(image(pSrc, srcStep), image(pDst, dstStep), image(pSqr, sqrStep), roiSize, val, valSqr); \
   }
 
 TILTED(zebiTiltedIntegral_8u32s_C1R, Zeb32s, LastColumn::store)

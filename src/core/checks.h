@@ -1,12 +1,15 @@
 // The vocabulary of argument checks: one predicate per rule, each yielding the status of the broken rule or zebStsOk.
 //
-// A binding lists its rules in the order of its contract, and the first failure wins:
+// A binding states its images; the standard order of rules is one call, and the rules of the family's own follow:
 //
-//   if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roi), holdsRow<Zeb8u>(srcStep, roi.width))) return bad;
+//   if (auto bad = firstFailure(checked(roi, image(pSrc, srcStep), image<3>(pDst, dstStep), also(pBuffer)),
+//                               require(maskSize == 3 || maskSize == 5, zebStsErrMaskSize)))
+//     return bad;
 #pragma once
 
 #include <stdint.h>
 
+#include "core/image.h"
 #include "zebcv/types.h"
 
 namespace zeb {
@@ -50,6 +53,26 @@ constexpr ZebStatus firstFailure(Status... statuses) {
   ZebStatus first = zebStsOk;
   (void)(... || ((first = statuses) != zebStsOk));
   return first;
+}
+
+// Arguments that have to be there and have no other rule: scratch, states, tables.
+struct Mandatory {
+  bool all;
+  bool isPresent() const { return all; }
+  bool holdsRow(int) const { return true; }
+  bool holdsWholeElements() const { return true; }
+};
+template <class... Pointer>
+constexpr Mandatory also(const Pointer*... pointers) {
+  return {(... && (pointers != nullptr))};
+}
+
+// The standard order: pointers, the region's area, the minimum of every step, whole elements in every step.
+template <class... Subject>
+inline ZebStatus checked(ZebiSize roi, const Subject&... subjects) {
+  return firstFailure(require((... && subjects.isPresent()), zebStsErrNullPointer), hasArea(roi),
+                      require((... && subjects.holdsRow(roi.width)), zebStsErrStep),
+                      require((... && subjects.holdsWholeElements()), zebStsErrNotEvenStep));
 }
 
 // Products of counts of bytes that stop at 2^50 instead of wrapping, so that sums of some of them are safe too.

@@ -3,7 +3,7 @@
 
 #include "core/checks.h"
 #include "core/lanes.h"
-#include "core/rows.h"
+#include "core/loops.h"
 #include "core/services.h"
 #include "core/streaming.h"
 
@@ -13,11 +13,11 @@ using namespace zeb;
 
 template <class T>
 ZebStatus copy(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi) {
-  if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roi), holdsRow<T>(srcStep, roi.width),
-                              holdsRow<T>(dstStep, roi.width), wholeElements<T>(srcStep), wholeElements<T>(dstStep)))
-    return bad;
+  const auto src = image(pSrc, srcStep);
+  const auto dst = image(pDst, dstStep);
+  if (auto bad = checked(roi, src, dst)) return bad;
   const auto row = [](const T* s, T* d, int n) { memcpy(d, s, static_cast<size_t>(n) * sizeof(T)); };
-  forEachRow(roi, 1, row, Rows(pSrc, srcStep), Rows(pDst, dstStep));
+  forEachRow(roi, row, src, dst);
   return zebStsOk;
 }
 
@@ -30,7 +30,7 @@ ZebStatus fill(T value, T* pDst, int dstStep, ZebiSize roi, bool streaming) {
 
 template <class T>
 ZebStatus fillable(const T* pDst, int dstStep, ZebiSize roi) {
-  return firstFailure(present(pDst), hasArea(roi), holdsRow<T>(dstStep, roi.width), wholeElements<T>(dstStep));
+  return checked(roi, image(pDst, dstStep));
 }
 
 int64_t area(ZebiSize roi) {

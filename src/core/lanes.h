@@ -70,7 +70,7 @@ ZEB_INLINE V32f loadAsFloatN(const T* p, int n) {
     return loadN(p, n);
   } else {
     alignas(16) T block[8] = {};
-    memcpy(block, p, static_cast<size_t>(n) * sizeof(T));
+    copyFew(block, p, n * static_cast<int>(sizeof(T)));
     return loadAsFloat(block);
   }
 }

@@ -1,9 +1,8 @@
 // Fills, copies and element-wise helpers over runs of elements.
 #include <string.h>
 
+#include "core/loops.h"
 #include "core/services.h"
-#include "core/streaming.h"
-#include "core/vec.h"
 
 namespace {
 
@@ -26,22 +25,13 @@ void copy(const T* src, T* dst, int count) {
   }
 }
 
-template <class T, class Op>
-void combine(const T* src, T* dst, int count, Op op) {
-  constexpr int lanes = Vec<T>::lanes;
-  int i = 0;
-  for (; i <= count - lanes; i += lanes) store(dst + i, op(load(src + i), load(dst + i)));
-  if (i < count) storeN(dst + i, op(loadN(src + i, count - i), loadN(dst + i, count - i)), count - i);
-}
-
 template <class T>
 void minEvery(const T* src, T* dst, int count) {
-  combine(src, dst, count, [](auto a, auto b) { return min(a, b); });
+  mapRow([](Vec<T> a, Vec<T> b) ZEB_BODY { return min(a, b); }, dst, count, src, dst);
 }
-
 template <class T>
 void maxEvery(const T* src, T* dst, int count) {
-  combine(src, dst, count, [](auto a, auto b) { return max(a, b); });
+  mapRow([](Vec<T> a, Vec<T> b) ZEB_BODY { return max(a, b); }, dst, count, src, dst);
 }
 
 }  // namespace
@@ -107,7 +97,5 @@ void q7_zebsMaxEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
 }
 
 void q7_zebsSqrt_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
-  int i = 0;
-  for (; i <= count - 8; i += 8) store(pDst + i, sqrt(load(pSrc + i)));
-  if (i < count) storeN(pDst + i, sqrt(loadN(pSrc + i, count - i)), count - i);
+  mapRow([](V32f a) ZEB_BODY { return sqrt(a); }, pDst, count, pSrc);
 }

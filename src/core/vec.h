@@ -109,6 +109,24 @@ ZEB_INLINE Vec<T> firstElements(int n) {
   return as<T>(Vec<Zeb8u>{firstBytes(n * static_cast<int>(sizeof(T)))});
 }
 
+// At most 32 bytes, in two moves that overlap.
+__attribute__((noinline)) inline void copyFew(void* to, const void* from, int bytes) {
+  const auto d = static_cast<char*>(to);
+  const auto s = static_cast<const char*>(from);
+  const auto ends = [=](auto piece) {
+    decltype(piece) last;
+    memcpy(&piece, s, sizeof(piece));
+    memcpy(&last, s + bytes - sizeof(last), sizeof(last));
+    memcpy(d, &piece, sizeof(piece));
+    memcpy(d + bytes - sizeof(last), &last, sizeof(last));
+  };
+  if (bytes >= 16) return ends(__m128i());
+  if (bytes >= 8) return ends(double());
+  if (bytes >= 4) return ends(int());
+  if (bytes >= 2) return ends(short());
+  if (bytes == 1) *d = *s;
+}
+
 // The first n elements, 0 <= n <= lanes; the other lanes are 0.
 template <class T>
 ZEB_INLINE Vec<T> loadN(const T* p, int n) {
@@ -118,7 +136,7 @@ ZEB_INLINE Vec<T> loadN(const T* p, int n) {
     return as<T>(V64f{_mm256_maskload_pd(reinterpret_cast<const double*>(p), firstLanes64(n))});
   } else {
     alignas(32) T block[Vec<T>::lanes] = {};
-    memcpy(block, p, static_cast<size_t>(n) * sizeof(T));
+    copyFew(block, p, n * static_cast<int>(sizeof(T)));
     return load(block);
   }
 }
@@ -131,7 +149,7 @@ ZEB_INLINE void storeN(T* p, Vec<T> a, int n) {
   } else {
     alignas(32) T block[Vec<T>::lanes];
     store(block, a);
-    memcpy(p, block, static_cast<size_t>(n) * sizeof(T));
+    copyFew(p, block, n * static_cast<int>(sizeof(T)));
   }
 }
 
@@ -267,6 +285,13 @@ ZEB_INLINE V32f fnma(V32f a, V32f b, V32f c) {
 }
 ZEB_INLINE V64f fnma(V64f a, V64f b, V64f c) {
   return {_mm256_fnmadd_pd(a.v, b.v, c.v)};
+}
+
+// acc + a x b rounded once, with the operands in one order for the processor: of several values that are not numbers it
+// is always the same one that the result repeats.
+ZEB_INLINE V32f addProductInOrder(V32f acc, V32f a, V32f b) {
+  __asm__("vfmadd231ps %2, %1, %0" : "+x"(acc.v) : "x"(a.v), "x"(b.v));
+  return acc;
 }
 
 ZEB_INLINE V32f sqrt(V32f a) {

@@ -5,11 +5,12 @@
 #include <initializer_list>
 
 #include "core/checks.h"
-#include "core/columns.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
+#include "core/loops.h"
 #include "core/scratch.h"
 #include "core/services.h"
+#include "filter/border.h"
 
 namespace zeb {
 
@@ -47,18 +48,13 @@ inline ZebStatus orderedThresholds(Zeb32f low, Zeb32f high) {
 template <class M>
 class MagnitudeRing {
  public:
-  static int64_t bytes(int width) { return 3 * (int64_t{width} + 2) * static_cast<int64_t>(sizeof(M)); }
-  MagnitudeRing(Scratch& scratch, int width) {
-    for (M*& row : rows_) {
-      row = scratch.take<M>(int64_t{width} + 2, 1);
-      memset(row, 0, (static_cast<size_t>(width) + 2) * sizeof(M));
-      ++row;
-    }
+  MagnitudeRing(Scratch& scratch, int width) : rows_(scratch, 3, int64_t{width} + 2) {
+    for (int y = 0; y < 3; ++y) memset(rows_[y], 0, (static_cast<size_t>(width) + 2) * sizeof(M));
   }
-  M* row(int y) const { return rows_[(y + 3) % 3]; }
+  M* row(int y) const { return rows_[y] + 1; }
 
  private:
-  M* rows_[3];
+  RowRing<M> rows_;
 };
 
 // Which of eight gradients point along the row, along the column, and which have components of different signs.
@@ -106,7 +102,7 @@ struct SumOfAbsolutes {
   static Magnitude threshold(Zeb32f t) { return t >= 65535.0f ? Zeb16u(65535) : static_cast<Zeb16u>(t); }
   static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb16u* out, int n, Zeb16u low) {
     const V16u bound = splat(low);
-    forColumns<16>(0, n, [&](int x, auto part) ZEB_BODY {
+    forVectors<16>(0, n, [&](int x, auto part) ZEB_BODY {
       const V16u m = addSat(as<Zeb16u>(abs(part.from(dx + x))), as<Zeb16u>(abs(part.from(dy + x))));
       part.to(out + x, m & isLess(bound, m));
     });

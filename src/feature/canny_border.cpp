@@ -22,39 +22,32 @@ struct RootOfSquares {
   static Magnitude threshold(Zeb32f t) { return t; }
   static void magnitudes(const Zeb16s* dx, const Zeb16s* dy, Zeb32f* out, int n, Zeb32f low) {
     const V32f bound = splat(low);
-    forColumns<8>(0, n, [&](int x, auto part) ZEB_BODY {
-      const V32f fx = floats(dx + x, part), fy = floats(dy + x, part);
+    forVectors<8>(0, n, [&](int x, auto part) ZEB_BODY {
+      const V32f fx = part.floats(dx + x), fy = part.floats(dy + x);
       const V32f m = sqrt(fma(fx, fx, fy * fy));
       part.to(out + x, less(bound, m) & m);
     });
   }
   template <class Part>
   static ZEB_INLINE Sectors32 sectors(const Zeb16s* dx, const Zeb16s* dy, const Part part) {
-    return sectorsOf<VerticalBySum>(floats(dx, part), floats(dy, part));
+    return sectorsOf<VerticalBySum>(part.floats(dx), part.floats(dy));
   }
-
- private:
-  static ZEB_INLINE V32f floats(const Zeb16s* p, WholeVector) { return loadAsFloat(p); }
-  static ZEB_INLINE V32f floats(const Zeb16s* p, RowEnd end) { return loadAsFloatN(p, end.n); }
 };
 
-struct Image {
-  Rows<const Zeb8u> src;
+struct Request {
+  BorderedImage source;
   Rows<Zeb8u> dst;
-  ZebiSize roi;
-  ZebiBorderType border;
-  Zeb8u value;
 };
 
 // The rows that the passes work on lie where the stack of the hysteresis comes afterwards.
 template <class Kernel, class Form>
-void detect(const Image& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer, int64_t size) {
+void detect(const Request& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer, int64_t size) {
   using M = typename Form::Magnitude;
-  const ZebiSize roi = image.roi;
+  const ZebiSize roi = image.source.size();
   Scratch scratch(pBuffer, size);
   const CannyMap map = takeCannyMap(scratch, roi);
   Scratch stack = scratch;
-  DerivativeRows<Kernel, Zeb8u> derivatives(image.src, roi, image.border, image.value, scratch);
+  DerivativeRows<Kernel, Zeb8u> derivatives(image.source, scratch);
   const MagnitudeRing<M> ring(scratch, roi.width);
   Zeb16s *dx[2], *dy[2];
   for (int k = 0; k < 2; ++k) dx[k] = scratch.take<Zeb16s>(roi.width, 1), dy[k] = scratch.take<Zeb16s>(roi.width, 1);
@@ -74,7 +67,7 @@ void detect(const Image& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuf
   hysteresis(map, roi, stack, image.dst);
 }
 
-using Detect = void (*)(const Image&, Zeb32f, Zeb32f, Zeb8u*, int64_t);
+using Detect = void (*)(const Request&, Zeb32f, Zeb32f, Zeb8u*, int64_t);
 
 template <class Form>
 Detect detectorOf(int filterType, int mask) {
@@ -105,7 +98,7 @@ ZEB_ENTRY(zebiCannyBorder_8u_C1R)
     return bad;
   const int64_t size = bufferSize(roiSize, mask);
   if (size > INT32_MAX) return zebStsErrOverflow;
-  const Image image = {Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, borderType, borderValue};
+  const Request image = {BorderedImage(pSrc, srcStep, roiSize, 1, borderType, &borderValue), Rows(pDst, dstStep)};
   const Detect detect =
       norm == zebNormL1 ? detectorOf<Sum>(filterType, mask) : detectorOf<RootOfSquares>(filterType, mask);
   detect(image, lowThresh, highThresh, pBuffer, size);

@@ -23,7 +23,7 @@ struct Derivatives32f {
   static Magnitude threshold(Zeb32f t) { return t; }
   static void magnitudes(const Zeb32f* dx, const Zeb32f* dy, Zeb32f* out, int n, Zeb32f low) {
     const V32f bound = splat(low);
-    forColumns<8>(0, n, [&](int x, auto part) ZEB_BODY {
+    forVectors<8>(0, n, [&](int x, auto part) ZEB_BODY {
       const V32f m = abs(part.from(dx + x)) + abs(part.from(dy + x));
       part.to(out + x, andNot(less(m, bound), m));
     });

@@ -44,7 +44,7 @@ void hysteresis(const CannyMap& map, ZebiSize roi, Scratch& scratch, Rows<Zeb8u>
   for (int y = 0; y < roi.height; ++y) {
     const Zeb8u* row = map.row(y);
     Zeb8u* out = dst[y];
-    forColumns<32>(0, roi.width,
+    forVectors<32>(0, roi.width,
                    [&](int x, auto part) ZEB_BODY { part.to(out + x, equal(part.from(row + x) & fresh, fresh)); });
   }
 }

@@ -4,8 +4,8 @@
 // alone under the dead ones. Lone live pixels are evaluated one at a time, with the same steps in the same order.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/services.h"
 #include "feature/haar_state.h"
 

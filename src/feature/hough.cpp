@@ -8,8 +8,8 @@
 #include <string.h>
 
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/scratch.h"
 #include "core/services.h"
 

@@ -2,8 +2,8 @@
 #include <string.h>
 
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/services.h"
 #include "feature/hough.h"
 

@@ -2,10 +2,10 @@
 #include <limits>
 
 #include "core/checks.h"
-#include "core/columns.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
+#include "core/loops.h"
 #include "core/scratch.h"
 #include "core/streaming.h"
 
@@ -130,7 +130,7 @@ int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int
         others = max(part.from(below + x + 1) ^ order, others);
       }
       const Vec<T> beaten = higher(max(sides, others), v);
-      found.add(topBits(andNot(beaten, exceeds(pixel, threshold))) & part.lanes(), x);
+      found.add(topBits(andNot(beaten, exceeds(pixel, threshold))) & part.laneBits(), x);
     };
     for (const Zeb32s* p = strong.first; p < strong.end; ++p) compare(*p, WholeVector{});
     if (rest < end) compare(rest, RowEnd{end - rest});

@@ -1,7 +1,7 @@
 // Rows of bit-packed images: the leftmost pixel of a byte is its most significant bit.
 #pragma once
 
-#include "filter/border_rows.h"
+#include "filter/border.h"
 
 namespace zeb {
 
@@ -72,16 +72,17 @@ inline void setBits(Zeb8u* dst, int64_t dstBit, int64_t count, bool value) {
   if (rest != 0) mergeBits(dst + (count >> 3), 0, rest, all >> (8 - rest));
 }
 
-// A region of a bit-packed image whose first pixel is bit origin of the rows, with its surroundings as in BorderRows.
+// A region of a bit-packed image whose first pixel is bit origin of the rows, with its surroundings as in
+// BorderedImage.
 class BitRows {
  public:
-  BitRows(const Zeb8u* first, int step, int64_t origin, ZebiSize size, Sides sides)
-      : rows_(first, step, size, 1, sides), origin_(origin) {}
+  BitRows(const Zeb8u* first, int step, int64_t origin, ZebiSize size, ZebiBorderType border)
+      : rows_(first, step, size, 1, border), origin_(origin) {}
 
   // Columns from..to-1 of row y, to bit outBit of out on.
   void fetch(int64_t y, int64_t from, int64_t to, Zeb8u* out, int64_t outBit = 0) const {
     const Zeb8u* row = rows_.row(y);
-    const BorderRows::Columns c = rows_.columns(from, to);
+    const BorderedImage::Columns c = rows_.columns(from, to);
     if (c.beyond()) {
       setBits(out, outBit, to - from, bitAt(row, origin_ + c.kept));
       return;
@@ -94,7 +95,7 @@ class BitRows {
   ZebiSize size() const { return rows_.size(); }
 
  private:
-  BorderRows rows_;
+  BorderedImage rows_;
   int64_t origin_;
 };
 

@@ -1,7 +1,9 @@
-// Pixels outside a row or column: where they come from under each border rule, and the working rows that hold them.
+// An image together with the pixels around it: where a position outside the region comes from under each border rule.
 //
-// A border type is a base rule in its low four bits and side flags above them. A flag replaces the base rule on its own
-// side by the pixels that lie in memory there.
+// A border type is a base rule in its low four bits and side flags above them. A side is in memory where the base rule
+// is zebBorderInMem or the side's flag is set: pixels beyond it are read as they lie. Beyond the other sides the base
+// rule holds. Rows first, then columns in that row; under the constant rule a row beyond such a side is constant as a
+// whole, corners included.
 #pragma once
 
 #include <limits.h>
@@ -9,6 +11,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "core/scratch.h"
+#include "core/vec.h"
 #include "zebcv/types.h"
 
 namespace zeb {
@@ -30,6 +34,23 @@ constexpr bool isBorderType(ZebiBorderType type) {
 // The base rule of one side: in memory where the side's flag is set.
 constexpr int borderOnSide(ZebiBorderType type, int sideFlag) {
   return type & sideFlag ? static_cast<int>(zebBorderInMem) : borderBase(type);
+}
+
+// On which sides of a region the pixels beyond the edge exist in memory.
+struct Sides {
+  bool left = false, right = false, top = false, bottom = false;
+
+  bool any() const { return left || right || top || bottom; }
+};
+constexpr Sides sidesInMemory(ZebiBorderType border) {
+  const bool all = borderBase(border) == zebBorderInMem;
+  return {all || (border & zebBorderInMemLeft), all || (border & zebBorderInMemRight),
+          all || (border & zebBorderInMemTop), all || (border & zebBorderInMemBottom)};
+}
+
+// The same sides in memory, edge pixels repeated beyond the others.
+constexpr ZebiBorderType replicatedElsewhere(ZebiBorderType border) {
+  return borderBase(border) == zebBorderInMem ? border : (border & ~borderBaseMask) | zebBorderRepl;
 }
 
 // What borderSource() answers for a position that takes the constant.
@@ -63,71 +84,174 @@ constexpr int borderSource(int base, int p, int n) {
   }
 }
 
-// A row with its border, read by position: 0 is the row's first pixel, negative positions lie left of it.
-template <class T, int channels>
-class BorderedRow {
- public:
-  // value: one constant per channel; read under the constant rule only. top and bottom flags mean nothing to a row.
-  BorderedRow(const T* row, int width, ZebiBorderType type, const T* value)
-      : row_(row),
-        width_(width),
-        left_(borderOnSide(type, zebBorderInMemLeft)),
-        right_(borderOnSide(type, zebBorderInMemRight)),
-        value_(value) {}
-
-  // Writes the pixels at positions from..to-1, one after the other; does nothing when there are none. Reads no pixel
-  // of the caller's row but those.
-  void copy(int from, int to, T* dst) const {
-    const int memoryFrom = left_ == zebBorderInMem ? from : 0, memoryTo = right_ == zebBorderInMem ? to : width_;
-    int p = from;
-    for (; p < to && p < memoryFrom; ++p, dst += channels) put(outside(left_, p), dst);
-    if (const int end = to < memoryTo ? to : memoryTo; p < end) {
-      memcpy(dst, at(p), sizeof(T) * channels * static_cast<size_t>(end - p));
-      dst += static_cast<ptrdiff_t>(end - p) * channels;
-      p = end;
-    }
-    for (; p < to; ++p, dst += channels) put(outside(right_, p), dst);
+// count copies of a pixel of size bytes.
+inline void repeatPixel(const Zeb8u* pixel, int size, Zeb8u* out, int64_t count) {
+  const int64_t bytes = count * size;
+  if (bytes <= 16) {
+    // The usual few pixels beside a row: cheaper than a call.
+    for (int i = 0; i < static_cast<int>(bytes); i += size)
+      for (int k = 0; k < size; ++k) out[i + k] = pixel[k];
+    return;
   }
+  if (size == 1) {
+    memset(out, *pixel, static_cast<size_t>(bytes));
+    return;
+  }
+  // Copies of what is there already, twice as many each time.
+  memmove(out, pixel, static_cast<size_t>(size));
+  for (int64_t done = size; done < bytes;) {
+    const int64_t piece = done < bytes - done ? done : bytes - done;
+    memcpy(out + done, out, static_cast<size_t>(piece));
+    done += piece;
+  }
+}
+
+// An image of pixels of any type, which are moved as bytes.
+class BorderedImage {
+ public:
+  // value: a pixel, read under the constant rule only.
+  BorderedImage(const void* first, int step, ZebiSize size, int pixelBytes, ZebiBorderType border = zebBorderRepl,
+                const void* value = nullptr)
+      : first_(static_cast<const Zeb8u*>(first)),
+        value_(static_cast<const Zeb8u*>(value)),
+        step_(step),
+        size_(size),
+        pixelBytes_(pixelBytes),
+        base_(borderBase(border)),
+        sides_(sidesInMemory(border)) {}
+
+  // Column 0 of row y, wherever the row comes from; null where every pixel of it is the constant.
+  const Zeb8u* row(int64_t y) const {
+    if ((y < 0 && !sides_.top) || (y >= size_.height && !sides_.bottom)) {
+      y = base_ == zebBorderRepl ? (y < 0 ? 0 : size_.height - 1)
+                                 : borderSource(base_, static_cast<int>(y), size_.height);
+      if (y == borderConstant) return nullptr;
+    }
+    return first_ + static_cast<ptrdiff_t>(y) * step_;
+  }
+
+  // Column `column` of rows y..y+count-1, none of which is constant.
+  template <class T>
+  void rows(int64_t y, int count, int64_t column, const T** out) const {
+    const ptrdiff_t at = static_cast<ptrdiff_t>(column * pixelBytes_);
+    if (y >= 0 && y <= static_cast<int64_t>(size_.height) - count) {
+      const Zeb8u* p = first_ + static_cast<ptrdiff_t>(y) * step_ + at;
+      for (int i = 0; i < count; ++i, p += step_) out[i] = reinterpret_cast<const T*>(p);
+      return;
+    }
+    for (int i = 0; i < count; ++i) out[i] = reinterpret_cast<const T*>(row(y + i) + at);
+  }
+
+  // A range of columns, and which of it stand in memory. A range that lies wholly beyond an edge keeps the edge pixel.
+  struct Columns {
+    int64_t from, to;
+    int64_t kept, keptEnd;
+
+    bool beyond() const { return from >= keptEnd || to <= kept; }
+    // Where the kept columns belong among from..to-1, in pixels; a lone edge pixel comes first.
+    int64_t place() const { return beyond() ? 0 : kept - from; }
+    int64_t keptCount() const { return keptEnd - kept; }
+  };
+  Columns columns(int64_t from, int64_t to) const {
+    Columns c{from, to, from, to};
+    if (!sides_.left) {
+      if (c.kept < 0) c.kept = 0;
+      if (c.keptEnd < 1) c.keptEnd = 1;
+    }
+    if (!sides_.right) {
+      if (c.kept > size_.width - 1) c.kept = size_.width - 1;
+      if (c.keptEnd > size_.width) c.keptEnd = size_.width;
+    }
+    return c;
+  }
+
+  // Replicated borders: out holds the kept columns in their place; repeats the first and the last of them over the rest
+  // of the range. What was computed from the columns of several rows is completed as well as the columns themselves.
+  void complete(Zeb8u* out, const Columns& c) const {
+    const int64_t px = pixelBytes_;
+    if (c.beyond()) {
+      repeatPixel(out, pixelBytes_, out, c.to - c.from);
+      return;
+    }
+    repeatPixel(out + (c.kept - c.from) * px, pixelBytes_, out, c.kept - c.from);
+    repeatPixel(out + (c.keptEnd - 1 - c.from) * px, pixelBytes_, out + (c.keptEnd - c.from) * px, c.to - c.keptEnd);
+  }
+
+  // The same in a scratch line of T with a vector of room at either end, which a usual border fills with one store.
+  template <class T>
+  ZEB_INLINE void completeLine(T* line, const Columns& c) const {
+    constexpr int lanes = Vec<T>::lanes;
+    if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.kept - c.from > lanes || c.to - c.keptEnd > lanes || c.beyond())
+      return complete(reinterpret_cast<Zeb8u*>(line), c);
+    T* first = line + (c.kept - c.from);
+    T* end = line + (c.keptEnd - c.from);
+    if (c.kept > c.from) store(first - lanes, splat(*first));
+    if (c.to > c.keptEnd) store(end, splat(end[-1]));
+  }
+
+  // The columns of row y, all of the range, under any rule. Reads no pixel but those.
+  void fetch(int64_t y, const Columns& c, Zeb8u* out) const {
+    const Zeb8u* const line = row(y);
+    if (line == nullptr) return repeatPixel(value_, pixelBytes_, out, c.to - c.from);
+    const int64_t px = pixelBytes_;
+    if (base_ == zebBorderRepl || base_ == zebBorderInMem) {
+      memcpy(out + c.place() * px, line + c.kept * px, static_cast<size_t>(c.keptCount() * px));
+      return complete(out, c);
+    }
+    const int64_t kept = c.beyond() ? (c.from >= c.keptEnd ? c.to : c.from) : c.kept;
+    const int64_t keptEnd = c.beyond() ? kept : c.keptEnd;
+    fetchOutside(line, c.from, kept, out);
+    memcpy(out + (kept - c.from) * px, line + kept * px, static_cast<size_t>((keptEnd - kept) * px));
+    fetchOutside(line, keptEnd, c.to, out + (keptEnd - c.from) * px);
+  }
+
+  // The same into a scratch line with room as above, for replicated borders.
+  template <class T>
+  void fetchLine(int64_t y, const Columns& c, T* line) const {
+    const int64_t px = pixelBytes_;
+    memcpy(reinterpret_cast<Zeb8u*>(line) + c.place() * px, row(y) + c.kept * px,
+           static_cast<size_t>(c.keptCount() * px));
+    completeLine(line, c);
+  }
+
+  ZebiSize size() const { return size_; }
+  int pixelBytes() const { return pixelBytes_; }
+  Sides sides() const { return sides_; }
 
  private:
-  const T* at(int p) const { return row_ + static_cast<ptrdiff_t>(p) * channels; }
-  const T* outside(int base, int p) const {
-    if (base == zebBorderConst) return value_;
-    if (base == zebBorderRepl) return at(p < 0 ? 0 : width_ - 1);
-    return at(borderSource(base, p, width_));
-  }
-  static void put(const T* pixel, T* dst) {
-    for (int c = 0; c < channels; ++c) dst[c] = pixel[c];
+  // Columns of a row that all lie beyond one side.
+  void fetchOutside(const Zeb8u* line, int64_t from, int64_t to, Zeb8u* out) const {
+    const int64_t px = pixelBytes_;
+    if (base_ == zebBorderConst) return repeatPixel(value_, pixelBytes_, out, to - from);
+    for (int64_t x = from; x < to; ++x, out += px)
+      memcpy(out, line + borderSource(base_, static_cast<int>(x), size_.width) * px, static_cast<size_t>(px));
   }
 
-  const T* row_;
-  int width_;
-  int left_;
-  int right_;
-  const T* value_;
+  const Zeb8u* first_;
+  const Zeb8u* value_;
+  int step_;
+  ZebiSize size_;
+  int pixelBytes_;
+  int base_;
+  Sides sides_;
 };
 
-// Pixels of working row that fillBorder() needs.
-constexpr int64_t borderSegmentPixels(int kernelSize) {
-  return 3 * (static_cast<int64_t>(kernelSize) - 1);
-}
+// The last rows of a sequence, each with room for a number of elements: row y stands where row y - count stood. The
+// first rows may have numbers from -count on.
+template <class T>
+class RowRing {
+ public:
+  static int64_t bytes(int count, int64_t stride) { return count * stride * static_cast<int64_t>(sizeof(T)); }
 
-// Both ends of a row with what a kernel of kernelSize taps reads beside them. The left segment starts at work: anchor
-// border pixels, then the first kernelSize - 1 pixels of the row. The right segment, whose place is returned: the last
-// kernelSize - 1 pixels, then kernelSize - 1 - anchor border pixels. In a row shorter than kernelSize - 1 the segments
-// run on into the other side's border, as far as an output of the row reads; places beyond that are left unwritten.
-template <class T, int channels>
-inline T* fillBorder(const T* row, int width, int kernelSize, int anchor, ZebiBorderType type, const T* value,
-                     T* work) {
-  const BorderedRow<T, channels> bordered(row, width, type, value);
-  const int reach = kernelSize - 1;
-  const int first = -anchor, end = width + (reach - anchor);
-  bordered.copy(first, reach < end ? reach : end, work);
-  T* const right = work + static_cast<ptrdiff_t>(anchor + reach) * channels;
-  const int rightFirst = width - reach;
-  const int from = rightFirst > first ? rightFirst : first;
-  bordered.copy(from, end, right + static_cast<ptrdiff_t>(from - rightFirst) * channels);
-  return right;
-}
+  RowRing(Scratch& scratch, int count, int64_t stride, unsigned alignment = 1)
+      : first_(scratch.take<T>(count * stride, alignment)), count_(count), stride_(static_cast<ptrdiff_t>(stride)) {}
+
+  T* operator[](int64_t y) const { return first_ + static_cast<ptrdiff_t>((y + count_) % count_) * stride_; }
+
+ private:
+  T* first_;
+  int count_;
+  ptrdiff_t stride_;
+};
 
 }  // namespace zeb

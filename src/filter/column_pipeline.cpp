@@ -1,7 +1,7 @@
 // Column half of the separable filters: output row y is the sum of the row buffers y .. y + kernelSize - 1, each
 // times its tap. The channels of a pixel are neighbouring elements of a row and need no treatment of their own.
 #include "core/checks.h"
-#include "core/rows.h"
+#include "core/image.h"
 #include "filter/pipeline.h"
 #include "filter/separable.h"
 #include "filter/two_rows.h"
@@ -10,7 +10,8 @@ namespace {
 
 using namespace zeb;
 
-// ---- Scratch sizes. The sums are formed in registers; the sizes are those that callers reckon with. ----
+// ---- Scratch sizes. The sums are formed in registers and use none of it; the sizes are part of the binary contract.
+// ----
 
 constexpr int64_t roundedUp(int64_t width, int multiple) {
   return (width + multiple - 1) / multiple * multiple;
@@ -56,8 +57,8 @@ void filterColumns(const Zeb16s** src, Rows<D> dst, int height, int elements, co
                     dst[y + 1], elements);
   }
   for (; y < height; ++y)
-    filterRunThenTruncate(InterleavedSums<taps, Source, Scale>{Source(src + y), {kernel, kernelSize}, scale}, dst[y],
-                          elements);
+    filterRun<Rounding::nearest, Rounding::truncate>(
+        InterleavedSums<taps, Source, Scale>{Source(src + y), {kernel, kernelSize}, scale}, dst[y], elements);
 }
 
 template <class Scale, class D>
@@ -80,7 +81,8 @@ void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int
                            int kernelSize, ReciprocalUnsigned scale) {
   using Source = Stacked<Zeb16u, 0>;
   for (int y = 0; y < height; ++y)
-    filterRunThenTruncate(UnsignedSums<Source>{Source(src + y), kernel, kernelSize, scale}, dst[y], elements);
+    filterRun<Rounding::nearest, Rounding::truncate>(UnsignedSums<Source>{Source(src + y), kernel, kernelSize, scale},
+                                                     dst[y], elements);
 }
 
 void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int elements, const Zeb32f* kernel,
@@ -99,7 +101,7 @@ ZebStatus checked(const S** ppSrc, D* pDst, int dstStep, ZebiSize roi, const K* 
                   const Zeb8u* pBuffer) {
   if (auto bad = firstFailure(present(ppSrc, pDst, pKernel), hasArea(roi))) return bad;
   return firstFailure(rowsPresent(ppSrc, static_cast<int64_t>(roi.height) + kernelSize - 1), atLeastOne(kernelSize),
-                      holdsRow<D, channels>(dstStep, roi.width), wholeElements<D>(dstStep), present(pBuffer));
+                      zeb::checked(roi, image<channels>(pDst, dstStep)), present(pBuffer));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Copies with a border: the image in the middle, the frame from a constant, the edge pixels or the memory around it.
 #include "filter/copy_border.h"
 
-#include "core/rows.h"
+#include "core/image.h"
 #include "filter/bit_rows.h"
 
 namespace zeb {
@@ -21,9 +21,9 @@ ZebStatus copyable(const void* pSrc, int srcStep, const void* pDst, int dstStep,
 }  // namespace
 
 ZebStatus copyBorder(const void* pSrc, int srcStep, void* pDst, int dstStep, const FrameShape& shape, int pixelBytes,
-                     Sides sides) {
+                     ZebiBorderType border, const void* value) {
   if (auto bad = copyable(pSrc, srcStep, pDst, dstStep, shape)) return bad;
-  const BorderRows source(pSrc, srcStep, shape.src, pixelBytes, sides);
+  const BorderedImage source(pSrc, srcStep, shape.src, pixelBytes, border, value);
   const Rows<Zeb8u> dst(static_cast<Zeb8u*>(pDst), dstStep);
   const auto columns = source.columns(-shape.left, static_cast<int64_t>(shape.dst.width) - shape.left);
   for (int y = 0; y < shape.dst.height; ++y) source.fetch(static_cast<int64_t>(y) - shape.top, columns, dst[y]);
@@ -32,7 +32,7 @@ ZebStatus copyBorder(const void* pSrc, int srcStep, void* pDst, int dstStep, con
 
 ZebStatus fillFrame(void* pSrcDst, int step, const FrameShape& shape, int pixelBytes) {
   if (auto bad = copyable(pSrcDst, step, pSrcDst, step, shape)) return bad;
-  const BorderRows source(pSrcDst, step, shape.src, pixelBytes, Sides());
+  const BorderedImage source(pSrcDst, step, shape.src, pixelBytes);
   const Rows<Zeb8u> dst = Rows<Zeb8u>(static_cast<Zeb8u*>(pSrcDst), step)
                               .from(static_cast<int>(-int64_t(shape.left) * pixelBytes), -shape.top);
   const auto columns = source.columns(-shape.left, static_cast<int64_t>(shape.dst.width) - shape.left);
@@ -44,28 +44,6 @@ ZebStatus fillFrame(void* pSrcDst, int step, const FrameShape& shape, int pixelB
   return zebStsOk;
 }
 
-ZebStatus copyConstant(const void* pSrc, int srcStep, void* pDst, int dstStep, const FrameShape& shape, int pixelBytes,
-                       const void* value) {
-  if (auto bad = firstFailure(present(value), copyable(pSrc, srcStep, pDst, dstStep, shape))) return bad;
-  const Rows<const Zeb8u> src(static_cast<const Zeb8u*>(pSrc), srcStep);
-  const Rows<Zeb8u> dst(static_cast<Zeb8u*>(pDst), dstStep);
-  const Zeb8u* pixel = static_cast<const Zeb8u*>(value);
-  const int64_t left = static_cast<int64_t>(shape.left) * pixelBytes;
-  const int64_t width = static_cast<int64_t>(shape.src.width) * pixelBytes;
-  const int64_t right = static_cast<int64_t>(shape.dst.width) - shape.left - shape.src.width;
-  for (int y = 0; y < shape.dst.height; ++y) {
-    const int from = y - shape.top;
-    if (from < 0 || from >= shape.src.height) {
-      repeatPixel(pixel, pixelBytes, dst[y], shape.dst.width);
-      continue;
-    }
-    repeatPixel(pixel, pixelBytes, dst[y], shape.left);
-    memcpy(dst[y] + left, src[from], static_cast<size_t>(width));
-    repeatPixel(pixel, pixelBytes, dst[y] + left + width, right);
-  }
-  return zebStsOk;
-}
-
 ZebStatus copyReplicateBorder1u(const Zeb8u* pSrc, int srcStep, ZebiSize srcSize, Zeb8u* pDst, int dstStep,
                                 ZebiSize dstSize, int top, int left) {
   return copyInMemBorder1u(pSrc, srcStep, srcSize, pDst, dstStep, dstSize, top, left, zebBorderRepl);
@@ -74,7 +52,7 @@ ZebStatus copyReplicateBorder1u(const Zeb8u* pSrc, int srcStep, ZebiSize srcSize
 ZebStatus copyInMemBorder1u(const Zeb8u* pSrc, int srcStep, ZebiSize srcSize, Zeb8u* pDst, int dstStep,
                             ZebiSize dstSize, int top, int left, ZebiBorderType border) {
   if (auto bad = copyable(pSrc, srcStep, pDst, dstStep, {srcSize, dstSize, top, left})) return bad;
-  const BitRows source(pSrc, srcStep, 0, srcSize, sidesInMemory(border));
+  const BitRows source(pSrc, srcStep, 0, srcSize, replicatedElsewhere(border));
   const Rows<Zeb8u> dst(pDst, dstStep);
   for (int y = 0; y < dstSize.height; ++y)
     source.fetch(static_cast<int64_t>(y) - top, -left, static_cast<int64_t>(dstSize.width) - left, dst[y]);

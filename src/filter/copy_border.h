@@ -6,7 +6,7 @@
 #pragma once
 
 #include "core/checks.h"
-#include "filter/border_rows.h"
+#include "filter/border.h"
 
 namespace zeb {
 
@@ -18,17 +18,16 @@ struct FrameShape {
 
 // For pixels of any type and channel count, which are moved as bytes.
 ZebStatus copyBorder(const void* pSrc, int srcStep, void* pDst, int dstStep, const FrameShape& shape, int pixelBytes,
-                     Sides sides);
+                     ZebiBorderType border, const void* value = nullptr);
 // The image is in place already at pSrcDst; the frame lies around it, at negative rows and columns too.
 ZebStatus fillFrame(void* pSrcDst, int step, const FrameShape& shape, int pixelBytes);
-ZebStatus copyConstant(const void* pSrc, int srcStep, void* pDst, int dstStep, const FrameShape& shape, int pixelBytes,
-                       const void* value);
 
 // Frame of one value.
 template <class T, int channels = 1>
 inline ZebStatus copyConstBorder(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dstStep, ZebiSize dstSize,
                                  int top, int left, const T (&value)[channels]) {
-  return copyConstant(pSrc, srcStep, pDst, dstStep, {srcSize, dstSize, top, left}, channels * int(sizeof(T)), value);
+  return copyBorder(pSrc, srcStep, pDst, dstStep, {srcSize, dstSize, top, left}, channels * int(sizeof(T)),
+                    zebBorderConst, value);
 }
 
 // Frame of the nearest edge pixels. Where source and destination are the same pointer, the image is in place.
@@ -42,7 +41,8 @@ inline ZebStatus copyReplicateBorder(const T* pSrc, int srcStep, ZebiSize srcSiz
                                      ZebiSize dstSize, int top, int left) {
   if (pSrc != nullptr && pSrc == pDst)
     return copyReplicateBorderInPlace<T, channels>(pDst, dstStep, srcSize, dstSize, top, left);
-  return copyBorder(pSrc, srcStep, pDst, dstStep, {srcSize, dstSize, top, left}, channels * int(sizeof(T)), Sides());
+  return copyBorder(pSrc, srcStep, pDst, dstStep, {srcSize, dstSize, top, left}, channels * int(sizeof(T)),
+                    zebBorderRepl);
 }
 
 // Frame of the real pixels around the source on the sides that the border type marks, of edge pixels on the others.
@@ -50,7 +50,7 @@ template <class T, int channels = 1>
 inline ZebStatus copyInMemBorder(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dstStep, ZebiSize dstSize,
                                  int top, int left, ZebiBorderType border) {
   return copyBorder(pSrc, srcStep, pDst, dstStep, {srcSize, dstSize, top, left}, channels * int(sizeof(T)),
-                    sidesInMemory(border));
+                    replicatedElsewhere(border));
 }
 
 // The same for bit-packed images; both regions start at bit 0 of their first byte. Bits beside the destination are

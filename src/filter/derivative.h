@@ -8,8 +8,8 @@
 // downwards. Nothing is scaled.
 #pragma once
 
-#include "core/columns.h"
-#include "core/rows.h"
+#include "core/image.h"
+#include "core/loops.h"
 #include "core/scratch.h"
 #include "filter/border.h"
 
@@ -64,65 +64,53 @@ class DerivativeRows {
   static constexpr int reach = Kernel::reach, taps = Kernel::taps;
 
   static int64_t scratchBytes(int width) {
-    return (int64_t{width} + 2 * reach) *
-           (taps * static_cast<int64_t>(sizeof(T)) + 2 * static_cast<int64_t>(sizeof(D)));
+    return RowRing<T>::bytes(taps, bordered(width)) + 2 * RowRing<D>::bytes(1, bordered(width));
   }
 
-  // border: a base rule and side flags; value is the constant of zebBorderConst.
-  DerivativeRows(Rows<const T> src, ZebiSize roi, ZebiBorderType border, T value, Scratch& scratch)
-      : src_(src), roi_(roi), border_(border), value_(value) {
-    const int width = roi.width + 2 * reach;
-    for (auto& row : ring_) row = scratch.take<T>(width, 1);
-    smoothed_ = scratch.take<D>(width, 1);
-    difference_ = scratch.take<D>(width, 1);
-  }
+  DerivativeRows(const BorderedImage& source, Scratch& scratch)
+      : source_(source),
+        columns_(source.columns(-reach, int64_t{source.size().width} + reach)),
+        ring_(scratch, taps, bordered(source.size().width)),
+        smoothed_(scratch.take<D>(bordered(source.size().width), 1)),
+        difference_(scratch.take<D>(bordered(source.size().width), 1)) {}
 
   // The derivatives of row y; dy may be null where only dx is of use. Rows are asked for from 0 on, one after the
   // other.
   void form(int y, D* dx, D* dy) {
-    for (int r = y == 0 ? -reach : y + reach; r <= y + reach; ++r) extend(r);
+    for (int r = y == 0 ? -reach : y + reach; r <= y + reach; ++r)
+      source_.fetch(r, columns_, reinterpret_cast<Zeb8u*>(ring_[r]));
     dy ? derive<true>(y, dx, dy) : derive<false>(y, dx, dy);
   }
 
  private:
-  T* slot(int r) { return ring_[(r + reach) % taps]; }
+  static int64_t bordered(int width) { return int64_t{width} + 2 * reach; }
 
   template <bool both>
   void derive(int y, D* dx, [[maybe_unused]] D* dy) {
     const T* rows[taps];
-    for (int k = 0; k < taps; ++k) rows[k] = slot(y - reach + k);
+    for (int k = 0; k < taps; ++k) rows[k] = ring_[y - reach + k];
+    const int width = source_.size().width;
     using V = Vec<D>;
-    forColumns<V::lanes>(0, roi_.width + 2 * reach, [&](int x, auto part) ZEB_BODY {
-      const auto at = [&](int k) ZEB_BODY { return part.wide(rows[k] + x); };
+    forVectors<V::lanes>(0, width + 2 * reach, [&](int x, auto part) ZEB_BODY {
+      const auto at = [&](int k) ZEB_BODY {
+        if constexpr (std::is_same_v<T, Zeb8u>)
+          return part.words(rows[k] + x);
+        else
+          return part.from(rows[k] + x);
+      };
       part.to(smoothed_ + x, Kernel::template smoothed<V>(at));
       if constexpr (both) part.to(difference_ + x, Kernel::template difference<V>(at));
     });
-    forColumns<V::lanes>(0, roi_.width, [&](int x, auto part) ZEB_BODY {
+    forVectors<V::lanes>(0, width, [&](int x, auto part) ZEB_BODY {
       part.to(dx + x, Kernel::template difference<V>([&](int k) ZEB_BODY { return part.from(smoothed_ + x + k); }));
       if constexpr (both)
         part.to(dy + x, Kernel::template smoothed<V>([&](int k) ZEB_BODY { return part.from(difference_ + x + k); }));
     });
   }
 
-  // Copies row r with its border columns; the row itself may lie outside the region.
-  void extend(int r) {
-    int y = r;
-    if (r < 0 || r >= roi_.height)
-      y = borderSource(borderOnSide(border_, r < 0 ? zebBorderInMemTop : zebBorderInMemBottom), r, roi_.height);
-    T* out = slot(r);
-    const int end = roi_.width + reach;
-    if (y == borderConstant) {
-      for (int x = -reach; x < end; ++x) *out++ = value_;
-    } else {
-      BorderedRow<T, 1>(src_[y], roi_.width, border_, &value_).copy(-reach, end, out);
-    }
-  }
-
-  Rows<const T> src_;
-  ZebiSize roi_;
-  ZebiBorderType border_;
-  T value_;
-  T* ring_[taps];
+  BorderedImage source_;
+  BorderedImage::Columns columns_;
+  RowRing<T> ring_;
   D *smoothed_, *difference_;
 };
 

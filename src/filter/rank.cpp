@@ -13,7 +13,7 @@ int64_t clamped(int64_t v, int64_t low, int64_t high) {
 }
 
 // A window reaches no further than the image where what lies beyond repeats the edge.
-Window withinReach(Window w, const BorderRows& source, Sides sides) {
+Window withinReach(Window w, const BorderedImage& source, Sides sides) {
   const int64_t x = source.size().width - 1, y = source.size().height - 1;
   const auto reach = [](int64_t v, int64_t far, bool before, bool after) {
     return before && v < 0 ? v : after && v > 0 ? v : clamped(v, -far, far);
@@ -27,7 +27,7 @@ class RankStrip {
   using T = typename Op::Type;
 
  public:
-  RankStrip(const BorderRows& source, Window window, int channels, const RowOutput<T>& output, int x, int columns,
+  RankStrip(const BorderedImage& source, Window window, int channels, const RowOutput<T>& output, int x, int columns,
             Scratch scratch)
       : source_(source),
         output_(output),
@@ -137,11 +137,11 @@ class RankStrip {
     }
   }
 
-  const BorderRows& source_;
+  const BorderedImage& source_;
   const RowOutput<T>& output_;
   int channels_;
   int64_t width_, height_, top_;
-  BorderRows::Columns range_;
+  BorderedImage::Columns range_;
   ptrdiff_t kept_, at_, n_, stride_;
   T* lines_[4];
   T* suffixes_ = nullptr;
@@ -151,7 +151,7 @@ class RankStrip {
 }  // namespace
 
 template <class Op>
-void rankRegion(const BorderRows& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
+void rankRegion(const BorderedImage& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
                 Scratch scratch) {
   window = withinReach(window, source, source.sides());
   const int64_t height = window.bottom - window.top + 1, width = window.right - window.left + 1;
@@ -170,9 +170,9 @@ void rankRegion(const BorderRows& source, Window window, int channels, const Row
   }
 }
 
-#define RANK(T)                                                                                      \
-  template void rankRegion<Lowest<T>>(const BorderRows&, Window, int, const RowOutput<T>&, Scratch); \
-  template void rankRegion<Highest<T>>(const BorderRows&, Window, int, const RowOutput<T>&, Scratch);
+#define RANK(T)                                                                                         \
+  template void rankRegion<Lowest<T>>(const BorderedImage&, Window, int, const RowOutput<T>&, Scratch); \
+  template void rankRegion<Highest<T>>(const BorderedImage&, Window, int, const RowOutput<T>&, Scratch);
 RANK(Zeb8u)
 RANK(Zeb16u)
 RANK(Zeb16s)

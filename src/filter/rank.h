@@ -8,7 +8,7 @@
 
 #include "core/checks.h"
 #include "core/scratch.h"
-#include "filter/border_rows.h"
+#include "filter/border.h"
 #include "filter/extremum_rows.h"
 #include "filter/row_output.h"
 
@@ -48,7 +48,7 @@ inline int64_t rankBufferSize(int width, int pixelBytes, ZebiSize rect) {
 // out = extremum over the window of every pixel of the source, channel by channel. Op is Lowest<T> or Highest<T> for
 // 8u, 16u, 16s and 32f. The output must not overlap the source.
 template <class Op>
-void rankRegion(const BorderRows& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
+void rankRegion(const BorderedImage& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
                 Scratch scratch);
 
 // The filters with replicated border over a rectangle placed by its anchor.
@@ -56,14 +56,14 @@ template <class T>
 inline void filterMinBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
                                      ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
   const int px = channels * static_cast<int>(sizeof(T));
-  rankRegion<Lowest<T>>(BorderRows(pSrc, srcStep, roi, px, Sides()), windowOf(rect, anchor), channels,
+  rankRegion<Lowest<T>>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
                         RowOutput<T>(Rows<T>(pDst, dstStep)), Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
 }
 template <class T>
 inline void filterMaxBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
                                      ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
   const int px = channels * static_cast<int>(sizeof(T));
-  rankRegion<Highest<T>>(BorderRows(pSrc, srcStep, roi, px, Sides()), windowOf(rect, anchor), channels,
+  rankRegion<Highest<T>>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
                          RowOutput<T>(Rows<T>(pDst, dstStep)), Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
 }
 

@@ -1,7 +1,7 @@
 // Where a filter leaves its rows, and what happens to a row while it is still in the nearest cache.
 #pragma once
 
-#include "core/rows.h"
+#include "core/image.h"
 #include "core/vec.h"
 
 namespace zeb {

@@ -5,7 +5,7 @@
 // scratch buffer that hold the ends of the row with their border. Outputs from the segments are truncated, the others
 // rounded to the nearest even.
 #include "core/checks.h"
-#include "core/rows.h"
+#include "core/image.h"
 #include "core/scratch.h"
 #include "filter/border.h"
 #include "filter/byte_sums.h"
@@ -56,6 +56,40 @@ ZebStatus rowBufferSize(ZebiSize roi, int kernelSize, int* pBufferSize, int64_t 
 
 // ---- The operation ----
 
+// Pixels of the segments that hold both ends of a row.
+constexpr int64_t segmentPixels(int kernelSize) {
+  return 3 * (static_cast<int64_t>(kernelSize) - 1);
+}
+
+// Both ends of a row with what a kernel reads beside them. The left segment: anchor border pixels, then the first
+// kernelSize - 1 pixels of the row. The right segment: the last kernelSize - 1 pixels, then kernelSize - 1 - anchor
+// border pixels. In a row shorter than kernelSize - 1 the segments run on into the other side's border, as far as an
+// output of the row reads; places beyond that are left unwritten.
+template <class S, int channels>
+class RowEnds {
+ public:
+  RowEnds(const BorderedImage& source, int kernelSize, int anchor, S* work) : source_(source), work_(work) {
+    const int reach = kernelSize - 1, width = source.size().width;
+    const int first = -anchor, end = width + (reach - anchor), rightFirst = width - reach;
+    left_ = source.columns(first, reach < end ? reach : end);
+    right_ = source.columns(rightFirst > first ? rightFirst : first, end);
+    rightWork_ = work + static_cast<ptrdiff_t>(anchor + reach) * channels;
+    rightAt_ = rightWork_ + static_cast<ptrdiff_t>(right_.from - rightFirst) * channels;
+  }
+
+  void fill(int y) const {
+    if (left_.from < left_.to) source_.fetch(y, left_, reinterpret_cast<Zeb8u*>(work_));
+    if (right_.from < right_.to) source_.fetch(y, right_, reinterpret_cast<Zeb8u*>(rightAt_));
+  }
+  const S* left() const { return work_; }
+  const S* right() const { return rightWork_; }
+
+ private:
+  const BorderedImage& source_;
+  BorderedImage::Columns left_, right_;
+  S *work_, *rightWork_, *rightAt_;
+};
+
 // What a run of outputs is computed from, and so how it is rounded.
 enum class Part {
   inner,      // the row itself, to the nearest
@@ -68,23 +102,25 @@ template <class S, int channels, class D, class Run>
 void filterRows(Rows<const S> src, D** dst, ZebiSize roi, int kernelSize, int anchor, ZebiBorderType borderType,
                 const S* borderValue, Scratch scratch, Run run) {
   const int width = roi.width, reach = kernelSize - 1;
-  S* const work = scratch.take<S>(borderSegmentPixels(kernelSize) * channels + filterBlock, sizeof(S) == 4 ? 32 : 16);
+  S* const work = scratch.take<S>(segmentPixels(kernelSize) * channels + filterBlock, sizeof(S) == 4 ? 32 : 16);
   const int leftOutputs = anchor < width ? anchor : width;
   const int innerOutputs = width > reach ? width - reach : 0;
   const int rightOutput = anchor + innerOutputs;  // the first output from the right segment, unless beyond the row
   const int rightOffset = width > reach ? 0 : reach - width;  // its first tap in that segment
   // Three taps walk short rows pixel by pixel, which truncates.
   const Part inner = kernelSize == 3 && width <= 16 ? Part::shortRow : Part::inner;
+  const BorderedImage source(src[0], src.step(), roi, channels * static_cast<int>(sizeof(S)), borderType, borderValue);
+  const RowEnds<S, channels> ends(source, kernelSize, anchor, work);
   for (int y = 0; y < roi.height; ++y) {
     const S* const row = src[y];
     D* const out = dst[y];
     if (innerOutputs > 0) run(row, out + anchor * channels, innerOutputs * channels, inner);
     if (reach == 0) continue;
-    const S* const right =
-        fillBorder<S, channels>(row, width, kernelSize, anchor, borderType, borderValue, work) + rightOffset * channels;
-    if (leftOutputs > 0) run(work, out, leftOutputs * channels, Part::borderline);
+    ends.fill(y);
+    if (leftOutputs > 0) run(ends.left(), out, leftOutputs * channels, Part::borderline);
     if (rightOutput < width)
-      run(right, out + rightOutput * channels, (width - rightOutput) * channels, Part::borderline);
+      run(ends.right() + rightOffset * channels, out + rightOutput * channels, (width - rightOutput) * channels,
+          Part::borderline);
   }
 }
 
@@ -92,11 +128,11 @@ template <class Sums, class D>
 void runPart(const Sums& sums, D* out, int n, Part part) {
   switch (part) {
     case Part::inner:
-      return filterRun<Rounding::nearest>(sums, out, n);
+      return filterRun<Rounding::nearest, Rounding::nearest>(sums, out, n);
     case Part::shortRow:
-      return filterRun<Rounding::truncate>(sums, out, n);
+      return filterRun<Rounding::truncate, Rounding::truncate>(sums, out, n);
     case Part::borderline:
-      return filterSegment(sums, out, n);
+      return filterRun<Rounding::truncate, Rounding::truncate, Behind::readable>(sums, out, n);
   }
 }
 
@@ -206,10 +242,10 @@ ZebStatus checked(const S* pSrc, int srcStep, D** ppDst, ZebiSize roi, const K* 
           firstFailure(present(pSrc, ppDst, pKernel, pBuffer),
                        require(pBorderValue || borderType != zebBorderConst, zebStsErrNullPointer), hasArea(roi)))
     return bad;
+  const auto src = image<channels>(pSrc, srcStep);
   return firstFailure(
       rowsPresent(ppDst, roi.height), atLeastOne(kernelSize),
-      require(xAnchor >= 0 && xAnchor < kernelSize, zebStsErrAnchor), holdsRow<S, channels>(srcStep, roi.width),
-      wholeElements<S>(srcStep),
+      require(xAnchor >= 0 && xAnchor < kernelSize, zebStsErrAnchor), checked(roi, src),
       require(borderType == zebBorderConst || borderType == zebBorderRepl || borderType == zebBorderInMem,
               zebStsErrBadArgument));
 }

@@ -277,48 +277,24 @@ struct UnsignedSums {
 
 // ---- Runs of integer results ----
 
-// Whole blocks; answers how many elements they hold.
-template <Rounding rounding, class Sums, class D>
-ZEB_INLINE int filterBlocks(const Sums& sums, D* dst, int n) {
-  int i = 0;
-  for (; i <= n - filterBlock; i += filterBlock) storeSat(dst + i, sums.template block<rounding>(i));
-  return i;
-}
+// What lies behind the n-th element of a run's source.
+enum class Behind { unknown, readable };
 
-// All n elements rounded in one way. The last elements of a longer run are a block that overlaps the one before it.
-template <Rounding rounding, class Sums, class D>
+// Whole blocks rounded in one way, the elements after the last of them in another: in a block that overlaps the one
+// before it, or in the next one where a block of the source can be read behind the run.
+template <Rounding whole, Rounding rest, Behind behind = Behind::unknown, class Sums, class D>
 inline void filterRun(const Sums& sums, D* dst, int n) {
-  int i = filterBlocks<rounding>(sums, dst, n);
+  int i = 0;
+  for (; i <= n - filterBlock; i += filterBlock) storeSat(dst + i, sums.template block<whole>(i));
   if (i == n) return;
-  if (n >= filterBlock) {
-    storeSat(dst + n - filterBlock, sums.template block<rounding>(n - filterBlock));
-  } else {
-    for (; i < n; ++i) dst[i] = sums.template one<rounding, D>(i);
+  if (behind == Behind::unknown && n < filterBlock) {
+    for (; i < n; ++i) dst[i] = sums.template one<rest, D>(i);
+    return;
   }
-}
-
-// All n elements truncated, of a source that goes on for a block at least: what is computed beyond n is dropped.
-template <class Sums, class D>
-inline void filterSegment(const Sums& sums, D* dst, int n) {
-  int i = filterBlocks<Rounding::truncate>(sums, dst, n);
-  if (i == n) return;
+  const int from = behind == Behind::readable ? i : n - filterBlock;
   D last[filterBlock];
-  storeSat(last, sums.template block<Rounding::truncate>(i));
-  for (int j = 0; i < n; ++i, ++j) dst[i] = last[j];
-}
-
-// Whole blocks to the nearest, the elements after the last of them truncated.
-template <class Sums, class D>
-inline void filterRunThenTruncate(const Sums& sums, D* dst, int n) {
-  int i = filterBlocks<Rounding::nearest>(sums, dst, n);
-  if (i == n) return;
-  if (n >= filterBlock) {
-    D last[filterBlock];
-    storeSat(last, sums.template block<Rounding::truncate>(n - filterBlock));
-    memcpy(dst + i, last + filterBlock - (n - i), static_cast<size_t>(n - i) * sizeof(D));
-  } else {
-    for (; i < n; ++i) dst[i] = sums.template one<Rounding::truncate, D>(i);
-  }
+  storeSat(last, sums.template block<rest>(from));
+  copyFew(dst + i, last + (i - from), (n - i) * static_cast<int>(sizeof(D)));
 }
 
 // ---- Runs of float results ----

@@ -61,8 +61,8 @@ inline void filterTwoRows(const Sums& sums, D* upper, D* lower, int n) {
   D last[2][filterBlock];
   sums.template block<Rounding::truncate>(n - filterBlock, last[0], last[1]);
   const int from = filterBlock - (n - i);
-  memcpy(upper + i, last[0] + from, static_cast<size_t>(n - i) * sizeof(D));
-  memcpy(lower + i, last[1] + from, static_cast<size_t>(n - i) * sizeof(D));
+  copyFew(upper + i, last[0] + from, (n - i) * static_cast<int>(sizeof(D)));
+  copyFew(lower + i, last[1] + from, (n - i) * static_cast<int>(sizeof(D)));
 }
 
 }  // namespace zeb

@@ -132,7 +132,7 @@ int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes,
 }
 
 template <class Op>
-void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderRows& source,
+void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderedImage& source,
                   const RowOutput<typename Op::Type>& output, Scratch scratch) {
   using T = typename Op::Type;
   const ptrdiff_t n = static_cast<ptrdiff_t>(source.size().width) * channels;
@@ -169,10 +169,10 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   }
 }
 
-#define COLUMNS(T)                                                                                                  \
-  template void columnRegion<Lowest<T>>(const ColumnPlan&, ZebiPoint, int, const BorderRows&, const RowOutput<T>&,  \
-                                        Scratch);                                                                   \
-  template void columnRegion<Highest<T>>(const ColumnPlan&, ZebiPoint, int, const BorderRows&, const RowOutput<T>&, \
+#define COLUMNS(T)                                                                                                     \
+  template void columnRegion<Lowest<T>>(const ColumnPlan&, ZebiPoint, int, const BorderedImage&, const RowOutput<T>&,  \
+                                        Scratch);                                                                      \
+  template void columnRegion<Highest<T>>(const ColumnPlan&, ZebiPoint, int, const BorderedImage&, const RowOutput<T>&, \
                                          Scratch);
 COLUMNS(Zeb8u)
 COLUMNS(Zeb16u)

@@ -36,7 +36,7 @@ struct ColumnPlan {
 int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask);
 
 template <class Op>
-void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderRows& source,
+void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderedImage& source,
                   const RowOutput<typename Op::Type>& output, Scratch scratch);
 
 }  // namespace zeb

@@ -175,13 +175,13 @@ ZebStatus composed(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize ro
   const Zeb8u* from = reinterpret_cast<const Zeb8u*>(pSrc) - static_cast<ptrdiff_t>(m.top) * srcStep -
                       static_cast<ptrdiff_t>(m.left * px);
   const int imageStep = static_cast<int>(step);
-  morphRegion<First>(first, BorderRows(from, srcStep, enlarged, px, sides),
+  morphRegion<First>(first, BorderedImage(from, srcStep, enlarged, px, border),
                      RowOutput<T>(Rows<T>(reinterpret_cast<T*>(room.image), imageStep)), room.first, room.firstBytes);
   RowOutput<T> output(Rows<T>(pDst, dstStep));
   output.finish = finish;
   output.other = Rows<const T>(pSrc, srcStep);
   const Zeb8u* middle = room.image + static_cast<ptrdiff_t>(m.top) * imageStep + static_cast<ptrdiff_t>(m.left * px);
-  morphRegion<Second>(second, BorderRows(middle, imageStep, roi, px, sides), output, room.second, room.secondBytes);
+  morphRegion<Second>(second, BorderedImage(middle, imageStep, roi, px, border), output, room.second, room.secondBytes);
   return zebStsOk;
 }
 
@@ -192,7 +192,7 @@ ZebStatus gradient(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize ro
   constexpr int px = channels * static_cast<int>(sizeof(T));
   if (boundedProduct(boundedProduct(upTo32(roi.width), px), roi.height) > pState->capacity) return zebStsErrSize;
   const Room room(*pState, pBuffer);
-  const BorderRows source(pSrc, srcStep, roi, px, sidesInMemory(border));
+  const BorderedImage source(pSrc, srcStep, roi, px, border);
   RowOutput<T> output(Rows<T>(pDst, dstStep));
   morphRegion<Highest<T>>(*pState->dilate, source, output, room.first, room.firstBytes);
   output.finish = RowOutput<T>::dstMinusResult;
@@ -260,9 +260,9 @@ struct Bits {
     const ZebiSize enlarged{static_cast<int>(width), static_cast<int>(height)};
     const int imageStep = static_cast<int>(step);
     (erodeFirst ? erodeBits : dilateBits)(
-        first, BitRows(pSrc - static_cast<ptrdiff_t>(m.top) * srcStep, srcStep, -m.left, enlarged, sides),
+        first, BitRows(pSrc - static_cast<ptrdiff_t>(m.top) * srcStep, srcStep, -m.left, enlarged, border),
         BitOutput{Rows<Zeb8u>(room.image, imageStep)}, room.first, room.firstBytes);
-    const BitRows middle(room.image + static_cast<ptrdiff_t>(m.top) * imageStep, imageStep, m.left, roi, sides);
+    const BitRows middle(room.image + static_cast<ptrdiff_t>(m.top) * imageStep, imageStep, m.left, roi, border);
     (erodeFirst ? dilateBits : erodeBits)(
         second, middle, BitOutput{Rows<Zeb8u>(pDst, dstStep), finish, Rows<const Zeb8u>(pSrc, srcStep)}, room.second,
         room.secondBytes);
@@ -290,7 +290,7 @@ struct Bits {
     if (auto bad = runnable(pSrc, srcStep, pDst, dstStep, roi, border, pState, pBuffer)) return bad;
     if (boundedProduct(upTo32(roi.width) / 8, roi.height) > pState->capacity) return zebStsErrSize;
     const Room room(*pState, pBuffer);
-    const BitRows source(pSrc, srcStep, 0, roi, sidesInMemory(border));
+    const BitRows source(pSrc, srcStep, 0, roi, border);
     BitOutput output{Rows<Zeb8u>(pDst, dstStep)};
     dilateBits(*pState->dilate, source, output, room.first, room.firstBytes);
     output.finish = Finish::dstMinusResult;

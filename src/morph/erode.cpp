@@ -66,7 +66,7 @@ ZebStatus replicated(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize 
                               require(border == zebBorderRepl, zebStsErrBadArgument)))
     return bad;
   if (roi.width > pState->roiWidth) return zebStsErrSize;
-  morphRegion<Op>(*pState, BorderRows(pSrc, srcStep, roi, channels * int(sizeof(T)), Sides()),
+  morphRegion<Op>(*pState, BorderedImage(pSrc, srcStep, roi, channels * int(sizeof(T))),
                   RowOutput<T>(Rows<T>(pDst, dstStep)), pState->scratch, pState->scratchSize);
   return zebStsOk;
 }
@@ -78,7 +78,7 @@ ZebStatus bordered(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize ro
           firstFailure(runnable<T, channels>(pSrc, srcStep, pDst, dstStep, roi, pSpec, pBuffer), acceptsBorder(border)))
     return bad;
   if (roi.width > pSpec->roiWidth) return zebStsErrSize;
-  morphRegion<Op>(*pSpec, BorderRows(pSrc, srcStep, roi, channels * int(sizeof(T)), sidesInMemory(border)),
+  morphRegion<Op>(*pSpec, BorderedImage(pSrc, srcStep, roi, channels * int(sizeof(T)), border),
                   RowOutput<T>(Rows<T>(pDst, dstStep)), pBuffer, pSpec->scratchSize);
   return zebStsOk;
 }
@@ -91,8 +91,8 @@ ZebStatus bitsBordered(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep,
                               require(srcStep >= row && dstStep >= row, zebStsErrStep), acceptsBorder(border)))
     return bad;
   if (roi.width > pSpec->roiWidth) return zebStsErrSize;
-  operation(*pSpec, BitRows(pSrc, srcStep, 0, roi, sidesInMemory(border)), BitOutput{Rows<Zeb8u>(pDst, dstStep)},
-            pBuffer, pSpec->scratchSize);
+  operation(*pSpec, BitRows(pSrc, srcStep, 0, roi, border), BitOutput{Rows<Zeb8u>(pDst, dstStep)}, pBuffer,
+            pSpec->scratchSize);
   return zebStsOk;
 }
 

@@ -5,7 +5,7 @@
 // source; the few others one by one. Rows beyond the top and the bottom are the edge rows.
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/rows.h"
+#include "core/image.h"
 #include "core/services.h"
 #include "core/vec.h"
 

@@ -8,7 +8,7 @@ namespace zeb {
 namespace {
 
 template <class T>
-void copyRegion(const BorderRows& source, int channels, const RowOutput<T>& output) {
+void copyRegion(const BorderedImage& source, int channels, const RowOutput<T>& output) {
   const ptrdiff_t n = static_cast<ptrdiff_t>(source.size().width) * channels;
   for (int y = 0; y < source.size().height; ++y) {
     memcpy(output.begin(y, 0), source.row(y), static_cast<size_t>(n) * sizeof(T));
@@ -18,7 +18,7 @@ void copyRegion(const BorderRows& source, int channels, const RowOutput<T>& outp
 
 // Rows that enter at the bottom and are forgotten at the top: a ring of as many scratch rows as are looked back on.
 template <class T>
-class RowRing {
+class SlidingRows {
  public:
   void carve(Scratch* scratch, int rows, ptrdiff_t stride, ptrdiff_t offset, unsigned alignment = 32) {
     first_ = scratch->take<T>(rows * stride, alignment) + offset;
@@ -74,7 +74,7 @@ struct SmallMask {
 };
 
 template <class Op, class T = typename Op::Type>
-void smallRegion(const SmallMask& mask, int channels, const BorderRows& source, const RowOutput<T>& output) {
+void smallRegion(const SmallMask& mask, int channels, const BorderedImage& source, const RowOutput<T>& output) {
   const int width = source.size().width;
   const Sides in = source.sides();
   const int begin = in.left ? 0 : mask.left < width ? mask.left : width;
@@ -115,8 +115,8 @@ void smallRegion(const SmallMask& mask, int channels, const BorderRows& source, 
 // the rows stand without a byte between them ----
 
 template <class Op, class T = typename Op::Type>
-void generalRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output, Scratch scratch,
-                   bool tight) {
+void generalRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
+                   Scratch scratch, bool tight) {
   // The mask's own size and anchor; a state of a rectangle keeps those of the rectangle.
   const int channels = state.channels;
   struct Element {
@@ -143,7 +143,7 @@ void generalRegion(const ZebiMorphState& state, const BorderRows& source, const 
     const auto range = source.columns(int64_t(x) + left - state.anchorX, int64_t(x) + columns + right - state.anchorX);
     const int64_t width = range.to - range.from;
     Scratch rest = scratch;
-    RowRing<T> ring;
+    SlidingRows<T> ring;
     if (tight) {
       ring.carve(&rest, rows, static_cast<ptrdiff_t>(width * channels), 0, sizeof(T));
     } else {
@@ -179,7 +179,8 @@ void generalRegion(const ZebiMorphState& state, const BorderRows& source, const 
 // row combines as many filtered rows as the mask has rows ----
 
 template <class Op, class T = typename Op::Type>
-void ellipseRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output, Scratch scratch) {
+void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
+                   Scratch scratch) {
   const ZebiMorphShape& shape = *state.shape;
   const int channels = state.channels, lengths = shape.lengths, height = shape.height;
   int64_t left = 0, right = 0, ringRows = 0;
@@ -188,7 +189,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderRows& source, const 
     if (shape.reach[j] > left) left = shape.reach[j];
     if (r > right) right = r;
   }
-  RowRing<T>* rings = scratch.take<RowRing<T>>(lengths, alignof(int));
+  SlidingRows<T>* rings = scratch.take<SlidingRows<T>>(lengths, alignof(int));
   const T** taps = scratch.take<const T*>(shape.rows, alignof(const T*));
   const auto kept = [&](int j) {
     int first = 0;
@@ -256,7 +257,7 @@ int64_t ellipseCost(const ZebiMorphShape& shape) {
 
 // The cheapest way through the elements that the scratch has room for.
 template <class Op, class T = typename Op::Type>
-void elementsRegion(const ZebiMorphState& state, const BorderRows& source, const RowOutput<T>& output,
+void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
                     Scratch scratch) {
   SmallMask small;
   if (small.take(state)) return smallRegion<Op>(small, state.channels, source, output);
@@ -285,7 +286,7 @@ void elementsRegion(const ZebiMorphState& state, const BorderRows& source, const
 }  // namespace
 
 template <class Op>
-void morphRegion(const ZebiMorphState& state, const BorderRows& source, RowOutput<typename Op::Type> output,
+void morphRegion(const ZebiMorphState& state, const BorderedImage& source, RowOutput<typename Op::Type> output,
                  Zeb8u* scratch, int64_t scratchSize) {
   const Scratch room(scratch, scratchSize);
   output.finite = state.shapeClass == zebShapeGeneral || source.sides().any();
@@ -300,9 +301,9 @@ void morphRegion(const ZebiMorphState& state, const BorderRows& source, RowOutpu
   }
 }
 
-#define MORPH(T)                                                                                                 \
-  template void morphRegion<Lowest<T>>(const ZebiMorphState&, const BorderRows&, RowOutput<T>, Zeb8u*, int64_t); \
-  template void morphRegion<Highest<T>>(const ZebiMorphState&, const BorderRows&, RowOutput<T>, Zeb8u*, int64_t);
+#define MORPH(T)                                                                                                    \
+  template void morphRegion<Lowest<T>>(const ZebiMorphState&, const BorderedImage&, RowOutput<T>, Zeb8u*, int64_t); \
+  template void morphRegion<Highest<T>>(const ZebiMorphState&, const BorderedImage&, RowOutput<T>, Zeb8u*, int64_t);
 MORPH(Zeb8u)
 MORPH(Zeb16u)
 MORPH(Zeb16s)

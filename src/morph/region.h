@@ -9,7 +9,7 @@ namespace zeb {
 // least what the state asks for at the width of the source. General masks and regions with pixels in memory give finite
 // results for floats: infinite ones become the largest values.
 template <class Op>
-void morphRegion(const ZebiMorphState& state, const BorderRows& source, RowOutput<typename Op::Type> output,
+void morphRegion(const ZebiMorphState& state, const BorderedImage& source, RowOutput<typename Op::Type> output,
                  Zeb8u* scratch, int64_t scratchSize);
 
 }  // namespace zeb

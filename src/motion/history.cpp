@@ -2,9 +2,7 @@
 // Method: A. Bobick, J. Davis, "The recognition of human movement using temporal templates", 2001.
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/lanes.h"
-#include "core/rows.h"
-#include "core/streaming.h"
+#include "core/loops.h"
 
 namespace {
 
@@ -24,33 +22,18 @@ ZEB_INLINE V32f updated(V32f silhouette, V32f time, Times times) {
 // Limit: 8 bytes of times and one silhouette element per pixel through memory.
 template <class T>
 void updateRow(const T* silhouette, Zeb32f* mhi, int n, Times times) {
-  int i = 0;
-  for (; i <= n - 16; i += 16) {
-    fetchAhead(mhi, i, n);
-    fetchAhead(silhouette, i, n);
-    const V32f first = updated(loadAsFloat(silhouette + i), load(mhi + i), times);
-    const V32f second = updated(loadAsFloat(silhouette + i + 8), load(mhi + i + 8), times);
-    store(mhi + i, first);
-    store(mhi + i + 8, second);
-  }
-  for (; i < n; i += 8) {
-    const int left = n - i < 8 ? n - i : 8;
-    storeN(mhi + i, updated(loadAsFloatN(silhouette + i, left), loadN(mhi + i, left), times), left);
-  }
+  const auto body = [=](int x, auto part)
+                        ZEB_BODY { part.to(mhi + x, updated(part.floats(silhouette + x), part.from(mhi + x), times)); };
+  forVectorsAhead<8>(n, body, mhi, silhouette);
 }
 
 template <class T>
-ZebStatus updateHistory(const T* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep, ZebiSize roi, Zeb32f timestamp,
-                        Zeb32f duration) {
-  if (auto bad = firstFailure(present(pSilhouette, pMHI), hasArea(roi), holdsRow<T>(silStep, roi.width),
-                              holdsRow<Zeb32f>(mhiStep, roi.width), wholeElements<T>(silStep),
-                              wholeElements<Zeb32f>(mhiStep), require(!(duration < 0), zebStsErrOutOfRange)))
-    return bad;
+ZebStatus updateHistory(Image<const T> silhouette, Image<Zeb32f> mhi, ZebiSize roi, Zeb32f timestamp, Zeb32f duration) {
+  if (auto bad = firstFailure(checked(roi, silhouette, mhi), require(!(duration < 0), zebStsErrOutOfRange))) return bad;
   const Zeb32f limit = timestamp - duration;
   const Times times = {splat(timestamp), splat(limit)};
   forEachRow(
-      roi, 1, [times](const T* s, Zeb32f* m, int n) { updateRow(s, m, n, times); }, Rows(pSilhouette, silStep),
-      Rows(pMHI, mhiStep));
+      roi, [times](const T* s, Zeb32f* m, int n) { updateRow(s, m, n, times); }, silhouette, mhi);
   return zebStsOk;
 }
 
@@ -59,15 +42,15 @@ ZebStatus updateHistory(const T* pSilhouette, int silStep, Zeb32f* pMHI, int mhi
 ZEB_ENTRY(zebiUpdateMotionHistory_8u32f_C1IR)
 (const Zeb8u* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep, ZebiSize roiSize, Zeb32f timestamp,
  Zeb32f mhiDuration) {
-  return updateHistory(pSilhouette, silStep, pMHI, mhiStep, roiSize, timestamp, mhiDuration);
+  return updateHistory<Zeb8u>(image(pSilhouette, silStep), image(pMHI, mhiStep), roiSize, timestamp, mhiDuration);
 }
 ZEB_ENTRY(zebiUpdateMotionHistory_16u32f_C1IR)
 (const Zeb16u* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep, ZebiSize roiSize, Zeb32f timestamp,
  Zeb32f mhiDuration) {
-  return updateHistory(pSilhouette, silStep, pMHI, mhiStep, roiSize, timestamp, mhiDuration);
+  return updateHistory<Zeb16u>(image(pSilhouette, silStep), image(pMHI, mhiStep), roiSize, timestamp, mhiDuration);
 }
 ZEB_ENTRY(zebiUpdateMotionHistory_32f_C1IR)
 (const Zeb32f* pSilhouette, int silStep, Zeb32f* pMHI, int mhiStep, ZebiSize roiSize, Zeb32f timestamp,
  Zeb32f mhiDuration) {
-  return updateHistory(pSilhouette, silStep, pMHI, mhiStep, roiSize, timestamp, mhiDuration);
+  return updateHistory<Zeb32f>(image(pSilhouette, silStep), image(pMHI, mhiStep), roiSize, timestamp, mhiDuration);
 }

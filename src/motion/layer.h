@@ -8,8 +8,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/scratch.h"
 #include "filter/border.h"
 #include "motion/pyramid.h"

@@ -4,8 +4,8 @@
 // Method: P. Burt, E. Adelson, "The Laplacian pyramid as a compact image code", 1983.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/scratch.h"
 #include "core/streaming.h"
 #include "filter/border.h"
@@ -166,20 +166,19 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   using Sum = typename GaussType<T>::Sum;
   const int outWidth = (size.width + 1) / 2, outHeight = (size.height + 1) / 2, n = outWidth * channels;
   Scratch scratch(pBuffer, pyrDownBufferBytes(size.width, channels));
-  Sum* const first = scratch.take<Sum>(5 * static_cast<int64_t>(n), 4);
-  const auto ring = [=](int row) { return first + static_cast<ptrdiff_t>(row % 5) * n; };
+  const RowRing<Sum> ring(scratch, 5, n, 4);
   if (size.height <= 2) {
-    filterRow<channels>(src[0], size.width, ring(0));
-    if (size.height == 2) filterRow<channels>(src[1], size.width, ring(1));
-    averageRows(ring(0), ring(size.height - 1), dst[0], n);
+    filterRow<channels>(src[0], size.width, ring[0]);
+    if (size.height == 2) filterRow<channels>(src[1], size.width, ring[1]);
+    averageRows(ring[0], ring[size.height - 1], dst[0], n);
     return;
   }
   int filtered = 0;
   for (int y = 0; y < outHeight; ++y) {
     const int last = 2 * y + 2 < size.height ? 2 * y + 2 : size.height - 1;
-    for (; filtered <= last; ++filtered) filterRow<channels>(src[filtered], size.width, ring(filtered));
+    for (; filtered <= last; ++filtered) filterRow<channels>(src[filtered], size.width, ring[filtered]);
     Sum* rows[5];
-    for (int k = 0; k < 5; ++k) rows[k] = ring(borderSource(zebBorderMirror, 2 * y - 2 + k, size.height));
+    for (int k = 0; k < 5; ++k) rows[k] = ring[borderSource(zebBorderMirror, 2 * y - 2 + k, size.height)];
     filterColumns(rows, dst[y], n);
   }
 }

@@ -7,10 +7,11 @@
 // Method: P. Burt, E. Adelson, "The Laplacian pyramid as a compact image code", 1983.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 #include "core/scratch.h"
 #include "core/streaming.h"
+#include "filter/border.h"
 #include "motion/gauss.h"
 
 namespace {
@@ -140,13 +141,12 @@ void expand(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   using Sum = typename GaussType<T>::Sum;
   const int n = 2 * size.width * channels;
   Scratch scratch(pBuffer, pyrUpBufferBytes(size.width, channels));
-  Sum* const first = scratch.take<Sum>(3 * static_cast<int64_t>(n), 32);
-  const auto ring = [=](int row) { return first + static_cast<ptrdiff_t>(row % 3) * n; };
-  expandRow<channels>(src[0], size.width, ring(0));
+  const RowRing<Sum> ring(scratch, 3, n, 32);
+  expandRow<channels>(src[0], size.width, ring[0]);
   for (int y = 0; y < size.height; ++y) {
     const int below = y + 1 < size.height ? y + 1 : y;
-    if (below > y) expandRow<channels>(src[below], size.width, ring(below));
-    expandColumns(ring(y > 0 ? y - 1 : below), ring(y), ring(below), dst[2 * y], dst[2 * y + 1], n);
+    if (below > y) expandRow<channels>(src[below], size.width, ring[below]);
+    expandColumns(ring[y > 0 ? y - 1 : below], ring[y], ring[below], dst[2 * y], dst[2 * y + 1], n);
   }
 }
 

@@ -5,7 +5,7 @@
 #include <stdint.h>
 
 #include "core/checks.h"
-#include "core/rows.h"
+#include "core/image.h"
 
 namespace zeb {
 

@@ -2,7 +2,7 @@
 //
 // All comparisons are made between values from before painting: a span is painted when its neighbours have been
 // examined, and a map of visited pixels keeps it from being examined again.
-#include "core/rows.h"
+#include "core/image.h"
 #include "segment/fill_bindings.h"
 #include "segment/fill_rows.h"
 #include "segment/fill_spans.h"

@@ -1,7 +1,7 @@
 // The plain and range fills: pixels are painted as soon as they are found.
 #pragma once
 
-#include "core/rows.h"
+#include "core/image.h"
 #include "segment/fill_rows.h"
 #include "segment/fill_spans.h"
 

@@ -18,8 +18,8 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/image.h"
 #include "core/lanes.h"
-#include "core/rows.h"
 
 namespace {
 

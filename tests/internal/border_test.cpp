@@ -35,63 +35,46 @@ TEST(Border, KnownTypes) {
     EXPECT_FALSE(zeb::isBorderType(type)) << type;
 }
 
-// The segments of a row of every length around the kernel's, from exactly as much memory as the rule may read.
+// Ranges of columns on both sides of the edges and wholly beyond one, of rows above, inside and below, from exactly as
+// much memory as the rule may read.
 template <class T, int channels>
-void segmentsEqualReference() {
+void rangesEqualReference() {
   Random random;
+  constexpr int margin = 3, height = 4;
   for (ZebiBorderType type : borderTypes)
-    for (int taps : {1, 2, 3, 5, 8})
-      for (int anchor = 0; anchor < taps; ++anchor)
-        for (int width : {1, 2, 3, 4, 5, 7, 8, 9, 20}) {
-          const int reach = taps - 1, after = reach - anchor;
-          const int left = (type & 15) == 6 || (type & 0x40) ? anchor : 0;
-          const int right = (type & 15) == 6 || (type & 0x80) ? after : 0;
-          const Image<T> row(left + width + right, 1, channels, Layout::random<T>(random), Content::noise, random);
-          const std::vector<T> value{noiseValue<T>(random), noiseValue<T>(random), noiseValue<T>(random),
-                                     noiseValue<T>(random)};
-          const int pixels = static_cast<int>(zeb::borderSegmentPixels(taps));
-          Image<T> work(pixels > 0 ? pixels : 1, 1, channels, Layout::random<T>(random));
-          const T* const second =
-              zeb::fillBorder<T, channels>(row.pixels(left), width, taps, anchor, type, value.data(), work.pixels());
-          ASSERT_EQ(second, work.pixels(anchor + reach));
-          // Only what an output of the row reads is compared.
-          Plane<T> want = work.plane();
-          const auto plane = row.plane();
-          const auto place = [&](int at, int position) {
-            if (position < -anchor || position >= width + after) return;
-            for (int c = 0; c < channels; ++c)
-              want.at(at, 0, c) = ref::bordered(plane, left, width, position, 0, c, type, value);
-          };
-          for (int i = 0; i < anchor + reach; ++i) place(i, i - anchor);
-          for (int i = 0; i < reach + after; ++i) place(anchor + reach + i, width - reach + i);
-          ASSERT_TRUE(agree("fillBorder", work, want))
-              << "type " << type << ", taps " << taps << ", anchor " << anchor << ", width " << width;
-        }
+    for (int width : {1, 2, 5, 20})
+      for (int k = 0; k < 12; ++k) {
+        const zeb::Sides in = zeb::sidesInMemory(type);
+        const int left = in.left ? margin : 0, right = in.right ? margin : 0, top = in.top ? margin : 0;
+        const Image<T> image(left + width + right, top + height + (in.bottom ? margin : 0), channels,
+                             Layout::random<T>(random), Content::noise, random);
+        std::vector<T> value(channels);
+        for (T& v : value) v = noiseValue<T>(random);
+        const int from = random.within(-margin, width + margin - 1), to = random.within(from + 1, width + margin);
+        const int y = random.within(-margin, height + margin - 1);
+        const zeb::BorderedImage source(image.pixels(left, top), image.step(), {width, height},
+                                        channels * static_cast<int>(sizeof(T)), type, value.data());
+        Image<T> out(to - from, 1, channels, Layout::random<T>(random));
+        source.fetch(y, source.columns(from, to), reinterpret_cast<Zeb8u*>(out.pixels()));
+        const bool outside = (y < 0 && !in.top) || (y >= height && !in.bottom);
+        const int row = outside ? ref::borderSource(type & 15, y, height) : y;
+        const auto plane = image.plane();
+        Plane<T> want(to - from, 1, channels);
+        for (int x = from; x < to; ++x)
+          for (int c = 0; c < channels; ++c)
+            want.at(x - from, 0, c) = row < 0 && outside
+                                          ? value[static_cast<size_t>(c)]
+                                          : ref::bordered(plane, left, width, x, top + row, c, type, value);
+        ASSERT_TRUE(agree("fetch", out, want))
+            << "type " << type << ", columns " << from << ".." << to << " of " << width << ", row " << y;
+      }
 }
 
-TEST(Border, SegmentsOfEveryTypeAndChannelCount) {
-  segmentsEqualReference<Zeb8u, 1>();
-  segmentsEqualReference<Zeb8u, 3>();
-  segmentsEqualReference<Zeb8u, 4>();
-  segmentsEqualReference<Zeb16u, 1>();
-  segmentsEqualReference<Zeb16u, 3>();
-  segmentsEqualReference<Zeb16u, 4>();
-  segmentsEqualReference<Zeb16s, 1>();
-  segmentsEqualReference<Zeb16s, 3>();
-  segmentsEqualReference<Zeb16s, 4>();
-  segmentsEqualReference<Zeb32s, 1>();
-  segmentsEqualReference<Zeb32f, 1>();
-  segmentsEqualReference<Zeb32f, 3>();
-  segmentsEqualReference<Zeb32f, 4>();
-}
-
-TEST(Border, TheTwoMirrorsByExample) {
-  const Zeb8u row[] = {10, 20, 30};
-  Zeb8u out[7];
-  zeb::BorderedRow<Zeb8u, 1>(row, 3, zebBorderMirror, nullptr).copy(-2, 5, out);
-  EXPECT_EQ(std::vector<Zeb8u>(out, out + 7), (std::vector<Zeb8u>{30, 20, 10, 20, 30, 20, 10}));
-  zeb::BorderedRow<Zeb8u, 1>(row, 3, zebBorderMirrorR, nullptr).copy(-2, 5, out);
-  EXPECT_EQ(std::vector<Zeb8u>(out, out + 7), (std::vector<Zeb8u>{20, 10, 10, 20, 30, 30, 20}));
+TEST(Border, RangesOfEveryRule) {
+  rangesEqualReference<Zeb8u, 1>();
+  rangesEqualReference<Zeb8u, 3>();
+  rangesEqualReference<Zeb16s, 1>();
+  rangesEqualReference<Zeb32f, 4>();
 }
 
 // The unchecked row filters take the rules and flags that the exported ones refuse.

@@ -21,7 +21,8 @@ void check(int w, int h, int filter, int border, Random& random) {
   const int64_t bytes = Rows::scratchBytes(w);
   Scratch memory(static_cast<int>(bytes));
   zeb::Scratch scratch(memory.get(), bytes);
-  Rows rows(zeb::Rows<const T>(src.pixels(margin, margin), src.step()), {w, h}, border, T(77), scratch);
+  const T value = 77;
+  Rows rows(zeb::BorderedImage(src.pixels(margin, margin), src.step(), {w, h}, sizeof(T), border, &value), scratch);
   const auto want =
       ref::gradient<T, D>(ref::bordered<T>(all, margin, margin, {w, h}, border, T(77)), {w, h}, filter, Kernel::taps);
   Image<D> dx(w, h, 1, Layout::random<D>(random)), dy(w, h, 1, Layout::random<D>(random));

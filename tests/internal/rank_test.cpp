@@ -10,7 +10,8 @@ using namespace test;
 // A rectangle over a region inside a guarded image; the library may read the surroundings only where they are declared.
 template <class T>
 void check(Random& random, int channels, ZebiSize roi, ZebiSize rect, ZebiPoint anchor, int sides) {
-  const zeb::Sides in{(sides & 1) != 0, (sides & 2) != 0, (sides & 4) != 0, (sides & 8) != 0};
+  const ZebiBorderType border = zebBorderRepl | sides << 4;
+  const zeb::Sides in = zeb::sidesInMemory(border);
   const zeb::Window window = zeb::windowOf(rect, anchor);
   const auto reach = [](bool memory, int64_t v) { return memory && v > 0 ? static_cast<int>(v) : 0; };
   const int left = reach(in.left, -window.left), right = reach(in.right, window.right);
@@ -23,7 +24,7 @@ void check(Random& random, int channels, ZebiSize roi, ZebiSize rect, ZebiPoint 
                              rect.height, anchor.x, anchor.y};
   const int px = channels * static_cast<int>(sizeof(T));
   const int64_t size = zeb::rankBufferSize(roi.width, px, rect);
-  const zeb::BorderRows rows(src.pixels(left, top), src.step(), roi, px, in);
+  const zeb::BorderedImage rows(src.pixels(left, top), src.step(), roi, px, border);
   for (bool lowest : {true, false}) {
     Image<T> dst(roi.width, roi.height, channels, Layout::random<T>(random));
     const Scratch scratch(static_cast<int>(size));
