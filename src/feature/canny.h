@@ -48,13 +48,13 @@ inline ZebStatus orderedThresholds(Zeb32f low, Zeb32f high) {
 template <class M>
 class MagnitudeRing {
  public:
-  MagnitudeRing(Scratch& scratch, int width) : rows_(scratch, 3, int64_t{width} + 2) {
+  MagnitudeRing(Scratch& scratch, int width) : rows_(scratch, int64_t{width} + 2) {
     for (int y = 0; y < 3; ++y) memset(rows_[y], 0, (static_cast<size_t>(width) + 2) * sizeof(M));
   }
   M* row(int y) const { return rows_[y] + 1; }
 
  private:
-  RowRing<M> rows_;
+  RowRing<M, 3> rows_;
 };
 
 // Which of eight gradients point along the row, along the column, and which have components of different signs.

@@ -83,13 +83,9 @@ class BitRows {
   void fetch(int64_t y, int64_t from, int64_t to, Zeb8u* out, int64_t outBit = 0) const {
     const Zeb8u* row = rows_.row(y);
     const BorderedImage::Columns c = rows_.columns(from, to);
-    if (c.beyond()) {
-      setBits(out, outBit, to - from, bitAt(row, origin_ + c.kept));
-      return;
-    }
-    setBits(out, outBit, c.kept - from, bitAt(row, origin_ + c.kept));
-    copyBits(row, origin_ + c.kept, out, outBit + (c.kept - from), c.keptCount());
-    setBits(out, outBit + (c.keptEnd - from), to - c.keptEnd, bitAt(row, origin_ + c.keptEnd - 1));
+    setBits(out, outBit, c.before, bitAt(row, origin_ + c.kept));
+    copyBits(row, origin_ + c.kept, out, outBit + c.before, c.keptCount());
+    setBits(out, outBit + c.before + c.keptCount(), c.after, bitAt(row, origin_ + c.keptEnd - 1));
   }
 
   ZebiSize size() const { return rows_.size(); }

@@ -84,26 +84,33 @@ constexpr int borderSource(int base, int p, int n) {
   }
 }
 
-// count copies of a pixel of size bytes.
-inline void repeatPixel(const Zeb8u* pixel, int size, Zeb8u* out, int64_t count) {
-  const int64_t bytes = count * size;
-  if (bytes <= 16) {
-    // The usual few pixels beside a row: cheaper than a call.
-    for (int i = 0; i < static_cast<int>(bytes); i += size)
-      for (int k = 0; k < size; ++k) out[i + k] = pixel[k];
-    return;
-  }
+// count copies of a pixel of size bytes: copies of what is there already, twice as many each time.
+inline void repeatPixelOften(const Zeb8u* pixel, int size, Zeb8u* out, ptrdiff_t count) {
+  const ptrdiff_t bytes = count * size;
   if (size == 1) {
     memset(out, *pixel, static_cast<size_t>(bytes));
     return;
   }
-  // Copies of what is there already, twice as many each time.
   memmove(out, pixel, static_cast<size_t>(size));
-  for (int64_t done = size; done < bytes;) {
-    const int64_t piece = done < bytes - done ? done : bytes - done;
+  for (ptrdiff_t done = size; done < bytes;) {
+    const ptrdiff_t piece = done < bytes - done ? done : bytes - done;
     memcpy(out + done, out, static_cast<size_t>(piece));
     done += piece;
   }
+}
+// The same for the usual few beside a row, for which a call would cost more.
+ZEB_INLINE void repeatPixel(const Zeb8u* pixel, int size, Zeb8u* out, ptrdiff_t count) {
+  if (count > 8) return repeatPixelOften(pixel, size, out, count);
+  for (; count > 0; --count, out += size)
+    for (int k = 0; k < size; ++k) out[k] = pixel[k];
+}
+
+// A run of bytes, mostly short.
+inline void copyRun(Zeb8u* to, const Zeb8u* from, ptrdiff_t bytes) {
+  if (bytes <= 32)
+    copyFew(to, from, static_cast<int>(bytes));
+  else
+    memcpy(to, from, static_cast<size_t>(bytes));
 }
 
 // An image of pixels of any type, which are moved as bytes.
@@ -121,13 +128,9 @@ class BorderedImage {
         sides_(sidesInMemory(border)) {}
 
   // Column 0 of row y, wherever the row comes from; null where every pixel of it is the constant.
-  const Zeb8u* row(int64_t y) const {
-    if ((y < 0 && !sides_.top) || (y >= size_.height && !sides_.bottom)) {
-      y = base_ == zebBorderRepl ? (y < 0 ? 0 : size_.height - 1)
-                                 : borderSource(base_, static_cast<int>(y), size_.height);
-      if (y == borderConstant) return nullptr;
-    }
-    return first_ + static_cast<ptrdiff_t>(y) * step_;
+  ZEB_INLINE const Zeb8u* row(int64_t y) const {
+    const int at = static_cast<int>(y);
+    return at == y && at >= 0 && at < size_.height ? rowAt(at) : rowOutside(y);
   }
 
   // Column `column` of rows y..y+count-1, none of which is constant.
@@ -142,18 +145,20 @@ class BorderedImage {
     for (int i = 0; i < count; ++i) out[i] = reinterpret_cast<const T*>(row(y + i) + at);
   }
 
-  // A range of columns, and which of it stand in memory. A range that lies wholly beyond an edge keeps the edge pixel.
+  // A range of columns: so many beyond the left edge, those that stand in memory, so many beyond the right edge. Of a
+  // range that lies wholly beyond an edge, the edge pixel is kept where it is repeated, first, and none elsewhere.
   struct Columns {
-    int64_t from, to;
-    int64_t kept, keptEnd;
+    ptrdiff_t from, to;
+    ptrdiff_t kept, keptEnd;
+    ptrdiff_t before, after;
+    bool beyond;
 
-    bool beyond() const { return from >= keptEnd || to <= kept; }
-    // Where the kept columns belong among from..to-1, in pixels; a lone edge pixel comes first.
-    int64_t place() const { return beyond() ? 0 : kept - from; }
-    int64_t keptCount() const { return keptEnd - kept; }
+    ptrdiff_t keptCount() const { return keptEnd - kept; }
   };
-  Columns columns(int64_t from, int64_t to) const {
-    Columns c{from, to, from, to};
+  Columns columns(int64_t first, int64_t end) const {
+    // A range that fits a scratch line fits the machine's words.
+    const auto from = static_cast<ptrdiff_t>(first), to = static_cast<ptrdiff_t>(end);
+    Columns c{from, to, from, to, 0, 0, false};
     if (!sides_.left) {
       if (c.kept < 0) c.kept = 0;
       if (c.keptEnd < 1) c.keptEnd = 1;
@@ -162,54 +167,59 @@ class BorderedImage {
       if (c.kept > size_.width - 1) c.kept = size_.width - 1;
       if (c.keptEnd > size_.width) c.keptEnd = size_.width;
     }
+    c.beyond = from >= c.keptEnd || to <= c.kept;
+    if (!c.beyond) {
+      c.before = c.kept - from, c.after = to - c.keptEnd;
+    } else if (repeats()) {
+      c.after = to - from - 1;
+    } else {
+      c.keptEnd = c.kept;
+      c.before = to - from;
+    }
     return c;
   }
 
   // Replicated borders: out holds the kept columns in their place; repeats the first and the last of them over the rest
   // of the range. What was computed from the columns of several rows is completed as well as the columns themselves.
+  template <int fixedBytes = 0>
   void complete(Zeb8u* out, const Columns& c) const {
-    const int64_t px = pixelBytes_;
-    if (c.beyond()) {
-      repeatPixel(out, pixelBytes_, out, c.to - c.from);
-      return;
-    }
-    repeatPixel(out + (c.kept - c.from) * px, pixelBytes_, out, c.kept - c.from);
-    repeatPixel(out + (c.keptEnd - 1 - c.from) * px, pixelBytes_, out + (c.keptEnd - c.from) * px, c.to - c.keptEnd);
+    const int px = fixedBytes ? fixedBytes : pixelBytes_;
+    Zeb8u* const kept = out + c.before * px;
+    Zeb8u* const end = kept + c.keptCount() * px;
+    repeatPixel(kept, px, out, c.before);
+    repeatPixel(end - px, px, end, c.after);
   }
 
   // The same in a scratch line of T with a vector of room at either end, which a usual border fills with one store.
   template <class T>
   ZEB_INLINE void completeLine(T* line, const Columns& c) const {
     constexpr int lanes = Vec<T>::lanes;
-    if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.kept - c.from > lanes || c.to - c.keptEnd > lanes || c.beyond())
+    if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.before > lanes || c.after > lanes)
       return complete(reinterpret_cast<Zeb8u*>(line), c);
-    T* first = line + (c.kept - c.from);
-    T* end = line + (c.keptEnd - c.from);
-    if (c.kept > c.from) store(first - lanes, splat(*first));
-    if (c.to > c.keptEnd) store(end, splat(end[-1]));
+    T* first = line + c.before;
+    T* end = first + c.keptCount();
+    if (c.before > 0) store(first - lanes, splat(*first));
+    if (c.after > 0) store(end, splat(end[-1]));
   }
 
-  // The columns of row y, all of the range, under any rule. Reads no pixel but those.
+  // The columns of row y, all of the range, under any rule. Reads no pixel but those. fixedBytes: those of a pixel,
+  // where they are known.
+  template <int fixedBytes = 0>
   void fetch(int64_t y, const Columns& c, Zeb8u* out) const {
+    const int px = fixedBytes ? fixedBytes : pixelBytes_;
     const Zeb8u* const line = row(y);
-    if (line == nullptr) return repeatPixel(value_, pixelBytes_, out, c.to - c.from);
-    const int64_t px = pixelBytes_;
-    if (base_ == zebBorderRepl || base_ == zebBorderInMem) {
-      memcpy(out + c.place() * px, line + c.kept * px, static_cast<size_t>(c.keptCount() * px));
-      return complete(out, c);
-    }
-    const int64_t kept = c.beyond() ? (c.from >= c.keptEnd ? c.to : c.from) : c.kept;
-    const int64_t keptEnd = c.beyond() ? kept : c.keptEnd;
-    fetchOutside(line, c.from, kept, out);
-    memcpy(out + (kept - c.from) * px, line + kept * px, static_cast<size_t>((keptEnd - kept) * px));
-    fetchOutside(line, keptEnd, c.to, out + (keptEnd - c.from) * px);
+    if (line == nullptr) return repeatPixelOften(value_, px, out, c.to - c.from);
+    copyRun(out + c.before * px, line + c.kept * px, c.keptCount() * px);
+    if (repeats()) return complete<fixedBytes>(out, c);
+    fetchOutside(line, c.from, c.before, out);
+    fetchOutside(line, c.keptEnd, c.after, out + (c.before + c.keptCount()) * px);
   }
 
   // The same into a scratch line with room as above, for replicated borders.
   template <class T>
   void fetchLine(int64_t y, const Columns& c, T* line) const {
-    const int64_t px = pixelBytes_;
-    memcpy(reinterpret_cast<Zeb8u*>(line) + c.place() * px, row(y) + c.kept * px,
+    const ptrdiff_t px = pixelBytes_;
+    memcpy(reinterpret_cast<Zeb8u*>(line) + c.before * px, row(y) + c.kept * px,
            static_cast<size_t>(c.keptCount() * px));
     completeLine(line, c);
   }
@@ -219,11 +229,25 @@ class BorderedImage {
   Sides sides() const { return sides_; }
 
  private:
-  // Columns of a row that all lie beyond one side.
-  void fetchOutside(const Zeb8u* line, int64_t from, int64_t to, Zeb8u* out) const {
-    const int64_t px = pixelBytes_;
-    if (base_ == zebBorderConst) return repeatPixel(value_, pixelBytes_, out, to - from);
-    for (int64_t x = from; x < to; ++x, out += px)
+  const Zeb8u* rowAt(ptrdiff_t y) const { return first_ + y * step_; }
+  const Zeb8u* rowOutside(int64_t y) const {
+    if (y < 0 ? sides_.top : sides_.bottom) return rowAt(static_cast<ptrdiff_t>(y));
+    if (base_ == zebBorderRepl || base_ == zebBorderInMem) return rowAt(y < 0 ? 0 : size_.height - 1);
+    const int source = borderSource(base_, static_cast<int>(y), size_.height);
+    return source == borderConstant ? nullptr : rowAt(source);
+  }
+
+  // Edge pixels are repeated beyond the sides that are not in memory.
+  bool repeats() const { return base_ == zebBorderRepl || base_ == zebBorderInMem; }
+
+  // count columns of a row from `from` on, all beyond one side.
+  void fetchOutside(const Zeb8u* line, ptrdiff_t from, ptrdiff_t count, Zeb8u* out) const {
+    const ptrdiff_t px = pixelBytes_;
+    if (base_ == zebBorderConst) {
+      repeatPixel(value_, pixelBytes_, out, count);
+      return;
+    }
+    for (ptrdiff_t x = from; x < from + count; ++x, out += px)
       memcpy(out, line + borderSource(base_, static_cast<int>(x), size_.width) * px, static_cast<size_t>(px));
   }
 
@@ -236,21 +260,22 @@ class BorderedImage {
   Sides sides_;
 };
 
-// The last rows of a sequence, each with room for a number of elements: row y stands where row y - count stood. The
-// first rows may have numbers from -count on.
-template <class T>
+// The last `count` rows of a sequence, each with room for a number of elements: row y stands where row y - count stood.
+// Rows may have numbers from -count on.
+template <class T, int count>
 class RowRing {
  public:
-  static int64_t bytes(int count, int64_t stride) { return count * stride * static_cast<int64_t>(sizeof(T)); }
+  static int64_t bytes(int64_t stride) { return count * stride * static_cast<int64_t>(sizeof(T)); }
 
-  RowRing(Scratch& scratch, int count, int64_t stride, unsigned alignment = 1)
-      : first_(scratch.take<T>(count * stride, alignment)), count_(count), stride_(static_cast<ptrdiff_t>(stride)) {}
+  RowRing(Scratch& scratch, int64_t stride, unsigned alignment = 1)
+      : first_(scratch.take<T>(count * stride, alignment)), stride_(static_cast<ptrdiff_t>(stride)) {}
 
-  T* operator[](int64_t y) const { return first_ + static_cast<ptrdiff_t>((y + count_) % count_) * stride_; }
+  T* operator[](int y) const {
+    return first_ + static_cast<ptrdiff_t>(static_cast<unsigned>(y + count) % count) * stride_;
+  }
 
  private:
   T* first_;
-  int count_;
   ptrdiff_t stride_;
 };
 

@@ -78,7 +78,8 @@ void filterColumnsScaled(const Zeb16s** src, Rows<D> dst, int height, int elemen
 }
 
 void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int elements, const Zeb16u* kernel,
-                           int kernelSize, ReciprocalUnsigned scale) {
+                           int kernelSize, int divisor) {
+  const ReciprocalUnsigned scale(divisor);
   using Source = Stacked<Zeb16u, 0>;
   for (int y = 0; y < height; ++y)
     filterRun<Rounding::nearest, Rounding::truncate>(UnsignedSums<Source>{Source(src + y), kernel, kernelSize, scale},
@@ -97,77 +98,54 @@ void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int el
 
 // Everything up to the divisor. The scratch buffer is looked at this late on purpose.
 template <int channels, class S, class D, class K>
-ZebStatus checked(const S** ppSrc, D* pDst, int dstStep, ZebiSize roi, const K* pKernel, int kernelSize,
-                  const Zeb8u* pBuffer) {
+ZebStatus runnable(const S** ppSrc, D* pDst, int dstStep, ZebiSize roi, const K* pKernel, int kernelSize,
+                   const Zeb8u* pBuffer) {
   if (auto bad = firstFailure(present(ppSrc, pDst, pKernel), hasArea(roi))) return bad;
   return firstFailure(rowsPresent(ppSrc, static_cast<int64_t>(roi.height) + kernelSize - 1), atLeastOne(kernelSize),
-                      zeb::checked(roi, image<channels>(pDst, dstStep)), present(pBuffer));
+                      checked(roi, image<channels>(pDst, dstStep)), present(pBuffer));
 }
 
 }  // namespace
 
-// ---- Without checks ----
-
-#define SIGNED_COLUMNS(name, D, channels, filter)                                                                    \
-  ZEB_COLUMN_FILTER(name, Zeb16s, D, Zeb16s, ZEB_DIVISOR) {                                                          \
-    filter(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, kernelSize, divisor); \
-  }
-#define UNSIGNED_COLUMNS(name, channels)                                                                      \
-  ZEB_COLUMN_FILTER(name, Zeb16u, Zeb16u, Zeb16u, ZEB_DIVISOR) {                                              \
-    filterColumnsUnsigned(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, \
-                          kernelSize, ReciprocalUnsigned(divisor));                                           \
-  }
-#define FLOAT_COLUMNS(name, channels)                                                                      \
-  ZEB_COLUMN_FILTER(name, Zeb32f, Zeb32f, Zeb32f) {                                                        \
-    filterColumnsFloat(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, \
-                       kernelSize);                                                                        \
-  }
-
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s_C1R, Zeb16s, 1, filterColumnsScaled)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s_C3R, Zeb16s, 3, filterColumnsScaled)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8u_C1R, Zeb8u, 1, filterColumnsScaled)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8u_C3R, Zeb8u, 3, filterColumnsScaled)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8s_C1R, Zeb8s, 1, filterColumnsScaled)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_16s8s_C3R, Zeb8s, 3, filterColumnsScaled)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_Low_16s_C1R, Zeb16s, 1, filterColumnsSigned<FixedPoint>)
-SIGNED_COLUMNS(q7_ownFilterColumnPipeline_Low_16s_C3R, Zeb16s, 3, filterColumnsSigned<FixedPoint>)
-UNSIGNED_COLUMNS(q7_ownFilterColumnPipeline_16u_C1R, 1)
-UNSIGNED_COLUMNS(q7_ownFilterColumnPipeline_16u_C3R, 3)
-FLOAT_COLUMNS(q7_ownFilterColumnPipeline_32f_C1R, 1)
-FLOAT_COLUMNS(q7_ownFilterColumnPipeline_32f_C3R, 3)
-
 // ---- Bindings ----
 
-#define COLUMN_FILTER(name, unchecked, S, D, K, channels)                                                         \
-  ZEB_ENTRY(name)                                                                                                 \
-  (const S** ppSrc, D* pDst, int dstStep, ZebiSize dstRoiSize, const K* pKernel, int kernelSize, int divisor,     \
-   Zeb8u* pBuffer) {                                                                                              \
-    if (auto bad = checked<channels>(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, pBuffer)) return bad; \
-    if (divisor == 0) return zebStsErrBadArgument;                                                                \
-    unchecked(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, divisor);                                    \
-    return zebStsOk;                                                                                              \
+#define COLUMN_FILTER(name, filter, bytes, S, D, K, channels)                                                        \
+  ZEB_ENTRY(name)                                                                                                    \
+  (const S** ppSrc, D* pDst, int dstStep, ZebiSize dstRoiSize, const K* pKernel, int kernelSize, int divisor,        \
+   Zeb8u* pBuffer) {                                                                                                 \
+    if (auto bad = firstFailure(runnable<channels>(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, pBuffer),  \
+                                require(divisor != 0, zebStsErrBadArgument),                                         \
+                                require(bytes(dstRoiSize.width, kernelSize) <= INT32_MAX, zebStsErrOverflow)))       \
+      return bad;                                                                                                    \
+    filter(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel, kernelSize, divisor); \
+    return zebStsOk;                                                                                                 \
   }
-#define COLUMN_FILTER_FLOAT(name, unchecked, channels)                                                            \
-  ZEB_ENTRY(name)                                                                                                 \
-  (const Zeb32f** ppSrc, Zeb32f* pDst, int dstStep, ZebiSize dstRoiSize, const Zeb32f* pKernel, int kernelSize,   \
-   Zeb8u* pBuffer) {                                                                                              \
-    if (auto bad = checked<channels>(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, pBuffer)) return bad; \
-    unchecked(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize);                                             \
-    return zebStsOk;                                                                                              \
+#define COLUMN_FILTER_FLOAT(name, channels)                                                                         \
+  ZEB_ENTRY(name)                                                                                                   \
+  (const Zeb32f** ppSrc, Zeb32f* pDst, int dstStep, ZebiSize dstRoiSize, const Zeb32f* pKernel, int kernelSize,     \
+   Zeb8u* pBuffer) {                                                                                                \
+    if (auto bad = firstFailure(runnable<channels>(ppSrc, pDst, dstStep, dstRoiSize, pKernel, kernelSize, pBuffer), \
+                                require(bytes_32f(dstRoiSize.width, kernelSize) <= INT32_MAX, zebStsErrOverflow)))  \
+      return bad;                                                                                                   \
+    filterColumnsFloat(ppSrc, Rows(pDst, dstStep), dstRoiSize.height, dstRoiSize.width* channels, pKernel,          \
+                       kernelSize);                                                                                 \
+    return zebStsOk;                                                                                                \
   }
 
-COLUMN_FILTER(zebiFilterColumnPipeline_16s_C1R, q7_ownFilterColumnPipeline_16s_C1R, Zeb16s, Zeb16s, Zeb16s, 1)
-COLUMN_FILTER(zebiFilterColumnPipeline_16s_C3R, q7_ownFilterColumnPipeline_16s_C3R, Zeb16s, Zeb16s, Zeb16s, 3)
-COLUMN_FILTER(zebiFilterColumnPipeline_16s8u_C1R, q7_ownFilterColumnPipeline_16s8u_C1R, Zeb16s, Zeb8u, Zeb16s, 1)
-COLUMN_FILTER(zebiFilterColumnPipeline_16s8u_C3R, q7_ownFilterColumnPipeline_16s8u_C3R, Zeb16s, Zeb8u, Zeb16s, 3)
-COLUMN_FILTER(zebiFilterColumnPipeline_16s8s_C1R, q7_ownFilterColumnPipeline_16s8s_C1R, Zeb16s, Zeb8s, Zeb16s, 1)
-COLUMN_FILTER(zebiFilterColumnPipeline_16s8s_C3R, q7_ownFilterColumnPipeline_16s8s_C3R, Zeb16s, Zeb8s, Zeb16s, 3)
-COLUMN_FILTER(zebiFilterColumnPipeline_16u_C1R, q7_ownFilterColumnPipeline_16u_C1R, Zeb16u, Zeb16u, Zeb16u, 1)
-COLUMN_FILTER(zebiFilterColumnPipeline_16u_C3R, q7_ownFilterColumnPipeline_16u_C3R, Zeb16u, Zeb16u, Zeb16u, 3)
-COLUMN_FILTER_FLOAT(zebiFilterColumnPipeline_32f_C1R, q7_ownFilterColumnPipeline_32f_C1R, 1)
-COLUMN_FILTER_FLOAT(zebiFilterColumnPipeline_32f_C3R, q7_ownFilterColumnPipeline_32f_C3R, 3)
-COLUMN_FILTER(zebiFilterColumnPipeline_Low_16s_C1R, q7_ownFilterColumnPipeline_Low_16s_C1R, Zeb16s, Zeb16s, Zeb16s, 1)
-COLUMN_FILTER(zebiFilterColumnPipeline_Low_16s_C3R, q7_ownFilterColumnPipeline_Low_16s_C3R, Zeb16s, Zeb16s, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s_C1R, filterColumnsScaled, bytes_16s_C1, Zeb16s, Zeb16s, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s_C3R, filterColumnsScaled, bytes_16s_C3, Zeb16s, Zeb16s, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8u_C1R, filterColumnsScaled, bytes_16s_C1, Zeb16s, Zeb8u, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8u_C3R, filterColumnsScaled, bytes_16s_C3, Zeb16s, Zeb8u, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8s_C1R, filterColumnsScaled, bytes_16s_C1, Zeb16s, Zeb8s, Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16s8s_C3R, filterColumnsScaled, bytes_16s_C3, Zeb16s, Zeb8s, Zeb16s, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_16u_C1R, filterColumnsUnsigned, bytes_16u_C1, Zeb16u, Zeb16u, Zeb16u, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_16u_C3R, filterColumnsUnsigned, bytes_16u_C3, Zeb16u, Zeb16u, Zeb16u, 3)
+COLUMN_FILTER_FLOAT(zebiFilterColumnPipeline_32f_C1R, 1)
+COLUMN_FILTER_FLOAT(zebiFilterColumnPipeline_32f_C3R, 3)
+COLUMN_FILTER(zebiFilterColumnPipeline_Low_16s_C1R, filterColumnsSigned<FixedPoint>, bytes_Low_16s_C1, Zeb16s, Zeb16s,
+              Zeb16s, 1)
+COLUMN_FILTER(zebiFilterColumnPipeline_Low_16s_C3R, filterColumnsSigned<FixedPoint>, bytes_Low_16s_C3, Zeb16s, Zeb16s,
+              Zeb16s, 3)
 
 #define COLUMN_BUFFER_SIZE(name, bytes)                                 \
   ZEB_ENTRY(name)(ZebiSize roiSize, int kernelSize, int* pBufferSize) { \

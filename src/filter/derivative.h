@@ -64,13 +64,13 @@ class DerivativeRows {
   static constexpr int reach = Kernel::reach, taps = Kernel::taps;
 
   static int64_t scratchBytes(int width) {
-    return RowRing<T>::bytes(taps, bordered(width)) + 2 * RowRing<D>::bytes(1, bordered(width));
+    return RowRing<T, taps>::bytes(bordered(width)) + 2 * bordered(width) * static_cast<int64_t>(sizeof(D));
   }
 
   DerivativeRows(const BorderedImage& source, Scratch& scratch)
       : source_(source),
         columns_(source.columns(-reach, int64_t{source.size().width} + reach)),
-        ring_(scratch, taps, bordered(source.size().width)),
+        ring_(scratch, bordered(source.size().width)),
         smoothed_(scratch.take<D>(bordered(source.size().width), 1)),
         difference_(scratch.take<D>(bordered(source.size().width), 1)) {}
 
@@ -78,7 +78,7 @@ class DerivativeRows {
   // other.
   void form(int y, D* dx, D* dy) {
     for (int r = y == 0 ? -reach : y + reach; r <= y + reach; ++r)
-      source_.fetch(r, columns_, reinterpret_cast<Zeb8u*>(ring_[r]));
+      source_.fetch<int(sizeof(T))>(r, columns_, reinterpret_cast<Zeb8u*>(ring_[r]));
     dy ? derive<true>(y, dx, dy) : derive<false>(y, dx, dy);
   }
 
@@ -110,7 +110,7 @@ class DerivativeRows {
 
   BorderedImage source_;
   BorderedImage::Columns columns_;
-  RowRing<T> ring_;
+  RowRing<T, taps> ring_;
   D *smoothed_, *difference_;
 };
 

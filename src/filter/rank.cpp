@@ -41,7 +41,7 @@ class RankStrip {
         n_(static_cast<ptrdiff_t>(columns) * channels) {
     stride_ = static_cast<ptrdiff_t>(scratchStride(range_.to - range_.from, source.pixelBytes()) / sizeof(T));
     // The kept columns begin at a boundary, so that the stores to them do not straddle cache lines.
-    const int64_t place = range_.place() * channels;
+    const int64_t place = range_.before * channels;
     for (T*& line : lines_) line = scratch.take<T>(stride_) + (-place & (Vec<T>::lanes - 1));
     if (height_ > directRows) {
       suffixes_ = scratch.take<T>(height_ * stride_);
@@ -62,9 +62,9 @@ class RankStrip {
 
   // Where the columns' extremum of output row y goes: into the destination itself when nothing is left to do along the
   // row, else into a line, at the place that leaves room for the border.
-  bool direct() const { return width_ == 1 && kept_ == n_ && !range_.beyond(); }
+  bool direct() const { return width_ == 1 && kept_ == n_ && !range_.beyond; }
   T* columnsTo(int y, int line) const {
-    return direct() ? output_.begin(y, at_) : lines_[line] + range_.place() * channels_;
+    return direct() ? output_.begin(y, at_) : lines_[line] + range_.before * channels_;
   }
   // The rest of the way for `count` rows from y on whose extrema along the columns are there.
   void alongRows(int y, int count) const {

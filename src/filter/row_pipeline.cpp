@@ -78,13 +78,14 @@ class RowEnds {
   }
 
   void fill(int y) const {
-    if (left_.from < left_.to) source_.fetch(y, left_, reinterpret_cast<Zeb8u*>(work_));
-    if (right_.from < right_.to) source_.fetch(y, right_, reinterpret_cast<Zeb8u*>(rightAt_));
+    if (left_.from < left_.to) source_.fetch<px>(y, left_, reinterpret_cast<Zeb8u*>(work_));
+    if (right_.from < right_.to) source_.fetch<px>(y, right_, reinterpret_cast<Zeb8u*>(rightAt_));
   }
   const S* left() const { return work_; }
   const S* right() const { return rightWork_; }
 
  private:
+  static constexpr int px = channels * static_cast<int>(sizeof(S));
   const BorderedImage& source_;
   BorderedImage::Columns left_, right_;
   S *work_, *rightWork_, *rightAt_;
@@ -97,11 +98,25 @@ enum class Part {
   borderline  // a segment, truncated; at least a block of it can be read
 };
 
+// What a call is asked to do. value: the border's, one per channel.
+template <class S, int channels_, class D, class K>
+struct Job {
+  static constexpr int channels = channels_;
+  Rows<const S> src;
+  D** dst;
+  ZebiSize roi;
+  const K* kernel;
+  int kernelSize, anchor;
+  ZebiBorderType border;
+  const S* value;
+  Scratch scratch;
+};
+
 // run(source, destination, elements, part) computes outputs from sources whose first element is under the first tap.
-template <class S, int channels, class D, class Run>
-void filterRows(Rows<const S> src, D** dst, ZebiSize roi, int kernelSize, int anchor, ZebiBorderType borderType,
-                const S* borderValue, Scratch scratch, Run run) {
-  const int width = roi.width, reach = kernelSize - 1;
+template <class S, int channels, class D, class K, class Run>
+void filterRows(const Job<S, channels, D, K>& job, Run run) {
+  const int width = job.roi.width, kernelSize = job.kernelSize, anchor = job.anchor, reach = kernelSize - 1;
+  Scratch scratch = job.scratch;
   S* const work = scratch.take<S>(segmentPixels(kernelSize) * channels + filterBlock, sizeof(S) == 4 ? 32 : 16);
   const int leftOutputs = anchor < width ? anchor : width;
   const int innerOutputs = width > reach ? width - reach : 0;
@@ -109,11 +124,12 @@ void filterRows(Rows<const S> src, D** dst, ZebiSize roi, int kernelSize, int an
   const int rightOffset = width > reach ? 0 : reach - width;  // its first tap in that segment
   // Three taps walk short rows pixel by pixel, which truncates.
   const Part inner = kernelSize == 3 && width <= 16 ? Part::shortRow : Part::inner;
-  const BorderedImage source(src[0], src.step(), roi, channels * static_cast<int>(sizeof(S)), borderType, borderValue);
+  const BorderedImage source(job.src[0], job.src.step(), job.roi, channels * static_cast<int>(sizeof(S)), job.border,
+                             job.value);
   const RowEnds<S, channels> ends(source, kernelSize, anchor, work);
-  for (int y = 0; y < roi.height; ++y) {
-    const S* const row = src[y];
-    D* const out = dst[y];
+  for (int y = 0; y < job.roi.height; ++y) {
+    const S* const row = job.src[y];
+    D* const out = job.dst[y];
     if (innerOutputs > 0) run(row, out + anchor * channels, innerOutputs * channels, inner);
     if (reach == 0) continue;
     ends.fill(y);
@@ -177,58 +193,50 @@ auto signedByteSums(const Zeb16s* kernel, int kernelSize, int divisor) {
 }
 
 template <int channels, class S>
-void filterRowsSigned(Rows<const S> src, Zeb16s** dst, ZebiSize roi, const Zeb16s* kernel, int kernelSize, int anchor,
-                      ZebiBorderType borderType, const S* borderValue, int divisor, Scratch scratch) {
-  const auto rows = [&](auto run) {
-    filterRows<S, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch, run);
-  };
-  if (needsGuard(kernel, kernelSize, divisor))
-    return rows(signedSums<0, channels, S>(kernel, kernelSize, Reciprocal<true>(divisor)));
-  withTaps<3, 5>(kernelSize, [&](auto number) {
+void filterRowsSigned(const Job<S, channels, Zeb16s, Zeb16s>& job, int divisor) {
+  const Zeb16s* const kernel = job.kernel;
+  const int count = job.kernelSize;
+  if (needsGuard(kernel, count, divisor))
+    return filterRows(job, signedSums<0, channels, S>(kernel, count, Reciprocal<true>(divisor)));
+  withTaps<3, 5>(count, [&](auto number) {
     constexpr int taps = decltype(number)::value;
     if constexpr (sizeof(S) == 1) {
-      if (fitsByteSums(kernel, kernelSize)) {
+      if (fitsByteSums(kernel, count)) {
         switch (wordScaling(divisor)) {
           case WordScaling::none:
-            return rows(signedByteSums<taps, channels, WordScaling::none>(kernel, kernelSize, divisor));
+            return filterRows(job, signedByteSums<taps, channels, WordScaling::none>(kernel, count, divisor));
           case WordScaling::powerOfTwo:
-            return rows(signedByteSums<taps, channels, WordScaling::powerOfTwo>(kernel, kernelSize, divisor));
+            return filterRows(job, signedByteSums<taps, channels, WordScaling::powerOfTwo>(kernel, count, divisor));
           case WordScaling::general:
-            return rows(signedByteSums<taps, channels, WordScaling::general>(kernel, kernelSize, divisor));
+            return filterRows(job, signedByteSums<taps, channels, WordScaling::general>(kernel, count, divisor));
         }
       }
     }
-    rows(signedSums<taps, channels, S>(kernel, kernelSize, Reciprocal<false>(divisor)));
+    filterRows(job, signedSums<taps, channels, S>(kernel, count, Reciprocal<false>(divisor)));
   });
 }
 
 template <int channels>
-void filterRowsLow(Rows<const Zeb16s> src, Zeb16s** dst, ZebiSize roi, const Zeb16s* kernel, int kernelSize, int anchor,
-                   ZebiBorderType borderType, const Zeb16s* borderValue, int divisor, Scratch scratch) {
-  withTaps<3, 5>(kernelSize, [&](auto number) {
-    constexpr int taps = decltype(number)::value;
-    filterRows<Zeb16s, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch,
-                                 signedSums<taps, channels, Zeb16s>(kernel, kernelSize, FixedPoint(divisor)));
+void filterRowsLow(const Job<Zeb16s, channels, Zeb16s, Zeb16s>& job, int divisor) {
+  withTaps<3, 5>(job.kernelSize, [&](auto taps) {
+    filterRows(job,
+               signedSums<decltype(taps)::value, channels, Zeb16s>(job.kernel, job.kernelSize, FixedPoint(divisor)));
   });
 }
 
 template <int channels>
-void filterRowsUnsigned(Rows<const Zeb16u> src, Zeb16u** dst, ZebiSize roi, const Zeb16u* kernel, int kernelSize,
-                        int anchor, ZebiBorderType borderType, const Zeb16u* borderValue, ReciprocalUnsigned scale,
-                        Scratch scratch) {
+void filterRowsUnsigned(const Job<Zeb16u, channels, Zeb16u, Zeb16u>& job, int divisor) {
   using Sums = UnsignedSums<Shifted<Zeb16u, channels>>;
-  filterRows<Zeb16u, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch,
-                               MovingSums<Sums>{{{}, kernel, kernelSize, scale}});
+  filterRows(job, MovingSums<Sums>{{{}, job.kernel, job.kernelSize, ReciprocalUnsigned(divisor)}});
 }
 
 template <int channels>
-void filterRowsFloat(Rows<const Zeb32f> src, Zeb32f** dst, ZebiSize roi, const Zeb32f* kernel, int kernelSize,
-                     int anchor, ZebiBorderType borderType, const Zeb32f* borderValue, Scratch scratch) {
-  withTaps<3, 5, 7>(kernelSize, [&](auto taps) {
-    const auto run = [&](const Zeb32f* p, Zeb32f* out, int n, Part) {
-      filterRunFloat<decltype(taps)::value, false>(Shifted<Zeb32f, channels>{p}, kernel, kernelSize, out, n);
+void filterRowsFloat(const Job<Zeb32f, channels, Zeb32f, Zeb32f>& job, int) {
+  withTaps<3, 5, 7>(job.kernelSize, [&](auto taps) {
+    const auto run = [kernel = job.kernel, count = job.kernelSize](const Zeb32f* p, Zeb32f* out, int n, Part) {
+      filterRunFloat<decltype(taps)::value, false>(Shifted<Zeb32f, channels>{p}, kernel, count, out, n);
     };
-    filterRows<Zeb32f, channels>(src, dst, roi, kernelSize, anchor, borderType, borderValue, scratch, run);
+    filterRows(job, run);
   });
 }
 
@@ -236,13 +244,12 @@ void filterRowsFloat(Rows<const Zeb32f> src, Zeb32f** dst, ZebiSize roi, const Z
 
 // Everything up to the divisor. A border value given by pointer must be there when it is to be read.
 template <class S, int channels, class D, class K>
-ZebStatus checked(const S* pSrc, int srcStep, D** ppDst, ZebiSize roi, const K* pKernel, int kernelSize, int xAnchor,
-                  ZebiBorderType borderType, const S* pBorderValue, const Zeb8u* pBuffer) {
+ZebStatus runnable(const Image<const S, channels>& src, D** ppDst, ZebiSize roi, const K* pKernel, int kernelSize,
+                   int xAnchor, ZebiBorderType borderType, const S* pBorderValue, const Zeb8u* pBuffer) {
   if (auto bad =
-          firstFailure(present(pSrc, ppDst, pKernel, pBuffer),
+          firstFailure(present(src.pixels, ppDst, pKernel, pBuffer),
                        require(pBorderValue || borderType != zebBorderConst, zebStsErrNullPointer), hasArea(roi)))
     return bad;
-  const auto src = image<channels>(pSrc, srcStep);
   return firstFailure(
       rowsPresent(ppDst, roi.height), atLeastOne(kernelSize),
       require(xAnchor >= 0 && xAnchor < kernelSize, zebStsErrAnchor), checked(roi, src),
@@ -250,96 +257,62 @@ ZebStatus checked(const S* pSrc, int srcStep, D** ppDst, ZebiSize roi, const K* 
               zebStsErrBadArgument));
 }
 
+// No kernel has a divisor of 0, nor one of unsigned elements a negative one.
+template <class S>
+ZebStatus divides(int divisor) {
+  return require(std::is_same_v<S, Zeb16u> ? divisor >= 1 : divisor != 0, zebStsErrBadArgument);
+}
+
 }  // namespace
-
-// ---- Without checks ----
-
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_8u16s_C1R, Zeb8u, Zeb16s, Zeb16s, ZEB_DIVISOR) {
-  filterRowsSigned<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                      divisor, Scratch(pBuffer, bytes_8u16s_C1(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_8u16s_C3R, Zeb8u, Zeb16s, Zeb16s, ZEB_DIVISOR) {
-  filterRowsSigned<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                      divisor, Scratch(pBuffer, bytes_8u16s_C3(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16s_C1R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
-  filterRowsSigned<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                      divisor, Scratch(pBuffer, bytes_16s_C1(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16s_C3R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
-  filterRowsSigned<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                      divisor, Scratch(pBuffer, bytes_16s_C3(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16u_C1R, Zeb16u, Zeb16u, Zeb16u, ZEB_DIVISOR) {
-  filterRowsUnsigned<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                        ReciprocalUnsigned(divisor), Scratch(pBuffer, bytes_16u_C1(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_16u_C3R, Zeb16u, Zeb16u, Zeb16u, ZEB_DIVISOR) {
-  filterRowsUnsigned<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                        ReciprocalUnsigned(divisor), Scratch(pBuffer, bytes_16u_C3(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_32f_C1R, Zeb32f, Zeb32f, Zeb32f) {
-  filterRowsFloat<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                     Scratch(pBuffer, bytes_32f_C1(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_32f_C3R, Zeb32f, Zeb32f, Zeb32f) {
-  filterRowsFloat<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue,
-                     Scratch(pBuffer, bytes_32f_C3(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_Low_16s_C1R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
-  filterRowsLow<1>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, divisor,
-                   Scratch(pBuffer, bytes_Low_16s_C1(kernelSize)));
-}
-ZEB_ROW_FILTER(q7_ownFilterRowBorderPipeline_Low_16s_C3R, Zeb16s, Zeb16s, Zeb16s, ZEB_DIVISOR) {
-  filterRowsLow<3>(Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, divisor,
-                   Scratch(pBuffer, bytes_Low_16s_C3(kernelSize)));
-}
 
 // ---- Bindings ----
 
-#define ROW_FILTER(name, unchecked, S, D, K, channels, borderArgument, pBorderValue)                             \
-  ZEB_ENTRY(name)                                                                                                \
-  (const S* pSrc, int srcStep, D** ppDst, ZebiSize roiSize, const K* pKernel, int kernelSize, int xAnchor,       \
-   ZebiBorderType borderType, borderArgument, int divisor, Zeb8u* pBuffer) {                                     \
-    if (auto bad = checked<S, channels>(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, \
-                                        pBorderValue, pBuffer))                                                  \
-      return bad;                                                                                                \
-    if (std::is_same_v<S, Zeb16u> ? divisor < 1 : divisor == 0) return zebStsErrBadArgument;                     \
-    unchecked(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, divisor,    \
-              pBuffer);                                                                                          \
-    return zebStsOk;                                                                                             \
+#define ROW_FILTER(name, filter, bytes, S, D, K, channels, borderArgument, pBorderValue)                          \
+  ZEB_ENTRY(name)                                                                                                 \
+  (const S* pSrc, int srcStep, D** ppDst, ZebiSize roiSize, const K* pKernel, int kernelSize, int xAnchor,        \
+   ZebiBorderType borderType, borderArgument, int divisor, Zeb8u* pBuffer) {                                      \
+    if (auto bad = firstFailure(runnable<S, channels>(image<channels>(pSrc, srcStep), ppDst, roiSize, pKernel,    \
+                                                      kernelSize, xAnchor, borderType, pBorderValue, pBuffer),    \
+                                divides<S>(divisor), require(bytes(kernelSize) <= INT32_MAX, zebStsErrOverflow))) \
+      return bad;                                                                                                 \
+    filter(Job<S, channels, D, K>{Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType,  \
+                                  pBorderValue, Scratch(pBuffer, bytes(kernelSize))},                             \
+           divisor);                                                                                              \
+    return zebStsOk;                                                                                              \
   }
-#define ROW_FILTER_FLOAT(name, unchecked, channels, borderArgument, pBorderValue)                                     \
-  ZEB_ENTRY(name)                                                                                                     \
-  (const Zeb32f* pSrc, int srcStep, Zeb32f** ppDst, ZebiSize roiSize, const Zeb32f* pKernel, int kernelSize,          \
-   int xAnchor, ZebiBorderType borderType, borderArgument, Zeb8u* pBuffer) {                                          \
-    if (auto bad = checked<Zeb32f, channels>(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, \
-                                             pBorderValue, pBuffer))                                                  \
-      return bad;                                                                                                     \
-    unchecked(pSrc, srcStep, ppDst, roiSize, pKernel, kernelSize, xAnchor, borderType, pBorderValue, pBuffer);        \
-    return zebStsOk;                                                                                                  \
+#define ROW_FILTER_FLOAT(name, channels, bytes, borderArgument, pBorderValue)                                       \
+  ZEB_ENTRY(name)                                                                                                   \
+  (const Zeb32f* pSrc, int srcStep, Zeb32f** ppDst, ZebiSize roiSize, const Zeb32f* pKernel, int kernelSize,        \
+   int xAnchor, ZebiBorderType borderType, borderArgument, Zeb8u* pBuffer) {                                        \
+    if (auto bad = firstFailure(runnable<Zeb32f, channels>(image<channels>(pSrc, srcStep), ppDst, roiSize, pKernel, \
+                                                           kernelSize, xAnchor, borderType, pBorderValue, pBuffer), \
+                                require(bytes(kernelSize) <= INT32_MAX, zebStsErrOverflow)))                        \
+      return bad;                                                                                                   \
+    filterRowsFloat(                                                                                                \
+        Job<Zeb32f, channels, Zeb32f, Zeb32f>{Rows(pSrc, srcStep), ppDst, roiSize, pKernel, kernelSize, xAnchor,    \
+                                              borderType, pBorderValue, Scratch(pBuffer, bytes(kernelSize))},       \
+        1);                                                                                                         \
+    return zebStsOk;                                                                                                \
   }
 
-ROW_FILTER(zebiFilterRowBorderPipeline_8u16s_C1R, q7_ownFilterRowBorderPipeline_8u16s_C1R, Zeb8u, Zeb16s, Zeb16s, 1,
+ROW_FILTER(zebiFilterRowBorderPipeline_8u16s_C1R, filterRowsSigned, bytes_8u16s_C1, Zeb8u, Zeb16s, Zeb16s, 1,
            Zeb8u borderValue, &borderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_8u16s_C3R, q7_ownFilterRowBorderPipeline_8u16s_C3R, Zeb8u, Zeb16s, Zeb16s, 3,
+ROW_FILTER(zebiFilterRowBorderPipeline_8u16s_C3R, filterRowsSigned, bytes_8u16s_C3, Zeb8u, Zeb16s, Zeb16s, 3,
            const Zeb8u* pBorderValue, pBorderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_16s_C1R, q7_ownFilterRowBorderPipeline_16s_C1R, Zeb16s, Zeb16s, Zeb16s, 1,
+ROW_FILTER(zebiFilterRowBorderPipeline_16s_C1R, filterRowsSigned, bytes_16s_C1, Zeb16s, Zeb16s, Zeb16s, 1,
            Zeb16s borderValue, &borderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_16s_C3R, q7_ownFilterRowBorderPipeline_16s_C3R, Zeb16s, Zeb16s, Zeb16s, 3,
+ROW_FILTER(zebiFilterRowBorderPipeline_16s_C3R, filterRowsSigned, bytes_16s_C3, Zeb16s, Zeb16s, Zeb16s, 3,
            const Zeb16s* pBorderValue, pBorderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_16u_C1R, q7_ownFilterRowBorderPipeline_16u_C1R, Zeb16u, Zeb16u, Zeb16u, 1,
+ROW_FILTER(zebiFilterRowBorderPipeline_16u_C1R, filterRowsUnsigned, bytes_16u_C1, Zeb16u, Zeb16u, Zeb16u, 1,
            Zeb16u borderValue, &borderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_16u_C3R, q7_ownFilterRowBorderPipeline_16u_C3R, Zeb16u, Zeb16u, Zeb16u, 3,
+ROW_FILTER(zebiFilterRowBorderPipeline_16u_C3R, filterRowsUnsigned, bytes_16u_C3, Zeb16u, Zeb16u, Zeb16u, 3,
            const Zeb16u* pBorderValue, pBorderValue)
-ROW_FILTER_FLOAT(zebiFilterRowBorderPipeline_32f_C1R, q7_ownFilterRowBorderPipeline_32f_C1R, 1, Zeb32f borderValue,
-                 &borderValue)
-ROW_FILTER_FLOAT(zebiFilterRowBorderPipeline_32f_C3R, q7_ownFilterRowBorderPipeline_32f_C3R, 3,
-                 const Zeb32f* pBorderValue, pBorderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_Low_16s_C1R, q7_ownFilterRowBorderPipeline_Low_16s_C1R, Zeb16s, Zeb16s, Zeb16s,
-           1, Zeb16s borderValue, &borderValue)
-ROW_FILTER(zebiFilterRowBorderPipeline_Low_16s_C3R, q7_ownFilterRowBorderPipeline_Low_16s_C3R, Zeb16s, Zeb16s, Zeb16s,
-           3, const Zeb16s* pBorderValue, pBorderValue)
+ROW_FILTER_FLOAT(zebiFilterRowBorderPipeline_32f_C1R, 1, bytes_32f_C1, Zeb32f borderValue, &borderValue)
+ROW_FILTER_FLOAT(zebiFilterRowBorderPipeline_32f_C3R, 3, bytes_32f_C3, const Zeb32f* pBorderValue, pBorderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_Low_16s_C1R, filterRowsLow, bytes_Low_16s_C1, Zeb16s, Zeb16s, Zeb16s, 1,
+           Zeb16s borderValue, &borderValue)
+ROW_FILTER(zebiFilterRowBorderPipeline_Low_16s_C3R, filterRowsLow, bytes_Low_16s_C3, Zeb16s, Zeb16s, Zeb16s, 3,
+           const Zeb16s* pBorderValue, pBorderValue)
 
 #define ROW_BUFFER_SIZE(name, bytes)                                    \
   ZEB_ENTRY(name)(ZebiSize roiSize, int kernelSize, int* pBufferSize) { \

@@ -140,7 +140,7 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
       source.columns(int64_t(plan.left) - anchor.x, int64_t(source.size().width) + plan.right - anchor.x);
   const ptrdiff_t stride =
       static_cast<ptrdiff_t>(scratchStride(range.to - range.from, source.pixelBytes()) / sizeof(T));
-  const ptrdiff_t place = static_cast<ptrdiff_t>(range.place() * channels);
+  const ptrdiff_t place = static_cast<ptrdiff_t>(range.before * channels);
   // The kept columns begin at a vector boundary.
   T* first = scratch.take<T>(plan.sets * stride) + (-place & (Vec<T>::lanes - 1));
   Step<T>* steps = scratch.take<Step<T>>(plan.taps, alignof(T*));

@@ -148,7 +148,7 @@ void generalRegion(const ZebiMorphState& state, const BorderedImage& source, con
       ring.carve(&rest, rows, static_cast<ptrdiff_t>(width * channels), 0, sizeof(T));
     } else {
       ring.carve(&rest, rows, static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T)),
-                 -(range.place() * channels) & (Vec<T>::lanes - 1));
+                 -(range.before * channels) & (Vec<T>::lanes - 1));
     }
     const auto fetch = [&](int64_t y) {
       T* row = ring.advance();
@@ -205,7 +205,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
     const auto range = source.columns(x - left, int64_t(x) + columns + right);
     const int64_t width = range.to - range.from;
     const ptrdiff_t stride = static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T));
-    const ptrdiff_t offset = -(range.place() * channels) & (Vec<T>::lanes - 1);
+    const ptrdiff_t offset = -(range.before * channels) & (Vec<T>::lanes - 1);
     Scratch rest = scratch;
     for (int j = 0; j < lengths; ++j) rings[j].carve(&rest, kept(j), stride, offset);
     T* line = rest.take<T>(stride) + offset;

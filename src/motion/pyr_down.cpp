@@ -166,7 +166,7 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   using Sum = typename GaussType<T>::Sum;
   const int outWidth = (size.width + 1) / 2, outHeight = (size.height + 1) / 2, n = outWidth * channels;
   Scratch scratch(pBuffer, pyrDownBufferBytes(size.width, channels));
-  const RowRing<Sum> ring(scratch, 5, n, 4);
+  const RowRing<Sum, 5> ring(scratch, n, 4);
   if (size.height <= 2) {
     filterRow<channels>(src[0], size.width, ring[0]);
     if (size.height == 2) filterRow<channels>(src[1], size.width, ring[1]);

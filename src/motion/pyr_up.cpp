@@ -141,7 +141,7 @@ void expand(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   using Sum = typename GaussType<T>::Sum;
   const int n = 2 * size.width * channels;
   Scratch scratch(pBuffer, pyrUpBufferBytes(size.width, channels));
-  const RowRing<Sum> ring(scratch, 3, n, 32);
+  const RowRing<Sum, 3> ring(scratch, n, 32);
   expandRow<channels>(src[0], size.width, ring[0]);
   for (int y = 0; y < size.height; ++y) {
     const int below = y + 1 < size.height ? y + 1 : y;

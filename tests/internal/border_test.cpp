@@ -1,7 +1,6 @@
-// Borders of rows: every rule, every side flag, every type and channel count; and the row filters under them.
+// Borders: every rule, every side flag.
 #include "filter/border.h"
 
-#include "filter/pipeline.h"
 #include "reference/filter.h"
 #include "support/compare.h"
 
@@ -75,47 +74,6 @@ TEST(Border, RangesOfEveryRule) {
   rangesEqualReference<Zeb8u, 3>();
   rangesEqualReference<Zeb16s, 1>();
   rangesEqualReference<Zeb32f, 4>();
-}
-
-// The unchecked row filters take the rules and flags that the exported ones refuse.
-template <class S, class D, class K, class Filter>
-void filtersUnderEveryBorder(const char* name, int channels, Filter filter) {
-  Random random;
-  for (ZebiBorderType type : borderTypes)
-    for (int taps : {3, 5, 6})
-      for (int width : {1, 4, 7, 50}) {
-        const int anchor = random.within(0, taps - 1);
-        const Image<S> src(width + taps - 1, 2, channels, Layout::random<S>(random), Content::noise, random);
-        std::vector<S> value(3);
-        for (auto& v : value) v = noiseValue<S>(random);
-        std::vector<K> kernel(taps);
-        for (auto& k : kernel) k = static_cast<K>(random.within(0, 9));
-        Image<D> dst(width, 2, channels, Layout::random<D>(random));
-        D* rows[] = {dst.pixels(), dst.pixels(0, 1)};
-        const Scratch scratch(16384);
-        filter(src.pixels(anchor), src.step(), rows, ZebiSize{width, 2}, kernel.data(), taps, anchor, type,
-               value.data(), scratch.get());
-        ASSERT_TRUE(agree(name, dst, ref::filterRows<D>(src.plane(), anchor, width, kernel, anchor, type, value, 6)))
-            << "type " << type << ", taps " << taps << ", anchor " << anchor << ", width " << width;
-      }
-}
-
-TEST(Border, RowFiltersTakeEveryRule) {
-  const auto divided = [](auto function) {
-    return [function](auto... a) {
-      const auto call = [&](auto src, int step, auto dst, ZebiSize size, auto kernel, int taps, int anchor,
-                            ZebiBorderType type, auto value, Zeb8u* buffer) {
-        function(src, step, dst, size, kernel, taps, anchor, type, value, 6, buffer);
-      };
-      call(a...);
-    };
-  };
-  filtersUnderEveryBorder<Zeb8u, Zeb16s, Zeb16s>("8u16s C1", 1, divided(q7_ownFilterRowBorderPipeline_8u16s_C1R));
-  filtersUnderEveryBorder<Zeb8u, Zeb16s, Zeb16s>("8u16s C3", 3, divided(q7_ownFilterRowBorderPipeline_8u16s_C3R));
-  filtersUnderEveryBorder<Zeb16s, Zeb16s, Zeb16s>("16s C1", 1, divided(q7_ownFilterRowBorderPipeline_16s_C1R));
-  filtersUnderEveryBorder<Zeb16u, Zeb16u, Zeb16u>("16u C3", 3, divided(q7_ownFilterRowBorderPipeline_16u_C3R));
-  filtersUnderEveryBorder<Zeb32f, Zeb32f, Zeb32f>("32f C1", 1, q7_ownFilterRowBorderPipeline_32f_C1R);
-  filtersUnderEveryBorder<Zeb32f, Zeb32f, Zeb32f>("32f C3", 3, q7_ownFilterRowBorderPipeline_32f_C3R);
 }
 
 }  // namespace
