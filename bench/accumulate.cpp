@@ -19,7 +19,7 @@ struct Accumulation {
 
 // call(images, accumulator) makes the library's call; expected(images, old value, index) is the reference.
 template <class Call, class Expected>
-Work accumulation(const Scene& scene, double bytesPerPixel, Call call, Expected expected) {
+Work accumulation(const Scene& scene, Bytes bytes, Call call, Expected expected) {
   auto images = std::make_shared<Accumulation>();
   // A running average over a black pixel would shrink into the subnormal numbers, which no camera's sequence does.
   images->src1 = scene.photo;
@@ -30,7 +30,7 @@ Work accumulation(const Scene& scene, double bytesPerPixel, Call call, Expected 
   images->acc = start;
 
   Work work;
-  work.bytesPerPixel = bytesPerPixel;
+  work.bytes = bytes;
   work.run = [=] { return call(*images, images->acc.data()); };
   work.check = [=, width = scene.size.width]() -> std::optional<std::string> {
     Pixels<Zeb32f> actual = start, wanted(start.size());
@@ -43,7 +43,7 @@ Work accumulation(const Scene& scene, double bytesPerPixel, Call call, Expected 
 
 Work addWeighted(const Scene& scene) {
   return accumulation(
-      scene, 9,
+      scene, {1, 0, 4},
       [size = scene.size](const Accumulation& in, Zeb32f* acc) {
         return zebiAddWeighted_8u32f_C1IR(in.src1.data(), size.width, acc, 4 * size.width, size, alpha);
       },
@@ -52,7 +52,7 @@ Work addWeighted(const Scene& scene) {
 
 Work addWeightedMasked(const Scene& scene) {
   return accumulation(
-      scene, 10,
+      scene, {2, 0, 4},
       [size = scene.size](const Accumulation& in, Zeb32f* acc) {
         return zebiAddWeighted_8u32f_C1IMR(in.src1.data(), size.width, in.mask.data(), size.width, acc, 4 * size.width,
                                            size, alpha);
@@ -64,7 +64,7 @@ Work addWeightedMasked(const Scene& scene) {
 
 Work add(const Scene& scene) {
   return accumulation(
-      scene, 9,
+      scene, {1, 0, 4},
       [size = scene.size](const Accumulation& in, Zeb32f* acc) {
         return zebiAdd_8u32f_C1IR(in.src1.data(), size.width, acc, 4 * size.width, size);
       },
@@ -73,7 +73,7 @@ Work add(const Scene& scene) {
 
 Work addSquare(const Scene& scene) {
   return accumulation(
-      scene, 9,
+      scene, {1, 0, 4},
       [size = scene.size](const Accumulation& in, Zeb32f* acc) {
         return zebiAddSquare_8u32f_C1IR(in.src1.data(), size.width, acc, 4 * size.width, size);
       },
@@ -82,7 +82,7 @@ Work addSquare(const Scene& scene) {
 
 Work addProduct(const Scene& scene) {
   return accumulation(
-      scene, 10,
+      scene, {2, 0, 4},
       [size = scene.size](const Accumulation& in, Zeb32f* acc) {
         return zebiAddProduct_8u32f_C1IR(in.src1.data(), size.width, in.src2.data(), size.width, acc, 4 * size.width,
                                          size);
@@ -98,7 +98,7 @@ Work twoToOne(const Scene& scene, Pixels<T> first, Pixels<T> second, Call call, 
   };
   auto images = std::make_shared<Images>(Images{std::move(first), std::move(second), Pixels<T>(scene.count())});
   Work work;
-  work.bytesPerPixel = 3.0 * sizeof(T);
+  work.bytes = {2.0 * sizeof(T), 1.0 * sizeof(T)};
   work.run = [=] { return call(images->a.data(), images->b.data(), images->out.data()); };
   work.check = [=, run = work.run, width = scene.size.width]() -> std::optional<std::string> {
     Pixels<T> wanted(images->out.size());

@@ -18,15 +18,21 @@
 
 namespace bench {
 
-// Cache-line aligned, as images from an image allocator are.
+// Cache-line aligned, as images from an image allocator are. Large blocks follow each other by 7 lines within a page,
+// in the order in which a case asks for them: preparing a case again gives every image the same place in its page, and
+// no two images of a case begin at the same one.
+void* allocateLines(size_t bytes);
+void releaseLines(void* block, size_t bytes);
+void restartPlacement();
+
 template <class T>
 struct LineAllocator {
   using value_type = T;
   LineAllocator() = default;
   template <class U>
   LineAllocator(const LineAllocator<U>&) {}
-  T* allocate(size_t n) { return static_cast<T*>(::operator new (n * sizeof(T), std::align_val_t{64})); }
-  void deallocate(T* p, size_t) { ::operator delete (p, std::align_val_t{64}); }
+  T* allocate(size_t n) { return static_cast<T*>(allocateLines(n * sizeof(T))); }
+  void deallocate(T* p, size_t n) { releaseLines(p, n * sizeof(T)); }
   template <class U>
   bool operator==(const LineAllocator<U>&) const {
     return true;
@@ -45,10 +51,19 @@ struct Scene {
   Pixels<Zeb8u> photo;
 
   int count() const { return size.width * size.height; }
+  int stride() const { return size.width; }
   template <class T>
   int step(int channels = 1) const {
     return size.width * channels * static_cast<int>(sizeof(T));
   }
+};
+
+// What a case has to move per pixel when every image is touched once.
+struct Bytes {
+  double read = 0, write = 0;
+  double update = 0;  // read and written back
+
+  double total() const { return read + write + 2 * update; }
 };
 
 // A case made ready. Its buffers live in what the functions capture.
@@ -56,8 +71,7 @@ struct Work {
   std::function<ZebStatus()> run;
   // What is wrong with a result on fresh buffers, compared with the plain reference; nothing when it is right.
   std::function<std::optional<std::string>()> check;
-  // Bytes read and written per pixel when every image is touched once.
-  double bytesPerPixel = 0;
+  Bytes bytes;
   // How many library calls one run makes.
   int callsPerRun = 1;
 };
@@ -81,12 +95,21 @@ struct Case {
   std::string name;
   Target target;
   std::function<Work(const Scene&)> prepare;
+  // Cases that bring their own content are measured at one size of their own; the photograph is then empty.
+  std::optional<ZebiSize> own = std::nullopt;
 };
 
 // Registers its cases. Families stand in the table by order.
 struct Family {
   Family(int order, std::string title, std::vector<Case> cases);
 };
+
+// A case as it stands in the table, with its family's name.
+struct Listed {
+  std::string family;
+  Case row;
+};
+std::vector<Listed> allCases();
 
 // Bit for bit; reports the first pixel that differs.
 template <class A, class B>

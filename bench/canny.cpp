@@ -49,7 +49,7 @@ Work derivatives(const Scene& scene) {
   };
   const Thresholds t = thresholds(scene, [&](float low, float high) { return call(low, high), *dst; });
   Work work;
-  work.bytesPerPixel = 5;
+  work.bytes = {4, 1};
   work.run = [=] { return call(t.low, t.high); };
   work.check = [=, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
@@ -69,7 +69,7 @@ Work border(const Scene& scene, int norm) {
   };
   const Thresholds t = thresholds(scene, [&](float low, float high) { return call(low, high), *dst; });
   Work work;
-  work.bytesPerPixel = 2;
+  work.bytes = {1, 1};
   work.run = [=] { return call(t.low, t.high); };
   work.check = [=, &scene, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;

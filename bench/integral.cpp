@@ -33,7 +33,7 @@ struct Tables {
 Work integral(const Scene& scene) {
   auto sums = std::make_shared<Pixels<Zeb32s>>((scene.size.width + 1) * (scene.size.height + 1));
   Work work;
-  work.bytesPerPixel = 5;
+  work.bytes = {1, 4};
   work.run = [=, &scene] {
     return zebiIntegral_8u32s_C1R(scene.photo.data(), scene.size.width, sums->data(), 4 * (scene.size.width + 1),
                                   scene.size, 0);
@@ -50,7 +50,7 @@ Work squareTables(const Scene& scene, int extra, bool tilted, Call call) {
   const int w = scene.size.width + extra, h = scene.size.height + extra;
   auto tables = std::make_shared<Tables>(Tables{Pixels<Zeb32s>(w * h), Pixels<Zeb64f>(w * h)});
   Work work;
-  work.bytesPerPixel = 13;
+  work.bytes = {1, 12};
   work.run = [=, &scene] {
     return call(scene.photo.data(), scene.size.width, tables->sums.data(), 4 * w, tables->squares.data(), 8 * w,
                 scene.size, 0, 0.0);
@@ -75,7 +75,7 @@ Work deviation(const Scene& scene) {
   auto dst = std::make_shared<Pixels<Zeb32f>>(scene.count());
   const ZebiRect rect = {0, 0, window, window};
   Work work;
-  work.bytesPerPixel = 16;
+  work.bytes = {12, 4};
   work.run = [=, w = sums.width, &scene] {
     return zebiRectStdDev_32s32f_C1R(tables->sums.data(), 4 * w, tables->squares.data(), 8 * w, dst->data(),
                                      4 * scene.size.width, scene.size, rect);
@@ -125,7 +125,7 @@ Work cascade(const Scene& scene, std::vector<ref::HaarStage<Zeb32f>> stages, std
   std::vector<State> states;
   for (const auto& s : stages) states.push_back(build(s));
   Work work;
-  work.bytesPerPixel = 10;
+  work.bytes = {8, 0, 1};
   work.run = [=, w = sums.width, &scene] {
     std::memset(mask->data(), 1, mask->size());
     for (size_t i = 0; i < states.size(); ++i) {

@@ -41,7 +41,7 @@ Work houghLine(const Scene& scene) {
   auto lines = std::make_shared<std::vector<ZebiPoint_32f>>(most);
   auto count = std::make_shared<int>(0);
   Work work;
-  work.bytesPerPixel = 1;
+  work.bytes = {1};
   work.run = [=, &scene] {
     return zebiHoughLine_8u32f_C1R(image->data.data(), scene.size.width, scene.size, onePixelOneDegree, threshold,
                                    lines->data(), most, count.get(), scratch->data());
@@ -69,7 +69,7 @@ Work houghProb(const Scene& scene) {
   auto segments = std::make_shared<std::vector<ZebiRect>>(room);
   auto count = std::make_shared<int>(0);
   Work work;
-  work.bytesPerPixel = 1;
+  work.bytes = {1};
   work.run = [=, &scene, keep = spec] {
     const ZebStatus status =
         zebiHoughProbLine_8u32f_C1R(image->data.data(), scene.size.width, scene.size, threshold, length, gap,
@@ -113,7 +113,7 @@ Work findPeaks(const Scene& scene) {
   auto peaks = std::make_shared<std::vector<ZebiPoint>>(room);
   auto count = std::make_shared<int>(0);
   Work work;
-  work.bytesPerPixel = 4;
+  work.bytes = {4};
   work.run = [=, &scene] {
     return zebiFindPeaks3x3_32f_C1R(response->data.data(), 4 * w, scene.size, threshold, peaks->data(), room,
                                     count.get(), zebiNormInf, 1, scratch->data());

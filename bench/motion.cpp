@@ -42,7 +42,7 @@ Work resize(const Scene& scene, Resize<T> call, ZebStatus (*query)(int, ZebDataT
                                              Pixels<Zeb8u>(bytes)});
   const int size = static_cast<int>(sizeof(T)) * channels;
   Work work;
-  work.bytesPerPixel = down ? 1.25 * size : 5.0 * size;
+  work.bytes = {1.0 * size, (down ? 0.25 : 4.0) * size};
   work.run = [=] {
     return call(state->src.data(), in.width * size, state->dst.data(), out.width * size, in, state->scratch.data());
   };
@@ -69,7 +69,7 @@ Work layerDown(const Scene& scene) {
   state->dst.resize(static_cast<size_t>(out.width) * out.height);
   auto photo = std::make_shared<Pixels<Zeb8u>>(scene.photo);
   Work work;
-  work.bytesPerPixel = 1 + 1 / 2.25;
+  work.bytes = {1, 1 / 2.25};
   work.run = [=] {
     return zebiPyramidLayerDown_8u_C1R(photo->data(), in.width, in, state->dst.data(), out.width, out, state->layer);
   };
@@ -132,7 +132,6 @@ Work flow(const Scene& scene) {
   state->status.resize(1000);
   state->error.resize(1000);
   Work work;
-  work.bytesPerPixel = 0;
   work.run = [=] {
     state->next = state->prev;
     return zebiOpticalFlowPyrLK_8u_C1R(state->pyramids[0], state->pyramids[1], state->prev.data(), state->next.data(),
@@ -156,7 +155,7 @@ Work history(const Scene& scene) {
   auto times = std::make_shared<Pixels<Zeb32f>>(scene.count());
   const ZebiSize size = scene.size;
   Work work;
-  work.bytesPerPixel = 9;
+  work.bytes = {1, 0, 4};
   work.run = [=] {
     return zebiUpdateMotionHistory_8u32f_C1IR(silhouette->data(), size.width, times->data(), size.width * 4, size,
                                               10.0f, 3.0f);

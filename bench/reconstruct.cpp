@@ -35,7 +35,7 @@ Work reconstruct(const Scene& scene) {
   zebiMorphReconstructGetBufferSize_8u_C1(scene.size, &size);
   auto scratch = std::make_shared<Pixels<Zeb8u>>(size);
   Work work;
-  work.bytesPerPixel = 6;  // the copy of the marker and one pass
+  work.bytes = {2, 1, 1};  // the copy of the marker and one pass
   work.run = [=, &scene] {
     std::memcpy(marker->data(), opened.data.data(), marker->size());
     return zebiMorphReconstructDilate_8u_C1IR(scene.photo.data(), scene.size.width, marker->data(), scene.size.width,

@@ -52,7 +52,7 @@ Work chamfer(const Scene& scene, int mask, std::vector<W> weights,
   auto src = std::make_shared<Pixels<Zeb8u>>(marked(edges(scene), 0, 255));
   auto dst = std::make_shared<Pixels<T>>(scene.count());
   Work work;
-  work.bytesPerPixel = 1 + 3 * sizeof(T);
+  work.bytes = {1, 1.0 * sizeof(T)};
   work.run = [=, size = scene.size] {
     return transform(src->data(), size.width, dst->data(), size.width * static_cast<int>(sizeof(T)), size,
                      weights.data());
@@ -94,7 +94,7 @@ Work exact(const Scene& scene, Pixels<Zeb8u> image) {
   zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(scene.size, &bytes);
   auto buffer = std::make_shared<Pixels<Zeb8u>>(bytes);
   Work work;
-  work.bytesPerPixel = 1 + 3 * 4;
+  work.bytes = {1, 4};
   work.run = [=, size = scene.size] {
     return zebiTrueDistanceTransform_8u32f_C1R(src->data(), size.width, dst->data(), 4 * size.width, size,
                                                buffer->data());
@@ -142,7 +142,7 @@ Work marching(const Scene& scene) {
   zebiFastMarchingGetBufferSize_8u32f_C1R(scene.size, &bytes);
   auto buffer = std::make_shared<Pixels<Zeb8u>>(bytes);
   Work work;
-  work.bytesPerPixel = 1 + 4;
+  work.bytes = {1, 4};
   work.run = [=, size = scene.size] {
     return zebiFastMarching_8u32f_C1R(src->data(), size.width, dst->data(), 4 * size.width, size, radius,
                                       buffer->data());
@@ -187,7 +187,7 @@ Work plainFill(const Scene& scene, bool diagonal, Pixels<Zeb8u> picture, PlainFi
   state->image = picture;
   state->buffer.resize(bytes);
   Work work;
-  work.bytesPerPixel = 2;
+  work.bytes = {0, 0, 1};
   work.run = [=, size = scene.size] {
     const ZebStatus status =
         fill(state->image.data(), size.width, size, seed, state->next, &state->region, state->buffer.data());
@@ -218,7 +218,7 @@ Work gradientFill(const Scene& scene) {
   auto image = std::make_shared<Pixels<Zeb8u>>(ramp);
   auto region = std::make_shared<ZebiConnectedComp>();
   Work work;
-  work.bytesPerPixel = 5;
+  work.bytes = {1, 1, 1};
   work.run = [=, size = scene.size] {
     std::copy(ramp.begin(), ramp.end(), image->begin());
     return zebiFloodFill_Grad4Con_8u_C1IR(image->data(), size.width, size, {w / 2, h / 3}, 255, 1, 1, region.get(),

@@ -7,8 +7,6 @@
 #include <memory>
 
 #include "bench.h"
-#include "reference/canny.h"
-#include "services/derivatives.h"
 
 namespace {
 
@@ -93,7 +91,7 @@ Work separable(const Scene& scene, const Separable<S, Row, D, K>& filter) {
   auto state = std::make_shared<State>(
       State{Pixels<S>(scene.photo.begin(), scene.photo.end()), Pixels<D>(scene.count()), {filter, scene.size}});
   Work work;
-  work.bytesPerPixel = sizeof(S) + sizeof(D);
+  work.bytes = {1.0 * sizeof(S), 1.0 * sizeof(D)};
   work.run = [=] { return state->driver(state->src.data(), state->dst.data()); };
   work.check = [=, size = scene.size]() -> std::optional<std::string> {
     const int taps = static_cast<int>(filter.kernel.size()), above = (taps - 1) / 2;
@@ -139,40 +137,9 @@ Work floats(const Scene& scene, std::vector<Zeb32f> kernel) {
        }});
 }
 
-// The derivative to the right of every pixel, or both.
-Work sobelRows(const Scene& scene, bool both) {
-  struct State {
-    Pixels<Zeb16s> dx, dy;
-    Pixels<Zeb8u> scratch;
-  };
-  auto state = std::make_shared<State>(State{Pixels<Zeb16s>(scene.count()), Pixels<Zeb16s>(scene.count()),
-                                             Pixels<Zeb8u>(static_cast<size_t>(sobelScratchBytes(scene.size.width)))});
-  Work work;
-  work.bytesPerPixel = both ? 5 : 3;
-  work.run = [=, &scene] {
-    sobel(scene.photo.data(), scene.step<Zeb8u>(), state->dx.data(), both ? state->dy.data() : nullptr,
-          scene.step<Zeb16s>(), scene.size, state->scratch.data());
-    return zebStsOk;
-  };
-  work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
-    ref::Plane<Zeb8u> photo(scene.size.width, scene.size.height);
-    std::copy(scene.photo.begin(), scene.photo.end(), photo.data.begin());
-    const auto wanted = ref::gradient<Zeb8u, Zeb16s>(ref::bordered<Zeb8u>(photo, 0, 0, scene.size, zebBorderRepl, 0),
-                                                     scene.size, zebFilterSobel, 3);
-    run();
-    if (auto bad = firstDifference(wanted.dx.data, state->dx, scene.size.width)) return bad;
-    return both ? firstDifference(wanted.dy.data, state->dy, scene.size.width) : std::nullopt;
-  };
-  return work;
-}
-
 const Family family(30, "Separable filters",
                     {
                         {"row 8u16s + column 16s8u, 5 taps", timesMemcpy(8), bytes5},
-                        {"horizontal Sobel 3 x 3, 8u to 16s, replicated border (internal)", timesMemcpy(3.6),
-                         [](const Scene& scene) { return sobelRows(scene, false); }},
-                        {"both Sobel derivatives 3 x 3, 8u to 16s, replicated border (internal)", noTarget(),
-                         [](const Scene& scene) { return sobelRows(scene, true); }},
                         {"row + column 32f, 5 taps", timesMemcpy(12),
                          [](const Scene& scene) {
                            return floats(scene, {0.06f, 0.25f, 0.38f, 0.25f, 0.06f});

@@ -1,0 +1,67 @@
+#include "report.h"
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace bench {
+
+std::string sizeName(ZebiSize size) {
+  return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+std::vector<Place> places(const Options& options) {
+  if (options.size) return {{sizeName(*options.size), *options.size}};
+  return {{"480x360", {480, 360}}, {"1920x1080", fullSize}};
+}
+
+Scene sceneAt(const support::Picture& photo, const Place& place) {
+  const support::Picture level = support::scaled(photo, place.size.width, place.size.height);
+  return {place.size, Pixels<Zeb8u>(level.pixels.begin(), level.pixels.end())};
+}
+
+Scene emptyScene(ZebiSize size) {
+  return {size, {}};
+}
+
+std::string number(double value, int decimals) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.*f", decimals, value);
+  return text;
+}
+
+std::string quoted(const std::string& text) {
+  std::string out = "\"";
+  for (char c : text) {
+    if (c == '"' || c == '\\') out += '\\';
+    out += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+  }
+  return out + '"';
+}
+
+Json::Json(const std::string& path) : path_(path) {
+  if (!path.empty()) file_.open(path);
+}
+
+void Json::member(const std::string& name, const std::string& value) {
+  file_ << separator_ << "  " << quoted(name) << ": " << value;
+  separator_ = ",\n";
+}
+
+void Json::list(const std::string& name, const std::vector<std::string>& values) {
+  std::string text = "[";
+  const char* separator = "\n    ";
+  for (const std::string& value : values) {
+    text += separator + value;
+    separator = ",\n    ";
+  }
+  member(name, text + "\n  ]");
+}
+
+void Json::close() {
+  if (path_.empty()) return;
+  file_ << "\n}\n";
+  file_.close();
+  if (!file_) throw std::runtime_error("cannot write " + path_);
+}
+
+}  // namespace bench
