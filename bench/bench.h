@@ -5,6 +5,7 @@
 //   const bench::Family family(10, "Accumulation", {{"Add 8u32f C1IR", bench::timesMemcpy(2.6), prepareAdd}, ...});
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <new>
@@ -45,16 +46,65 @@ struct LineAllocator {
 template <class T>
 using Pixels = std::vector<T, LineAllocator<T>>;
 
-// What a case is given: the region and the photograph scaled to it, rows without padding.
+// What a function is given: a region at the left of an image that is stride pixels wide.
+template <class T>
+class Image {
+ public:
+  Image() = default;
+  Image(ZebiSize size, int stride, int channels = 1)
+      : size_(size),
+        channels_(channels),
+        elements_(static_cast<ptrdiff_t>(stride) * channels),
+        pixels_(static_cast<size_t>(elements_ * size.height)) {}
+
+  T* data() { return pixels_.data(); }
+  const T* data() const { return pixels_.data(); }
+  int step() const { return static_cast<int>(elements_ * static_cast<ptrdiff_t>(sizeof(T))); }
+  T* row(int y) { return pixels_.data() + y * elements_; }
+  const T* row(int y) const { return pixels_.data() + y * elements_; }
+  int rowElements() const { return size_.width * channels_; }
+
+  // The region from rows without padding, and back.
+  template <class Compact>
+  void set(const Compact& compact) {
+    auto from = compact.begin();
+    for (int y = 0; y < size_.height; ++y, from += rowElements())
+      std::transform(from, from + rowElements(), row(y), [](auto p) { return static_cast<T>(p); });
+  }
+  Pixels<T> compact() const {
+    Pixels<T> out(static_cast<size_t>(rowElements()) * size_.height);
+    for (int y = 0; y < size_.height; ++y)
+      std::copy_n(row(y), rowElements(), out.begin() + static_cast<ptrdiff_t>(y) * rowElements());
+    return out;
+  }
+  void fill(T value) {
+    for (int y = 0; y < size_.height; ++y) std::fill_n(row(y), rowElements(), value);
+  }
+
+ private:
+  ZebiSize size_ = {0, 0};
+  int channels_ = 1;
+  ptrdiff_t elements_ = 0;  // from row to row
+  Pixels<T> pixels_;
+};
+
+// What a case is given: the region, the width of the images that it lies in and the photograph scaled to it.
 struct Scene {
   ZebiSize size;
-  Pixels<Zeb8u> photo;
+  int stride;
+  Pixels<Zeb8u> photo;  // rows without padding, for the reference
+  Image<Zeb8u> source;  // the same, for the library
 
   int count() const { return size.width * size.height; }
-  int stride() const { return size.width; }
   template <class T>
-  int step(int channels = 1) const {
-    return size.width * channels * static_cast<int>(sizeof(T));
+  Image<T> image(int channels = 1) const {
+    return Image<T>(size, stride, channels);
+  }
+  template <class T, class Compact>
+  Image<T> imageOf(const Compact& compact, int channels = 1) const {
+    Image<T> out(size, stride, channels);
+    out.set(compact);
+    return out;
   }
 };
 

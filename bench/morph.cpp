@@ -47,22 +47,22 @@ Pixels<T> images(const Scene& scene, int channels) {
 
 template <class T, class Call, class Expected>
 Work filter(const Scene& scene, int channels, Bytes bytes, Call call, Expected expected) {
-  auto src = std::make_shared<Pixels<T>>(images<T>(scene, channels));
-  auto dst = std::make_shared<Pixels<T>>(src->size());
+  const Pixels<T> pixels = images<T>(scene, channels);
+  auto src = std::make_shared<Image<T>>(scene.imageOf<T>(pixels, channels));
+  auto dst = std::make_shared<Image<T>>(scene.image<T>(channels));
   Work work;
   work.bytes = bytes;
-  const int step = scene.step<T>(channels);
   const ZebiSize size = scene.size;
-  work.run = [=] { return call(src->data(), step, dst->data(), step, size); };
+  work.run = [=] { return call(src->data(), src->step(), dst->data(), dst->step(), size); };
   work.check = [=]() -> std::optional<std::string> {
     // Every pixel of a strip along the top edge.
     const ZebiSize strip{size.width, size.height < 40 ? size.height : 40};
-    Pixels<T> actual(static_cast<size_t>(size.width) * channels * strip.height);
-    if (auto bad = failure(call(src->data(), step, actual.data(), step, strip))) return bad;
+    Image<T> actual(strip, strip.width, channels);
+    if (auto bad = failure(call(src->data(), src->step(), actual.data(), actual.step(), strip))) return bad;
     ref::Plane<T> plane(strip.width, strip.height, channels);
-    std::copy(src->begin(), src->begin() + static_cast<ptrdiff_t>(plane.data.size()), plane.data.begin());
+    std::copy(pixels.begin(), pixels.begin() + static_cast<ptrdiff_t>(plane.data.size()), plane.data.begin());
     const ref::Plane<T> wanted = expected(ref::Region<T>{&plane, 0, 0, strip.width, strip.height});
-    return firstDifference(wanted.data, actual, strip.width * channels);
+    return firstDifference(wanted.data, actual.compact(), strip.width * channels);
   };
   return work;
 }

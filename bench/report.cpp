@@ -10,17 +10,24 @@ std::string sizeName(ZebiSize size) {
 }
 
 std::vector<Place> places(const Options& options) {
-  if (options.size) return {{sizeName(*options.size), *options.size}};
-  return {{"480x360", {480, 360}}, {"1920x1080", fullSize}};
+  const Place tile{"64x64 in 1920", {64, 64}, 1920};
+  if (options.size) {
+    std::vector<Place> out{{sizeName(*options.size), *options.size, options.size->width}};
+    if (options.quick) out.push_back(tile);
+    return out;
+  }
+  return {{"480x360", {480, 360}, 480}, {"1920x1080", fullSize, fullSize.width}, tile};
 }
 
 Scene sceneAt(const support::Picture& photo, const Place& place) {
   const support::Picture level = support::scaled(photo, place.size.width, place.size.height);
-  return {place.size, Pixels<Zeb8u>(level.pixels.begin(), level.pixels.end())};
+  Scene scene{place.size, place.stride, Pixels<Zeb8u>(level.pixels.begin(), level.pixels.end()), {}};
+  scene.source = scene.imageOf<Zeb8u>(scene.photo);
+  return scene;
 }
 
 Scene emptyScene(ZebiSize size) {
-  return {size, {}};
+  return {size, size.width, {}, {}};
 }
 
 std::string number(double value, int decimals) {

@@ -16,6 +16,7 @@ namespace bench {
 struct Place {
   std::string name;
   ZebiSize size;
+  int stride;
 };
 std::vector<Place> places(const Options& options);
 std::string sizeName(ZebiSize size);

@@ -94,7 +94,7 @@ std::vector<SizeRow> sizeTable(const Bench& bench) {
   for (const Listed& c : bench.cases)
     if (grows(c.row)) rows.push_back({c.row.name, {}, false});
   for (int i = 0; i < columnCount; ++i) {
-    const Scene scene = sceneAt(bench.photo, {"", columnSizes[i]});
+    const Scene scene = sceneAt(bench.photo, {"", columnSizes[i], columnSizes[i].width});
     auto row = rows.begin();
     for (const Listed& c : bench.cases) {
       if (!grows(c.row)) continue;
