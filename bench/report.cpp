@@ -1,5 +1,6 @@
 #include "report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 
@@ -26,7 +27,9 @@ Scene sceneAt(const support::Picture& photo, const Place& place) {
   return scene;
 }
 
-Scene emptyScene(ZebiSize size) {
+Scene ownScene(const Case& row, const Options& options) {
+  ZebiSize size = *row.own;
+  if (options.quick) size = {std::min(size.width, 64), std::min(size.height, 64)};
   return {size, size.width, {}, {}};
 }
 

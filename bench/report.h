@@ -28,8 +28,8 @@ inline bool same(ZebiSize a, ZebiSize b) {
 
 // The photograph at one place.
 Scene sceneAt(const support::Picture& photo, const Place& place);
-// Content is the case's own.
-Scene emptyScene(ZebiSize size);
+// For a case that brings its own content: at its own size or, in a smoke run, within 64 x 64.
+Scene ownScene(const Case& row, const Options& options);
 
 // Everything that a run works on.
 struct Bench {

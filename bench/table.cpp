@@ -142,7 +142,8 @@ bool runTable(Bench& bench) {
       if (r.verdict != "-") verdict = r.verdict;
     };
     if (c.row.own) {
-      put(emptyScene(*c.row.own), sizeName(*c.row.own));
+      const Scene own = ownScene(c.row, bench.options);
+      put(own, sizeName(own.size));
     } else {
       for (size_t i = 0; i < where.size(); ++i) put(scenes[i], where[i].name);
     }
