@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "clock.h"
 #include "report.h"
 
 namespace bench {
@@ -10,8 +11,7 @@ namespace {
 
 constexpr double lossAt = 0.95;
 constexpr double gainAt = 1.05;
-constexpr int preparations = 4;  // of a row that looks lost or won,
-constexpr double longRun = 3e8;  // unless one run takes so long that small things do not matter
+constexpr int preparations = 4;  // of a row that looks lost or won
 
 // A case made ready for one build. What it holds is released by that build.
 class Prepared {

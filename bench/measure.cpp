@@ -30,14 +30,13 @@ Times measure(const Work& work, const Scene& scene, double seconds) {
   Memcpy copy(scene);
   BareLoop bare(scene, work.bytes);
   const auto run = [&] { work.run(); };
-  const int repeats = repeatsFor(tableSlice, run), copies = repeatsFor(tableSlice, copy),
-            loops = repeatsFor(tableSlice, bare);
-  constexpr double never = std::numeric_limits<double>::infinity();
-  Times best{never, never, never};
-  const auto start = Clock::now(),
-             end = start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
-  for (int round = 0; round < 1 || (round < 5 && Clock::now() < start + 3 * (end - start)) || Clock::now() < end;
-       ++round) {
+  const int copies = repeatsFor(tableSlice, copy), loops = repeatsFor(tableSlice, bare);
+  Times best{timed(1, run), timed(copies, copy), timed(loops, bare)};
+  if (best.run > longRun) return best;
+  const int repeats = repeatsFor(tableSlice, run);
+  const double start = now(), nanoseconds = 1e9 * seconds;
+  const auto spent = [&] { return now() - start; };
+  for (int round = 0; spent() < nanoseconds || (round < 5 && spent() < 3 * nanoseconds); ++round) {
     best.run = std::min(best.run, timed(repeats, run));
     best.copy = std::min(best.copy, timed(copies, copy));
     if (work.bytes.total() > 0) best.bare = std::min(best.bare, timed(loops, bare));
@@ -57,7 +56,7 @@ void Ratio::measure(const Library& newer, const Work& newWork, const Library& ol
     if (repeats > 1) run();
     return timed(repeats, run);
   };
-  turn(older, runOld);
+  if (repeats > 1) turn(older, runOld);
   const auto start = Clock::now();
   const auto spent = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
   for (int pair = 0; pair < 1 || spent() < seconds || (pair < 7 && spent() < 4 * seconds); ++pair) {
