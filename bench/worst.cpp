@@ -274,7 +274,7 @@ Work flatFlow(const Scene& scene) {
   auto state = std::make_shared<State>();
   state->image = scene.image<Zeb8u>();
   state->image.fill(128);
-  zebiPyramidInitAlloc(&state->pyramid, 0, scene.size, 2.0f);
+  zebiPyramidInitAlloc(&state->pyramid, 1, scene.size, 2.0f);
   state->pyramid->pImage[0] = state->image.data();
   state->pyramid->pStep[0] = state->image.step();
   zebiOpticalFlowPyrLKInitAlloc_8u_C1R(&state->tracker, scene.size, window, 0);
