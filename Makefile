@@ -5,7 +5,9 @@ PREFIX ?= /usr/local
 DESTDIR ?=
 JOBS ?= $(shell nproc)
 PHOTO ?=
-BENCH ?= --sizes
+# The bench's options; with AGAINST, a revision or a library, it compares instead.
+AGAINST ?=
+BENCH ?= $(if $(AGAINST),,--sizes)
 FUZZ_SECONDS ?= 30
 
 .PHONY: all setup demo docs test bench sanitize clang debug fuzz install package baseline format format-check clean
@@ -34,7 +36,13 @@ test: build/release/CMakeCache.txt
 
 bench: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv_bench
+ifeq ($(AGAINST),)
 	@build/release/bin/zebcv_bench --json build/bench.json $(BENCH)
+else
+	@if [ -f '$(AGAINST)' ]; then against='$(AGAINST)'; \
+	  else echo 'building $(AGAINST)'; against=$$(JOBS=$(JOBS) tools/build_revision.sh '$(AGAINST)') || exit 1; fi; \
+	build/release/bin/zebcv_bench --json build/against.json --against "$$against" $(BENCH)
+endif
 
 clang debug clang-debug sanitize: %: build/%/CMakeCache.txt
 	@cmake --build build/$@ -j$(JOBS)

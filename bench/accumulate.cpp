@@ -13,98 +13,103 @@ using namespace bench;
 constexpr float alpha = 0.05f;
 
 struct Accumulation {
-  Pixels<Zeb8u> src1, src2, mask;
-  Pixels<Zeb32f> acc;
+  Pixels<Zeb8u> pixels1, pixels2, maskPixels;  // for the reference
+  Image<Zeb8u> src1, src2, mask;
+  Image<Zeb32f> acc;
 };
 
 // call(images, accumulator) makes the library's call; expected(images, old value, index) is the reference.
 template <class Call, class Expected>
-Work accumulation(const Scene& scene, double bytesPerPixel, Call call, Expected expected) {
+Work accumulation(const Scene& scene, Bytes bytes, Call call, Expected expected) {
   auto images = std::make_shared<Accumulation>();
   // A running average over a black pixel would shrink into the subnormal numbers, which no camera's sequence does.
-  images->src1 = scene.photo;
-  for (Zeb8u& p : images->src1) p = std::max<Zeb8u>(p, 1);
-  images->src2.assign(scene.photo.rbegin(), scene.photo.rend());
-  images->mask = randomPixels<Zeb8u>(scene.count(), 0, 1, 7);
+  images->pixels1 = scene.photo;
+  for (Zeb8u& p : images->pixels1) p = std::max<Zeb8u>(p, 1);
+  images->pixels2.assign(scene.photo.rbegin(), scene.photo.rend());
+  images->maskPixels = randomPixels<Zeb8u>(scene.count(), 0, 1, 7);
   const Pixels<Zeb32f> start = randomPixels<Zeb32f>(scene.count(), 0, 255, 8);
-  images->acc = start;
+  images->src1 = scene.imageOf<Zeb8u>(images->pixels1);
+  images->src2 = scene.imageOf<Zeb8u>(images->pixels2);
+  images->mask = scene.imageOf<Zeb8u>(images->maskPixels);
+  images->acc = scene.imageOf<Zeb32f>(start);
 
   Work work;
-  work.bytesPerPixel = bytesPerPixel;
-  work.run = [=] { return call(*images, images->acc.data()); };
+  work.bytes = bytes;
+  work.run = [=] { return call(*images, images->acc); };
   work.check = [=, width = scene.size.width]() -> std::optional<std::string> {
-    Pixels<Zeb32f> actual = start, wanted(start.size());
+    Pixels<Zeb32f> wanted(start.size());
+    images->acc.set(start);
     for (size_t i = 0; i < wanted.size(); ++i) wanted[i] = expected(*images, start[i], i);
-    if (auto bad = failure(call(*images, actual.data()))) return bad;
-    return firstDifference(wanted, actual, width);
+    if (auto bad = failure(call(*images, images->acc))) return bad;
+    return firstDifference(wanted, images->acc.compact(), width);
   };
   return work;
 }
 
 Work addWeighted(const Scene& scene) {
   return accumulation(
-      scene, 9,
-      [size = scene.size](const Accumulation& in, Zeb32f* acc) {
-        return zebiAddWeighted_8u32f_C1IR(in.src1.data(), size.width, acc, 4 * size.width, size, alpha);
+      scene, {1, 0, 4},
+      [size = scene.size](const Accumulation& in, Image<Zeb32f>& acc) {
+        return zebiAddWeighted_8u32f_C1IR(in.src1.data(), in.src1.step(), acc.data(), acc.step(), size, alpha);
       },
-      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::addWeighted(old, in.src1[i], alpha); });
+      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::addWeighted(old, in.pixels1[i], alpha); });
 }
 
 Work addWeightedMasked(const Scene& scene) {
   return accumulation(
-      scene, 10,
-      [size = scene.size](const Accumulation& in, Zeb32f* acc) {
-        return zebiAddWeighted_8u32f_C1IMR(in.src1.data(), size.width, in.mask.data(), size.width, acc, 4 * size.width,
-                                           size, alpha);
+      scene, {2, 0, 4},
+      [size = scene.size](const Accumulation& in, Image<Zeb32f>& acc) {
+        return zebiAddWeighted_8u32f_C1IMR(in.src1.data(), in.src1.step(), in.mask.data(), in.mask.step(), acc.data(),
+                                           acc.step(), size, alpha);
       },
       [](const Accumulation& in, Zeb32f old, size_t i) {
-        return in.mask[i] ? ref::addWeighted(old, in.src1[i], alpha) : old;
+        return in.maskPixels[i] ? ref::addWeighted(old, in.pixels1[i], alpha) : old;
       });
 }
 
 Work add(const Scene& scene) {
   return accumulation(
-      scene, 9,
-      [size = scene.size](const Accumulation& in, Zeb32f* acc) {
-        return zebiAdd_8u32f_C1IR(in.src1.data(), size.width, acc, 4 * size.width, size);
+      scene, {1, 0, 4},
+      [size = scene.size](const Accumulation& in, Image<Zeb32f>& acc) {
+        return zebiAdd_8u32f_C1IR(in.src1.data(), in.src1.step(), acc.data(), acc.step(), size);
       },
-      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::add(old, in.src1[i]); });
+      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::add(old, in.pixels1[i]); });
 }
 
 Work addSquare(const Scene& scene) {
   return accumulation(
-      scene, 9,
-      [size = scene.size](const Accumulation& in, Zeb32f* acc) {
-        return zebiAddSquare_8u32f_C1IR(in.src1.data(), size.width, acc, 4 * size.width, size);
+      scene, {1, 0, 4},
+      [size = scene.size](const Accumulation& in, Image<Zeb32f>& acc) {
+        return zebiAddSquare_8u32f_C1IR(in.src1.data(), in.src1.step(), acc.data(), acc.step(), size);
       },
-      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::addSquare(old, in.src1[i]); });
+      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::addSquare(old, in.pixels1[i]); });
 }
 
 Work addProduct(const Scene& scene) {
   return accumulation(
-      scene, 10,
-      [size = scene.size](const Accumulation& in, Zeb32f* acc) {
-        return zebiAddProduct_8u32f_C1IR(in.src1.data(), size.width, in.src2.data(), size.width, acc, 4 * size.width,
-                                         size);
+      scene, {2, 0, 4},
+      [size = scene.size](const Accumulation& in, Image<Zeb32f>& acc) {
+        return zebiAddProduct_8u32f_C1IR(in.src1.data(), in.src1.step(), in.src2.data(), in.src2.step(), acc.data(),
+                                         acc.step(), size);
       },
-      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::addProduct(old, in.src1[i], in.src2[i]); });
+      [](const Accumulation& in, Zeb32f old, size_t i) { return ref::addProduct(old, in.pixels1[i], in.pixels2[i]); });
 }
 
 // Reads two images of T, writes one; call(a, b, out) makes the library's call.
 template <class T, class Call, class Expected>
 Work twoToOne(const Scene& scene, Pixels<T> first, Pixels<T> second, Call call, Expected expected) {
   struct Images {
-    Pixels<T> a, b, out;
+    Image<T> a, b, out;
   };
-  auto images = std::make_shared<Images>(Images{std::move(first), std::move(second), Pixels<T>(scene.count())});
+  auto images = std::make_shared<Images>(Images{scene.imageOf<T>(first), scene.imageOf<T>(second), scene.image<T>()});
   Work work;
-  work.bytesPerPixel = 3.0 * sizeof(T);
-  work.run = [=] { return call(images->a.data(), images->b.data(), images->out.data()); };
+  work.bytes = {2.0 * sizeof(T), 1.0 * sizeof(T)};
+  work.run = [=] { return call(images->a, images->b, images->out); };
   work.check = [=, run = work.run, width = scene.size.width]() -> std::optional<std::string> {
-    Pixels<T> wanted(images->out.size());
-    for (size_t i = 0; i < wanted.size(); ++i) wanted[i] = expected(images->a[i], images->b[i]);
+    Pixels<T> wanted(first.size());
+    for (size_t i = 0; i < wanted.size(); ++i) wanted[i] = expected(first[i], second[i]);
     if (auto bad = failure(run())) return bad;
-    return firstDifference(wanted, images->out, width);
+    return firstDifference(wanted, images->out.compact(), width);
   };
   return work;
 }
@@ -117,8 +122,8 @@ Work absDiff(const Scene& scene, T scale, ZebStatus (*function)(const T*, int, c
   std::reverse_copy(a.begin(), a.end(), b.begin());
   return twoToOne<T>(
       scene, std::move(a), std::move(b),
-      [=, size = scene.size, step = scene.step<T>()](const T* p, const T* q, T* out) {
-        return function(p, step, q, step, out, step, size);
+      [=, size = scene.size](const Image<T>& p, const Image<T>& q, Image<T>& out) {
+        return function(p.data(), p.step(), q.data(), q.step(), out.data(), out.step(), size);
       },
       [](T p, T q) { return static_cast<T>(ref::absDiff(p, q)); });
 }
@@ -137,7 +142,13 @@ Work fastArctan(const Scene& scene) {
     }
   return twoToOne<Zeb32f>(
       scene, std::move(dy), std::move(dx),
-      [n = scene.count()](const Zeb32f* y, const Zeb32f* x, Zeb32f* out) { return zebibFastArctan_32f(y, x, out, n); },
+      [size = scene.size, whole = scene.stride == scene.size.width](const Image<Zeb32f>& y, const Image<Zeb32f>& x,
+                                                                    Image<Zeb32f>& out) {
+        if (whole) return zebibFastArctan_32f(y.data(), x.data(), out.data(), size.width * size.height);
+        ZebStatus status = zebStsOk;
+        for (int k = 0; k < size.height; ++k) status |= zebibFastArctan_32f(y.row(k), x.row(k), out.row(k), size.width);
+        return status;
+      },
       [](Zeb32f y, Zeb32f x) { return ref::fastArctan(y, x); });
 }
 

@@ -5,6 +5,7 @@
 //   const bench::Family family(10, "Accumulation", {{"Add 8u32f C1IR", bench::timesMemcpy(2.6), prepareAdd}, ...});
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <new>
@@ -18,15 +19,21 @@
 
 namespace bench {
 
-// Cache-line aligned, as images from an image allocator are.
+// Cache-line aligned, as images from an image allocator are. Large blocks follow each other by 7 lines within a page,
+// in the order in which a case asks for them: preparing a case again gives every image the same place in its page, and
+// no two images of a case begin at the same one.
+void* allocateLines(size_t bytes);
+void releaseLines(void* block, size_t bytes);
+void restartPlacement();
+
 template <class T>
 struct LineAllocator {
   using value_type = T;
   LineAllocator() = default;
   template <class U>
   LineAllocator(const LineAllocator<U>&) {}
-  T* allocate(size_t n) { return static_cast<T*>(::operator new (n * sizeof(T), std::align_val_t{64})); }
-  void deallocate(T* p, size_t) { ::operator delete (p, std::align_val_t{64}); }
+  T* allocate(size_t n) { return static_cast<T*>(allocateLines(n * sizeof(T))); }
+  void deallocate(T* p, size_t n) { releaseLines(p, n * sizeof(T)); }
   template <class U>
   bool operator==(const LineAllocator<U>&) const {
     return true;
@@ -39,16 +46,74 @@ struct LineAllocator {
 template <class T>
 using Pixels = std::vector<T, LineAllocator<T>>;
 
-// What a case is given: the region and the photograph scaled to it, rows without padding.
+// What a function is given: a region at the left of an image that is stride pixels wide.
+template <class T>
+class Image {
+ public:
+  Image() = default;
+  Image(ZebiSize size, int stride, int channels = 1)
+      : size_(size),
+        channels_(channels),
+        elements_(static_cast<ptrdiff_t>(stride) * channels),
+        pixels_(static_cast<size_t>(elements_ * size.height)) {}
+
+  T* data() { return pixels_.data(); }
+  const T* data() const { return pixels_.data(); }
+  int step() const { return static_cast<int>(elements_ * static_cast<ptrdiff_t>(sizeof(T))); }
+  T* row(int y) { return pixels_.data() + y * elements_; }
+  const T* row(int y) const { return pixels_.data() + y * elements_; }
+  int rowElements() const { return size_.width * channels_; }
+
+  // The region from rows without padding, and back.
+  template <class Compact>
+  void set(const Compact& compact) {
+    auto from = compact.begin();
+    for (int y = 0; y < size_.height; ++y, from += rowElements())
+      std::transform(from, from + rowElements(), row(y), [](auto p) { return static_cast<T>(p); });
+  }
+  Pixels<T> compact() const {
+    Pixels<T> out(static_cast<size_t>(rowElements()) * size_.height);
+    for (int y = 0; y < size_.height; ++y)
+      std::copy_n(row(y), rowElements(), out.begin() + static_cast<ptrdiff_t>(y) * rowElements());
+    return out;
+  }
+  void fill(T value) {
+    for (int y = 0; y < size_.height; ++y) std::fill_n(row(y), rowElements(), value);
+  }
+
+ private:
+  ZebiSize size_ = {0, 0};
+  int channels_ = 1;
+  ptrdiff_t elements_ = 0;  // from row to row
+  Pixels<T> pixels_;
+};
+
+// What a case is given: the region, the width of the images that it lies in and the photograph scaled to it.
 struct Scene {
   ZebiSize size;
-  Pixels<Zeb8u> photo;
+  int stride;
+  Pixels<Zeb8u> photo;  // rows without padding, for the reference
+  Image<Zeb8u> source;  // the same, for the library
 
   int count() const { return size.width * size.height; }
   template <class T>
-  int step(int channels = 1) const {
-    return size.width * channels * static_cast<int>(sizeof(T));
+  Image<T> image(int channels = 1) const {
+    return Image<T>(size, stride, channels);
   }
+  template <class T, class Compact>
+  Image<T> imageOf(const Compact& compact, int channels = 1) const {
+    Image<T> out(size, stride, channels);
+    out.set(compact);
+    return out;
+  }
+};
+
+// What a case has to move per pixel when every image is touched once.
+struct Bytes {
+  double read = 0, write = 0;
+  double update = 0;  // read and written back
+
+  double total() const { return read + write + 2 * update; }
 };
 
 // A case made ready. Its buffers live in what the functions capture.
@@ -56,8 +121,7 @@ struct Work {
   std::function<ZebStatus()> run;
   // What is wrong with a result on fresh buffers, compared with the plain reference; nothing when it is right.
   std::function<std::optional<std::string>()> check;
-  // Bytes read and written per pixel when every image is touched once.
-  double bytesPerPixel = 0;
+  Bytes bytes;
   // How many library calls one run makes.
   int callsPerRun = 1;
 };
@@ -81,12 +145,21 @@ struct Case {
   std::string name;
   Target target;
   std::function<Work(const Scene&)> prepare;
+  // Cases that bring their own content are measured at one size of their own; the photograph is then empty.
+  std::optional<ZebiSize> own = std::nullopt;
 };
 
 // Registers its cases. Families stand in the table by order.
 struct Family {
   Family(int order, std::string title, std::vector<Case> cases);
 };
+
+// A case as it stands in the table, with its family's name.
+struct Listed {
+  std::string family;
+  Case row;
+};
+std::vector<Listed> allCases();
 
 // Bit for bit; reports the first pixel that differs.
 template <class A, class B>

@@ -42,18 +42,21 @@ Work derivatives(const Scene& scene) {
   int bytes = 0;
   zebiCannyGetSize(scene.size, &bytes);
   auto scratch = std::make_shared<Pixels<Zeb8u>>(bytes);
-  auto dst = std::make_shared<Pixels<Zeb8u>>(scene.count());
+  auto dst = std::make_shared<Image<Zeb8u>>(scene.image<Zeb8u>());
+  auto dx = std::make_shared<Image<Zeb16s>>(scene.imageOf<Zeb16s>(g->dx.data));
+  auto dy = std::make_shared<Image<Zeb16s>>(scene.imageOf<Zeb16s>(g->dy.data));
   const auto call = [=, &scene](float low, float high) {
-    return zebiCanny_16s8u_C1R(g->dx.data.data(), 2 * scene.size.width, g->dy.data.data(), 2 * scene.size.width,
-                               dst->data(), scene.size.width, scene.size, low, high, scratch->data());
+    return zebiCanny_16s8u_C1R(dx->data(), dx->step(), dy->data(), dy->step(), dst->data(), dst->step(), scene.size,
+                               low, high, scratch->data());
   };
-  const Thresholds t = thresholds(scene, [&](float low, float high) { return call(low, high), *dst; });
+  const Thresholds t = thresholds(scene, [&](float low, float high) { return call(low, high), dst->compact(); });
   Work work;
-  work.bytesPerPixel = 5;
+  work.bytes = {4, 1};
   work.run = [=] { return call(t.low, t.high); };
   work.check = [=, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    return firstDifference(ref::canny(*g, t.low, t.high, ref::CannyKind::derivatives16s).data, *dst, g->dx.width);
+    return firstDifference(ref::canny(*g, t.low, t.high, ref::CannyKind::derivatives16s).data, dst->compact(),
+                           g->dx.width);
   };
   return work;
 }
@@ -62,20 +65,20 @@ Work border(const Scene& scene, int norm) {
   int bytes = 0;
   zebiCannyBorderGetSize(scene.size, zebFilterSobel, zebMskSize3x3, zeb8u, &bytes);
   auto scratch = std::make_shared<Pixels<Zeb8u>>(bytes);
-  auto dst = std::make_shared<Pixels<Zeb8u>>(scene.count());
+  auto dst = std::make_shared<Image<Zeb8u>>(scene.image<Zeb8u>());
   const auto call = [=, &scene](float low, float high) {
-    return zebiCannyBorder_8u_C1R(scene.photo.data(), scene.size.width, dst->data(), scene.size.width, scene.size,
+    return zebiCannyBorder_8u_C1R(scene.source.data(), scene.source.step(), dst->data(), dst->step(), scene.size,
                                   zebFilterSobel, zebMskSize3x3, zebBorderRepl, 0, low, high, norm, scratch->data());
   };
-  const Thresholds t = thresholds(scene, [&](float low, float high) { return call(low, high), *dst; });
+  const Thresholds t = thresholds(scene, [&](float low, float high) { return call(low, high), dst->compact(); });
   Work work;
-  work.bytesPerPixel = 2;
+  work.bytes = {1, 1};
   work.run = [=] { return call(t.low, t.high); };
   work.check = [=, &scene, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
     const auto g = sobel(picture(scene), scene.size);
     const auto kind = norm == zebNormL1 ? ref::CannyKind::borderL1 : ref::CannyKind::borderL2;
-    return firstDifference(ref::canny(g, t.low, t.high, kind).data, *dst, g.dx.width);
+    return firstDifference(ref::canny(g, t.low, t.high, kind).data, dst->compact(), g.dx.width);
   };
   return work;
 }

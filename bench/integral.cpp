@@ -20,27 +20,33 @@ ref::Plane<Zeb8u> picture(const Scene& scene, int margin = 0) {
   return p;
 }
 
+// A table has a few rows and columns more than its image.
 template <class T>
-Pixels<T> pixels(const ref::Plane<T>& plane) {
-  return Pixels<T>(plane.data.begin(), plane.data.end());
+Image<T> table(const Scene& scene, int extra) {
+  return Image<T>({scene.size.width + extra, scene.size.height + extra}, scene.stride + extra);
+}
+template <class T>
+Image<T> table(const Scene& scene, const ref::Plane<T>& plane) {
+  Image<T> out({plane.width, plane.height}, scene.stride + plane.width - scene.size.width);
+  out.set(plane.data);
+  return out;
 }
 
 struct Tables {
-  Pixels<Zeb32s> sums;
-  Pixels<Zeb64f> squares;
+  Image<Zeb32s> sums;
+  Image<Zeb64f> squares;
 };
 
 Work integral(const Scene& scene) {
-  auto sums = std::make_shared<Pixels<Zeb32s>>((scene.size.width + 1) * (scene.size.height + 1));
+  auto sums = std::make_shared<Image<Zeb32s>>(table<Zeb32s>(scene, 1));
   Work work;
-  work.bytesPerPixel = 5;
+  work.bytes = {1, 4};
   work.run = [=, &scene] {
-    return zebiIntegral_8u32s_C1R(scene.photo.data(), scene.size.width, sums->data(), 4 * (scene.size.width + 1),
-                                  scene.size, 0);
+    return zebiIntegral_8u32s_C1R(scene.source.data(), scene.source.step(), sums->data(), sums->step(), scene.size, 0);
   };
   work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    return firstDifference(ref::integral<Zeb32s>(picture(scene), 0, false).data, *sums, scene.size.width + 1);
+    return firstDifference(ref::integral<Zeb32s>(picture(scene), 0, false).data, sums->compact(), scene.size.width + 1);
   };
   return work;
 }
@@ -48,12 +54,12 @@ Work integral(const Scene& scene) {
 template <class Call>
 Work squareTables(const Scene& scene, int extra, bool tilted, Call call) {
   const int w = scene.size.width + extra, h = scene.size.height + extra;
-  auto tables = std::make_shared<Tables>(Tables{Pixels<Zeb32s>(w * h), Pixels<Zeb64f>(w * h)});
+  auto tables = std::make_shared<Tables>(Tables{table<Zeb32s>(scene, extra), table<Zeb64f>(scene, extra)});
   Work work;
-  work.bytesPerPixel = 13;
+  work.bytes = {1, 12};
   work.run = [=, &scene] {
-    return call(scene.photo.data(), scene.size.width, tables->sums.data(), 4 * w, tables->squares.data(), 8 * w,
-                scene.size, 0, 0.0);
+    return call(scene.source.data(), scene.source.step(), tables->sums.data(), tables->sums.step(),
+                tables->squares.data(), tables->squares.step(), scene.size, 0, 0.0);
   };
   work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
@@ -62,8 +68,8 @@ Work squareTables(const Scene& scene, int extra, bool tilted, Call call) {
                              : ref::integral<Zeb32s>(p, 0, false);
     const auto squares = tilted ? ref::tiltedIntegral<Zeb64f>(p, 0, true, ref::Plane<Zeb64f>(w, h), false)
                                 : ref::integral<Zeb64f>(p, 0, true);
-    if (auto bad = firstDifference(sums.data, tables->sums, w)) return bad;
-    return firstDifference(squares.data, tables->squares, w);
+    if (auto bad = firstDifference(sums.data, tables->sums.compact(), w)) return bad;
+    return firstDifference(squares.data, tables->squares.compact(), w);
   };
   return work;
 }
@@ -71,14 +77,14 @@ Work squareTables(const Scene& scene, int extra, bool tilted, Call call) {
 Work deviation(const Scene& scene) {
   const auto sums = ref::integral<Zeb32s>(picture(scene, window), 0, false);
   const auto squares = ref::integral<Zeb64f>(picture(scene, window), 0, true);
-  auto tables = std::make_shared<Tables>(Tables{pixels(sums), pixels(squares)});
-  auto dst = std::make_shared<Pixels<Zeb32f>>(scene.count());
+  auto tables = std::make_shared<Tables>(Tables{table(scene, sums), table(scene, squares)});
+  auto dst = std::make_shared<Image<Zeb32f>>(scene.image<Zeb32f>());
   const ZebiRect rect = {0, 0, window, window};
   Work work;
-  work.bytesPerPixel = 16;
-  work.run = [=, w = sums.width, &scene] {
-    return zebiRectStdDev_32s32f_C1R(tables->sums.data(), 4 * w, tables->squares.data(), 8 * w, dst->data(),
-                                     4 * scene.size.width, scene.size, rect);
+  work.bytes = {12, 4};
+  work.run = [=, &scene] {
+    return zebiRectStdDev_32s32f_C1R(tables->sums.data(), tables->sums.step(), tables->squares.data(),
+                                     tables->squares.step(), dst->data(), dst->step(), scene.size, rect);
   };
   work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
@@ -86,7 +92,7 @@ Work deviation(const Scene& scene) {
     for (int y = 0; y < want.height; ++y)
       for (int x = 0; x < want.width; ++x)
         want.at(x, y) = ref::deviation(ref::variance(false, sums, squares, x, y, rect));
-    return firstDifference(want.data, *dst, want.width);
+    return firstDifference(want.data, dst->compact(), want.width);
   };
   return work;
 }
@@ -119,33 +125,34 @@ State build(const ref::HaarStage<Zeb32f>& s) {
 // Runs stages one after the other over the same mask, which starts full.
 Work cascade(const Scene& scene, std::vector<ref::HaarStage<Zeb32f>> stages, std::vector<Zeb32f> thresholds) {
   const auto sums = ref::integral<Zeb32s>(picture(scene, window), 0, false);
-  auto table = std::make_shared<Pixels<Zeb32s>>(pixels(sums));
-  auto norm = std::make_shared<Pixels<Zeb32f>>(randomPixels<Zeb32f>(scene.count(), 5, 60, 3));
-  auto mask = std::make_shared<Pixels<Zeb8u>>(scene.count());
+  auto corners = std::make_shared<Image<Zeb32s>>(table(scene, sums));
+  const Pixels<Zeb32f> norms = randomPixels<Zeb32f>(scene.count(), 5, 60, 3);
+  auto norm = std::make_shared<Image<Zeb32f>>(scene.imageOf<Zeb32f>(norms));
+  auto mask = std::make_shared<Image<Zeb8u>>(scene.image<Zeb8u>());
   std::vector<State> states;
   for (const auto& s : stages) states.push_back(build(s));
   Work work;
-  work.bytesPerPixel = 10;
-  work.run = [=, w = sums.width, &scene] {
-    std::memset(mask->data(), 1, mask->size());
+  work.bytes = {8, 0, 1};
+  work.run = [=, &scene] {
+    mask->fill(1);
     for (size_t i = 0; i < states.size(); ++i) {
       int positive = 0;
-      if (const ZebStatus bad = zebiApplyHaarClassifier_32s32f_C1R(
-              table->data(), 4 * w, norm->data(), 4 * scene.size.width, mask->data(), scene.size.width, scene.size,
-              &positive, thresholds[i], states[i].get()))
+      if (const ZebStatus bad = zebiApplyHaarClassifier_32s32f_C1R(corners->data(), corners->step(), norm->data(),
+                                                                   norm->step(), mask->data(), mask->step(), scene.size,
+                                                                   &positive, thresholds[i], states[i].get()))
         return bad;
     }
     return ZebStatus(zebStsOk);
   };
   work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    Pixels<Zeb8u> want(mask->size(), 1);
+    Pixels<Zeb8u> want(scene.count(), 1);
     const int width = scene.size.width;
     for (size_t i = 0; i < want.size(); ++i)
       for (size_t k = 0; k < stages.size() && want[i]; ++k)
-        want[i] = ref::passes(stages[k], sums, sums, static_cast<int>(i) % width, static_cast<int>(i) / width,
-                              (*norm)[i], thresholds[k]);
-    return firstDifference(want, *mask, width);
+        want[i] = ref::passes(stages[k], sums, sums, static_cast<int>(i) % width, static_cast<int>(i) / width, norms[i],
+                              thresholds[k]);
+    return firstDifference(want, mask->compact(), width);
   };
   return work;
 }

@@ -33,7 +33,8 @@ constexpr ZebiPoint_32f onePixelOneDegree = {1.0f, 0.017453292f};
 constexpr int most = 100;
 
 Work houghLine(const Scene& scene) {
-  const auto image = std::make_shared<ref::Plane<Zeb8u>>(edges(scene));
+  const auto picture = std::make_shared<ref::Plane<Zeb8u>>(edges(scene));
+  const auto image = std::make_shared<Image<Zeb8u>>(scene.imageOf<Zeb8u>(picture->data));
   const int threshold = scene.size.width / 8;
   int size = 0;
   zebiHoughLineGetSize_8u_C1R(scene.size, onePixelOneDegree, most, &size);
@@ -41,14 +42,14 @@ Work houghLine(const Scene& scene) {
   auto lines = std::make_shared<std::vector<ZebiPoint_32f>>(most);
   auto count = std::make_shared<int>(0);
   Work work;
-  work.bytesPerPixel = 1;
+  work.bytes = {1};
   work.run = [=, &scene] {
-    return zebiHoughLine_8u32f_C1R(image->data.data(), scene.size.width, scene.size, onePixelOneDegree, threshold,
+    return zebiHoughLine_8u32f_C1R(image->data(), image->step(), scene.size, onePixelOneDegree, threshold,
                                    lines->data(), most, count.get(), scratch->data());
   };
   work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    const auto want = ref::houghLines(*image, {scene.size, onePixelOneDegree}, threshold, most);
+    const auto want = ref::houghLines(*picture, {scene.size, onePixelOneDegree}, threshold, most);
     if (static_cast<int>(want.size()) != *count) return "number of lines";
     for (size_t i = 0; i < want.size(); ++i)
       if (want[i].x != (*lines)[i].x || want[i].y != (*lines)[i].y) return "line " + std::to_string(i);
@@ -58,7 +59,8 @@ Work houghLine(const Scene& scene) {
 }
 
 Work houghProb(const Scene& scene) {
-  const auto image = std::make_shared<ref::Plane<Zeb8u>>(edges(scene));
+  const auto picture = std::make_shared<ref::Plane<Zeb8u>>(edges(scene));
+  const auto image = std::make_shared<Image<Zeb8u>>(scene.imageOf<Zeb8u>(picture->data));
   const int threshold = 50, length = 50, gap = 10, room = 5000;
   int specSize = 0, size = 0;
   zebiHoughProbLineGetSize_8u_C1R(scene.size, onePixelOneDegree, &specSize, &size);
@@ -69,16 +71,16 @@ Work houghProb(const Scene& scene) {
   auto segments = std::make_shared<std::vector<ZebiRect>>(room);
   auto count = std::make_shared<int>(0);
   Work work;
-  work.bytesPerPixel = 1;
+  work.bytes = {1};
   work.run = [=, &scene, keep = spec] {
     const ZebStatus status =
-        zebiHoughProbLine_8u32f_C1R(image->data.data(), scene.size.width, scene.size, threshold, length, gap,
-                                    segments->data(), room, count.get(), scratch->data(), tables);
+        zebiHoughProbLine_8u32f_C1R(image->data(), image->step(), scene.size, threshold, length, gap, segments->data(),
+                                    room, count.get(), scratch->data(), tables);
     return status == zebStsWarnLinesTruncated ? zebStsOk : status;
   };
   work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    const auto want = ref::houghSegments(*image, {scene.size, onePixelOneDegree}, threshold, length, gap, room);
+    const auto want = ref::houghSegments(*picture, {scene.size, onePixelOneDegree}, threshold, length, gap, room);
     if (static_cast<int>(want.segments.size()) != *count) return "number of segments";
     if (std::memcmp(want.segments.data(), segments->data(), want.segments.size() * sizeof(ZebiRect)) != 0)
       return "a segment differs";
@@ -110,12 +112,13 @@ Work findPeaks(const Scene& scene) {
   int size = 0;
   zebiFindPeaks3x3GetBufferSize_32f_C1R(w, &size);
   auto scratch = std::make_shared<Pixels<Zeb8u>>(size);
+  auto image = std::make_shared<Image<Zeb32f>>(scene.imageOf<Zeb32f>(response->data));
   auto peaks = std::make_shared<std::vector<ZebiPoint>>(room);
   auto count = std::make_shared<int>(0);
   Work work;
-  work.bytesPerPixel = 4;
+  work.bytes = {4};
   work.run = [=, &scene] {
-    return zebiFindPeaks3x3_32f_C1R(response->data.data(), 4 * w, scene.size, threshold, peaks->data(), room,
+    return zebiFindPeaks3x3_32f_C1R(image->data(), image->step(), scene.size, threshold, peaks->data(), room,
                                     count.get(), zebiNormInf, 1, scratch->data());
   };
   work.check = [=, run = work.run]() -> std::optional<std::string> {

@@ -46,23 +46,23 @@ Pixels<T> images(const Scene& scene, int channels) {
 }
 
 template <class T, class Call, class Expected>
-Work filter(const Scene& scene, int channels, double bytesPerPixel, Call call, Expected expected) {
-  auto src = std::make_shared<Pixels<T>>(images<T>(scene, channels));
-  auto dst = std::make_shared<Pixels<T>>(src->size());
+Work filter(const Scene& scene, int channels, Bytes bytes, Call call, Expected expected) {
+  const Pixels<T> pixels = images<T>(scene, channels);
+  auto src = std::make_shared<Image<T>>(scene.imageOf<T>(pixels, channels));
+  auto dst = std::make_shared<Image<T>>(scene.image<T>(channels));
   Work work;
-  work.bytesPerPixel = bytesPerPixel;
-  const int step = scene.step<T>(channels);
+  work.bytes = bytes;
   const ZebiSize size = scene.size;
-  work.run = [=] { return call(src->data(), step, dst->data(), step, size); };
+  work.run = [=] { return call(src->data(), src->step(), dst->data(), dst->step(), size); };
   work.check = [=]() -> std::optional<std::string> {
     // Every pixel of a strip along the top edge.
     const ZebiSize strip{size.width, size.height < 40 ? size.height : 40};
-    Pixels<T> actual(static_cast<size_t>(size.width) * channels * strip.height);
-    if (auto bad = failure(call(src->data(), step, actual.data(), step, strip))) return bad;
+    Image<T> actual(strip, strip.width, channels);
+    if (auto bad = failure(call(src->data(), src->step(), actual.data(), actual.step(), strip))) return bad;
     ref::Plane<T> plane(strip.width, strip.height, channels);
-    std::copy(src->begin(), src->begin() + static_cast<ptrdiff_t>(plane.data.size()), plane.data.begin());
+    std::copy(pixels.begin(), pixels.begin() + static_cast<ptrdiff_t>(plane.data.size()), plane.data.begin());
     const ref::Plane<T> wanted = expected(ref::Region<T>{&plane, 0, 0, strip.width, strip.height});
-    return firstDifference(wanted.data, actual, strip.width * channels);
+    return firstDifference(wanted.data, actual.compact(), strip.width * channels);
   };
   return work;
 }
@@ -82,7 +82,7 @@ Work erode(const Scene& scene, int channels, const ref::Element& e, decltype(&ze
   auto* spec = reinterpret_cast<ZebiMorphState*>(memory->state.data());
   init(scene.size.width, e.mask.data(), mask, spec, memory->buffer.data());
   return filter<T>(
-      scene, channels, 2.0 * channels * sizeof(T),
+      scene, channels, {1.0 * channels * sizeof(T), 1.0 * channels * sizeof(T)},
       [=](const T* src, int srcStep, T* dst, int dstStep, ZebiSize size) {
         return function(src, srcStep, dst, dstStep, size, zebBorderRepl, T(0), spec, memory->buffer.data());
       },
@@ -114,7 +114,7 @@ Work compound(const Scene& scene, decltype(&zebiMorphOpenBorder_8u_C1R) function
   auto* adv = reinterpret_cast<ZebiMorphAdvState*>(memory->state.data());
   zebiMorphAdvInit_8u_C1R(adv, scene.size, e.mask.data(), mask, {e.anchorX, e.anchorY});
   return filter<Zeb8u>(
-      scene, 1, opening ? 4 : 5,
+      scene, 1, {1, 1},
       [=](const Zeb8u* src, int srcStep, Zeb8u* dst, int dstStep, ZebiSize size) {
         return function(src, srcStep, dst, dstStep, size, zebBorderRepl, 0, adv, memory->buffer.data());
       },
@@ -142,7 +142,7 @@ Work grayDilate(const Scene& scene) {
   auto* state = reinterpret_cast<ZebiMorphGrayState*>(memory->state.data());
   zebiMorphGrayInit_8u_C1R(state, scene.size, weights.data(), {5, 5}, {2, 2});
   return filter<Zeb8u>(
-      scene, 1, 2,
+      scene, 1, {1, 1},
       [state, memory](const Zeb8u* src, int srcStep, Zeb8u* dst, int dstStep, ZebiSize size) {
         return zebiGrayDilateBorder_8u_C1R(src, srcStep, dst, dstStep, size, zebBorderRepl, state);
       },

@@ -29,7 +29,7 @@ template <class T>
 Work resize(const Scene& scene, Resize<T> call, ZebStatus (*query)(int, ZebDataType, int, int*), int channels,
             bool down) {
   struct State {
-    Pixels<T> src, dst;
+    Image<T> src, dst;
     Pixels<Zeb8u> scratch;
   };
   const ZebiSize in = scene.size;
@@ -37,26 +37,26 @@ Work resize(const Scene& scene, Resize<T> call, ZebStatus (*query)(int, ZebDataT
   int bytes = 0;
   query(in.width, sizeof(T) == 4 ? zeb32f : zeb8u, channels, &bytes);
   const ref::Plane<T> plane = photograph<T>(scene, channels);
-  auto state = std::make_shared<State>(State{Pixels<T>(plane.data.begin(), plane.data.end()),
-                                             Pixels<T>(static_cast<size_t>(out.width) * out.height * channels),
+  auto state = std::make_shared<State>(State{scene.imageOf<T>(plane.data, channels),
+                                             Image<T>(out, down ? (scene.stride + 1) / 2 : 2 * scene.stride, channels),
                                              Pixels<Zeb8u>(bytes)});
   const int size = static_cast<int>(sizeof(T)) * channels;
   Work work;
-  work.bytesPerPixel = down ? 1.25 * size : 5.0 * size;
+  work.bytes = {1.0 * size, (down ? 0.25 : 4.0) * size};
   work.run = [=] {
-    return call(state->src.data(), in.width * size, state->dst.data(), out.width * size, in, state->scratch.data());
+    return call(state->src.data(), state->src.step(), state->dst.data(), state->dst.step(), in, state->scratch.data());
   };
   work.check = [=]() -> std::optional<std::string> {
     if (auto bad = failure(work.run())) return bad;
     const ref::Plane<T> wanted = down ? ref::halved(plane) : ref::doubled(plane);
-    return firstDifference(wanted.data, state->dst, out.width * channels);
+    return firstDifference(wanted.data, state->dst.compact(), out.width * channels);
   };
   return work;
 }
 
 Work layerDown(const Scene& scene) {
   struct State {
-    Pixels<Zeb8u> dst;
+    Image<Zeb8u> dst;
     ZebiPyramidDownState* layer = nullptr;
     ~State() { zebiPyramidLayerDownFree_8u_C1R(layer); }
   };
@@ -66,20 +66,21 @@ Work layerDown(const Scene& scene) {
   zebiGetPyramidDownROI(in, &out, 1.5f);
   auto state = std::make_shared<State>();
   zebiPyramidLayerDownInitAlloc_8u_C1R(&state->layer, in, 1.5f, kernel.data(), 5, zebInterLinear);
-  state->dst.resize(static_cast<size_t>(out.width) * out.height);
-  auto photo = std::make_shared<Pixels<Zeb8u>>(scene.photo);
+  state->dst = Image<Zeb8u>(out, out.width + (scene.stride - in.width) * 2 / 3);
   Work work;
-  work.bytesPerPixel = 1 + 1 / 2.25;
-  work.run = [=] {
-    return zebiPyramidLayerDown_8u_C1R(photo->data(), in.width, in, state->dst.data(), out.width, out, state->layer);
+  work.bytes = {1, 1 / 2.25};
+  work.run = [=, &scene] {
+    return zebiPyramidLayerDown_8u_C1R(scene.source.data(), scene.source.step(), in, state->dst.data(),
+                                       state->dst.step(), out, state->layer);
   };
-  work.check = [=]() -> std::optional<std::string> {
+  work.check = [=, &scene]() -> std::optional<std::string> {
     if (auto bad = failure(work.run())) return bad;
     ref::Plane<double> exact(in.width, in.height);
-    std::copy(photo->begin(), photo->end(), exact.data.begin());
+    std::copy(scene.photo.begin(), scene.photo.end(), exact.data.begin());
     exact = ref::layerRead(ref::layerSmoothed(exact, ref::layerWeights(kernel, 13)), out.width, out.height, 1.5);
+    const Pixels<Zeb8u> actual = state->dst.compact();
     for (size_t i = 0; i < exact.data.size(); ++i)
-      if (std::fabs(exact.data[i] - state->dst[i]) > 0.51) return "off by more than rounding at " + std::to_string(i);
+      if (std::fabs(exact.data[i] - actual[i]) > 0.51) return "off by more than rounding at " + std::to_string(i);
     return std::nullopt;
   };
   return work;
@@ -91,7 +92,7 @@ Work flow(const Scene& scene) {
   struct State {
     ZebiPyramid* pyramids[2] = {};
     ZebiOptFlowPyrLKState* tracker = nullptr;
-    Pixels<Zeb8u> images[2][levels];
+    Image<Zeb8u> images[2][levels];
     std::vector<ZebiPoint_32f> prev, next;
     std::vector<Zeb8s> status;
     std::vector<Zeb32f> error;
@@ -108,31 +109,32 @@ Work flow(const Scene& scene) {
   for (int side : {0, 1}) {
     zebiPyramidInitAlloc(&state->pyramids[side], levels - 1, size, 2.0f);
     auto& images = state->images[side];
-    images[0].resize(scene.photo.size());
+    images[0] = scene.image<Zeb8u>();
     for (int y = 0; y < size.height; ++y)
       for (int x = 0; x < size.width; ++x)
-        images[0][y * size.width + x] = scene.photo[std::clamp(y - side * moveY, 0, size.height - 1) * size.width +
-                                                    std::clamp(x - side * moveX, 0, size.width - 1)];
+        images[0].row(y)[x] = scene.photo[std::clamp(y - side * moveY, 0, size.height - 1) * size.width +
+                                          std::clamp(x - side * moveX, 0, size.width - 1)];
     const ZebiPyramid& pyramid = *state->pyramids[side];
     for (int l = 0; l <= pyramid.level; ++l) {
       const ZebiSize roi = pyramid.pRoi[l];
-      images[l].resize(static_cast<size_t>(roi.width) * roi.height);
-      pyramid.pImage[l] = images[l].data();
-      pyramid.pStep[l] = roi.width;
-      if (l > 0)
-        zebiPyrDown_Gauss5x5_8u_C1R(images[l - 1].data(), pyramid.pRoi[l - 1].width, images[l].data(), roi.width,
+      if (l > 0) {
+        images[l] = Image<Zeb8u>(roi, (scene.stride + (1 << l) - 1) >> l);
+        zebiPyrDown_Gauss5x5_8u_C1R(images[l - 1].data(), images[l - 1].step(), images[l].data(), images[l].step(),
                                     pyramid.pRoi[l - 1], scratch.data());
+      }
+      pyramid.pImage[l] = images[l].data();
+      pyramid.pStep[l] = images[l].step();
     }
   }
   zebiOpticalFlowPyrLKInitAlloc_8u_C1R(&state->tracker, size, window, 0);
+  const int margin = std::min(40, size.height / 4);
   for (int i = 0; i < 1000; ++i)
-    state->prev.push_back({40.0f + static_cast<float>(i % 40 * (size.width - 80)) / 39,
-                           40.0f + static_cast<float>(i / 40 * (size.height - 80)) / 24});
+    state->prev.push_back({static_cast<float>(margin) + static_cast<float>(i % 40 * (size.width - 2 * margin)) / 39,
+                           static_cast<float>(margin) + static_cast<float>(i / 40 * (size.height - 2 * margin)) / 24});
   state->next = state->prev;
   state->status.resize(1000);
   state->error.resize(1000);
   Work work;
-  work.bytesPerPixel = 0;
   work.run = [=] {
     state->next = state->prev;
     return zebiOpticalFlowPyrLK_8u_C1R(state->pyramids[0], state->pyramids[1], state->prev.data(), state->next.data(),
@@ -152,22 +154,24 @@ Work flow(const Scene& scene) {
 }
 
 Work history(const Scene& scene) {
-  auto silhouette = std::make_shared<Pixels<Zeb8u>>(randomPixels<Zeb8u>(scene.count(), 0, 1, 7));
-  auto times = std::make_shared<Pixels<Zeb32f>>(scene.count());
+  const Pixels<Zeb8u> moved = randomPixels<Zeb8u>(scene.count(), 0, 1, 7);
+  auto silhouette = std::make_shared<Image<Zeb8u>>(scene.imageOf<Zeb8u>(moved));
+  auto times = std::make_shared<Image<Zeb32f>>(scene.image<Zeb32f>());
   const ZebiSize size = scene.size;
   Work work;
-  work.bytesPerPixel = 9;
+  work.bytes = {1, 0, 4};
   work.run = [=] {
-    return zebiUpdateMotionHistory_8u32f_C1IR(silhouette->data(), size.width, times->data(), size.width * 4, size,
-                                              10.0f, 3.0f);
+    return zebiUpdateMotionHistory_8u32f_C1IR(silhouette->data(), silhouette->step(), times->data(), times->step(),
+                                              size, 10.0f, 3.0f);
   };
   work.check = [=]() -> std::optional<std::string> {
     ref::Plane<Zeb32f> before(size.width, size.height);
-    for (size_t i = 0; i < before.data.size(); ++i) before.data[i] = (*times)[i] = static_cast<float>(i % 12);
+    for (size_t i = 0; i < before.data.size(); ++i) before.data[i] = static_cast<float>(i % 12);
+    times->set(before.data);
     ref::Plane<Zeb8u> mask(size.width, size.height);
-    std::copy(silhouette->begin(), silhouette->end(), mask.data.begin());
+    std::copy(moved.begin(), moved.end(), mask.data.begin());
     if (auto bad = failure(work.run())) return bad;
-    return firstDifference(ref::motionHistory(mask, before, 10.0f, 3.0f).data, *times, size.width);
+    return firstDifference(ref::motionHistory(mask, before, 10.0f, 3.0f).data, times->compact(), size.width);
   };
   return work;
 }

@@ -30,20 +30,21 @@ Work reconstruct(const Scene& scene) {
   ref::Plane<Zeb8u> photo(scene.size.width, scene.size.height);
   std::copy(scene.photo.begin(), scene.photo.end(), photo.data.begin());
   const auto opened = rank(rank(photo, 3, false), 3, true);
-  auto marker = std::make_shared<Pixels<Zeb8u>>(scene.count());
+  const Image<Zeb8u> start = scene.imageOf<Zeb8u>(opened.data);
+  auto marker = std::make_shared<Image<Zeb8u>>(start);
   int size = 0;
   zebiMorphReconstructGetBufferSize_8u_C1(scene.size, &size);
   auto scratch = std::make_shared<Pixels<Zeb8u>>(size);
   Work work;
-  work.bytesPerPixel = 6;  // the copy of the marker and one pass
+  work.bytes = {2, 1, 1};  // the copy of the marker and one pass
   work.run = [=, &scene] {
-    std::memcpy(marker->data(), opened.data.data(), marker->size());
-    return zebiMorphReconstructDilate_8u_C1IR(scene.photo.data(), scene.size.width, marker->data(), scene.size.width,
+    for (int y = 0; y < scene.size.height; ++y) std::memcpy(marker->row(y), start.row(y), scene.size.width);
+    return zebiMorphReconstructDilate_8u_C1IR(scene.source.data(), scene.source.step(), marker->data(), marker->step(),
                                               scene.size, scratch->data(), zebiNormInf);
   };
   work.check = [=, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    return firstDifference(ref::reconstruct(photo, opened, true, true).data, *marker, photo.width);
+    return firstDifference(ref::reconstruct(photo, opened, true, true).data, marker->compact(), photo.width);
   };
   return work;
 }

@@ -49,17 +49,18 @@ ref::Plane<T> plane(const Pixels<T>& pixels, ZebiSize size) {
 template <class T, class Sum, class W>
 Work chamfer(const Scene& scene, int mask, std::vector<W> weights,
              ZebStatus (*transform)(const Zeb8u*, int, T*, int, ZebiSize, const W*)) {
-  auto src = std::make_shared<Pixels<Zeb8u>>(marked(edges(scene), 0, 255));
-  auto dst = std::make_shared<Pixels<T>>(scene.count());
+  const Pixels<Zeb8u> pixels = marked(edges(scene), 0, 255);
+  auto src = std::make_shared<Image<Zeb8u>>(scene.imageOf<Zeb8u>(pixels));
+  auto dst = std::make_shared<Image<T>>(scene.image<T>());
   Work work;
-  work.bytesPerPixel = 1 + 3 * sizeof(T);
+  work.bytes = {1, 1.0 * sizeof(T)};
   work.run = [=, size = scene.size] {
-    return transform(src->data(), size.width, dst->data(), size.width * static_cast<int>(sizeof(T)), size,
-                     weights.data());
+    return transform(src->data(), src->step(), dst->data(), dst->step(), size, weights.data());
   };
   work.check = [=, size = scene.size, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    return firstDifference(ref::chamfer<T, Sum>(plane(*src, size), mask, weights.data()).data, *dst, size.width);
+    return firstDifference(ref::chamfer<T, Sum>(plane(pixels, size), mask, weights.data()).data, dst->compact(),
+                           size.width);
   };
   return work;
 }
@@ -88,20 +89,20 @@ std::vector<Zeb32f> nearestZero(const Pixels<Zeb8u>& src, ZebiSize size) {
 }
 
 Work exact(const Scene& scene, Pixels<Zeb8u> image) {
-  auto src = std::make_shared<Pixels<Zeb8u>>(std::move(image));
-  auto dst = std::make_shared<Pixels<Zeb32f>>(scene.count());
+  auto src = std::make_shared<Image<Zeb8u>>(scene.imageOf<Zeb8u>(image));
+  auto dst = std::make_shared<Image<Zeb32f>>(scene.image<Zeb32f>());
   int bytes = 0;
   zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(scene.size, &bytes);
   auto buffer = std::make_shared<Pixels<Zeb8u>>(bytes);
   Work work;
-  work.bytesPerPixel = 1 + 3 * 4;
+  work.bytes = {1, 4};
   work.run = [=, size = scene.size] {
-    return zebiTrueDistanceTransform_8u32f_C1R(src->data(), size.width, dst->data(), 4 * size.width, size,
+    return zebiTrueDistanceTransform_8u32f_C1R(src->data(), src->step(), dst->data(), dst->step(), size,
                                                buffer->data());
   };
   work.check = [=, size = scene.size, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    return firstDifference(nearestZero(*src, size), *dst, size.width);
+    return firstDifference(nearestZero(image, size), dst->compact(), size.width);
   };
   return work;
 }
@@ -109,11 +110,10 @@ Work exact(const Scene& scene, Pixels<Zeb8u> image) {
 Work exactEdges(const Scene& scene) {
   return exact(scene, marked(edges(scene), 0, 255));
 }
-// A feature in every 251st pixel of every 97th row.
+// A feature in every 251st pixel of every 97th row, from (25, 48) on.
 Work exactSparse(const Scene& scene) {
   std::vector<bool> zero(scene.count());
-  for (int i = 0; i < scene.count(); ++i)
-    zero[i] = i % scene.size.width % 251 == 125 && i / scene.size.width % 97 == 48;
+  for (int i = 0; i < scene.count(); ++i) zero[i] = i % scene.size.width % 251 == 25 && i / scene.size.width % 97 == 48;
   return exact(scene, marked(zero, 0, 255));
 }
 
@@ -136,21 +136,21 @@ Pixels<Zeb8u> shapes(const Scene& scene) {
 
 Work marching(const Scene& scene) {
   constexpr Zeb32f radius = 10;
-  auto src = std::make_shared<Pixels<Zeb8u>>(shapes(scene));
-  auto dst = std::make_shared<Pixels<Zeb32f>>(scene.count());
+  const Pixels<Zeb8u> pixels = shapes(scene);
+  auto src = std::make_shared<Image<Zeb8u>>(scene.imageOf<Zeb8u>(pixels));
+  auto dst = std::make_shared<Image<Zeb32f>>(scene.image<Zeb32f>());
   int bytes = 0;
   zebiFastMarchingGetBufferSize_8u32f_C1R(scene.size, &bytes);
   auto buffer = std::make_shared<Pixels<Zeb8u>>(bytes);
   Work work;
-  work.bytesPerPixel = 1 + 4;
+  work.bytes = {1, 4};
   work.run = [=, size = scene.size] {
-    return zebiFastMarching_8u32f_C1R(src->data(), size.width, dst->data(), 4 * size.width, size, radius,
-                                      buffer->data());
+    return zebiFastMarching_8u32f_C1R(src->data(), src->step(), dst->data(), dst->step(), size, radius, buffer->data());
   };
   work.check = [=, size = scene.size, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
-    const auto object = plane(*src, size);
-    ref::Marching m{plane(*dst, size), &object, radius};
+    const auto object = plane(pixels, size);
+    ref::Marching m{plane(dst->compact(), size), &object, radius};
     for (int y = 0; y < size.height; ++y)
       for (int x = 0; x < size.width; ++x) {
         Zeb32f& v = m.value.at(x, y);
@@ -179,30 +179,31 @@ Work plainFill(const Scene& scene, bool diagonal, Pixels<Zeb8u> picture, PlainFi
   int bytes = 0;
   zebiFloodFillGetSize(scene.size, &bytes);
   struct State {
-    Pixels<Zeb8u> image, buffer;
+    Image<Zeb8u> image;
+    Pixels<Zeb8u> buffer;
     Zeb8u next = 100;
     ZebiConnectedComp region = {};
   };
   auto state = std::make_shared<State>();
-  state->image = picture;
+  state->image = scene.imageOf<Zeb8u>(picture);
   state->buffer.resize(bytes);
   Work work;
-  work.bytesPerPixel = 2;
+  work.bytes = {0, 0, 1};
   work.run = [=, size = scene.size] {
     const ZebStatus status =
-        fill(state->image.data(), size.width, size, seed, state->next, &state->region, state->buffer.data());
+        fill(state->image.data(), state->image.step(), size, seed, state->next, &state->region, state->buffer.data());
     state->next = static_cast<Zeb8u>(100 - state->next);
     return status;
   };
   work.check = [=, size = scene.size, run = work.run]() -> std::optional<std::string> {
-    state->image = picture;
+    state->image.set(picture);
     state->next = 100;
     if (auto bad = failure(run())) return bad;
     auto expected = plane(picture, size);
     const auto want = ref::fill<Zeb8u>(expected, {seed.x, seed.y}, diagonal, {100},
                                        [&](int, int, int x, int y) { return picture[y * size.width + x] == 0; });
     if (!ref::sameComp(want, state->region)) return "the record differs";
-    return firstDifference(expected.data, state->image, size.width);
+    return firstDifference(expected.data, state->image.compact(), size.width);
   };
   return work;
 }
@@ -211,23 +212,24 @@ Work plainFill(const Scene& scene, bool diagonal, Pixels<Zeb8u> picture, PlainFi
 Work gradientFill(const Scene& scene) {
   const int w = scene.size.width, h = scene.size.height;
   Pixels<Zeb8u> ramp(scene.count());
-  for (int i = 0; i < scene.count(); ++i) ramp[i] = static_cast<Zeb8u>(254LL * (i % w + i / w) / (w + h));
+  for (int i = 0; i < scene.count(); ++i) ramp[i] = static_cast<Zeb8u>(254LL * (i % w + i / w) / std::max(w + h, 254));
   int bytes = 0;
   zebiFloodFillGetSize_Grad(scene.size, &bytes);
   auto buffer = std::make_shared<Pixels<Zeb8u>>(bytes);
-  auto image = std::make_shared<Pixels<Zeb8u>>(ramp);
+  const Image<Zeb8u> start = scene.imageOf<Zeb8u>(ramp);
+  auto image = std::make_shared<Image<Zeb8u>>(start);
   auto region = std::make_shared<ZebiConnectedComp>();
   Work work;
-  work.bytesPerPixel = 5;
+  work.bytes = {1, 1, 1};
   work.run = [=, size = scene.size] {
-    std::copy(ramp.begin(), ramp.end(), image->begin());
-    return zebiFloodFill_Grad4Con_8u_C1IR(image->data(), size.width, size, {w / 2, h / 3}, 255, 1, 1, region.get(),
+    for (int y = 0; y < size.height; ++y) std::memcpy(image->row(y), start.row(y), size.width);
+    return zebiFloodFill_Grad4Con_8u_C1IR(image->data(), image->step(), size, {w / 2, h / 3}, 255, 1, 1, region.get(),
                                           buffer->data());
   };
   work.check = [=, size = scene.size, run = work.run]() -> std::optional<std::string> {
     if (auto bad = failure(run())) return bad;
     if (region->area != static_cast<double>(size.width) * size.height) return "the area differs";
-    return firstDifference(Pixels<Zeb8u>(ramp.size(), 255), *image, size.width);
+    return firstDifference(Pixels<Zeb8u>(scene.count(), 255), image->compact(), size.width);
   };
   return work;
 }

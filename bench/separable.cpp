@@ -7,8 +7,6 @@
 #include <memory>
 
 #include "bench.h"
-#include "reference/canny.h"
-#include "services/derivatives.h"
 
 namespace {
 
@@ -43,7 +41,7 @@ class Driver {
     for (size_t i = 0; i < pointers_.size(); ++i) pointers_[i] = ring_.data() + i * stride_;
   }
 
-  ZebStatus operator()(const S* src, D* dst) {
+  ZebStatus operator()(const Image<S>& src, Image<D>& dst) {
     const int above = (taps_ - 1) / 2;
     ZebStatus status = zebStsOk;
     int filled = 0, next = -above;  // rows in the ring; the source row that comes next
@@ -57,15 +55,13 @@ class Driver {
           count = std::min(count, size_.height - next);
         }
         const int row = std::clamp(next, 0, size_.height - 1);
-        status |= filter_.rows(src + static_cast<ptrdiff_t>(row) * size_.width, size_.width * sizeof(S),
-                               pointers_.data() + filled, {size_.width, count}, filter_.kernel.data(), taps_,
-                               scratch_.data());
+        status |= filter_.rows(src.row(row), src.step(), pointers_.data() + filled, {size_.width, count},
+                               filter_.kernel.data(), taps_, scratch_.data());
         filled += count;
         next += count;
       }
-      status |=
-          filter_.columns(const_cast<const Row**>(pointers_.data()), dst + static_cast<ptrdiff_t>(y) * size_.width,
-                          size_.width * sizeof(D), {size_.width, lines}, filter_.kernel.data(), taps_, scratch_.data());
+      status |= filter_.columns(const_cast<const Row**>(pointers_.data()), dst.row(y), dst.step(), {size_.width, lines},
+                                filter_.kernel.data(), taps_, scratch_.data());
       std::rotate(pointers_.begin(), pointers_.begin() + lines, pointers_.end());
       filled -= lines;
       y += lines;
@@ -86,25 +82,24 @@ class Driver {
 template <class S, class Row, class D, class K>
 Work separable(const Scene& scene, const Separable<S, Row, D, K>& filter) {
   struct State {
-    Pixels<S> src;
-    Pixels<D> dst;
+    Image<S> src;
+    Image<D> dst;
     Driver<S, Row, D, K> driver;
   };
-  auto state = std::make_shared<State>(
-      State{Pixels<S>(scene.photo.begin(), scene.photo.end()), Pixels<D>(scene.count()), {filter, scene.size}});
+  auto state = std::make_shared<State>(State{scene.imageOf<S>(scene.photo), scene.image<D>(), {filter, scene.size}});
   Work work;
-  work.bytesPerPixel = sizeof(S) + sizeof(D);
-  work.run = [=] { return state->driver(state->src.data(), state->dst.data()); };
+  work.bytes = {1.0 * sizeof(S), 1.0 * sizeof(D)};
+  work.run = [=] { return state->driver(state->src, state->dst); };
   work.check = [=, size = scene.size]() -> std::optional<std::string> {
     const int taps = static_cast<int>(filter.kernel.size()), above = (taps - 1) / 2;
     ref::Plane<S> bordered(size.width, size.height + taps - 1);
     for (int y = 0; y < bordered.height; ++y)
-      std::copy_n(state->src.begin() + static_cast<ptrdiff_t>(std::clamp(y - above, 0, size.height - 1)) * size.width,
-                  size.width, bordered.data.begin() + static_cast<ptrdiff_t>(y) * size.width);
+      std::copy_n(state->src.row(std::clamp(y - above, 0, size.height - 1)), size.width,
+                  bordered.data.begin() + static_cast<ptrdiff_t>(y) * size.width);
     const auto rows = ref::filterRows<Row, S, K>(bordered, 0, size.width, filter.kernel, above, zebBorderRepl, {}, 1);
     const auto wanted = ref::filterColumns<D, Row, K>(rows, filter.kernel, filter.divisor);
     if (auto bad = failure(work.run())) return bad;
-    return firstDifference(Pixels<D>(wanted.data.begin(), wanted.data.end()), state->dst, size.width);
+    return firstDifference(Pixels<D>(wanted.data.begin(), wanted.data.end()), state->dst.compact(), size.width);
   };
   return work;
 }
@@ -139,40 +134,9 @@ Work floats(const Scene& scene, std::vector<Zeb32f> kernel) {
        }});
 }
 
-// The derivative to the right of every pixel, or both.
-Work sobelRows(const Scene& scene, bool both) {
-  struct State {
-    Pixels<Zeb16s> dx, dy;
-    Pixels<Zeb8u> scratch;
-  };
-  auto state = std::make_shared<State>(State{Pixels<Zeb16s>(scene.count()), Pixels<Zeb16s>(scene.count()),
-                                             Pixels<Zeb8u>(static_cast<size_t>(sobelScratchBytes(scene.size.width)))});
-  Work work;
-  work.bytesPerPixel = both ? 5 : 3;
-  work.run = [=, &scene] {
-    sobel(scene.photo.data(), scene.step<Zeb8u>(), state->dx.data(), both ? state->dy.data() : nullptr,
-          scene.step<Zeb16s>(), scene.size, state->scratch.data());
-    return zebStsOk;
-  };
-  work.check = [=, run = work.run, &scene]() -> std::optional<std::string> {
-    ref::Plane<Zeb8u> photo(scene.size.width, scene.size.height);
-    std::copy(scene.photo.begin(), scene.photo.end(), photo.data.begin());
-    const auto wanted = ref::gradient<Zeb8u, Zeb16s>(ref::bordered<Zeb8u>(photo, 0, 0, scene.size, zebBorderRepl, 0),
-                                                     scene.size, zebFilterSobel, 3);
-    run();
-    if (auto bad = firstDifference(wanted.dx.data, state->dx, scene.size.width)) return bad;
-    return both ? firstDifference(wanted.dy.data, state->dy, scene.size.width) : std::nullopt;
-  };
-  return work;
-}
-
 const Family family(30, "Separable filters",
                     {
                         {"row 8u16s + column 16s8u, 5 taps", timesMemcpy(8), bytes5},
-                        {"horizontal Sobel 3 x 3, 8u to 16s, replicated border (internal)", timesMemcpy(3.6),
-                         [](const Scene& scene) { return sobelRows(scene, false); }},
-                        {"both Sobel derivatives 3 x 3, 8u to 16s, replicated border (internal)", noTarget(),
-                         [](const Scene& scene) { return sobelRows(scene, true); }},
                         {"row + column 32f, 5 taps", timesMemcpy(12),
                          [](const Scene& scene) {
                            return floats(scene, {0.06f, 0.25f, 0.38f, 0.25f, 0.06f});
