@@ -100,14 +100,14 @@ inline bool needsGuard(const Zeb16s* kernel, int count, int divisor) {
   return weight * 32768 >= INT32_MAX - 64;
 }
 
-// The same for unsigned sums. Negative values out of the conversion's range become the most negative integer, and 0.
+// The same for unsigned sums, kept within the conversion's range at both ends: negative divisors give 0.
 class ReciprocalUnsigned {
  public:
   explicit ReciprocalUnsigned(int divisor) : factor_(1.0f / static_cast<Zeb32f>(divisor)) {}
 
   template <Rounding rounding>
   ZEB_INLINE V32s operator()(V32s sum) const {
-    return convert<rounding>(min(toFloatUnsigned(sum) * splat(factor_), splat(65535.0f)));
+    return convert<rounding>(max(min(toFloatUnsigned(sum) * splat(factor_), splat(65535.0f)), splat(-1.0f)));
   }
   template <Rounding rounding>
   ZEB_INLINE Zeb16u one(unsigned sum) const {
