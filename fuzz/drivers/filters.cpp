@@ -16,6 +16,7 @@ struct Kernel {
   Kernel(Choice& c, bool positiveDivisor) : taps(c.oneIn(4) ? c.within(1, 40) : c.within(1, 9)) {
     Random random = c.random();
     values = test::randomKernel<K>(taps, c.within(0, 3), random);
+    for (const K v : values) c.look(v);
     divisor = test::randomDivisor(positiveDivisor, random);
     if (c.oneIn(8)) divisor = c.within(positiveDivisor ? 1 : INT32_MIN, INT32_MAX);
     if (divisor == 0) divisor = 1;

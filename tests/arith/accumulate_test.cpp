@@ -2,7 +2,6 @@
 
 #include "support/compare.h"
 #include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -203,24 +202,6 @@ TEST(FastArctan, Checks) {
       .with<3>(0, zebStsErrSize)
       .with<3>(-7, zebStsErrSize)
       .check();
-}
-
-TEST(Accumulate, OldCallersStacks) {
-  Random random;
-  const Image<Zeb8u> src(45, 2, 1, {}, Content::noise, random), mask(45, 2, 1, {}, Content::runs, random);
-  Image<Zeb32f> acc(45, 2, 1, {}, Content::noise, random), fresh(acc.plane(), {});
-  const Zeb32f alpha = 0.25f;
-  ASSERT_EQ(zebiAddWeighted_8u32f_C1IMR(src.pixels(), src.step(), mask.pixels(), mask.step(), fresh.pixels(),
-                                        fresh.step(), fresh.size(), alpha),
-            zebStsOk);
-  const auto before = acc.plane();
-  for (int shift : {0, 4, 8, 12}) {
-    acc.set(before);
-    ASSERT_EQ(callMisaligned(shift, zebiAddWeighted_8u32f_C1IMR, src.pixels(), src.step(), mask.pixels(), mask.step(),
-                             acc.pixels(), acc.step(), acc.size(), alpha),
-              zebStsOk);
-    EXPECT_TRUE(agree("zebiAddWeighted_8u32f_C1IMR", acc, fresh.plane())) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

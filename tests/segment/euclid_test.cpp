@@ -3,7 +3,6 @@
 #include "segment/features.h"
 #include "support/compare.h"
 #include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -85,20 +84,6 @@ TEST(Euclid, Checks) {
       .hostile<4>()
       .multiple<3>(4)
       .check();
-}
-
-TEST(Euclid, OldCallersStacks) {
-  Random random;
-  const auto picture = features(Features::sparse, {70, 20}, random);
-  const Image<Zeb8u> src(picture, {});
-  Image<Zeb32f> dst(70, 20, 1, {});
-  const test::Scratch scratch(bufferSize(src.size()));
-  for (int shift : {0, 4, 8, 12}) {
-    ASSERT_EQ(callMisaligned(shift, zebiTrueDistanceTransform_8u32f_C1R, src.pixels(), src.step(), dst.pixels(),
-                             dst.step(), dst.size(), scratch.get()),
-              zebStsOk);
-    EXPECT_TRUE(agree(name, dst, ref::euclid(picture))) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

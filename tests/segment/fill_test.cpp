@@ -3,7 +3,6 @@
 #include "segment/shapes.h"
 #include "support/compare.h"
 #include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -164,24 +163,6 @@ TEST(Fill, Checks) {
   CHECK_ALL(32f_C1);
   CHECK_ALL(32f_C3);
   CHECK_PLAIN(32s_C1);
-}
-
-TEST(Fill, OldCallersStacks) {
-  Random random;
-  const auto picture = pictureOf<Zeb32f>(shaped(Shape::dense, 40, 9, random), 1);
-  Image<Zeb32f> expected(picture, {});
-  const Scratch scratch(bufferSize(Kind::gradient, expected.size()));
-  ZebiConnectedComp comp;
-  ASSERT_EQ(zebiFloodFill_Grad8Con_32f_C1IR(expected.pixels(), expected.step(), expected.size(), {3, 3}, 7.0f, 1.0f,
-                                            1.0f, &comp, scratch.get()),
-            zebStsOk);
-  for (int shift : {0, 4, 8, 12}) {
-    Image<Zeb32f> image(picture, {});
-    ASSERT_EQ(callMisaligned(shift, zebiFloodFill_Grad8Con_32f_C1IR, image.pixels(), image.step(), image.size(),
-                             ZebiPoint{3, 3}, 7.0f, 1.0f, 1.0f, &comp, scratch.get()),
-              zebStsOk);
-    EXPECT_TRUE(agree("zebiFloodFill_Grad8Con_32f_C1IR", image, expected.plane())) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

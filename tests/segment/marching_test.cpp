@@ -3,7 +3,6 @@
 
 #include "segment/features.h"
 #include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -102,23 +101,6 @@ TEST(FastMarching, Checks) {
       .with<5>(-1.0f, zebStsErrBadArgument)
       .with<5>(-1e-40f, zebStsErrBadArgument)
       .check();
-}
-
-TEST(FastMarching, OldCallersStacks) {
-  Random random;
-  const auto picture = features(Features::blobs, {70, 20}, random);
-  const Image<Zeb8u> src(picture, {});
-  Image<Zeb32f> first(70, 20, 1, {}), dst(70, 20, 1, {});
-  const test::Scratch scratch(bufferSize(src.size()));
-  ASSERT_EQ(zebiFastMarching_8u32f_C1R(src.pixels(), src.step(), first.pixels(), first.step(), first.size(), 5,
-                                       scratch.get()),
-            zebStsOk);
-  for (int shift : {0, 4, 8, 12}) {
-    ASSERT_EQ(callMisaligned(shift, zebiFastMarching_8u32f_C1R, src.pixels(), src.step(), dst.pixels(), dst.step(),
-                             dst.size(), 5.0f, scratch.get()),
-              zebStsOk);
-    EXPECT_TRUE(agree(name, dst, first.plane())) << "stack shift " << shift;
-  }
 }
 
 }  // namespace
