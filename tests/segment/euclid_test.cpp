@@ -2,7 +2,6 @@
 #include "reference/distance.h"
 #include "segment/features.h"
 #include "support/compare.h"
-#include "support/contract.h"
 
 namespace {
 
@@ -68,22 +67,6 @@ TEST(Euclid, BufferSizes) {
   EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({1, 89478484}, &bytes), zebStsErrOverflow);
   EXPECT_EQ(bytes, -1);
   EXPECT_EQ(bufferSize({89478480, 1}), 2147483576);
-}
-
-TEST(Euclid, Checks) {
-  constexpr int w = 9, h = 4;
-  const Image<Zeb8u> src(Plane<Zeb8u>(w, h, 1, 1), {});
-  Image<Zeb32f> dst(w, h, 1, {Place::back, 8, 0});
-  const test::Scratch scratch(bufferSize({w, h}));
-  Contract(NAMED(zebiTrueDistanceTransform_8u32f_C1R), src.pixels(), src.step(), dst.pixels(), dst.step(),
-           ZebiSize{w, h}, scratch.get())
-      .nulls<0, 2, 5>()
-      .sizes<4>()
-      .step<1>(w)
-      .step<3>(4 * w, 4)
-      .hostile<4>()
-      .multiple<3>(4)
-      .check();
 }
 
 }  // namespace
