@@ -166,7 +166,7 @@ class Function : public Named {
   template <class... V>
   ZebStatus operator()(Choice& c, V... values) const {
     const std::tuple<A...> arguments(static_cast<A>(plain(values))...);
-    if (c.oneIn(8)) refuse(c, arguments, std::index_sequence_for<A...>(), values...);
+    if (c.oneIn(c.fixed() ? 3 : 8)) refuse(c, arguments, std::index_sequence_for<A...>(), values...);
     return perform(c, arguments);
   }
   // The same, with a result of zebStsOk.
