@@ -133,6 +133,10 @@ ZebStatus Named::call(const void* function, const std::vector<uint32_t>& words, 
   constexpr unsigned silent = invalidOperation | divisionByZero | overflow;
   require(!ordinary || !(outcome.exceptions & silent) || mayRaise(name_),
           std::string(name_) + " raised the floating-point exceptions " + std::to_string(outcome.exceptions));
+#ifdef FUZZ_STACK_LIMIT
+  require(outcome.depth < FUZZ_STACK_LIMIT,
+          std::string(name_) + " took " + std::to_string(outcome.depth) + " bytes of stack");
+#endif
   if (outcome.depth > watch().deepest.first) watch().deepest = {outcome.depth, name_};
   if (watch().noting) watch().calls[name_].shifts.insert(shift);
   return outcome.result;
