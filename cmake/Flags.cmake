@@ -1,13 +1,18 @@
-# Flags of everything that is built here: 32-bit x86, AVX2 and FMA, SSE scalar arithmetic, no contraction.
+# Flags of everything that is built here: 32-bit x86 with SSE2, SSE scalar arithmetic, no contraction.
 #
-# -mstackrealign: old callers keep the stack aligned to 4 bytes only.
+# Old callers keep the stack aligned to 4 bytes only. -mstackrealign is not enough: gcc lets spilled vectors stand
+# unaligned in some functions, clang reads neighbouring arguments as an aligned vector.
 # -fno-strict-aliasing: scratch and state memory comes as bytes and is carved into typed arrays.
-add_compile_options(-m32 -mavx2 -mfma -mfpmath=sse -ffp-contract=off)
+add_compile_options(-m32 -msse2 -mfpmath=sse -ffp-contract=off)
 add_link_options(-m32)
 set(ZEBCV_WARNINGS -Wall -Wextra -Werror)
-set(ZEBCV_LIBRARY_OPTIONS
-    ${ZEBCV_WARNINGS} -mtune=haswell -mstackrealign -fno-math-errno -fno-strict-aliasing -fvisibility=hidden -fPIC
+# What runs before or while the processor is looked at is built for any processor, the kernels for AVX2 and FMA.
+set(ZEBCV_FRAME_OPTIONS
+    ${ZEBCV_WARNINGS} -mtune=haswell -fno-math-errno -fno-strict-aliasing -fvisibility=hidden -fPIC
+    $<IF:$<CXX_COMPILER_ID:GNU>,-mincoming-stack-boundary=2,-mstack-alignment=4>
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics;-fvisibility-inlines-hidden>)
+set(ZEBCV_VECTORS -mavx2 -mfma)
+set(ZEBCV_LIBRARY_OPTIONS ${ZEBCV_FRAME_OPTIONS} ${ZEBCV_VECTORS})
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # Callers' pixels need no element alignment, so a loop must never be peeled up to a vector boundary.
   list(APPEND ZEBCV_LIBRARY_OPTIONS --param=vect-max-peeling-for-alignment=0)

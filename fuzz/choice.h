@@ -56,12 +56,30 @@ class Choice {
   // A value of any bits, or one at an end of its type.
   template <class T>
   T value() {
+    T v;
     if (coin()) {
       Random r = random();
-      return test::extremeValue<T>(r);
+      v = test::extremeValue<T>(r);
+    } else {
+      v = raw<T>();
     }
-    return raw<T>();
+    look(v);
+    return v;
   }
+
+  // All floats so far were 0 or of a magnitude whose products and sums neither overflow nor vanish; look() is for those
+  // that were not made here.
+  bool ordinary() const { return ordinary_; }
+  template <class T>
+  void look(T v) {
+    if constexpr (std::is_floating_point_v<T>) {
+      const double size = std::fabs(static_cast<double>(v));
+      if (size != 0 && !(size > 1e-6 && size < 1e6)) ordinary_ = false;
+    }
+  }
+
+  // How far past a multiple of 16 the stack of the next call stands. It takes nothing from the input.
+  size_t shift() const { return 4 * static_cast<size_t>(Choice(*this).within(0, 3)); }
 
   // A generator of its own for bulk content.
   Random random() { return Random(static_cast<uint64_t>(within(0, 65535))); }
@@ -69,37 +87,24 @@ class Choice {
   // Content of any kind: the kinds of the tests, mostly zeros, or the bytes of the input as they are.
   template <class T>
   ref::Plane<T> plane(int width, int height, int channels = 1) {
-    ref::Plane<T> p(width, height, channels);
-    const int kind = within(0, 10);
-    Random r = random();
-    if (kind < 8) {
-      test::fillPlane(p, test::allContents[kind], r);
-    } else if (kind == 8) {
-      for (T& v : p.data)
-        if (r.within(0, 9) == 0) v = test::noiseValue<T>(r);
-    } else if (kind == 9) {
-      for (T& v : p.data) v = static_cast<T>(r.within(0, 3));
-    } else {
-      for (T& v : p.data) v = raw<T>();
-    }
-    return p;
+    return looked(anything<T>(width, height, channels));
   }
 
   // The same with 1 in place of values that are not numbers, and of infinities where only finite ones are wanted.
   template <class T>
   ref::Plane<T> ordered(int width, int height, int channels = 1) {
-    ref::Plane<T> p = plane<T>(width, height, channels);
+    ref::Plane<T> p = anything<T>(width, height, channels);
     for (T& v : p.data)
       if (v != v) v = T(1);
-    return p;
+    return looked(std::move(p));
   }
   template <class T>
   ref::Plane<T> finite(int width, int height, int channels = 1) {
-    ref::Plane<T> p = plane<T>(width, height, channels);
+    ref::Plane<T> p = anything<T>(width, height, channels);
     if constexpr (std::is_floating_point_v<T>)
       for (T& v : p.data)
         if (!std::isfinite(v)) v = T(1);
-    return p;
+    return looked(std::move(p));
   }
 
   template <class T>
@@ -120,6 +125,30 @@ class Choice {
 
  private:
   template <class T>
+  ref::Plane<T> anything(int width, int height, int channels) {
+    ref::Plane<T> p(width, height, channels);
+    const int kind = within(0, 10);
+    Random r = random();
+    if (kind < 8) {
+      test::fillPlane(p, test::allContents[kind], r);
+    } else if (kind == 8) {
+      for (T& v : p.data)
+        if (r.within(0, 9) == 0) v = test::noiseValue<T>(r);
+    } else if (kind == 9) {
+      for (T& v : p.data) v = static_cast<T>(r.within(0, 3));
+    } else {
+      for (T& v : p.data) v = raw<T>();
+    }
+    return p;
+  }
+  template <class T>
+  ref::Plane<T> looked(ref::Plane<T> plane) {
+    if constexpr (std::is_floating_point_v<T>)
+      for (const T v : plane.data) look(v);
+    return plane;
+  }
+
+  template <class T>
   T raw() {
     T v;
     Zeb8u bytes[sizeof(T)];
@@ -133,6 +162,7 @@ class Choice {
   size_t left_ = 0;
   Random random_;
   std::optional<ZebiSize> size_;
+  bool ordinary_ = true;
 };
 
 }  // namespace fuzz

@@ -1,4 +1,6 @@
 // Every exported function at every small size, without memory, and without a known cache.
+#include <thread>
+
 #include "support/zebcore_double.h"
 #include "target.h"
 
@@ -44,6 +46,11 @@ TEST_F(EveryFunction, AtAllSmallSizes) {
   for (const char* name : entries)
     if (watch().calls[name].sizes.size() != size_t(largest * largest)) missing += std::string(" ") + name;
   EXPECT_EQ(missing, "") << "not called at all sizes: write a driver, see fuzz/README.md";
+  for (const char* name : entries)
+    if (strcmp(name, "zebcvGetLibVersion") != 0) {
+      EXPECT_EQ(watch().calls[name].shifts.size(), 4u) << name << " was not called on all stacks";
+    }
+  printf("most stack: %zu bytes, %s\n", watch().deepest.first, watch().deepest.second);
   for (const Target& target : targets()) EXPECT_EQ(watch().calls.count(target.name), 1u) << target.name;
 }
 
@@ -69,6 +76,19 @@ TEST_P(EveryFunctionOf, AtEveryWidth) {
   }
 }
 INSTANTIATE_TEST_SUITE_P(, EveryFunctionOf, testing::ValuesIn(groups()), [](const auto& info) { return info.param; });
+
+// Every function in several threads at once, each starting with another: what one thread finds right all must.
+TEST_F(EveryFunction, FromSeveralThreads) {
+  constexpr size_t threads = 4;
+  const size_t count = targets().size();
+  std::vector<std::thread> pool;
+  for (size_t t = 0; t < threads; ++t)
+    pool.emplace_back([=] {
+      for (size_t k = 0; k < 2 * count; ++k)
+        drive(targets()[(t * count / threads + k) % count], {static_cast<int>(20 + t), 13}, k);
+    });
+  for (auto& thread : pool) thread.join();
+}
 
 // Functions that allocate say so in their names, but for stages of cascades and layers up, whose texts say so.
 bool mayAllocate(const std::string& name) {

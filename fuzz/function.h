@@ -5,16 +5,14 @@
 //
 // Before some of the valid calls the function is called with one argument spoiled: a null pointer, a size without an
 // area or too wide for its steps, a step or count below 1, or what orElse() says. Such a call must return an error and
-// leave every guarded byte and every output as it was. Valid calls are noted (see Watch), must leave the control words
-// of the floating-point units as they were and, on demand, are made again and again with one allocation after the other
-// failing.
+// leave every guarded byte and every output as it was. Valid calls are noted (see Watch) and, on demand, made again and
+// again with one allocation after the other failing. Every call is made at its worst, see caller.h.
 #pragma once
-
-#include <immintrin.h>
 
 #include <tuple>
 #include <type_traits>
 
+#include "caller.h"
 #include "support/compare.h"
 #include "support/zebcore_double.h"
 #include "target.h"
@@ -35,15 +33,16 @@ Kept<T> keep(T value) {
   return {value};
 }
 
-// An argument with a value that must be refused.
+// An argument with a value that must be refused, with this status where one is given.
 template <class T, class B>
 struct Spoilable {
   T value;
   B bad;
+  ZebStatus want;
 };
 template <class T, class B>
-Spoilable<T, B> orElse(T value, B bad) {
-  return {value, bad};
+Spoilable<T, B> orElse(T value, B bad, ZebStatus want = 0) {
+  return {value, bad, want};
 }
 
 template <class T>
@@ -59,47 +58,78 @@ T plain(Spoilable<T, B> argument) {
   return argument.value;
 }
 
-// The modes of both floating-point units, without their exception flags.
-inline uint32_t controlWords() {
-  unsigned short x87;
-  __asm__ volatile("fnstcw %0" : "=m"(x87));
-  return (_mm_getcsr() & ~0x3Fu) << 16 | x87;
-}
+// Set once all families answer for the identifiers of their states.
+constexpr bool statesCarryIdentifiers = false;
 
-// One argument, and what spoils it.
+// A record that the library builds: one that only it can look into, or a pyramid.
+template <class T, class = void>
+struct IsState : std::is_class<T> {};
+template <class T>
+struct IsState<T, std::void_t<decltype(sizeof(T))>> : std::is_same<std::remove_const_t<T>, ZebiPyramid> {};
+
+// The order of the checks. Two faults at once are answered as the earlier one is alone; those that share a place, and
+// those of no place, are not held against each other.
+enum class Check { null, size, step, evenStep, own, state, anywhere };
+
+// One argument, and what spoils it: another value, or another identifier in the state that it points to.
 struct Fault {
   const char* label;
   void* argument;
   size_t size;
   Zeb8u bad[sizeof(ZebiRect)];
+  Check check;
+  ZebStatus want;  // the error that it must give; 0: any
 };
+
+// Readable memory, of zeros or of 0xFF throughout, as large as any state.
+const void* worthless(Zeb8u byte);
 
 // The arguments of one call without their types: the faults that may be planted, the single values that it may write.
 class Probe {
  public:
   template <class T>
-  void fault(const char* label, T& argument, const T& bad) {
+  void fault(const char* label, T& argument, const T& bad, Check check, ZebStatus want) {
     static_assert(sizeof(T) <= sizeof(Fault::bad), "arguments are small");
-    Fault f = {label, &argument, sizeof(T), {}};
+    Fault f = {label, &argument, sizeof(T), {}, check, want};
     memcpy(f.bad, &bad, sizeof(T));
     faults_.push_back(f);
+  }
+  // A state that was never built, or one of another kind.
+  template <class T>
+  void faultOfState(T*& state) {
+    for (const Zeb8u byte : {0x00, 0xFF})
+      fault(byte ? "a state full of ones" : "a zeroed state", state,
+            static_cast<T*>(const_cast<void*>(worthless(byte))), Check::state, zebStsErrContextMatch);
+    if (uint32_t* const word = identifier(state))
+      fault("a state of another kind", *word, *word ^ 0x00010000, Check::state, zebStsErrContextMatch);
   }
   void output(const void* at, size_t size) {
     const auto* bytes = static_cast<const Zeb8u*>(at);
     outputs_.push_back({bytes, {bytes, bytes + size}});
   }
 
-  // Plants one of the faults and returns its label; null when there is none.
-  const char* plant(Choice& c) const;
+  // Plants one of the faults, often with a second one of another argument, which is chosen without drawing from the
+  // input; false when there is none. Takes them out again.
+  bool plant(const std::string& name, Choice& c);
+  void repair();
+  // What is planted, and the error that it must give; 0: any.
+  std::string planted() const;
+  ZebStatus want() const;
   // No guarded byte and no output has changed since the outputs were told.
   bool nothingWritten() const;
 
  private:
+  // The word of a state that tells its kind; null when there is none.
+  static uint32_t* identifier(const void* state);
+
   struct Output {
     const Zeb8u* at;
     std::vector<Zeb8u> before;
   };
+  static void exchange(Fault& fault);
+
   std::vector<Fault> faults_;
+  std::vector<Fault*> planted_;
   std::vector<Output> outputs_;
   const uint64_t digest_ = test::GuardedBytes::digestOfAll();
 };
@@ -111,8 +141,12 @@ class Named {
   const char* name() const { return name_; }
 
  protected:
+  // As the name says; 0 where a row may be shorter than the region.
+  int channels() const;
+  // Makes a call and looks at what it left behind.
+  ZebStatus call(const void* function, const std::vector<uint32_t>& words, size_t shift, bool ordinary) const;
   void expect(ZebStatus want, ZebStatus got, const char* what) const;
-  void expectRefusal(const Probe& probe, ZebStatus status, const char* label) const;
+  void expectRefusal(const Probe& probe, ZebStatus status, const std::string& label, ZebStatus want = 0) const;
   // A valid call has ended well: notes it, showing the size of the region or not.
   void note(bool showsSize, int allocations) const;
   bool failsAllocations() const;
@@ -132,8 +166,8 @@ class Function : public Named {
   template <class... V>
   ZebStatus operator()(Choice& c, V... values) const {
     const std::tuple<A...> arguments(static_cast<A>(plain(values))...);
-    if (c.oneIn(8)) refuse(c, arguments, std::index_sequence_for<A...>(), values...);
-    return perform(arguments);
+    if (c.oneIn(c.fixed() ? 3 : 8)) refuse(c, arguments, std::index_sequence_for<A...>(), values...);
+    return perform(c, arguments);
   }
   // The same, with a result of zebStsOk.
   template <class... V>
@@ -147,7 +181,7 @@ class Function : public Named {
     const std::tuple<A...> arguments(static_cast<A>(values)...);
     Probe probe;
     std::apply([&](const A&... a) { (addOutput(probe, a), ...); }, arguments);
-    const ZebStatus status = std::apply(function_, arguments);
+    const ZebStatus status = invoke(arguments, 4);
     expectRefusal(probe, status, "its size");
     expect(want, status, "the call");
     if (watch().noting) note(std::apply([](const A&... a) { return showsSize(a...); }, arguments), 0);
@@ -169,41 +203,74 @@ class Function : public Named {
     }
   }
 
+  // A step comes before the size of its image.
+  template <size_t I>
+  static constexpr bool sizeFollows() {
+    if constexpr (I + 1 >= sizeof...(A)) {
+      return false;
+    } else {
+      return std::is_same_v<std::tuple_element_t<I + 1, Arguments>, ZebiSize> || sizeFollows<I + 1>();
+    }
+  }
+
+  // The elements in a row of the image whose step argument I is.
+  template <size_t I>
+  int rowOf(const Arguments& a) const {
+    if constexpr (std::is_same_v<std::tuple_element_t<I, Arguments>, ZebiSize>) {
+      return std::get<I>(a).width * channels();
+    } else {
+      return rowOf<I + 1>(a);
+    }
+  }
+
   static int belowOne(Choice& c) {
     const bool negative = c.coin();
     return negative ? -c.within(1, INT32_MAX) : 0;
   }
   template <size_t I, class T>
-  static void addFaults(Probe&, Choice&, bool&, Arguments&, Kept<T>) {}
+  void addFaults(Probe&, Choice&, bool, bool&, Arguments&, Kept<T>) const {}
   template <size_t I, class T, class B>
-  static void addFaults(Probe& probe, Choice&, bool&, Arguments& a, Spoilable<T, B> v) {
+  void addFaults(Probe& probe, Choice&, bool, bool&, Arguments& a, Spoilable<T, B> v) const {
     using P = std::tuple_element_t<I, Arguments>;
-    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad));
+    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad), Check::own, v.want);
   }
   template <size_t I, class V>
-  static void addFaults(Probe& probe, Choice& c, bool& stepped, Arguments& a, V) {
+  void addFaults(Probe& probe, Choice& c, [[maybe_unused]] bool builds, bool& stepped, Arguments& a, V) const {
     using P = std::tuple_element_t<I, Arguments>;
     P& argument = std::get<I>(a);
     if constexpr (std::is_pointer_v<P>) {
-      probe.fault<P>("null", argument, nullptr);
+      probe.fault<P>("null", argument, nullptr, Check::null, zebStsErrNullPointer);
+      if constexpr (statesCarryIdentifiers && IsState<std::remove_pointer_t<P>>::value)
+        if (!builds) probe.faultOfState(argument);
     } else if constexpr (std::is_same_v<P, ZebiSize>) {
       const int bad = belowOne(c);
-      probe.fault<P>("a width", argument, {bad, argument.height});
-      probe.fault<P>("a height", argument, {argument.width, bad});
-      if (stepped) probe.fault<P>("a huge width", argument, {c.within(1 << 28, INT32_MAX), argument.height});
+      probe.fault<P>("a width", argument, {bad, argument.height}, Check::size, zebStsErrSize);
+      probe.fault<P>("a height", argument, {argument.width, bad}, Check::size, zebStsErrSize);
+      const int huge = stepped ? c.within(1 << 28, INT32_MAX) : 0;
+      if (stepped) probe.fault<P>("a huge width", argument, {huge, argument.height}, Check::step, zebStsErrStep);
+    } else if constexpr (followsPixels<I>() && sizeFollows<I>()) {
+      stepped = true;
+      probe.fault<P>("a step", argument, belowOne(c), Check::step, zebStsErrStep);
+      constexpr int element = sizeof(std::remove_pointer_t<std::tuple_element_t<I - 1, Arguments>>);
+      if (argument == rowOf<I>(a) * element)
+        probe.fault<P>("a step too small by an element", argument, argument - element, Check::step, zebStsErrStep);
+      if (element > 1) probe.fault<P>("an uneven step", argument, argument + 1, Check::evenStep, zebStsErrNotEvenStep);
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
-      stepped = stepped || I > 0;
-      probe.fault<P>("a step or count", argument, belowOne(c));
+      probe.fault<P>("a count", argument, belowOne(c), Check::anywhere, 0);
     }
   }
 
   template <size_t... I, class... V>
   void refuse(Choice& c, Arguments arguments, std::index_sequence<I...>, V... values) const {
     Probe probe;
+    const bool builds = strstr(name(), "Init");
     bool stepped = false;
     (addOutput(probe, std::get<I>(arguments)), ...);
-    (addFaults<I>(probe, c, stepped, arguments, values), ...);
-    if (const char* label = probe.plant(c)) expectRefusal(probe, std::apply(function_, arguments), label);
+    (addFaults<I>(probe, c, builds, stepped, arguments, values), ...);
+    if (!probe.plant(name(), c)) return;
+    const ZebStatus status = invoke(arguments, c.shift());
+    if (status < 0) probe.repair();
+    expectRefusal(probe, status, probe.planted(), probe.want());
   }
 
   // The single value that an output argument points to.
@@ -219,7 +286,24 @@ class Function : public Named {
 
   // ---- Valid calls ----
 
-  ZebStatus perform(const Arguments& arguments) const {
+  // Arguments are whole words; small ones are widened.
+  template <class T>
+  static void push(std::vector<uint32_t>& words, T value) {
+    if constexpr (sizeof(T) < sizeof(uint32_t)) {
+      words.push_back(static_cast<uint32_t>(static_cast<int32_t>(value)));
+    } else {
+      static_assert(sizeof(T) % sizeof(uint32_t) == 0, "arguments are whole words");
+      words.resize(words.size() + sizeof(T) / sizeof(uint32_t));
+      memcpy(words.data() + words.size() - sizeof(T) / sizeof(uint32_t), &value, sizeof(T));
+    }
+  }
+  ZebStatus invoke(const Arguments& arguments, size_t shift, bool ordinary = false) const {
+    std::vector<uint32_t> words;
+    std::apply([&](const A&... a) { (push(words, a), ...); }, arguments);
+    return call(reinterpret_cast<const void*>(function_), words, shift, ordinary);
+  }
+
+  ZebStatus perform(const Choice& c, const Arguments& arguments) const {
     auto& core = test::zebcore();
     if (failsAllocations()) {
       for (int k = 0;; ++k) {
@@ -227,14 +311,12 @@ class Function : public Named {
         std::apply([&](const A&... a) { (addOutput(probe, a), ...); }, arguments);
         const int live = core.liveBlocks;
         core.failMallocAt = k;
-        const ZebStatus status = std::apply(function_, arguments);
+        const ZebStatus status = invoke(arguments, c.shift());
         if (!allocationRefused(probe, status, live)) return status;
       }
     }
-    const uint32_t modes = controlWords();
     const int allocations = core.mallocCalls;
-    const ZebStatus status = std::apply(function_, arguments);
-    require(modes == controlWords(), std::string(name()) + " changed a floating-point mode");
+    const ZebStatus status = invoke(arguments, c.shift(), c.ordinary());
     if (watch().noting && status >= 0)
       note(std::apply([](const A&... a) { return showsSize(a...); }, arguments), core.mallocCalls - allocations);
     return status;

@@ -16,7 +16,7 @@ std::vector<Target>& list() {
   return all;
 }
 
-const char* running = "nothing";
+thread_local const char* running = "nothing";
 
 uint32_t rank(const char* name, uint32_t key) {
   uint32_t hash = 0x811C9DC5u ^ key * 0x9E3779B1u;
@@ -60,7 +60,7 @@ void require(const testing::AssertionResult& result, const std::string& what) {
 }
 
 Watch& watch() {
-  static Watch w;
+  thread_local Watch w;
   return w;
 }
 

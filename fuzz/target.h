@@ -48,13 +48,15 @@ struct Calls {
   std::set<std::pair<int, int>> sizes;  // of the regions
   int mostAllocations = 0;
   int refusedAllocations = 0;  // allocations that were made to fail
+  std::set<size_t> shifts;     // of the stack
 };
 
-// How calls are watched. Without a size nothing is noted.
+// How the calls of a thread are watched. Without a size nothing is noted.
 struct Watch {
   bool noting = false;
   ZebiSize size = {0, 0};
   bool failAllocations = false;
+  std::pair<size_t, const char*> deepest = {0, ""};  // stack taken by a call, and its function
   std::map<std::string, Calls> calls;
 };
 Watch& watch();

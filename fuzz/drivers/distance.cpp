@@ -82,7 +82,7 @@ void chamfer(Choice& c, Function<const Zeb8u*, int, T*, int, ZebiSize, const W*>
   const Image<Zeb8u> src = picture(c, size);
   const Image<T> dst = c.empty<T>(size);
   const Metrics<W> m(c);
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(m.values, m.bad));
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(m.values, m.bad, zebStsErrMetric));
   require(agree(f.name(), dst, wanted<T>(src.plane(), mask, m.values)), src.describe());
   require(src.intact(), "wrote into the source");
 }
@@ -92,7 +92,7 @@ void chamferInPlace(Choice& c, Function<Zeb8u*, int, ZebiSize, const Zeb32s*> f,
   const Image<Zeb8u> image = picture(c, size);
   const auto before = image.plane();
   const Metrics<Zeb32s> m(c);
-  f.ok(c, image.pixels(), image.step(), size, orElse(m.values, m.bad));
+  f.ok(c, image.pixels(), image.step(), size, orElse(m.values, m.bad, zebStsErrMetric));
   require(agree(f.name(), image, wanted<Zeb8u>(before, mask, m.values)), image.describe());
 }
 
@@ -134,7 +134,8 @@ void marching(Choice& c) {
   const Scratch scratch = scratchFor(c, FUNCTION(zebiFastMarchingGetBufferSize_8u32f_C1R), size);
   Zeb32f radius = c.oneIn(4) ? c.value<Zeb32f>() : c.oneIn(4) ? static_cast<Zeb32f>(c.within(0, 9)) : c.real(0, 20);
   if (radius < 0) radius = -radius;
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(radius, -1e-40f), scratch.get());
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(radius, -1e-40f, zebStsErrBadArgument),
+       scratch.get());
   const Zeb32f counted = std::isnan(radius) ? 0 : radius;
   require(test::agreesWithMarching(dst.plane(), src.plane(), counted),
           "radius " + std::to_string(radius) + ", " + src.describe());

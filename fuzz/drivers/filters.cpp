@@ -16,13 +16,14 @@ struct Kernel {
   Kernel(Choice& c, bool positiveDivisor) : taps(c.oneIn(4) ? c.within(1, 40) : c.within(1, 9)) {
     Random random = c.random();
     values = test::randomKernel<K>(taps, c.within(0, 3), random);
+    for (const K v : values) c.look(v);
     divisor = test::randomDivisor(positiveDivisor, random);
     if (c.oneIn(8)) divisor = c.within(positiveDivisor ? 1 : INT32_MIN, INT32_MAX);
     if (divisor == 0) divisor = 1;
   }
   Scratch scratch(Choice& c, const Query& query, ZebiSize size) const {
     int bytes = 0;
-    query.ok(c, size, orElse(taps, 0), &bytes);
+    query.ok(c, size, orElse(taps, 0, zebStsErrSize), &bytes);
     return c.scratch(bytes);
   }
   std::string describe() const { return std::to_string(taps) + " taps, divisor " + std::to_string(divisor); }
@@ -53,7 +54,8 @@ void rows(Choice& c, const Query& query, const F& f, bool low) {
     const int badTypes[] = {zebBorderWrap, zebBorderMirror, zebBorderMirrorR, 5, 7, -1};
     const int badAnchor = c.coin() ? -1 : kernel.taps, badType = c.oneOf(badTypes);
     f.ok(c, src.pixels(originX), src.step(), pointers.get(), size, kernel.values.data(), kernel.taps,
-         orElse(anchor, badAnchor), orElse(type, badType), value, orElse(divisor, 0)..., scratch.get());
+         orElse(anchor, badAnchor, zebStsErrAnchor), orElse(type, badType, zebStsErrBadArgument), value,
+         orElse(divisor, 0, zebStsErrBadArgument)..., scratch.get());
   };
   const auto callWithValue = [&](auto... divisor) {
     if constexpr (channels == 1) {
@@ -82,7 +84,7 @@ void columns(Choice& c, const Query& query, const F& f, bool low) {
   const auto want = ref::filterColumns<D>(src.plane(), kernel.values, kernel.divisor, low);
   const auto call = [&](auto... divisor) {
     f.ok(c, const_cast<const S**>(pointers.get()), dst.pixels(), dst.step(), size, kernel.values.data(), kernel.taps,
-         orElse(divisor, 0)..., scratch.get());
+         orElse(divisor, 0, zebStsErrBadArgument)..., scratch.get());
   };
   if constexpr (std::is_floating_point_v<S>) {
     call();

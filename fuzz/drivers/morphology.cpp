@@ -134,8 +134,8 @@ void bordered(Choice& c, const Function<int, ZebiSize, int*, int*>& query,
   init.ok(c, stateWidth, e.mask.data(), maskSize, stateIn<ZebiMorphState>(spec), buffer.get());
   const Image<T> dst = destination<T>(c, size, channels, packed);
   const auto want = resultIn(dst, ref::extremum(s.region, e, lowest), packed);
-  f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size, orElse(s.around.border, badBorder(c)), T(7),
-       stateIn<ZebiMorphState>(spec), buffer.get());
+  f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size,
+       orElse(s.around.border, badBorder(c), zebStsErrBorder), T(7), stateIn<ZebiMorphState>(spec), buffer.get());
   check(f.name(), dst, want, s.plane, Infinities::orLargest, e, s.describe());
   require(spec.intact() && buffer.intact() && s.src.intact(), "wrote outside");
 }
@@ -166,13 +166,15 @@ void owning(Choice& c, const Function<int, const Zeb8u*, ZebiSize, int*>& query,
   int bytes = 0;
   query.ok(c, stateWidth, e.mask.data(), maskSize, &bytes);
   const Scratch memory = c.scratch(bytes);
-  init.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e)), stateIn<ZebiMorphState>(memory));
+  init.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor),
+          stateIn<ZebiMorphState>(memory));
   ZebiMorphState* allocated = nullptr;
-  initAlloc.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e)), &allocated);
+  initAlloc.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor), &allocated);
   const Image<T> dst = c.empty<T>(size, channels), again = c.empty<T>(size, channels);
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(zebBorderRepl, badBorder(c)),
-       stateIn<ZebiMorphState>(memory));
-  f.ok(c, src.pixels(), src.step(), again.pixels(), again.step(), size, orElse(zebBorderRepl, badBorder(c)), allocated);
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
+       orElse(zebBorderRepl, badBorder(c), zebStsErrBadArgument), stateIn<ZebiMorphState>(memory));
+  f.ok(c, src.pixels(), src.step(), again.pixels(), again.step(), size,
+       orElse(zebBorderRepl, badBorder(c), zebStsErrBadArgument), allocated);
   FUNCTION(zebiMorphologyFree).ok(c, allocated);
   const Plane<T> plane = src.plane();
   const auto want = ref::extremum(ref::Region<T>{&plane, 0, 0, size.width, size.height}, e, lowest);
@@ -207,14 +209,15 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   int specSize = 0, bufferSize = 0;
   query.ok(c, stateSize, maskSize, &specSize, &bufferSize);
   const Scratch spec = c.scratch(specSize), buffer = c.scratch(bufferSize);
-  init.ok(c, stateIn<ZebiMorphAdvState>(spec), stateSize, e.mask.data(), maskSize, orElse(anchor, outside(c, e)));
+  init.ok(c, stateIn<ZebiMorphAdvState>(spec), stateSize, e.mask.data(), maskSize,
+          orElse(anchor, outside(c, e), zebStsErrAnchor));
   ZebiMorphAdvState* allocated = nullptr;
-  initAlloc.ok(c, &allocated, stateSize, e.mask.data(), maskSize, orElse(anchor, outside(c, e)));
+  initAlloc.ok(c, &allocated, stateSize, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor));
   const Image<T> dst = destination<T>(c, size, channels, packed);
   const auto want = resultIn(dst, ref::compound(operation, s.region, e), packed);
   const ZebiMorphAdvState* state = c.coin() ? stateIn<ZebiMorphAdvState>(spec) : allocated;
-  f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size, orElse(s.around.border, badBorder(c)), T(3), state,
-       buffer.get());
+  f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size,
+       orElse(s.around.border, badBorder(c), zebStsErrBorder), T(3), state, buffer.get());
   FUNCTION(zebiMorphAdvFree).ok(c, allocated);
   check(f.name(), dst, want, s.plane, Infinities::open, e, s.describe());
   require(spec.intact() && buffer.intact() && s.src.intact(), "wrote outside");
@@ -272,11 +275,13 @@ void gray(Choice& c, const Function<ZebiSize, const W*, ZebiSize, int*>& query,
   int bytes = 0;
   query.ok(c, stateSize, weights.data(), maskSize, &bytes);
   const Scratch memory = c.scratch(bytes);
-  init.ok(c, stateIn<ZebiMorphGrayState>(memory), stateSize, weights.data(), maskSize, orElse(anchor, outside(c, e)));
+  init.ok(c, stateIn<ZebiMorphGrayState>(memory), stateSize, weights.data(), maskSize,
+          orElse(anchor, outside(c, e), zebStsErrAnchor));
   ZebiMorphGrayState* allocated = nullptr;
-  initAlloc.ok(c, &allocated, stateSize, weights.data(), maskSize, orElse(anchor, outside(c, e)));
+  initAlloc.ok(c, &allocated, stateSize, weights.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor));
   const ZebiMorphGrayState* state = c.coin() ? stateIn<ZebiMorphGrayState>(memory) : allocated;
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(zebBorderRepl, badBorder(c)), state);
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
+       orElse(zebBorderRepl, badBorder(c), zebStsErrBadArgument), state);
   release.ok(c, allocated);
   const Plane<T> plane = src.plane();
   check(f.name(), dst, ref::grayMorphology<T, W>(plane, weights, maskSize, anchor, dilate), plane, Infinities::exact, e,
@@ -307,7 +312,7 @@ void reconstruct(Choice& c, ZebDataType type, const Function<ZebiSize, int*>& qu
   const Scratch buffer = c.scratch(bytes);
   const auto want = ref::reconstruct(mask.plane(), marker.plane(), dilate, eight);
   f.ok(c, mask.pixels(), mask.step(), marker.pixels(), marker.step(), size, buffer.get(),
-       orElse(eight ? zebiNormInf : zebiNormL1, c.coin() ? 2 : -1));
+       orElse(eight ? zebiNormInf : zebiNormL1, c.coin() ? 2 : -1, zebStsErrBadArgument));
   require(agree(marker.plane(), want, alike<T>), std::string(f.name()) + ", " + mask.describe());
   require(marker.intact() && mask.intact() && buffer.intact(), "wrote outside");
 }

@@ -55,41 +55,6 @@ TEST(Integral, LongRows) {
   EXPECT_TRUE(agree("squares", wrappedSquares, ref::integral<Zeb32s>(src.plane(), -7, true)));
 }
 
-template <class S>
-void plainContract(const char* name, int extra, ZebStatus (*function)(const Zeb8u*, int, S*, int, ZebiSize, S)) {
-  const Image<Zeb8u> src(9, 3, 1, {});
-  Image<S> dst(9 + extra, 3 + extra, 1, {});
-  Contract c(name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{9, 3}, S(0));
-  c.template nulls<0, 2>().template sizes<4>().template step<1>(9).template step<3>((9 + extra) * 4, 4);
-  c.template hostile<4>().template multiple<3>(4).check();
-}
-
-template <class S, class Q>
-void squareContract(const char* name, int extra,
-                    ZebStatus (*function)(const Zeb8u*, int, S*, int, Q*, int, ZebiSize, S, Q)) {
-  const Image<Zeb8u> src(9, 3, 1, {});
-  Image<S> dst(9 + extra, 3 + extra, 1, {});
-  Image<Q> sqr(9 + extra, 3 + extra, 1, {});
-  constexpr int q = sizeof(Q);
-  Contract c(name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), sqr.pixels(), sqr.step(),
-             ZebiSize{9, 3}, S(0), Q(0));
-  c.template nulls<0, 2, 4>().template sizes<6>().template step<1>(9).template step<3>((9 + extra) * 4, 4);
-  c.template step<5>((9 + extra) * q, q).template hostile<6>().template multiple<3>(4).template multiple<5>(q).check();
-}
-
-TEST(Integral, Checks) {
-  plainContract("zebiIntegral_8u32s_C1R", 1, zebiIntegral_8u32s_C1R);
-  plainContract("zebiIntegral_8u32f_C1R", 1, zebiIntegral_8u32f_C1R);
-  plainContract("zebiTiltedIntegral_8u32s_C1R", 2, zebiTiltedIntegral_8u32s_C1R);
-  plainContract("zebiTiltedIntegral_8u32f_C1R", 2, zebiTiltedIntegral_8u32f_C1R);
-  squareContract("zebiSqrIntegral_8u32s_C1R", 1, zebiSqrIntegral_8u32s_C1R);
-  squareContract("zebiSqrIntegral_8u32s64f_C1R", 1, zebiSqrIntegral_8u32s64f_C1R);
-  squareContract("zebiSqrIntegral_8u32f64f_C1R", 1, zebiSqrIntegral_8u32f64f_C1R);
-  squareContract("zebiTiltedSqrIntegral_8u32s_C1R", 2, zebiTiltedSqrIntegral_8u32s_C1R);
-  squareContract("zebiTiltedSqrIntegral_8u32s64f_C1R", 2, zebiTiltedSqrIntegral_8u32s64f_C1R);
-  squareContract("zebiTiltedSqrIntegral_8u32f64f_C1R", 2, zebiTiltedSqrIntegral_8u32f64f_C1R);
-}
-
 // ---- Deviations ----
 
 // Saturation, rounding to even at the half, and scale factors far outside the exponents.

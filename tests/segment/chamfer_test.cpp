@@ -3,7 +3,6 @@
 #include "segment/features.h"
 #include "support/compare.h"
 #include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -131,21 +130,6 @@ TEST(Chamfer, Checks) {
   };
   inPlace(NAMED(zebiDistanceTransform_3x3_8u_C1IR));
   inPlace(NAMED(zebiDistanceTransform_5x5_8u_C1IR));
-}
-
-TEST(Chamfer, OldCallersStacks) {
-  Random random;
-  const auto picture = features(Features::sparse, {70, 20}, random);
-  const Image<Zeb8u> src(picture, {});
-  Image<Zeb32f> dst(70, 20, 1, {});
-  const Zeb32f weights[3] = {0.955f, 1.3693f, 2.1969f};
-  const auto want = ref::chamfer<Zeb32f, Zeb32f>(picture, 5, weights);
-  for (int shift : {0, 4, 8, 12}) {
-    ASSERT_EQ(callMisaligned(shift, zebiDistanceTransform_5x5_8u32f_C1R, src.pixels(), src.step(), dst.pixels(),
-                             dst.step(), dst.size(), weights),
-              zebStsOk);
-    EXPECT_TRUE(agree("zebiDistanceTransform_5x5_8u32f_C1R", dst, want)) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

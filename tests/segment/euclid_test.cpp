@@ -2,8 +2,6 @@
 #include "reference/distance.h"
 #include "segment/features.h"
 #include "support/compare.h"
-#include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -69,36 +67,6 @@ TEST(Euclid, BufferSizes) {
   EXPECT_EQ(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R({1, 89478484}, &bytes), zebStsErrOverflow);
   EXPECT_EQ(bytes, -1);
   EXPECT_EQ(bufferSize({89478480, 1}), 2147483576);
-}
-
-TEST(Euclid, Checks) {
-  constexpr int w = 9, h = 4;
-  const Image<Zeb8u> src(Plane<Zeb8u>(w, h, 1, 1), {});
-  Image<Zeb32f> dst(w, h, 1, {Place::back, 8, 0});
-  const test::Scratch scratch(bufferSize({w, h}));
-  Contract(NAMED(zebiTrueDistanceTransform_8u32f_C1R), src.pixels(), src.step(), dst.pixels(), dst.step(),
-           ZebiSize{w, h}, scratch.get())
-      .nulls<0, 2, 5>()
-      .sizes<4>()
-      .step<1>(w)
-      .step<3>(4 * w, 4)
-      .hostile<4>()
-      .multiple<3>(4)
-      .check();
-}
-
-TEST(Euclid, OldCallersStacks) {
-  Random random;
-  const auto picture = features(Features::sparse, {70, 20}, random);
-  const Image<Zeb8u> src(picture, {});
-  Image<Zeb32f> dst(70, 20, 1, {});
-  const test::Scratch scratch(bufferSize(src.size()));
-  for (int shift : {0, 4, 8, 12}) {
-    ASSERT_EQ(callMisaligned(shift, zebiTrueDistanceTransform_8u32f_C1R, src.pixels(), src.step(), dst.pixels(),
-                             dst.step(), dst.size(), scratch.get()),
-              zebStsOk);
-    EXPECT_TRUE(agree(name, dst, ref::euclid(picture))) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

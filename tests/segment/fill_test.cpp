@@ -3,7 +3,6 @@
 #include "segment/shapes.h"
 #include "support/compare.h"
 #include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -107,81 +106,6 @@ TEST(Fill, Sizes) {
   EXPECT_EQ(ask(zebiFloodFillGetSize, 357913935, 1), zebStsOk);
   EXPECT_EQ(bytes, 2147483642);
   EXPECT_EQ(ask(zebiFloodFillGetSize, 357913936, 1), zebStsErrOverflow);
-}
-
-// ---- Checks ----
-
-// values stand between the seed and the record; pointers are the places of all pointers.
-template <class T, class F, size_t... pointers, class... V>
-void checkFaults(const char* name, F function, int channels, Kind kind, std::index_sequence<pointers...>, V... values) {
-  constexpr int w = 9, h = 4, e = sizeof(T);
-  const Image<T> image(Plane<T>(w, h, channels, T(1)), {Place::back, 4 * e, 0});
-  const Scratch scratch(bufferSize(kind, {w, h}));
-  const GuardedBytes comp(sizeof(ZebiConnectedComp), Place::back);
-  Contract c(name, function, image.pixels(), image.step(), ZebiSize{w, h}, ZebiPoint{w - 1, h - 1}, values...,
-             reinterpret_cast<ZebiConnectedComp*>(comp.data()), scratch.get());
-  c.template nulls<pointers...>().template sizes<2>().template step<1>(w * channels * e, e).template hostile<2>();
-  if (e > 1) c.template multiple<1>(e);
-  for (const ZebiPoint outside : {ZebiPoint{-1, 0}, ZebiPoint{w, 0}, ZebiPoint{0, -1}, ZebiPoint{0, h}})
-    c.template with<3>(outside, zebStsErrOutOfRange);
-  c.check();
-}
-
-template <class T>
-void checkFill(const char* name, Plain1<T> f, Kind kind) {
-  checkFaults<T>(name, f, 1, kind, std::index_sequence<0, 5, 6>(), T(2));
-}
-template <class T>
-void checkFill(const char* name, Plain3<T> f, Kind kind) {
-  const T values[3] = {T(2), T(2), T(2)};
-  checkFaults<T>(name, f, 3, kind, std::index_sequence<0, 4, 5, 6>(), &values[0]);
-}
-template <class T>
-void checkFill(const char* name, Delta1<T> f, Kind kind) {
-  checkFaults<T>(name, f, 1, kind, std::index_sequence<0, 7, 8>(), T(2), T(2), T(2));
-}
-template <class T>
-void checkFill(const char* name, Delta3<T> f, Kind kind) {
-  const T values[3] = {T(2), T(2), T(2)};
-  checkFaults<T>(name, f, 3, kind, std::index_sequence<0, 4, 5, 6, 7, 8>(), &values[0], &values[0], &values[0]);
-}
-
-#define CHECK_PLAIN(form)                                       \
-  checkFill(NAMED(zebiFloodFill_4Con_##form##IR), Kind::plain); \
-  checkFill(NAMED(zebiFloodFill_8Con_##form##IR), Kind::plain)
-#define CHECK_ALL(form)                                                \
-  CHECK_PLAIN(form);                                                   \
-  checkFill(NAMED(zebiFloodFill_Range4Con_##form##IR), Kind::range);   \
-  checkFill(NAMED(zebiFloodFill_Range8Con_##form##IR), Kind::range);   \
-  checkFill(NAMED(zebiFloodFill_Grad4Con_##form##IR), Kind::gradient); \
-  checkFill(NAMED(zebiFloodFill_Grad8Con_##form##IR), Kind::gradient)
-
-TEST(Fill, Checks) {
-  CHECK_ALL(8u_C1);
-  CHECK_ALL(8u_C3);
-  CHECK_ALL(16u_C1);
-  CHECK_ALL(16u_C3);
-  CHECK_ALL(32f_C1);
-  CHECK_ALL(32f_C3);
-  CHECK_PLAIN(32s_C1);
-}
-
-TEST(Fill, OldCallersStacks) {
-  Random random;
-  const auto picture = pictureOf<Zeb32f>(shaped(Shape::dense, 40, 9, random), 1);
-  Image<Zeb32f> expected(picture, {});
-  const Scratch scratch(bufferSize(Kind::gradient, expected.size()));
-  ZebiConnectedComp comp;
-  ASSERT_EQ(zebiFloodFill_Grad8Con_32f_C1IR(expected.pixels(), expected.step(), expected.size(), {3, 3}, 7.0f, 1.0f,
-                                            1.0f, &comp, scratch.get()),
-            zebStsOk);
-  for (int shift : {0, 4, 8, 12}) {
-    Image<Zeb32f> image(picture, {});
-    ASSERT_EQ(callMisaligned(shift, zebiFloodFill_Grad8Con_32f_C1IR, image.pixels(), image.step(), image.size(),
-                             ZebiPoint{3, 3}, 7.0f, 1.0f, 1.0f, &comp, scratch.get()),
-              zebStsOk);
-    EXPECT_TRUE(agree("zebiFloodFill_Grad8Con_32f_C1IR", image, expected.plane())) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 #include "segment/marching.h"
 
 #include "segment/features.h"
-#include "support/contract.h"
-#include "support/stack.h"
 
 namespace {
 
@@ -84,41 +82,6 @@ TEST(FastMarching, BufferSizes) {
   EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({0x7FFFFFFF, 4}, &bytes), zebStsErrOverflow);
   EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R({0x7FFFFFFF, 0x7FFFFFFF}, &bytes), zebStsErrOverflow);
   EXPECT_EQ(bytes, -1);
-}
-
-TEST(FastMarching, Checks) {
-  constexpr int w = 9, h = 4;
-  const Image<Zeb8u> src(Plane<Zeb8u>(w, h, 1, 1), {});
-  Image<Zeb32f> dst(w, h, 1, {Place::back, 8, 0});
-  const test::Scratch scratch(bufferSize({w, h}));
-  Contract(NAMED(zebiFastMarching_8u32f_C1R), src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, h}, 3.0f,
-           scratch.get())
-      .nulls<0, 2, 6>()
-      .sizes<4>()
-      .step<1>(w)
-      .step<3>(4 * w, 4)
-      .hostile<4>()
-      .multiple<3>(4)
-      .with<5>(-1.0f, zebStsErrBadArgument)
-      .with<5>(-1e-40f, zebStsErrBadArgument)
-      .check();
-}
-
-TEST(FastMarching, OldCallersStacks) {
-  Random random;
-  const auto picture = features(Features::blobs, {70, 20}, random);
-  const Image<Zeb8u> src(picture, {});
-  Image<Zeb32f> first(70, 20, 1, {}), dst(70, 20, 1, {});
-  const test::Scratch scratch(bufferSize(src.size()));
-  ASSERT_EQ(zebiFastMarching_8u32f_C1R(src.pixels(), src.step(), first.pixels(), first.step(), first.size(), 5,
-                                       scratch.get()),
-            zebStsOk);
-  for (int shift : {0, 4, 8, 12}) {
-    ASSERT_EQ(callMisaligned(shift, zebiFastMarching_8u32f_C1R, src.pixels(), src.step(), dst.pixels(), dst.step(),
-                             dst.size(), 5.0f, scratch.get()),
-              zebStsOk);
-    EXPECT_TRUE(agree(name, dst, first.plane())) << "stack shift " << shift;
-  }
 }
 
 }  // namespace

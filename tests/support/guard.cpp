@@ -13,12 +13,19 @@ namespace test {
 namespace {
 
 constexpr size_t page = 4096;
-GuardedBytes* newest = nullptr;
+thread_local GuardedBytes* newest = nullptr;
 
 // Blocks are reused by size: mapping memory anew for each of many thousands of cases would dominate the tests.
+struct Pool {
+  ~Pool() {
+    for (const auto& [bytes, free] : blocks)
+      for (Zeb8u* p : free) munmap(p - page, bytes + 2 * page);
+  }
+  std::map<size_t, std::vector<Zeb8u*>> blocks;
+};
 std::map<size_t, std::vector<Zeb8u*>>& pool() {
-  static std::map<size_t, std::vector<Zeb8u*>> blocks;
-  return blocks;
+  thread_local Pool p;
+  return p.blocks;
 }
 
 Zeb8u* acquire(size_t bytes) {
@@ -110,6 +117,14 @@ bool GuardedBytes::intactMargins() const {
 void GuardedBytes::fillWithJunk() {
   const size_t before = static_cast<size_t>(data_ - pages_);
   fillJunk(before, before + size_);
+}
+
+size_t GuardedBytes::bytesFrom(const void* at) {
+  const auto* p = static_cast<const Zeb8u*>(at);
+  for (const GuardedBytes* block = newest; block; block = block->previous_)
+    if (p >= block->data_ && p < block->data_ + block->size_)
+      return static_cast<size_t>(block->data_ + block->size_ - p);
+  return 0;
 }
 
 uint64_t GuardedBytes::digestOfAll() {

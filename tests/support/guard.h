@@ -30,7 +30,9 @@ class GuardedBytes {
   // Fills the block itself with the margins' pattern.
   void fillWithJunk();
 
-  // All blocks that live now, so that a test can see that a failed call wrote to none of them.
+  // The bytes from an address in a block to its end; 0 when it is in none.
+  static size_t bytesFrom(const void* at);
+  // All blocks of the thread that live now, so that a test can see that a failed call wrote to none of them.
   static uint64_t digestOfAll();
 
  private:

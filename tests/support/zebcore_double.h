@@ -30,7 +30,10 @@ struct ZebcoreDouble {
   }
 };
 
-// The state of the double; reset it at the start of a test that looks at it.
+// The thread's state of the double; reset it at the start of a test that looks at it.
 ZebcoreDouble& zebcore();
+
+// The length of a block that zebMalloc gave.
+int bytesOfBlock(const void* block);
 
 }  // namespace test
