@@ -129,7 +129,8 @@ ZebStatus zebiApplyMixedHaarClassifier_32s_C1RSfs(const Zeb32s* pSrc, int srcSte
  * when maxPeakCount are found. srcStep in bytes: at least 4 x width and a multiple of 4.
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width, height, maxPeakCount or border below 1, or border above
- * half of the width or height); zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument (another norm).
+ * half of the width or height); zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument (another norm);
+ * zebStsErrOverflow (the query reports it for the width, too).
  */
 ZebStatus zebiFindPeaks3x3_32f_C1R(const Zeb32f* pSrc, int srcStep, ZebiSize roiSize, Zeb32f threshold,
                                    ZebiPoint* pPeak, int maxPeakCount, int* pPeakCount, int norm, int border,

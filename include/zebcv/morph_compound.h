@@ -333,7 +333,8 @@ ZebStatus zebiGrayDilateBorder_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* 
  *
  * Steps in bytes: at least the row, for both images.
  *
- * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrBadArgument (another norm).
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrBadArgument (another norm);
+ * zebStsErrOverflow (the query reports it for the size, too).
  */
 
 /**

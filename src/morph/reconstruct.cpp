@@ -387,7 +387,8 @@ ZebStatus reconstruction(const T* pSrc, int srcStep, T* pSrcDst, int srcDstStep,
                          ZebiNorm norm) {
   if (auto bad = firstFailure(present(pSrc, pSrcDst, pBuf), hasArea(roi), holdsRow<T>(srcStep, roi.width),
                               holdsRow<T>(srcDstStep, roi.width),
-                              require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument)))
+                              require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+                              require(bufferSize<T>(roi) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   Scratch scratch(pBuf, bufferSize<T>(roi));
   Zeb8u* flags = scratch.take<Zeb8u>(roi.height, 1);
