@@ -55,8 +55,8 @@ ZebStatus zebiHaarClassifierFree_32f(ZebiHaarClassifier* pState);
 ZebStatus zebiHaarClassifierFree_32s(ZebiHaarClassifier* pState);
 
 /**
- * The size of the detection window: the largest column and the largest row that a corner of any rectangle reaches,
- * counted from the window's corner; (0, 0) for an empty stage. Status: zebStsOk, zebStsErrNullPointer.
+ * The size of the detection window: the largest x + width and y + height of the rectangles as they were given, tilted
+ * ones too, which reach down to y + width + height; (0, 0) for an empty stage. Status: zebStsOk, zebStsErrNullPointer.
  */
 ZebStatus zebiGetHaarClassifierSize_32f(const ZebiHaarClassifier* pState, ZebiSize* pSize);
 ZebStatus zebiGetHaarClassifierSize_32s(const ZebiHaarClassifier* pState, ZebiSize* pSize);
