@@ -114,12 +114,16 @@ Scratch scratchFor(Choice& c, const Query& query, ZebiSize size) {
   return c.scratch(bytes);
 }
 
+// No buffer is large enough for this size.
+constexpr ZebiSize tooHigh = {1, INT32_MAX};
+
 void euclid(Choice& c) {
   const auto f = FUNCTION(zebiTrueDistanceTransform_8u32f_C1R);
   const ZebiSize size = c.size(150, 9);
   const Image<Zeb8u> src = picture(c, size);
   const Image<Zeb32f> dst = c.empty<Zeb32f>(size);
   const Scratch scratch = scratchFor(c, FUNCTION(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R), size);
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh, scratch.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
   require(agree(f.name(), dst, ref::euclid(src.plane())), src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");
@@ -134,6 +138,7 @@ void marching(Choice& c) {
   const Scratch scratch = scratchFor(c, FUNCTION(zebiFastMarchingGetBufferSize_8u32f_C1R), size);
   Zeb32f radius = c.oneIn(4) ? c.value<Zeb32f>() : c.oneIn(4) ? static_cast<Zeb32f>(c.within(0, 9)) : c.real(0, 20);
   if (radius < 0) radius = -radius;
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh, radius, scratch.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(radius, -1e-40f, zebStsErrBadArgument),
        scratch.get());
   const Zeb32f counted = std::isnan(radius) ? 0 : radius;

@@ -93,10 +93,15 @@ V passed(const std::vector<T>& v) {
   }
 }
 
+// No buffer is large enough for this size.
+constexpr ZebiSize tooHigh = {1, INT32_MAX};
+
 template <class T, class V>
 void plainFill(Choice& c, Function<T*, int, ZebiSize, ZebiPoint, V, ZebiConnectedComp*, Zeb8u*> f, bool diagonal) {
   FillCase<T> fill(c, channelsOf<V>);
   fill.run(c, f.name(), FillKind::plain, diagonal, [&](ZebiConnectedComp* record, Zeb8u* buffer) {
+    f.refused(zebStsErrOverflow, fill.image.pixels(), fill.image.step(), tooHigh, ZebiPoint{0, 0},
+              passed<V>(fill.value), record, buffer);
     f.ok(c, fill.image.pixels(), fill.image.step(), fill.size, orElse(fill.seed, fill.badSeed, zebStsErrOutOfRange),
          passed<V>(fill.value), record, buffer);
   });
@@ -107,6 +112,8 @@ void deltaFill(Choice& c, Function<T*, int, ZebiSize, ZebiPoint, V, V, V, ZebiCo
                bool diagonal) {
   FillCase<T> fill(c, channelsOf<V>);
   fill.run(c, f.name(), kind, diagonal, [&](ZebiConnectedComp* record, Zeb8u* buffer) {
+    f.refused(zebStsErrOverflow, fill.image.pixels(), fill.image.step(), tooHigh, ZebiPoint{0, 0},
+              passed<V>(fill.value), passed<V>(fill.below), passed<V>(fill.above), record, buffer);
     f.ok(c, fill.image.pixels(), fill.image.step(), fill.size, orElse(fill.seed, fill.badSeed, zebStsErrOutOfRange),
          passed<V>(fill.value), passed<V>(fill.below), passed<V>(fill.above), record, buffer);
   });

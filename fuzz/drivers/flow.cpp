@@ -106,7 +106,7 @@ void flow(Choice& c, Function<ZebiOptFlowPyrLKState**, ZebiSize, int, int> make,
   const auto* errors = reinterpret_cast<const Zeb32f*>(error.data());
   track.ok(c, pair.pyramids[0], pair.pyramids[1], prev.data(), reinterpret_cast<ZebiPoint_32f*>(next.data()),
            reinterpret_cast<Zeb8s*>(status.data()), reinterpret_cast<Zeb32f*>(error.data()), orElse(points, 0),
-           orElse(s.window, s.window + 1), orElse(pair.deepest, -1), orElse(s.iterations, 0),
+           orElse(s.window, s.window + 1), orElse(pair.deepest, c.coin() ? -1 : INT32_MAX), orElse(s.iterations, 0),
            orElse(s.threshold, -0.1f), state);
   release.ok(c, state);
   for (size_t i = 0; i < n; ++i) {

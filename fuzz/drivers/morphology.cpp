@@ -310,6 +310,8 @@ void reconstruct(Choice& c, ZebDataType type, const Function<ZebiSize, int*>& qu
   FUNCTION(zebiMorphReconstructGetBufferSize).ok(c, size, orElse(type, zeb8s), orElse(1, c.coin() ? 2 : 0), &same);
   require(bytes == same, "both queries");
   const Scratch buffer = c.scratch(bytes);
+  f.refused(zebStsErrOverflow, mask.pixels(), mask.step(), marker.pixels(), marker.step(), ZebiSize{1, INT32_MAX},
+            buffer.get(), ZebiNorm(zebiNormL1));
   const auto want = ref::reconstruct(mask.plane(), marker.plane(), dilate, eight);
   f.ok(c, mask.pixels(), mask.step(), marker.pixels(), marker.step(), size, buffer.get(),
        orElse(eight ? zebiNormInf : zebiNormL1, c.coin() ? 2 : -1, zebStsErrBadArgument));

@@ -171,16 +171,17 @@ void stage(Choice& c, const char* name, Kind kind, Call call) {
     const Image<Zeb8u> marks(test::tiltMask(s.tilted, inverted), c.layout<Zeb8u>());
     around.tilt.ok(c, marks.pixels(), keep(inverted ? 0 : c.within(1, 9)), state);
   }
-  int right = 0, bottom = 0;
+  int right = 0, bottom = 0, lowest = 0;  // lowest: as given, which is less than a tilted rectangle reaches
   for (size_t i = 0, k = 0; i < s.counts.size(); ++i)
     for (int n = s.counts[i]; n > 0; --n, ++k) {
       const ZebiRect& r = s.features[k];
       right = std::max(right, r.x + r.width);
+      lowest = std::max(lowest, r.y + r.height);
       bottom = std::max(bottom, r.y + r.height + (s.tilted[i] ? r.width : 0));
     }
   ZebiSize window = {-1, -1};
   around.window.ok(c, state, &window);
-  require(window.width == right && window.height == bottom, "the size of the window");
+  require(window.width == right && window.height == lowest, "the size of the window");
 
   const Image<S> sums = c.image<S>(size.width + right, size.height + bottom),
                  tiltedSums = c.image<S>(size.width + right, size.height + bottom);

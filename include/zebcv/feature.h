@@ -55,8 +55,8 @@ ZebStatus zebiHaarClassifierFree_32f(ZebiHaarClassifier* pState);
 ZebStatus zebiHaarClassifierFree_32s(ZebiHaarClassifier* pState);
 
 /**
- * The size of the detection window: the largest column and the largest row that a corner of any rectangle reaches,
- * counted from the window's corner; (0, 0) for an empty stage. Status: zebStsOk, zebStsErrNullPointer.
+ * The size of the detection window: the largest x + width and y + height of the rectangles as they were given, tilted
+ * ones too, which reach down to y + width + height; (0, 0) for an empty stage. Status: zebStsOk, zebStsErrNullPointer.
  */
 ZebStatus zebiGetHaarClassifierSize_32f(const ZebiHaarClassifier* pState, ZebiSize* pSize);
 ZebStatus zebiGetHaarClassifierSize_32s(const ZebiHaarClassifier* pState, ZebiSize* pSize);
@@ -129,7 +129,8 @@ ZebStatus zebiApplyMixedHaarClassifier_32s_C1RSfs(const Zeb32s* pSrc, int srcSte
  * when maxPeakCount are found. srcStep in bytes: at least 4 x width and a multiple of 4.
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width, height, maxPeakCount or border below 1, or border above
- * half of the width or height); zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument (another norm).
+ * half of the width or height); zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument (another norm);
+ * zebStsErrOverflow (the query reports it for the width, too).
  */
 ZebStatus zebiFindPeaks3x3_32f_C1R(const Zeb32f* pSrc, int srcStep, ZebiSize roiSize, Zeb32f threshold,
                                    ZebiPoint* pPeak, int maxPeakCount, int* pPeakCount, int norm, int border,

@@ -326,14 +326,15 @@ ZebStatus zebiGrayDilateBorder_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* 
  * they must not overlap. A marker beyond the mask is first brought inside. norm selects the neighbourhood: zebiNormInf
  * (8 neighbours) or zebiNormL1 (4 neighbours).
  *
- * Rows are swept downwards and upwards; a row is visited again only when a row beside it has changed, so that a
- * corridor of the mask costs one pass per change of its vertical direction, over the rows it runs through: a spiral of
- * n turns costs some n / 2 passes over half of the image. A value that is not a number keeps its place and does not
- * spread, and one in the mask does not limit.
+ * Rows are swept downwards and upwards; a row is visited again only when a row beside it has changed. Changes that are
+ * few, or go on for more than some sweeps of the image, are followed where they lead, those with the farthest values
+ * first: corridors, spirals and mazes cost what they are long, whichever way they run. A value that is not a number
+ * keeps its place and does not spread, and one in the mask does not limit. Which of two zeros comes out is open.
  *
  * Steps in bytes: at least the row, for both images.
  *
- * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrBadArgument (another norm).
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrBadArgument (another norm);
+ * zebStsErrOverflow (the query reports it for the size, too).
  */
 
 /**

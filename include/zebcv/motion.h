@@ -28,7 +28,8 @@ extern "C" {
  * source's width, at any address. Method: P. Burt, E. Adelson, 1983.
  *
  * Status, in this order: zebStsErrNullPointer (pSrc, pDst or pBuffer); zebStsErrSize (width or height below 1);
- * zebStsErrStep (a step smaller than its row); zebStsErrNotEvenStep (32f only); zebStsOk.
+ * zebStsErrStep (a step smaller than its row); zebStsErrNotEvenStep (32f only); zebStsErrOverflow (the query reports it
+ * for the width, too); zebStsOk.
  * @{
  */
 ZebStatus zebiPyrDown_Gauss5x5_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,

@@ -18,7 +18,7 @@ extern "C" {
  *
  * Status: zebStsOk; zebStsErrNullPointer (an image, the weights or the buffer); zebStsErrSize (width or height below
  * 1); zebStsErrStep; zebStsErrNotEvenStep (dstStep of 16u and 32f); then zebStsErrMetric (a weight is not above 0) or
- * zebStsErrBadArgument (a radius below 0).
+ * zebStsErrBadArgument (a radius below 0); zebStsErrOverflow (the query of the buffer reports it for the size, too).
  * @{
  */
 
@@ -138,7 +138,8 @@ ZebStatus zebiFastMarching_8u32f_C1R(const Zeb8u* pSrc, int srcStep, Zeb32f* pDs
  *
  * Status: zebStsOk; zebStsErrNullPointer (pImage, pRegion, pBuffer or, for three channels, an array of values);
  * zebStsErrSize (width or height below 1); zebStsErrStep; zebStsErrNotEvenStep (16u, 32s, 32f); zebStsErrOutOfRange
- * (the seed lies outside the image). On failure neither image nor record is written.
+ * (the seed lies outside the image); zebStsErrOverflow (the query reports it for the size, too). On failure neither
+ * image nor record is written.
  *
  * Span filling after A. R. Smith, "Tint fill" (1979), and P. S. Heckbert, "A seed fill algorithm" (1990).
  * @{

@@ -139,10 +139,13 @@ ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
   for (int i = 0; i < pState->length; ++i) {
     const HaarClassifierRecord& c = pState->classifiers[i];
     for (int k = 0; k < c.count; ++k) {
-      for (const ZebiPoint& p : c.rectangles[k].corner) {
-        if (p.x > size.width) size.width = p.x;
-        if (p.y > size.height) size.height = p.y;
-      }
+      // Of a tilted rectangle, too, the far corner as the caller gave it: (x + w, y + h).
+      const ZebiPoint* const corner = c.rectangles[k].corner;
+      const bool slanted = (pState->tilt & stateCreatedTilted) != 0 || (c.index & classifierTilted) != 0;
+      const int right = slanted ? corner[2].x : corner[0].x;
+      const int bottom = slanted ? corner[1].y : corner[0].y;
+      if (right > size.width) size.width = right;
+      if (bottom > size.height) size.height = bottom;
     }
   }
   *pSize = size;
@@ -151,7 +154,6 @@ ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
 
 ZebStatus tilt(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState) {
   if (auto bad = present(pMask, pState)) return bad;
-  if (pState->length == 0) return zebStsOk;
   if (pState->tilt & stateCreatedTilted) return zebStsErrBadArgument;
   for (int i = 0; i < pState->length; ++i) {
     HaarClassifierRecord& c = pState->classifiers[i];

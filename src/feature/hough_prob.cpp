@@ -258,9 +258,8 @@ ZEB_ENTRY(zebiHoughProbLineInit_8u32f_C1R)(ZebiSize roiSize, ZebiPoint_32f delta
   Normal* out = normals(pSpec);
   Zeb32f theta = 0;
   for (int64_t k = 0; k < angles; ++k, theta += delta.y) {
-    const double rho = static_cast<double>(delta.x);
-    out[k] = {static_cast<Zeb32f>(cos(static_cast<double>(theta)) / rho),
-              static_cast<Zeb32f>(sin(static_cast<double>(theta)) / rho)};
+    out[k] = {static_cast<Zeb32f>(cos(static_cast<double>(theta))) / delta.x,
+              static_cast<Zeb32f>(sin(static_cast<double>(theta))) / delta.x};
   }
   return zebStsOk;
 }

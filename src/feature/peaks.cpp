@@ -146,7 +146,8 @@ ZebStatus peaksOf(const T* pSrc, int srcStep, ZebiSize roi, T threshold, ZebiPoi
           present(pSrc, pPeak, pPeakCount, pBuffer), hasArea(roi), atLeastOne(maxPeakCount), atLeastOne(border),
           require(int64_t{2} * border <= roi.width && int64_t{2} * border <= roi.height, zebStsErrSize),
           holdsRow<T>(srcStep, roi.width), wholeElements<T>(srcStep),
-          require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument)))
+          require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+          require(bufferSize(roi.width) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const auto find = norm == zebiNormInf ? findPeaks<8, T> : findPeaks<4, T>;
   *pPeakCount = find(Rows(pSrc, srcStep), roi, threshold, pPeak, maxPeakCount, border, pBuffer);

@@ -1,9 +1,10 @@
-// Morphological reconstruction by alternating downward and upward passes over the rows (L. Vincent, 1993).
+// Morphological reconstruction by alternating downward and upward passes over the rows (L. Vincent, 1993), and where
+// these find little to do, by following what changes.
 //
-// A visited row takes in one neighbouring row and is then closed along itself in both directions, so that it stays as
-// it is until a row beside it changes. Along a row, taking in the pixel before and limiting by the mask is a clamp to
+// A visited row takes in a neighbouring row and is then closed along itself in both directions, so that it stays as it
+// is until a row beside it changes. Along a row, taking in the pixel before and limiting by the mask is a clamp to
 // [marker, mask]; clamps composed are clamps again, so a whole vector of integers is swept in logarithmically many
-// steps.
+// steps. The result is unique, so the order of the visits decides about the work alone.
 #include <limits>
 #include <type_traits>
 
@@ -13,6 +14,7 @@
 #include "core/lanes.h"
 #include "core/scratch.h"
 #include "core/services.h"
+#include "morph/fronts.h"
 
 namespace {
 
@@ -128,56 +130,120 @@ ZEB_INLINE Vec<T> grownBy(Vec<T> p, const T* row, int x, int width) {
   return Op::grown(Op::grown(p, left), right);
 }
 
-// Takes in the neighbouring row (none for the first row of the first pass), then closes the row along itself. force:
-// the row has not been closed before. Returns whether any pixel changed.
-template <class Op, bool eight, class T>
-bool visitRow(T* row, const T* mask, const T* neighbour, int width, bool force) {
-  constexpr int lanes = Vec<T>::lanes;
-  const Vec<T> nothing = splat(Op::template nothing<T>);
-  int firstChanged = width, lastChanged = -1;
-  Vec<T> before = nothing;
-  bool beforeChanged = force;
-  for (int x = 0; x < width; x += lanes) {
-    const bool whole = x <= width - lanes;
-    const Vec<T> old = whole ? load(row + x) : loadPadded<Op>(row, x, width);
-    const Vec<T> m = whole ? load(mask + x) : loadPadded<Op>(mask, x, width);
-    Vec<T> p = neighbour ? grownBy<Op, eight>(old, neighbour, x, width) : old;
-    p = Op::limited(p, m);
-    if (beforeChanged || !identical(p, old)) p = swept<Op, Sweep::rightwards>(p, m, before);
-    beforeChanged = !identical(p, old);
-    if (beforeChanged) {
-      if (whole)
-        store(row + x, p);
-      else
-        storeN(row + x, p, width - x);
-      if (firstChanged > x) firstChanged = x;
-      lastChanged = x;
-    }
-    before = p;
-    beforeChanged |= force;
-  }
-  if (lastChanged < 0 && !force) return false;
+// Vector x of a row and of its mask, and writing it.
+template <class Op, class T>
+ZEB_INLINE Vec<T> loadVector(const T* row, int x, int width) {
+  return x <= width - Vec<T>::lanes ? load(row + x) : loadPadded<Op>(row, x, width);
+}
+template <class T>
+ZEB_INLINE void storeVector(T* row, int x, int width, Vec<T> p) {
+  if (x <= width - Vec<T>::lanes)
+    store(row + x, p);
+  else
+    storeN(row + x, p, width - x);
+}
 
-  // Back from the last change to the vector before the first one, and on as far as something changes.
-  int x = force ? (width - 1) / lanes * lanes : lastChanged;
-  Vec<T> behind = loadPadded<Op>(row, x + lanes, width);
-  bool moving = true;
-  for (; x >= 0 && (moving || x >= firstChanged - lanes || force); x -= lanes) {
-    const bool whole = x <= width - lanes;
-    const Vec<T> old = whole ? load(row + x) : loadPadded<Op>(row, x, width);
-    const Vec<T> m = whole ? load(mask + x) : loadPadded<Op>(mask, x, width);
-    const Vec<T> p = swept<Op, Sweep::leftwards>(old, m, behind);
-    moving = !identical(p, old);
-    if (moving) {
-      if (whole)
-        store(row + x, p);
-      else
-        storeN(row + x, p, width - x);
-      if (lastChanged < 0) lastChanged = x;
-    }
-    behind = p;
+// The first visit: takes in the row above (null for the first row), limits the row and closes it along itself.
+template <class Op, bool eight, class T>
+void closeRow(T* row, const T* mask, const T* above, int width) {
+  constexpr int lanes = Vec<T>::lanes;
+  Vec<T> beyond = splat(Op::template nothing<T>);
+  for (int x = 0; x < width; x += lanes) {
+    const Vec<T> m = loadVector<Op>(mask, x, width), old = loadVector<Op>(row, x, width);
+    Vec<T> p = Op::limited(above ? grownBy<Op, eight>(old, above, x, width) : old, m);
+    p = swept<Op, Sweep::rightwards>(p, m, beyond);
+    if (!identical(p, old)) storeVector(row, x, width, p);
+    beyond = p;
   }
-  return lastChanged >= 0;
+  beyond = splat(Op::template nothing<T>);
+  for (int x = (width - 1) / lanes * lanes; x >= 0; x -= lanes) {
+    const Vec<T> m = loadVector<Op>(mask, x, width), old = loadVector<Op>(row, x, width);
+    const Vec<T> p = swept<Op, Sweep::leftwards>(old, m, beyond);
+    if (!identical(p, old)) storeVector(row, x, width, p);
+    beyond = p;
+  }
+}
+
+// The elements of p that differ from the old ones, nothing elsewhere.
+template <class Op, class T>
+ZEB_INLINE Vec<T> changes(Vec<T> p, Vec<T> old) {
+  const Vec<T> nothing = splat(Op::template nothing<T>);
+  if constexpr (std::is_integral_v<T>)
+    return select(equal(p, old), nothing, p);
+  else
+    return select(greater(p, old) | less(p, old), p, nothing);
+}
+
+// A later visit: a closed row takes in columns from..to of a neighbouring row and is closed again. changed(x, p) is
+// told of every vector that did and of the elements of it that are new, twice where both sweeps changed it. Returns the
+// vectors that were looked at.
+template <class Op, bool eight, class T, class Changed>
+ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, int from, int to, const Changed& changed) {
+  constexpr int lanes = Vec<T>::lanes;
+  const int start = from / lanes * lanes;
+  int x = start;
+  for (; x <= to; x += lanes) {
+    Vec<T> old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
+    Vec<T> p = Op::limited(grownBy<Op, eight>(old, neighbour, x, width), m);
+    if (identical(p, old)) continue;
+    const int first = x;
+    // A closed row's pixels beyond the change have nothing new to give.
+    Vec<T> beyond = splat(Op::template nothing<T>);
+    for (;;) {
+      p = swept<Op, Sweep::rightwards>(p, m, beyond);
+      if (identical(p, old)) break;
+      storeVector(row, x, width, p);
+      changed(x, changes<Op>(p, old));
+      beyond = p;
+      x += lanes;
+      if (x >= width) break;
+      old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
+      p = x <= to ? Op::limited(grownBy<Op, eight>(old, neighbour, x, width), m) : old;
+    }
+    // Back over the change and on as far as it reaches.
+    beyond = splat(Op::template nothing<T>);
+    for (int back = x - lanes; back >= 0; back -= lanes) {
+      const Vec<T> q = loadVector<Op>(row, back, width);
+      p = swept<Op, Sweep::leftwards>(q, loadVector<Op>(mask, back, width), beyond);
+      if (!identical(p, q)) {
+        storeVector(row, back, width, p);
+        changed(back, changes<Op>(p, q));
+      } else if (back < first) {
+        break;
+      }
+      beyond = p;
+    }
+  }
+  return (x - start) / lanes;
+}
+
+// ---- The order of the fronts ----
+
+// Larger for values that are farther in the direction of growth; the leading 32 bits of a double decide.
+template <class Op, class T>
+uint32_t rankOf(T value) {
+  uint32_t order;
+  if constexpr (std::is_integral_v<T>) {
+    order = value;
+  } else {
+    memcpy(&order, reinterpret_cast<const char*>(&value) + sizeof(T) - sizeof order, sizeof order);
+    order ^= order >> 31 ? ~0u : 1u << 31;
+  }
+  return Op::template nothing<Zeb8u> == 0 ? order : ~order;
+}
+
+// Of the element that is farthest in the direction of growth.
+template <class Op, class T>
+uint32_t rankOf(Vec<T> top) {
+  const Vec<T> nothing = splat(Op::template nothing<T>);
+  top = Op::grown(top, movedDown<16>(top, nothing));
+  top = Op::grown(top, movedDown<8>(top, nothing));
+  if constexpr (sizeof(T) <= 4) top = Op::grown(top, movedDown<4>(top, nothing));
+  if constexpr (sizeof(T) <= 2) top = Op::grown(top, movedDown<2>(top, nothing));
+  if constexpr (sizeof(T) == 1) top = Op::grown(top, movedDown<1>(top, nothing));
+  alignas(32) T values[Vec<T>::lanes];
+  store(values, top);
+  return rankOf<Op>(values[0]);
 }
 
 // ---- The image ----
@@ -186,33 +252,118 @@ bool visitRow(T* row, const T* mask, const T* neighbour, int width, bool force) 
 constexpr Zeb8u aboveChanged = 1;
 constexpr Zeb8u belowChanged = 2;
 
+// Passes over the flagged rows suit changes that are many; where they visit many vectors for each that changes, or have
+// visited the whole image often, the remaining changes are followed one by one, those first that go farthest in value:
+// what they reach then seldom changes again, so that corridors cost what they are long.
 template <class Op, bool eight, class T>
-void reconstruct(Rows<const T> mask, Rows<T> marker, ZebiSize size, Zeb8u* flags) {
-  const int h = size.height;
-  q7_zebsSet_8u(aboveChanged | belowChanged, flags, h);
-  const auto spread = [&](int y) {
-    if (y > 0) flags[y - 1] |= belowChanged;
-    if (y < h - 1) flags[y + 1] |= aboveChanged;
-  };
-  for (int y = 0; y < h; ++y) {
-    flags[y] &= static_cast<Zeb8u>(~aboveChanged);
-    visitRow<Op, eight>(marker[y], mask[y], y > 0 ? marker[y - 1] : static_cast<T*>(nullptr), size.width, true);
+class Reconstruction {
+ public:
+  Reconstruction(Rows<const T> mask, Rows<T> marker, ZebiSize size, Zeb8u* flags, Fronts fronts)
+      : mask_(mask), marker_(marker), size_(size), flags_(flags), fronts_(fronts) {}
+
+  void run() {
+    const int h = size_.height;
+    q7_zebsSet_8u(aboveChanged | belowChanged, flags_, h);
+    for (int y = 0; y < h; ++y) {
+      flags_[y] = belowChanged;
+      closeRow<Op, eight>(marker_[y], mask_[y], y > 0 ? marker_[y - 1] : static_cast<T*>(nullptr), size_.width);
+    }
+    flags_[h - 1] = 0;
+    for (bool down = false; pass(down); down = !down) {
+    }
+    while (gather()) follow();
   }
-  flags[h - 1] = 0;
-  for (bool down = false, changed = true; changed; down = !down) {
-    changed = false;
+
+ private:
+  static constexpr int64_t vectorsForAChange = 16, visitsOfTheImage = 4;
+
+  // Visits the rows whose row above (below) has changed; false when the rest is better followed.
+  bool pass(bool down) {
+    const int h = size_.height;
+    int64_t changedVectors = 0, before = visited_;
     for (int k = 0; k < h; ++k) {
       const int y = down ? k : h - 1 - k;
       const Zeb8u flag = down ? aboveChanged : belowChanged;
-      if (!(flags[y] & flag)) continue;
-      flags[y] &= static_cast<Zeb8u>(~flag);
-      if (visitRow<Op, eight>(marker[y], mask[y], marker[down ? y - 1 : y + 1], size.width, false)) {
-        changed = true;
-        spread(y);
-      }
+      if (!(flags_[y] & flag)) continue;
+      flags_[y] &= static_cast<Zeb8u>(~flag);
+      bool any = false;
+      visited_ += visit(y, down ? y - 1 : y + 1, 0, size_.width - 1, [&](int, Vec<T>) {
+        any = true;
+        ++changedVectors;
+      });
+      if (any) spread(y);
+    }
+    const int64_t image = static_cast<int64_t>(h) * ((size_.width - 1) / Vec<T>::lanes + 1);
+    return changedVectors > 0 && changedVectors * vectorsForAChange >= visited_ - before &&
+           visited_ < visitsOfTheImage * image;
+  }
+
+  // Visits all flagged rows and keeps what changes there as fronts. False when no row was flagged.
+  bool gather() {
+    bool any = false;
+    for (int y = 0; y < size_.height; ++y) {
+      const Zeb8u flag = flags_[y];
+      flags_[y] = 0;  // a front that finds no room sets flags again
+      if (flag & aboveChanged) advance(y, y - 1, 0, size_.width - 1);
+      if (flag & belowChanged) advance(y, y + 1, 0, size_.width - 1);
+      any |= flag != 0;
+    }
+    return any;
+  }
+  void follow() {
+    while (!fronts_.empty()) {
+      const Front f = fronts_.pop();
+      const int from = f.first - eight > 0 ? f.first - eight : 0;
+      const int to = f.last + eight < size_.width ? f.last + eight : size_.width - 1;
+      if (f.y > 0) advance(f.y - 1, f.y, from, to);
+      if (f.y < size_.height - 1) advance(f.y + 1, f.y, from, to);
     }
   }
-}
+
+  // Row y takes in columns of a row beside it; what changes there are fronts, one for vectors in turn of the same rank.
+  void advance(int y, int neighbour, int from, int to) {
+    constexpr int lanes = Vec<T>::lanes;
+    Front front{0, 0, y, 0, -1};
+    visit(y, neighbour, from, to, [&](int x, Vec<T> p) {
+      const uint32_t rank = rankOf<Op>(p);
+      if (rank != front.rank || x > front.last + 1 || x + lanes < front.first || front.last < 0) {
+        add(front);
+        front = {rank, 0, y, x, x + lanes - 1};
+      } else if (x > front.last) {
+        front.last = x + lanes - 1;
+      } else if (x < front.first) {
+        front.first = x;
+      }
+    });
+    add(front);
+    // A corridor that runs down the image meets new memory in every row.
+    const int soon = y + 8 * (y - neighbour);
+    if (front.last >= 0 && soon >= 0 && soon < size_.height) {
+      __builtin_prefetch(marker_[soon] + front.first, 1);
+      __builtin_prefetch(mask_[soon] + front.first);
+    }
+  }
+  // Where there is no room for a front it flags its neighbours.
+  ZEB_INLINE void add(Front front) {
+    if (front.last < 0) return;
+    if (const int lost = fronts_.push(front); lost >= 0) spread(lost);
+  }
+  template <class Changed>
+  ZEB_INLINE int visit(int y, int neighbour, int from, int to, const Changed& changed) {
+    return takeIn<Op, eight>(marker_[y], mask_[y], marker_[neighbour], size_.width, from, to, changed);
+  }
+  void spread(int y) {
+    if (y > 0) flags_[y - 1] |= belowChanged;
+    if (y < size_.height - 1) flags_[y + 1] |= aboveChanged;
+  }
+
+  Rows<const T> mask_;
+  Rows<T> marker_;
+  ZebiSize size_;
+  Zeb8u* flags_;
+  Fronts fronts_;
+  int64_t visited_ = 0;
+};
 
 // ---- Sizes and checks ----
 
@@ -236,12 +387,18 @@ ZebStatus reconstruction(const T* pSrc, int srcStep, T* pSrcDst, int srcDstStep,
                          ZebiNorm norm) {
   if (auto bad = firstFailure(present(pSrc, pSrcDst, pBuf), hasArea(roi), holdsRow<T>(srcStep, roi.width),
                               holdsRow<T>(srcDstStep, roi.width),
-                              require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument)))
+                              require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+                              require(bufferSize<T>(roi) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   Scratch scratch(pBuf, bufferSize<T>(roi));
-  Zeb8u* flags = scratch.take<Zeb8u>(roi.height);
-  (norm == zebiNormInf ? reconstruct<Op, true, T> : reconstruct<Op, false, T>)(Rows(pSrc, srcStep),
-                                                                               Rows(pSrcDst, srcDstStep), roi, flags);
+  Zeb8u* flags = scratch.take<Zeb8u>(roi.height, 1);
+  const Fronts fronts(flags + roi.height, scratch.left());
+  const Rows mask(pSrc, srcStep);
+  const Rows marker(pSrcDst, srcDstStep);
+  if (norm == zebiNormInf)
+    Reconstruction<Op, true, T>(mask, marker, roi, flags, fronts).run();
+  else
+    Reconstruction<Op, false, T>(mask, marker, roi, flags, fronts).run();
   return zebStsOk;
 }
 

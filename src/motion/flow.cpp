@@ -289,9 +289,9 @@ Level<T> levelOf(const ZebiPyramid& pyramid, int level) {
   return {Rows<const T>(reinterpret_cast<const T*>(pyramid.pImage[level]), pyramid.pStep[level]), pyramid.pRoi[level]};
 }
 
-ZebStatus hasLevels(const ZebiPyramid& pyramid, int count) {
-  if (count > pyramid.level + static_cast<int64_t>(1)) return zebStsErrBadArgument;
-  for (int i = 0; i < count; ++i)
+ZebStatus hasLevels(const ZebiPyramid& pyramid, int maxLev) {
+  if (maxLev > pyramid.level) return zebStsErrBadArgument;
+  for (int i = 0; i <= maxLev; ++i)
     if (!pyramid.pImage[i]) return zebStsErrNullPointer;
   return zebStsOk;
 }
@@ -305,8 +305,8 @@ ZebStatus trackPoints(const ZebiPyramid* pPyr1, const ZebiPyramid* pPyr2, const 
           firstFailure(atLeastOne(numFeat), atLeastOne(winSize), require(winSize == pState->winSize, zebStsErrSize),
                        require(maxLev >= 0 && maxIter >= 1 && !(threshold < 0), zebStsErrBadArgument)))
     return bad;
-  if (auto bad = hasLevels(*pPyr1, maxLev + 1)) return bad;
-  if (auto bad = hasLevels(*pPyr2, maxLev + 1)) return bad;
+  if (auto bad = hasLevels(*pPyr1, maxLev)) return bad;
+  if (auto bad = hasLevels(*pPyr2, maxLev)) return bad;
   const ZebiSize roi = {pState->roiWidth, pState->roiHeight};
   const Windows windows(pState->pBuffer, flowBufferBytes(roi, winSize, pState->dataType), winSize);
   const Limits limits = {maxIter, static_cast<double>(threshold) * threshold};

@@ -188,7 +188,8 @@ ZebStatus pyrDown(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi
   const int dstWidth = roi.width / 2 + roi.width % 2;
   if (auto bad =
           firstFailure(present(pSrc, pDst, pBuffer), hasArea(roi), holdsRow<T, channels>(srcStep, roi.width),
-                       holdsRow<T, channels>(dstStep, dstWidth), wholeElements<T>(srcStep), wholeElements<T>(dstStep)))
+                       holdsRow<T, channels>(dstStep, dstWidth), wholeElements<T>(srcStep), wholeElements<T>(dstStep),
+                       require(pyrDownBufferBytes(roi.width, channels) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   halve<T, channels>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pBuffer);
   return zebStsOk;

@@ -154,7 +154,8 @@ template <class T, int channels>
 ZebStatus pyrUp(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, Zeb8u* pBuffer) {
   if (auto bad = firstFailure(present(pSrc, pDst, pBuffer), hasArea(roi), holdsRow<T, channels>(srcStep, roi.width),
                               require(dstStep >= 2 * rowBytes<T, channels>(roi.width), zebStsErrStep),
-                              wholeElements<T>(srcStep), wholeElements<T>(dstStep)))
+                              wholeElements<T>(srcStep), wholeElements<T>(dstStep),
+                              require(pyrUpBufferBytes(roi.width, channels) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   expand<T, channels>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pBuffer);
   return zebStsOk;

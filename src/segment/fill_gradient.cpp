@@ -159,7 +159,8 @@ class GradientRegion {
 template <class T, int channels, bool diagonal>
 ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
                const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {
-  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, newValue, minDelta, maxDelta))
+  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, gradientFillBytes(size),
+                                         newValue, minDelta, maxDelta))
     return bad;
   GradientRegion<T, channels, diagonal> region(Rows(pImage, imageStep), size, newValue,
                                                Step<T, channels>(minDelta, maxDelta), pBuffer);

@@ -11,7 +11,8 @@ using namespace zeb;
 template <class T, int channels, bool diagonal>
 ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, ZebiConnectedComp* pRegion,
                Zeb8u* pBuffer) {
-  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, newValue)) return bad;
+  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, fillBytes(size), newValue))
+    return bad;
   const Rows image(pImage, imageStep);
   const T* seedPixel = image[seed.y] + seed.x * channels;
   if (equalPixels<T, channels>(seedPixel, newValue)) return zebStsOk;

@@ -33,7 +33,8 @@ void run(Rows<T> image, ZebiSize size, ZebiPoint seed, const T* newValue, Pixels
 template <class T, int channels, bool diagonal>
 ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
                const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {
-  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, newValue, minDelta, maxDelta))
+  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, fillBytes(size), newValue,
+                                         minDelta, maxDelta))
     return bad;
   const Rows image(pImage, imageStep);
   const T* seedPixel = image[seed.y] + seed.x * channels;

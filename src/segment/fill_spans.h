@@ -94,14 +94,16 @@ inline int64_t gradientFillBytes(ZebiSize size) {
   return gradientMapBytes(size) + 48 * pixelCount(size) / 3 + 64;
 }
 
-// The checks of all fills; values are the arrays of new value and deltas, which three-channel callers may leave out.
+// The checks of all fills, for a buffer of this many bytes; values are the arrays of new value and deltas, which
+// three-channel callers may leave out.
 template <class T, int channels, class... Values>
 ZebStatus fillChecks(const T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const ZebiConnectedComp* pRegion,
-                     const Zeb8u* pBuffer, const Values*... values) {
+                     const Zeb8u* pBuffer, int64_t bytes, const Values*... values) {
   return firstFailure(present(pImage, pRegion, pBuffer, values...), hasArea(size),
                       holdsRow<T, channels>(imageStep, size.width), wholeElements<T>(imageStep),
                       require(seed.x >= 0 && seed.x < size.width, zebStsErrOutOfRange),
-                      require(seed.y >= 0 && seed.y < size.height, zebStsErrOutOfRange));
+                      require(seed.y >= 0 && seed.y < size.height, zebStsErrOutOfRange),
+                      require(pixelCount(size) <= INT32_MAX && bytes <= INT32_MAX, zebStsErrOverflow));
 }
 
 // Takes the spans off the stack one after the other. The region provides

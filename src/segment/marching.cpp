@@ -20,6 +20,7 @@
 #include "core/entry.h"
 #include "core/image.h"
 #include "core/lanes.h"
+#include "core/scratch.h"
 
 namespace {
 
@@ -29,20 +30,24 @@ constexpr Zeb32f unknown = 1e30f;    // so large that adding a step changes noth
 constexpr Zeb32f farSeed = 1000000;  // of a first pixel that lies inside
 constexpr Zeb32f besideObject = -1e-10f;
 
-constexpr int side = 64;  // of a tile: wide enough that a diagonal's work covers the wait for the one before
-
 int64_t bufferBytes(ZebiSize roi) {
   return (static_cast<int64_t>(roi.height) + 34) * (((static_cast<int64_t>(roi.width) + 31) & ~int64_t{31}) | 5) + 40;
 }
 
-// A tile by diagonals. Lane r of diagonal t is the pixel of row r and column t - r; a frame of one pixel holds the
-// neighbours' values.
+// A square tile by diagonals, in memory of cells() floats on a boundary of a vector. Lane r of diagonal t is the pixel
+// of row r and column t - r; a frame of one pixel holds the neighbours' values.
+template <int side>
 class Tile {
   static constexpr int lanes = V32f::lanes;
   static constexpr int pitch = side + 2 * lanes;  // of a diagonal, so that rows -1 and side have their place
   static constexpr int diagonals = 2 * side - 1;
+  static constexpr int cells = (diagonals + 4) * pitch;
 
  public:
+  static constexpr int next = pitch;        // from a value to the one in the next column
+  static constexpr int floats = 2 * cells;  // values, then limits
+  explicit Tile(Zeb32f* memory) : cells_(memory) {}
+
   Zeb32f* value(int x, int r) { return cells_ + at(x, r); }
   // What an update may lead to at most; -1 where there is none.
   Zeb32f* limit(int x, int r) { return cells_ + cells + at(x, r); }
@@ -65,10 +70,12 @@ class Tile {
         Zeb32f* p = value(t - r, r);
         const V32f s = min(load(p - pitch), load(p + pitch));
         const V32f u = min(load(p - pitch - 1), load(p + pitch + 1));
-        const V32f d = s - u;
+        // Farther apart than a step they are not used: neither a square that is too large nor a negative root is
+        // formed.
+        const V32f d = min(abs(s - u), splat(1.0f));
         const V32f slanted = splat(0.5f) * (s + u + sqrt(splat(2.0f) - d * d));
         const V32f straight = splat(1.0f) + min(s, u);
-        V32f f = select(less(abs(d), splat(1.0f)), slanted, straight);
+        V32f f = select(less(d, splat(1.0f)), slanted, straight);
         f = select(greater(f, load(p + cells)), splat(unknown), f);
         const V32f old = load(p);
         changed = changed | as<Zeb32s>(less(f, old));
@@ -82,20 +89,26 @@ class Tile {
   // Row above and column to the left both lie on the diagonal before: one pitch back, one lane back or the same lane.
   static int at(int x, int r) { return (x + r + 2) * pitch + r + lanes; }
 
-  static constexpr int cells = (diagonals + 4) * pitch;
-  alignas(32) Zeb32f cells_[2 * cells];  // values, then limits
+  Zeb32f* cells_;
 };
 
+// waiting: a byte per tile.
+template <int side>
 class Marching {
  public:
-  Marching(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* pBuffer)
+  static int64_t tiles(ZebiSize roi) {
+    return (static_cast<int64_t>(roi.width - 1) / side + 1) * ((roi.height - 1) / side + 1);
+  }
+
+  Marching(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* waiting, Zeb32f* tile)
       : src_(src),
         dst_(dst),
         roi_(roi),
         radius_(radius),
         across_((roi.width - 1) / side + 1),
         down_((roi.height - 1) / side + 1),
-        waiting_(pBuffer) {}
+        waiting_(waiting),
+        tile_(tile) {}
 
   void run() {
     memset(waiting_, 0, static_cast<size_t>(across_) * static_cast<size_t>(down_));
@@ -177,7 +190,7 @@ class Marching {
     const bool whole = size.width == side && size.height == side;
     if (!whole || !wholeBefore_) tile_.clear();
     wholeBefore_ = whole;
-    constexpr int next = side + 2 * V32f::lanes;
+    constexpr int next = Tile<side>::next;
     for (int r = -1; r <= size.height; ++r) {
       const int y = y0 + rowOf(r, size, flip);
       const bool inner = r >= 0 && r < size.height;
@@ -199,7 +212,7 @@ class Marching {
   }
 
   void write(int x0, int y0, ZebiSize size, int flip, int tx, int ty) {
-    constexpr int next = side + 2 * V32f::lanes;
+    constexpr int next = Tile<side>::next;
     bool left = false, right = false;
     for (int r = 0; r < size.height; ++r) {
       const Zeb32f* v = tile_.value(0, r);
@@ -239,10 +252,31 @@ class Marching {
   ZebiSize roi_;
   Zeb32f radius_;
   int across_, down_;  // tiles
-  Zeb8u* waiting_;     // a byte per tile: 1 where it must be swept
+  Zeb8u* waiting_;     // 1 where a tile must be swept
   bool wholeBefore_ = false;
-  Tile tile_;
+  Tile<side> tile_;
 };
+
+// Wide enough that a diagonal's work covers the wait for the one before; the buffer of all but small images holds one.
+// Small images have smaller tiles on the stack. What is computed is the same.
+constexpr int wide = 64, narrow = 16;
+
+__attribute__((noinline)) void marchSmall(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
+                                          Zeb8u* pBuffer) {
+  alignas(32) Zeb32f tile[Tile<narrow>::floats];
+  Marching<narrow>(src, dst, roi, radius, pBuffer, tile).run();
+}
+
+void march(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* pBuffer) {
+  const int64_t tiles = Marching<wide>::tiles(roi), bytes = bufferBytes(roi);
+  if (bytes < tiles + 32 + int64_t{sizeof(Zeb32f)} * Tile<wide>::floats) {
+    marchSmall(src, dst, roi, radius, pBuffer);
+    return;
+  }
+  Scratch scratch(pBuffer, bytes);
+  Zeb32f* const tile = scratch.take<Zeb32f>(Tile<wide>::floats);
+  Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(tiles, 1), tile).run();
+}
 
 }  // namespace
 
@@ -255,8 +289,9 @@ ZEB_ENTRY(zebiFastMarching_8u32f_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize, Zeb32f radius, Zeb8u* pBuffer) {
   if (auto bad = firstFailure(present(pSrc, pDst, pBuffer), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width),
                               holdsRow<Zeb32f>(dstStep, roiSize.width), wholeElements<Zeb32f>(dstStep),
-                              require(!(radius < 0), zebStsErrBadArgument)))
+                              require(!(radius < 0), zebStsErrBadArgument),
+                              require(bufferBytes(roiSize) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
-  Marching(Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, radius, pBuffer).run();
+  march(Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, radius, pBuffer);
   return zebStsOk;
 }

@@ -87,8 +87,8 @@ inline HoughSegments houghSegments(const Plane<Zeb8u>& src, const HoughGrid& gri
   std::vector<float> c, s;
   float theta = 0;
   for (int k = 0; k < angles; ++k, theta += grid.delta.y) {
-    c.push_back(static_cast<float>(std::cos(static_cast<double>(theta)) / static_cast<double>(grid.delta.x)));
-    s.push_back(static_cast<float>(std::sin(static_cast<double>(theta)) / static_cast<double>(grid.delta.x)));
+    c.push_back(static_cast<float>(std::cos(static_cast<double>(theta))) / grid.delta.x);
+    s.push_back(static_cast<float>(std::sin(static_cast<double>(theta))) / grid.delta.x);
   }
   std::vector<ZebiPoint> list;
   Plane<Zeb8u> left = src;
