@@ -385,10 +385,10 @@ ZebStatus reportBufferSize(ZebiSize roi, int* pBufSize) {
 template <class Op, class T>
 ZebStatus reconstruction(const T* pSrc, int srcStep, T* pSrcDst, int srcDstStep, ZebiSize roi, Zeb8u* pBuf,
                          ZebiNorm norm) {
-  if (auto bad = firstFailure(present(pSrc, pSrcDst, pBuf), hasArea(roi), holdsRow<T>(srcStep, roi.width),
-                              holdsRow<T>(srcDstStep, roi.width),
-                              require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
-                              require(bufferSize<T>(roi) <= INT32_MAX, zebStsErrOverflow)))
+  if (auto bad = firstFailure(
+          checked(roi, image(pSrc, srcStep).ofAnyStep(), image(pSrcDst, srcDstStep).ofAnyStep(), also(pBuf)),
+          require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+          require(bufferSize<T>(roi) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   Scratch scratch(pBuf, bufferSize<T>(roi));
   Zeb8u* flags = scratch.take<Zeb8u>(roi.height, 1);

@@ -20,9 +20,7 @@ bool positive(const Weight* weights) {
 template <class T, int mask, class Weight>
 ZebStatus chamferChecks(const Zeb8u* pSrc, int srcStep, const T* pDst, int dstStep, ZebiSize roi,
                         const Weight* pMetrics) {
-  if (auto bad = firstFailure(present(pSrc, pDst, pMetrics), hasArea(roi), holdsRow<Zeb8u>(srcStep, roi.width),
-                              holdsRow<T>(dstStep, roi.width), wholeElements<T>(dstStep)))
-    return bad;
+  if (auto bad = checked(roi, image(pSrc, srcStep), image(pDst, dstStep), also(pMetrics))) return bad;
   return require(positive<Weight, mask>(pMetrics), zebStsErrMetric);
 }
 

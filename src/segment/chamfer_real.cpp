@@ -23,211 +23,233 @@ constexpr Zeb32f unreached = std::numeric_limits<Zeb32f>::max();
 
 enum class Way { forward, backward };
 
+// Rows advance together, `rows` of them, each `skew` columns behind the one above it.
+constexpr int rows = 8;
 template <int mask>
-class Chamfer {
-  static constexpr int rows = 8;
-  static constexpr int skew = mask == 5 ? 4 : 3;
-  static constexpr int steps = 64;                        // of a chunk
-  static constexpr int past = mask == 5 ? 10 : skew + 1;  // vectors kept of the chunk before
+constexpr int skew = mask == 5 ? 4 : 3;
 
+// What a strip knows of some steps, by lane: lane r belongs to row r.
+constexpr int chunk = 64;
+using Lanes = Zeb32f[rows];
+
+// Rows and columns in the order of a pass.
+template <Way way>
+struct Order {
+  ZebiSize size;
+  int row(int y) const { return way == Way::forward ? y : size.height - 1 - y; }
+  int column(int64_t x) const {
+    return way == Way::forward ? static_cast<int>(x) : size.width - 1 - static_cast<int>(x);
+  }
+};
+
+// Which rows of the strip that begins at row y have a pixel at step t.
+template <int mask>
+struct StripShape {
+  ZebiSize size;
+  int y;
+
+  bool whole() const { return y <= size.height - rows; }
+  int64_t steps() const { return int64_t{size.width} + (rows - 1) * skew<mask>; }
+  int first(int64_t t) const { return t < size.width ? 0 : static_cast<int>((t - size.width) / skew<mask>) + 1; }
+  int last(int64_t t) const {
+    const int reached = t < (rows - 1) * skew<mask> ? static_cast<int>(t) / skew<mask> : rows - 1;
+    return reached < size.height - 1 - y ? reached : size.height - 1 - y;
+  }
+  // Of the steps t to t + chunk - 1, counted from t, those at which all rows have pixels.
+  struct Full {
+    int from, end;
+    bool holds(int i, int count) const { return i >= from && i + count <= end; }
+  };
+  Full full(int64_t t) const {
+    const auto within = [](int64_t v) { return static_cast<int>(v < 0 ? 0 : v > chunk ? chunk : v); };
+    return {whole() ? within((rows - 1) * skew<mask> - t) : chunk, within(size.width - t)};
+  }
+};
+
+// Four steps of four rows and of the four rows below them are one square each in every half of four vectors. Rows start
+// where step 0 and the three after it would reach; step t is t columns farther.
+template <Way way, class T>
+class Squares {
  public:
-  Chamfer(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, const Zeb32f* w)
-      : src_(src), dst_(dst), width_(roi.width), height_(roi.height) {
-    straight_ = splat(w[0]);
-    diagonal_ = splat(w[1]);
-    knight_ = splat(mask == 5 ? w[2] : 0);
+  template <int mask>
+  void place(Rows<T> image, const Order<way>& order, const StripShape<mask>& strip) {
+    for (int r = 0; r < rows && strip.whole(); ++r) {
+      const int start = way == Way::forward ? -skew<mask> * r : strip.size.width - 4 + skew<mask> * r;
+      row_[r] = image[order.row(strip.y + r)] + start;
+    }
   }
 
-  void transform() {
-    for (int y = 0; y < height_; y += height_ - y < rows ? height_ - y : rows) strip<Way::forward>(y);
-    for (int y = 0; y < height_; y += height_ - y < rows ? height_ - y : rows) strip<Way::backward>(y);
+  // The values of step k of four in lane[k].
+  void read(int64_t t, Lanes* lane) const {
+    V32f v[4];
+    for (int r = 0; r < 4; ++r) v[r] = limit(at(r, t), at(r + 4, t));
+    transposeHalves(v[0], v[1], v[2], v[3]);
+    for (int k = 0; k < 4; ++k) store(lane[way == Way::forward ? k : 3 - k], v[k]);
+  }
+  void write(int64_t t, const Lanes* lane) const {
+    V32f v[4];
+    for (int k = 0; k < 4; ++k) v[k] = load(lane[way == Way::forward ? k : 3 - k]);
+    transposeHalves(v[0], v[1], v[2], v[3]);
+    for (int r = 0; r < 4; ++r) storeHalves(at(r, t), at(r + 4, t), v[r]);
   }
 
  private:
-  // Rows and columns in the order of the pass.
-  template <Way way>
-  int rowOf(int y) const {
-    return way == Way::forward ? y : height_ - 1 - y;
+  T* at(int r, int64_t t) const {
+    return row_[r] + (way == Way::forward ? static_cast<ptrdiff_t>(t) : -static_cast<ptrdiff_t>(t));
   }
-  template <Way way>
-  int columnOf(int x) const {
-    return way == Way::forward ? x : width_ - 1 - x;
+  // What values may be at most: those of the pass before, or 0 at object pixels.
+  static V32f limit(const Zeb32f* a, const Zeb32f* b) { return loadHalves(a, b); }
+  static V32f limit(const Zeb8u* a, const Zeb8u* b) {
+    return as<Zeb32f>(greater(loadHalvesAs32s(a, b), splat(0))) & splat(infinity);
   }
 
-  template <Way way>
-  void strip(int y) {
-    placeSquares<way>(y);
-    const V32f far = splat(infinity);
-    V32f beside = far;
-    for (int i = 0; i < past; ++i) above_[i] = twoAbove_[i] = far;
-    // The first vectors of the rows above the strip stand before step 0.
-    const Zeb32f* up1 = y >= 1 ? dst_[rowOf<way>(y - 1)] : nullptr;
-    const Zeb32f* up2 = y >= 2 ? dst_[rowOf<way>(y - 2)] : nullptr;
+  T* row_[rows];
+};
+
+template <int mask, Way way>
+class Pass {
+  static constexpr int past = mask == 5 ? 10 : skew<mask> + 1;  // steps kept of the chunk before
+  using Source = std::conditional_t<way == Way::forward, const Zeb8u, Zeb32f>;
+
+ public:
+  // source: the object on the way forward, the distances so far on the way back.
+  Pass(Rows<Source> source, Rows<Zeb32f> dst, ZebiSize roi, const Zeb32f* w)
+      : source_(source),
+        dst_(dst),
+        order_{roi},
+        straight_(splat(w[0])),
+        diagonal_(splat(w[1])),
+        knight_(splat(mask == 5 ? w[2] : 0)) {}
+
+  void run() {
+    const int height = order_.size.height;
+    for (int y = 0; y < height; y += height - y < rows ? height - y : rows) advance({order_.size, y});
+  }
+
+ private:
+  using Shape = StripShape<mask>;
+
+  void advance(const Shape& strip) {
+    sources_.place(source_, order_, strip);
+    results_.place(dst_, order_, strip);
+    const Zeb32f* up1 = strip.y >= 1 ? dst_[order_.row(strip.y - 1)] : nullptr;
+    const Zeb32f* up2 = strip.y >= 2 ? dst_[order_.row(strip.y - 2)] : nullptr;
+    // What the rows above the strip hold before step 0.
     for (int i = 0; i < past; ++i) {
-      Zeb32f* v = reinterpret_cast<Zeb32f*>(&above_[i]);
-      Zeb32f* v2 = reinterpret_cast<Zeb32f*>(&twoAbove_[i]);
-      v[0] = v2[1] = valueAt<way>(up1, i - past + int64_t{skew});
-      v2[0] = valueAt<way>(up2, i - past + int64_t{2 * skew});
+      store(above_[i], splat(infinity));
+      store(twoAbove_[i], splat(infinity));
+      above_[i][0] = twoAbove_[i][1] = valueAt(up1, i - past + int64_t{skew<mask>});
+      twoAbove_[i][0] = valueAt(up2, i - past + int64_t{2 * skew<mask>});
     }
-    const int64_t end = int64_t{width_} + (rows - 1) * skew;
-    for (int64_t t = 0; t < end; t += steps) {
-      const int count = end - t < steps ? static_cast<int>(end - t) : steps;
-      copyRow<way>(up1, t + skew, up1_);
-      if (mask == 5) copyRow<way>(up2, t + 2 * skew, up2_);
-      const bool edge = y > height_ - rows || t < (rows - 1) * skew || t + steps > width_;
-      readChunk<way>(y, t, count, edge);
-      if (edge) {
-        run<true>(beside, count);
-      } else {
-        run<false>(beside, steps);
-      }
-      writeChunk<way>(y, t, count);
+    V32f beside = splat(infinity);
+    for (int64_t t = 0, end = strip.steps(); t < end; t += chunk) {
+      const int count = end - t < chunk ? static_cast<int>(end - t) : chunk;
+      const auto full = strip.full(t);
+      const bool edge = !full.holds(0, chunk);
+      copyRow(up1, t + skew<mask>, up1_);
+      if (mask == 5) copyRow(up2, t + 2 * skew<mask>, up2_);
+      readLimits(strip, full, t, count, edge);
+      beside = edge ? recur<true>(beside, count) : recur<false>(beside, chunk);
+      writeResults(strip, full, t, count);
       for (int i = 0; i < past; ++i) {
-        above_[i] = above_[steps + i];
-        if (mask == 5) twoAbove_[i] = twoAbove_[steps + i];
+        store(above_[i], load(above_[chunk + i]));
+        if (mask == 5) store(twoAbove_[i], load(twoAbove_[chunk + i]));
       }
     }
   }
 
-  template <Way way>
   Zeb32f valueAt(const Zeb32f* row, int64_t x) const {
-    return row && x >= 0 && x < width_ ? row[columnOf<way>(static_cast<int>(x))] : infinity;
+    return row && x >= 0 && x < order_.size.width ? row[order_.column(x)] : infinity;
   }
-
-  template <Way way>
   void copyRow(const Zeb32f* row, int64_t x, Zeb32f* out) const {
-    if (!row || x + steps > width_) {
-      for (int i = 0; i < steps; ++i) out[i] = valueAt<way>(row, x + i);
+    if (!row || x + chunk > order_.size.width) {
+      for (int i = 0; i < chunk; ++i) out[i] = valueAt(row, x + i);
       return;
     }
-    const Zeb32f* p = row + columnOf<way>(static_cast<int>(x));
-    for (int i = 0; i < steps; ++i) out[i] = way == Way::forward ? p[i] : p[-i];
+    const Zeb32f* p = row + order_.column(x);
+    for (int i = 0; i < chunk; ++i) out[i] = way == Way::forward ? p[i] : p[-i];
   }
 
-  // The recurrence. cap_ is what a pixel's value may be at most; pixels outside the image have the floor infinity.
+  // limit_ is what a pixel's value may be at most; pixels outside the image have the floor infinity.
   template <bool edge>
-  void run(V32f& beside, int count) {
+  V32f recur(V32f v, int count) {
     const V32f straight = straight_, diagonal = diagonal_, knight = knight_;
-    V32f v = beside;
     for (int i = 0; i < count; ++i) {
-      const V32f* a = above_ + past + i;
-      V32f candidate = min(min(a[1 - skew], a[-1 - skew]) + diagonal, a[-skew] + straight);
-      if (mask == 5) {
-        const V32f* b = twoAbove_ + past + i;
-        const V32f jumps = min(min(a[2 - skew], a[-2 - skew]), min(b[1 - 2 * skew], b[-1 - 2 * skew]));
+      const auto above = [this, i](int steps) { return load(above_[past + i + steps]); };
+      const auto twoAbove = [this, i](int steps) { return load(twoAbove_[past + i + steps]); };
+      V32f candidate =
+          min(min(above(1 - skew<mask>), above(-1 - skew<mask>)) + diagonal, above(-skew<mask>) + straight);
+      if constexpr (mask == 5) {
+        const V32f jumps = min(min(above(2 - skew<mask>), above(-2 - skew<mask>)),
+                               min(twoAbove(1 - 2 * skew<mask>), twoAbove(-1 - 2 * skew<mask>)));
         candidate = min(candidate, jumps + knight);
       }
-      v = min(min(candidate, cap_[i]), v + straight);
-      if (edge) v = max(v, floor_[i]);
-      value_[i] = v;
+      v = min(min(candidate, load(limit_[i])), v + straight);
+      if (edge) v = max(v, load(floor_[i]));
+      store(value_[i], v);
       const V32f moved = moveUpOneLane(v, up1_ + i);
-      above_[past + i] = moved;
-      if (mask == 5) twoAbove_[past + i] = moveUpOneLane(moved, up2_ + i);
+      store(above_[past + i], moved);
+      if (mask == 5) store(twoAbove_[past + i], moveUpOneLane(moved, up2_ + i));
     }
-    beside = v;
+    return v;
   }
 
-  // Four steps of four rows and of the four rows below them are one square each in every half of four vectors.
-  template <Way way>
-  bool inside(int y, int64_t t) const {
-    return y <= height_ - rows && t >= (rows - 1) * skew && t + 3 < width_;
-  }
-
-  template <Way way>
-  void readChunk(int y, int64_t t, int count, bool edge) {
+  // By squares where four steps have all rows, else pixel by pixel.
+  void readLimits(const Shape& strip, const typename Shape::Full& full, int64_t t, int count, bool edge) {
     for (int i = 0; i < count; i += 4) {
-      if (inside<way>(y, t + i)) {
-        readSquares<way>(static_cast<int>(t) + i, i);
-        if (edge)
-          for (int j = 0; j < 4; ++j) floor_[i + j] = splat(0.0f);
-      } else {
-        for (int j = i; j < i + 4 && j < count; ++j) readStep<way>(y, t + j, j);
+      if (!full.holds(i, 4)) {
+        for (int k = i; k < i + 4 && k < count; ++k) readStep(strip, t + k, k);
+        continue;
       }
+      sources_.read(t + i, limit_ + i);
+      for (int k = i; edge && k < i + 4; ++k) store(floor_[k], splat(0.0f));
     }
-    if (way == Way::forward && y == 0 && t == 0 && src_[0][0]) *reinterpret_cast<Zeb32f*>(&cap_[0]) = unreached;
+    if constexpr (way == Way::forward)
+      if (strip.y == 0 && t == 0 && source_[0][0]) limit_[0][0] = unreached;
   }
-  // Where the four columns of a row start that step 0 and the three after it would reach; step t is t columns farther.
-  template <Way way>
-  void placeSquares(int y) {
-    for (int r = 0; r < rows && y <= height_ - rows; ++r) {
-      const int start = way == Way::forward ? -skew * r : width_ - 4 + skew * r;
-      srcSquare_[r] = src_[rowOf<way>(y + r)] + start;
-      dstSquare_[r] = dst_[rowOf<way>(y + r)] + start;
-    }
-  }
-  template <Way way>
-  void readSquares(int t, int i) {
-    const ptrdiff_t at = way == Way::forward ? t : -static_cast<ptrdiff_t>(t);
-    V32f v[4];
-    for (int r = 0; r < 4; ++r) {
-      if (way == Way::forward) {
-        const V32s nonzero = greater(loadHalvesAs32s(srcSquare_[r] + at, srcSquare_[r + 4] + at), splat(0));
-        v[r] = as<Zeb32f>(nonzero) & splat(infinity);
-      } else {
-        v[r] = loadHalves(dstSquare_[r] + at, dstSquare_[r + 4] + at);
-      }
-    }
-    transposeHalves(v[0], v[1], v[2], v[3]);
-    for (int j = 0; j < 4; ++j) cap_[i + (way == Way::forward ? j : 3 - j)] = v[j];
-  }
-  // The rows of the strip that have a pixel at step t: from first(t) to last(y, t).
-  int firstRow(int64_t t) const { return t < width_ ? 0 : static_cast<int>((t - width_) / skew) + 1; }
-  int lastRow(int y, int64_t t) const {
-    const int reached = t < (rows - 1) * skew ? static_cast<int>(t) / skew : rows - 1;
-    return reached < height_ - 1 - y ? reached : height_ - 1 - y;
-  }
-  template <Way way>
-  void readStep(int y, int64_t t, int i) {
-    cap_[i] = floor_[i] = splat(infinity);
-    Zeb32f* cap = reinterpret_cast<Zeb32f*>(&cap_[i]);
-    Zeb32f* low = reinterpret_cast<Zeb32f*>(&floor_[i]);
-    for (int r = firstRow(t), last = lastRow(y, t); r <= last; ++r) {
-      const int row = rowOf<way>(y + r), column = columnOf<way>(static_cast<int>(t - skew * r));
-      low[r] = 0;
-      cap[r] = way == Way::forward ? (src_[row][column] ? infinity : 0) : dst_[row][column];
+  void readStep(const Shape& strip, int64_t t, int i) {
+    store(limit_[i], splat(infinity));
+    store(floor_[i], splat(infinity));
+    for (int r = strip.first(t), last = strip.last(t); r <= last; ++r) {
+      const Source pixel = source_[order_.row(strip.y + r)][order_.column(t - skew<mask> * r)];
+      floor_[i][r] = 0;
+      limit_[i][r] = way == Way::backward ? static_cast<Zeb32f>(pixel) : pixel ? infinity : 0;
     }
   }
 
-  template <Way way>
-  void writeChunk(int y, int64_t t, int count) {
+  void writeResults(const Shape& strip, const typename Shape::Full& full, int64_t t, int count) {
     for (int i = 0; i < count; i += 4) {
-      if (inside<way>(y, t + i)) {
-        writeSquares<way>(static_cast<int>(t) + i, i);
-      } else {
-        for (int j = i; j < i + 4 && j < count; ++j) writeStep<way>(y, t + j, j);
+      if (full.holds(i, 4)) {
+        results_.write(t + i, value_ + i);
+        continue;
       }
+      for (int k = i; k < i + 4 && k < count; ++k)
+        for (int r = strip.first(t + k), last = strip.last(t + k); r <= last; ++r)
+          dst_[order_.row(strip.y + r)][order_.column(t + k - skew<mask> * r)] = value_[k][r];
     }
   }
-  template <Way way>
-  void writeSquares(int t, int i) {
-    const ptrdiff_t at = way == Way::forward ? t : -static_cast<ptrdiff_t>(t);
-    V32f v[4];
-    for (int j = 0; j < 4; ++j) v[j] = value_[i + (way == Way::forward ? j : 3 - j)];
-    transposeHalves(v[0], v[1], v[2], v[3]);
-    for (int r = 0; r < 4; ++r) storeHalves(dstSquare_[r] + at, dstSquare_[r + 4] + at, v[r]);
-  }
-  template <Way way>
-  void writeStep(int y, int64_t t, int i) {
-    for (int r = firstRow(t), last = lastRow(y, t); r <= last; ++r)
-      dst_[rowOf<way>(y + r)][columnOf<way>(static_cast<int>(t - skew * r))] =
-          reinterpret_cast<const Zeb32f*>(&value_[i])[r];
-  }
 
-  Rows<const Zeb8u> src_;
+  Rows<Source> source_;
   Rows<Zeb32f> dst_;
-  int width_, height_;
-  const Zeb8u* srcSquare_[rows];
-  Zeb32f* dstSquare_[rows];
+  Order<way> order_;
   V32f straight_, diagonal_, knight_;
-  V32f cap_[steps], floor_[steps], value_[steps];
-  V32f above_[past + steps], twoAbove_[past + steps];  // by step: lane r holds the row above row r, or two above it
-  Zeb32f up1_[steps], up2_[steps];                     // the rows above the strip, where lane 0 needs them
+  Squares<way, Source> sources_;
+  Squares<way, Zeb32f> results_;
+  alignas(32) Lanes limit_[chunk], floor_[chunk], value_[chunk];
+  alignas(32) Lanes above_[past + chunk], twoAbove_[past + chunk];  // by step: of the row above, or two above
+  Zeb32f up1_[chunk], up2_[chunk];                                  // the rows above the strip, for lane 0
 };
+
+template <int mask, Way way, class S>
+__attribute__((noinline)) void runPass(Rows<S> source, Rows<Zeb32f> dst, ZebiSize roi, const Zeb32f* w) {
+  Pass<mask, way>(source, dst, roi, w).run();
+}
 
 template <int mask>
 ZebStatus transform(const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roi, const Zeb32f* pMetrics) {
   if (auto bad = chamferChecks<Zeb32f, mask>(pSrc, srcStep, pDst, dstStep, roi, pMetrics)) return bad;
-  Chamfer<mask>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pMetrics).transform();
+  runPass<mask, Way::forward>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pMetrics);
+  runPass<mask, Way::backward>(Rows(pDst, dstStep), Rows(pDst, dstStep), roi, pMetrics);
   return zebStsOk;
 }
 

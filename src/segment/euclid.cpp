@@ -236,8 +236,7 @@ ZEB_ENTRY(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R)(ZebiSize roiSize, in
 
 ZEB_ENTRY(zebiTrueDistanceTransform_8u32f_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize, Zeb8u* pBuffer) {
-  if (auto bad = firstFailure(present(pSrc, pDst, pBuffer), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width),
-                              holdsRow<Zeb32f>(dstStep, roiSize.width), wholeElements<Zeb32f>(dstStep),
+  if (auto bad = firstFailure(checked(roiSize, image(pSrc, srcStep), image(pDst, dstStep), also(pBuffer)),
                               require(bufferBytes(roiSize) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const Rows src(pSrc, srcStep);

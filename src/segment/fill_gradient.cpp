@@ -44,16 +44,26 @@ class Step {
   PixelValue<T, channels> below_, above_;
 };
 
-template <class T, int channels, bool diagonal>
+// Bytes of the buffer: a map with a frame of one pixel, a third of the pixels times 48, and 64.
+int64_t mapBytes(ZebiSize size) {
+  return (static_cast<int64_t>(size.width) + 2) * (static_cast<int64_t>(size.height) + 2);
+}
+int64_t gradientFillBytes(ZebiSize size) {
+  return mapBytes(size) + 48 * pixelCount(size) / 3 + 64;
+}
+
+template <class T, int channels>
 class GradientRegion {
  public:
-  GradientRegion(Rows<T> image, ZebiSize size, const T* newValue, const Step<T, channels>& step, Zeb8u* pBuffer)
+  GradientRegion(Rows<T> image, ZebiSize size, const T* newValue, const Step<T, channels>& step, Zeb8u* pBuffer,
+                 Connected connected)
       : image_(image),
+        connected_(connected),
         size_(size),
         newValue_(newValue),
         step_(step),
         map_(pBuffer),
-        stack_(pBuffer + gradientMapBytes(size), gradientFillBytes(size) - gradientMapBytes(size)) {
+        stack_(pBuffer + mapBytes(size), gradientFillBytes(size) - mapBytes(size)) {
     const size_t pitch = static_cast<size_t>(size.width) + 2;
     memset(map_, visited, pitch + 1);
     for (int y = 0; y < size.height; ++y) {
@@ -65,7 +75,7 @@ class GradientRegion {
 
   void fill(ZebiPoint seed) {
     join(seed.y, seed.x, 1, 0, seed.y == size_.height - 1 ? -1 : 1);
-    spread<diagonal>(*this, stack_, size_);
+    spread(*this, stack_, size_, connected_);
   }
 
   bool explore(int y, int from, int to, const Span& parent, int direction) {
@@ -99,7 +109,7 @@ class GradientRegion {
   ZEB_INLINE bool joins(int x, int y, const Span& parent) const {
     const T* to = image_[y] + x * channels;
     const T* from = image_[parent.y];
-    if (!diagonal) return step_(from + x * channels, to);
+    if (connected_ == Connected::four) return step_(from + x * channels, to);
     const int first = x - 1 > parent.left ? x - 1 : parent.left, last = x + 1 < parent.right ? x + 1 : parent.right;
     for (int i = first; i <= last; ++i)
       if (step_(from + i * channels, to)) return true;
@@ -148,6 +158,7 @@ class GradientRegion {
   }
 
   Rows<T> image_;
+  Connected connected_;
   ZebiSize size_;
   PixelValue<T, channels> newValue_;
   Step<T, channels> step_;
@@ -156,14 +167,14 @@ class GradientRegion {
   Extent extent_;
 };
 
-template <class T, int channels, bool diagonal>
-ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
-               const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {
+template <class T, int channels>
+ZebStatus fillGradient(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
+                       const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer, Connected connected) {
   if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, gradientFillBytes(size),
                                          newValue, minDelta, maxDelta))
     return bad;
-  GradientRegion<T, channels, diagonal> region(Rows(pImage, imageStep), size, newValue,
-                                               Step<T, channels>(minDelta, maxDelta), pBuffer);
+  GradientRegion<T, channels> region(Rows(pImage, imageStep), size, newValue, Step<T, channels>(minDelta, maxDelta),
+                                     pBuffer, connected);
   region.fill(seed);
   region.record(pRegion);
   return zebStsOk;
@@ -176,15 +187,15 @@ ZEB_ENTRY(zebiFloodFillGetSize_Grad)(ZebiSize roiSize, int* pBufSize) {
   return reportSize(pixelCount(roiSize) > INT32_MAX ? -1 : gradientFillBytes(roiSize), pBufSize);
 }
 
-ONE_CHANNEL(zebiFloodFill_Grad4Con_8u_C1IR, Zeb8u, false)
-ONE_CHANNEL(zebiFloodFill_Grad4Con_16u_C1IR, Zeb16u, false)
-ONE_CHANNEL(zebiFloodFill_Grad4Con_32f_C1IR, Zeb32f, false)
-ONE_CHANNEL(zebiFloodFill_Grad8Con_8u_C1IR, Zeb8u, true)
-ONE_CHANNEL(zebiFloodFill_Grad8Con_16u_C1IR, Zeb16u, true)
-ONE_CHANNEL(zebiFloodFill_Grad8Con_32f_C1IR, Zeb32f, true)
-THREE_CHANNELS(zebiFloodFill_Grad4Con_8u_C3IR, Zeb8u, false)
-THREE_CHANNELS(zebiFloodFill_Grad4Con_16u_C3IR, Zeb16u, false)
-THREE_CHANNELS(zebiFloodFill_Grad4Con_32f_C3IR, Zeb32f, false)
-THREE_CHANNELS(zebiFloodFill_Grad8Con_8u_C3IR, Zeb8u, true)
-THREE_CHANNELS(zebiFloodFill_Grad8Con_16u_C3IR, Zeb16u, true)
-THREE_CHANNELS(zebiFloodFill_Grad8Con_32f_C3IR, Zeb32f, true)
+FILL_WITHIN_C1(zebiFloodFill_Grad4Con_8u_C1IR, fillGradient, Zeb8u, Connected::four)
+FILL_WITHIN_C1(zebiFloodFill_Grad4Con_16u_C1IR, fillGradient, Zeb16u, Connected::four)
+FILL_WITHIN_C1(zebiFloodFill_Grad4Con_32f_C1IR, fillGradient, Zeb32f, Connected::four)
+FILL_WITHIN_C1(zebiFloodFill_Grad8Con_8u_C1IR, fillGradient, Zeb8u, Connected::eight)
+FILL_WITHIN_C1(zebiFloodFill_Grad8Con_16u_C1IR, fillGradient, Zeb16u, Connected::eight)
+FILL_WITHIN_C1(zebiFloodFill_Grad8Con_32f_C1IR, fillGradient, Zeb32f, Connected::eight)
+FILL_WITHIN_C3(zebiFloodFill_Grad4Con_8u_C3IR, fillGradient, Zeb8u, Connected::four)
+FILL_WITHIN_C3(zebiFloodFill_Grad4Con_16u_C3IR, fillGradient, Zeb16u, Connected::four)
+FILL_WITHIN_C3(zebiFloodFill_Grad4Con_32f_C3IR, fillGradient, Zeb32f, Connected::four)
+FILL_WITHIN_C3(zebiFloodFill_Grad8Con_8u_C3IR, fillGradient, Zeb8u, Connected::eight)
+FILL_WITHIN_C3(zebiFloodFill_Grad8Con_16u_C3IR, fillGradient, Zeb16u, Connected::eight)
+FILL_WITHIN_C3(zebiFloodFill_Grad8Con_32f_C3IR, fillGradient, Zeb32f, Connected::eight)

@@ -154,12 +154,11 @@ class PaintedRegion {
   bool resume(Span* s) { return whenFull_.resume(s); }
 
   // The seed belongs to the region whether it passes the test or not.
-  template <bool diagonal>
-  void fill(ZebiPoint seed, ZebiSize size) {
+  void fill(ZebiPoint seed, ZebiSize size, Connected connected) {
     const int left = pixels_.start(seed.y, seed.x), right = pixels_.end(seed.y, seed.x + 1) - 1;
     const bool goesOn =
         join(seed.y, left, right, right + 1, right, seed.y == size.height - 1 ? -1 : 1) && size.height > 1;
-    if (goesOn) spread<diagonal>(*this, stack_, size);
+    if (goesOn) spread(*this, stack_, size, connected);
   }
   void record(ZebiConnectedComp* region) const { extent_.template record<T, channels>(newValue_.value, region); }
 
@@ -173,10 +172,15 @@ class PaintedRegion {
   Extent extent_;
 };
 
+// Bytes of the buffer: a quarter of the pixels times 24, and 32.
+inline int64_t paintedFillBytes(ZebiSize size) {
+  return 24 * pixelCount(size) / 4 + 32;
+}
+
 // The buffer holds the stack and, behind it, a map of one byte per pixel. Of the 6 bytes per pixel and 32 that there
 // are this leaves the stack of a range fill the width x height / 4 - 1 entries of 20 bytes that it can come to hold.
 inline int64_t stackBytes(ZebiSize size) {
-  return fillBytes(size) - pixelCount(size);
+  return paintedFillBytes(size) - pixelCount(size);
 }
 
 }  // namespace zeb

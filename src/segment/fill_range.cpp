@@ -21,20 +21,20 @@ void interval(T value, T below, T above, T* low, T* high) {
   }
 }
 
-template <class T, int channels, bool diagonal, class Pixels>
+template <class T, int channels, class Pixels>
 void run(Rows<T> image, ZebiSize size, ZebiPoint seed, const T* newValue, Pixels& pixels, SpanStack& stack,
-         ZebiConnectedComp* pRegion) {
+         ZebiConnectedComp* pRegion, Connected connected) {
   EndAt whenFull{pixelCount(size) / 4};
   PaintedRegion<T, channels, Pixels, EndAt> region(image, size, newValue, pixels, stack, whenFull);
-  region.template fill<diagonal>(seed, size);
+  region.fill(seed, size, connected);
   region.record(pRegion);
 }
 
-template <class T, int channels, bool diagonal>
-ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
-               const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer) {
-  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, fillBytes(size), newValue,
-                                         minDelta, maxDelta))
+template <class T, int channels>
+ZebStatus fillRange(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T* newValue, const T* minDelta,
+                    const T* maxDelta, ZebiConnectedComp* pRegion, Zeb8u* pBuffer, Connected connected) {
+  if (auto bad = fillChecks<T, channels>(pImage, imageStep, size, seed, pRegion, pBuffer, paintedFillBytes(size),
+                                         newValue, minDelta, maxDelta))
     return bad;
   const Rows image(pImage, imageStep);
   const T* seedPixel = image[seed.y] + seed.x * channels;
@@ -47,25 +47,25 @@ ZebStatus fill(T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const T*
   SpanStack stack(pBuffer, room);
   if (test(newValue)) {
     UnpaintedPixels<T, channels, InInterval<T, channels>> pixels(image, size, test, pBuffer + room);
-    run<T, channels, diagonal>(image, size, seed, newValue, pixels, stack, pRegion);
+    run<T, channels>(image, size, seed, newValue, pixels, stack, pRegion, connected);
   } else {
     TestedPixels<T, channels, InInterval<T, channels>> pixels(image, size, test);
-    run<T, channels, diagonal>(image, size, seed, newValue, pixels, stack, pRegion);
+    run<T, channels>(image, size, seed, newValue, pixels, stack, pRegion, connected);
   }
   return zebStsOk;
 }
 
 }  // namespace
 
-ONE_CHANNEL(zebiFloodFill_Range4Con_8u_C1IR, Zeb8u, false)
-ONE_CHANNEL(zebiFloodFill_Range4Con_16u_C1IR, Zeb16u, false)
-ONE_CHANNEL(zebiFloodFill_Range4Con_32f_C1IR, Zeb32f, false)
-ONE_CHANNEL(zebiFloodFill_Range8Con_8u_C1IR, Zeb8u, true)
-ONE_CHANNEL(zebiFloodFill_Range8Con_16u_C1IR, Zeb16u, true)
-ONE_CHANNEL(zebiFloodFill_Range8Con_32f_C1IR, Zeb32f, true)
-THREE_CHANNELS(zebiFloodFill_Range4Con_8u_C3IR, Zeb8u, false)
-THREE_CHANNELS(zebiFloodFill_Range4Con_16u_C3IR, Zeb16u, false)
-THREE_CHANNELS(zebiFloodFill_Range4Con_32f_C3IR, Zeb32f, false)
-THREE_CHANNELS(zebiFloodFill_Range8Con_8u_C3IR, Zeb8u, true)
-THREE_CHANNELS(zebiFloodFill_Range8Con_16u_C3IR, Zeb16u, true)
-THREE_CHANNELS(zebiFloodFill_Range8Con_32f_C3IR, Zeb32f, true)
+FILL_WITHIN_C1(zebiFloodFill_Range4Con_8u_C1IR, fillRange, Zeb8u, Connected::four)
+FILL_WITHIN_C1(zebiFloodFill_Range4Con_16u_C1IR, fillRange, Zeb16u, Connected::four)
+FILL_WITHIN_C1(zebiFloodFill_Range4Con_32f_C1IR, fillRange, Zeb32f, Connected::four)
+FILL_WITHIN_C1(zebiFloodFill_Range8Con_8u_C1IR, fillRange, Zeb8u, Connected::eight)
+FILL_WITHIN_C1(zebiFloodFill_Range8Con_16u_C1IR, fillRange, Zeb16u, Connected::eight)
+FILL_WITHIN_C1(zebiFloodFill_Range8Con_32f_C1IR, fillRange, Zeb32f, Connected::eight)
+FILL_WITHIN_C3(zebiFloodFill_Range4Con_8u_C3IR, fillRange, Zeb8u, Connected::four)
+FILL_WITHIN_C3(zebiFloodFill_Range4Con_16u_C3IR, fillRange, Zeb16u, Connected::four)
+FILL_WITHIN_C3(zebiFloodFill_Range4Con_32f_C3IR, fillRange, Zeb32f, Connected::four)
+FILL_WITHIN_C3(zebiFloodFill_Range8Con_8u_C3IR, fillRange, Zeb8u, Connected::eight)
+FILL_WITHIN_C3(zebiFloodFill_Range8Con_16u_C3IR, fillRange, Zeb16u, Connected::eight)
+FILL_WITHIN_C3(zebiFloodFill_Range8Con_32f_C3IR, fillRange, Zeb32f, Connected::eight)

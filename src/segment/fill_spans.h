@@ -82,25 +82,15 @@ inline int64_t pixelCount(ZebiSize size) {
   return static_cast<int64_t>(size.width) * size.height;
 }
 
-// Bytes of the buffer of the plain and range fills: a quarter of the pixels times 24, and 32.
-inline int64_t fillBytes(ZebiSize size) {
-  return 24 * pixelCount(size) / 4 + 32;
-}
-// Of the gradient fills: a map with a frame of one pixel, a third of the pixels times 48, and 64.
-inline int64_t gradientMapBytes(ZebiSize size) {
-  return (static_cast<int64_t>(size.width) + 2) * (static_cast<int64_t>(size.height) + 2);
-}
-inline int64_t gradientFillBytes(ZebiSize size) {
-  return gradientMapBytes(size) + 48 * pixelCount(size) / 3 + 64;
-}
+// Which neighbours a pixel has: the four beside it, or those and the four across its corners.
+enum class Connected { four, eight };
 
 // The checks of all fills, for a buffer of this many bytes; values are the arrays of new value and deltas, which
 // three-channel callers may leave out.
 template <class T, int channels, class... Values>
 ZebStatus fillChecks(const T* pImage, int imageStep, ZebiSize size, ZebiPoint seed, const ZebiConnectedComp* pRegion,
                      const Zeb8u* pBuffer, int64_t bytes, const Values*... values) {
-  return firstFailure(present(pImage, pRegion, pBuffer, values...), hasArea(size),
-                      holdsRow<T, channels>(imageStep, size.width), wholeElements<T>(imageStep),
+  return firstFailure(checked(size, image<channels>(pImage, imageStep), also(pRegion, pBuffer, values...)),
                       require(seed.x >= 0 && seed.x < size.width, zebStsErrOutOfRange),
                       require(seed.y >= 0 && seed.y < size.height, zebStsErrOutOfRange),
                       require(pixelCount(size) <= INT32_MAX && bytes <= INT32_MAX, zebStsErrOverflow));
@@ -110,9 +100,9 @@ ZebStatus fillChecks(const T* pImage, int imageStep, ZebiSize size, ZebiPoint se
 //   explore(y, from, to, span, direction)  joins what row y holds next to span in columns from..to; false ends the fill
 //   finish(span)                           is told that the neighbours of a span have been examined
 //   resume(&span)                          yields a span that did not fit on the stack
-template <bool diagonal, class Region>
-void spread(Region& region, SpanStack& stack, ZebiSize size) {
-  constexpr int reach = diagonal ? 1 : 0;
+template <class Region>
+void spread(Region& region, SpanStack& stack, ZebiSize size, Connected connected) {
+  const int reach = connected == Connected::eight ? 1 : 0;
   for (;;) {
     Span s;
     if (!stack.empty()) {

@@ -39,7 +39,9 @@ int64_t bufferBytes(ZebiSize roi) {
 template <int side>
 class Tile {
   static constexpr int lanes = V32f::lanes;
-  static constexpr int pitch = side + 2 * lanes;  // of a diagonal, so that rows -1 and side have their place
+  // Of a diagonal, so that rows -1 and side have their place; wide tiles keep vectors on their boundaries.
+  static constexpr int lead = side < 64 ? lanes / 2 : lanes;
+  static constexpr int pitch = side + 2 * lead;
   static constexpr int diagonals = 2 * side - 1;
   static constexpr int cells = (diagonals + 4) * pitch;
 
@@ -87,7 +89,7 @@ class Tile {
 
  private:
   // Row above and column to the left both lie on the diagonal before: one pitch back, one lane back or the same lane.
-  static int at(int x, int r) { return (x + r + 2) * pitch + r + lanes; }
+  static int at(int x, int r) { return (x + r + 2) * pitch + r + lead; }
 
   Zeb32f* cells_;
 };
@@ -287,8 +289,7 @@ ZEB_ENTRY(zebiFastMarchingGetBufferSize_8u32f_C1R)(ZebiSize roiSize, int* pBuffe
 
 ZEB_ENTRY(zebiFastMarching_8u32f_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize, Zeb32f radius, Zeb8u* pBuffer) {
-  if (auto bad = firstFailure(present(pSrc, pDst, pBuffer), hasArea(roiSize), holdsRow<Zeb8u>(srcStep, roiSize.width),
-                              holdsRow<Zeb32f>(dstStep, roiSize.width), wholeElements<Zeb32f>(dstStep),
+  if (auto bad = firstFailure(checked(roiSize, image(pSrc, srcStep), image(pDst, dstStep), also(pBuffer)),
                               require(!(radius < 0), zebStsErrBadArgument),
                               require(bufferBytes(roiSize) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
