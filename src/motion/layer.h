@@ -29,7 +29,7 @@ struct LayerState {
   int maxHeight;
   int mode;
   Zeb32f rate;
-  bool unitSum;  // the weights stand for a sum of 1
+  bool unitSum;  // the weights are made to add up to 1, what rounding took from them given to the centre
 
   // The weight of the neighbours at a distance.
   Zeb32f weight(int distance) const { return pWeights[kernelSize / 2 - distance]; }
@@ -106,6 +106,18 @@ void smoothRow(const LayerState& state, Zeb32f* bordered, int width, Zeb32f* out
 
 // ---- Interpolation ----
 
+// Linear between s and t. From s on, so that equal samples stay exactly what they are, or as a weighted sum, in which
+// an infinite sample stays infinite; a sample of weight 0 adds nothing.
+struct FromFirst {
+  ZEB_INLINE V32f operator()(V32f s, V32f t, V32f fraction) const { return fma(fraction, t - s, s); }
+};
+struct WeightedSum {
+  ZEB_INLINE V32f operator()(V32f s, V32f t, V32f fraction) const {
+    const V32f far = andNot(equal(fraction, splat(0.0f)), t);
+    return fma(fraction, far, (splat(1.0f) - fraction) * s);
+  }
+};
+
 // Between sample index and sample next, which is the same one where the fraction is 0.
 struct Place {
   int index;
@@ -162,14 +174,15 @@ class RowPlaces {
   }
 
   // Whole vectors are stored to out.
-  void interpolate(const Zeb32f* row, Zeb32f* out) const {
+  template <class Blend>
+  void interpolate(const Zeb32f* row, Zeb32f* out, Blend blend) const {
     for (int i = 0; i < n_; i += 8) {
       const Zeb32f* const p = row + first_[i / 8];
       const V32s index = load(index_ + i), next = load(next_ + i);
       const bool near = near_[i / 8] != 0;
       const V32f s = near ? pickOfSixteen(p, index) : gather(p, index);
       const V32f t = near ? pickOfSixteen(p, next) : gather(p, next);
-      store(out + i, fma(load(fraction_ + i), t - s, s));
+      store(out + i, blend(s, t, load(fraction_ + i)));
     }
   }
 
@@ -179,12 +192,6 @@ class RowPlaces {
   Zeb32f* fraction_ = nullptr;
   Zeb32s *first_ = nullptr, *near_ = nullptr;  // a block's
 };
-
-// Eight elements between those of two work rows.
-ZEB_INLINE V32f between(const Zeb32f* s, const Zeb32f* t, V32f fraction) {
-  const V32f a = load(s);
-  return fma(fraction, load(t) - a, a);
-}
 
 // The first n of eight values as pixels; all of them where n is larger. What is not a number becomes 0.
 template <class T>
@@ -213,12 +220,12 @@ constexpr ZebDataType dataTypeOf() {
   return sizeof(T) == 1 ? zeb8u : sizeof(T) == 2 ? zeb16u : zeb32f;
 }
 
-// Makes a state whose work area has this many bytes; status as the initialisers report it. Integer kernels are those of
-// the 8u and 16u layers.
+// Makes a state whose work area has this many bytes, and whose weights add up to 1 if so wished and not 0; status as
+// the initialisers report it. Integer kernels are those of the 8u and 16u layers.
 ZebStatus makeLayer(LayerState** ppState, ZebiSize srcRoi, Zeb32f rate, const Zeb16s* pKernel, int kerSize, int mode,
-                    ZebDataType type, int64_t workBytes);
+                    ZebDataType type, bool unitSum, int64_t workBytes);
 ZebStatus makeLayer(LayerState** ppState, ZebiSize srcRoi, Zeb32f rate, const Zeb32f* pKernel, int kerSize, int mode,
-                    ZebDataType type, int64_t workBytes);
+                    ZebDataType type, bool unitSum, int64_t workBytes);
 ZebStatus freeLayer(LayerState* pState);
 
 // The size that the level below a source must have.

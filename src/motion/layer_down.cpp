@@ -43,7 +43,7 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
       smoothColumns(
           state, [=](int q) { return src[q]; }, y, srcSize.height, srcSize.width * channels, work.bordered);
       smoothRow<channels>(state, work.bordered, srcSize.width, work.smooth);
-      work.places.interpolate(work.smooth, read);
+      work.places.interpolate(work.smooth, read, WeightedSum());
       held[y & 1] = y;
     }
     return read;
@@ -53,7 +53,8 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
     const Zeb32f* const s = row(place.index);
     const Zeb32f* const t = place.fraction > 0 ? row(place.index + 1) : s;
     T* const out = dst[y];
-    for (int i = 0; i < n; i += 8) storePixels(out + i, between(s + i, t + i, splat(place.fraction)), n - i);
+    const V32f fraction = splat(place.fraction);
+    for (int i = 0; i < n; i += 8) storePixels(out + i, WeightedSum()(load(s + i), load(t + i), fraction), n - i);
   }
 }
 
@@ -74,7 +75,7 @@ template <class T, int channels, class K>
 ZebStatus makeDown(ZebiPyramidDownState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
   LayerState* state = nullptr;
   const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(),
-                                     DownRows::bytes(roi.width, kerSize, channels));
+                                     false, DownRows::bytes(roi.width, kerSize, channels));
   if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidDownState*>(state);
   return status;
 }

@@ -13,7 +13,7 @@ Zeb16s saturated(int64_t v) {
   return static_cast<Zeb16s>(v < -32768 ? -32768 : v > 32767 ? 32767 : v);
 }
 
-// Weights of the first half and the centre; true where they stand for a sum of 1.
+// Weights of the first half and the centre; false where their sum is 0.
 bool normalise(const Zeb16s* kernel, int half, ZebDataType type, Zeb32f* weights) {
   const int shift = type == zeb8u ? 1 : 2;
   const Zeb32f unit = 1.0f / static_cast<Zeb32f>(16384 >> shift);
@@ -33,7 +33,7 @@ bool normalise(const Zeb32f* kernel, int half, ZebDataType, Zeb32f* weights) {
 
 template <class K>
 ZebStatus make(LayerState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode,
-               ZebDataType type, int64_t workBytes) {
+               ZebDataType type, bool unitSum, int64_t workBytes) {
   if (auto bad = firstFailure(present(ppState, pKernel), hasArea(roi),
                               require(mode == zebInterLinear && isPyramidRate(rate) && kerSize >= 3 && kerSize % 2 == 1,
                                       zebStsErrBadArgument)))
@@ -56,7 +56,7 @@ ZebStatus make(LayerState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel
             type,       roi.width,
             roi.height, mode,
             rate,       false};
-  state->unitSum = normalise(pKernel, kerSize / 2, type, weights);
+  state->unitSum = normalise(pKernel, kerSize / 2, type, weights) && unitSum;
   bool symmetric = true;
   for (int i = 0; i < kerSize / 2; ++i) {
     weights[kerSize - 1 - i] = weights[i];
@@ -72,12 +72,12 @@ ZebStatus make(LayerState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel
 namespace zeb {
 
 ZebStatus makeLayer(LayerState** ppState, ZebiSize srcRoi, Zeb32f rate, const Zeb16s* pKernel, int kerSize, int mode,
-                    ZebDataType type, int64_t workBytes) {
-  return make(ppState, srcRoi, rate, pKernel, kerSize, mode, type, workBytes);
+                    ZebDataType type, bool unitSum, int64_t workBytes) {
+  return make(ppState, srcRoi, rate, pKernel, kerSize, mode, type, unitSum, workBytes);
 }
 ZebStatus makeLayer(LayerState** ppState, ZebiSize srcRoi, Zeb32f rate, const Zeb32f* pKernel, int kerSize, int mode,
-                    ZebDataType type, int64_t workBytes) {
-  return make(ppState, srcRoi, rate, pKernel, kerSize, mode, type, workBytes);
+                    ZebDataType type, bool unitSum, int64_t workBytes) {
+  return make(ppState, srcRoi, rate, pKernel, kerSize, mode, type, unitSum, workBytes);
 }
 ZebStatus freeLayer(LayerState* pState) {
   if (auto bad = present(pState)) return bad;

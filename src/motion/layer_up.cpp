@@ -59,7 +59,7 @@ class Enlarger {
     if (held_[y & 1] != y) {
       const T* const row = src_[y];
       for (int i = 0; i < srcSize_.width * channels; ++i) source_[i] = static_cast<Zeb32f>(row[i]);
-      places_.interpolate(source_, bordered_);
+      places_.interpolate(source_, bordered_, FromFirst());
       smoothRow<channels>(state_, bordered_, dstSize_.width, read);
       held_[y & 1] = y;
     }
@@ -70,7 +70,9 @@ class Enlarger {
     const Zeb32f* const s = readRow(place.index);
     const Zeb32f* const t = place.fraction > 0 ? readRow(place.index + 1) : s;
     Zeb32f* const out = ringRow(y);
-    for (int i = 0; i < dstSize_.width * channels; i += 8) store(out + i, between(s + i, t + i, splat(place.fraction)));
+    const V32f fraction = splat(place.fraction);
+    for (int i = 0; i < dstSize_.width * channels; i += 8)
+      store(out + i, FromFirst()(load(s + i), load(t + i), fraction));
   }
 
   const LayerState& state_;
@@ -109,7 +111,8 @@ ZebStatus layerUp(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dst
 template <class T, class K>
 ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
   LayerState* state = nullptr;
-  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(), 0);
+  const ZebStatus status =
+      makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(), true, 0);
   if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidUpState*>(state);
   return status;
 }
