@@ -66,8 +66,8 @@ ZebStatus zebiGetHaarClassifierSize_32s(const ZebiHaarClassifier* pState, ZebiSi
  * the caller's order; flag not zero: those whose byte is not zero become tilted; flag zero: those whose byte is zero.
  * Classifiers that are tilted already stay so.
  *
- * Status: zebStsOk (also, at once, for an empty stage); zebStsErrNullPointer; zebStsErrBadArgument (the stage was
- * created tilted).
+ * Status, in this order: zebStsErrNullPointer; zebStsErrBadArgument (the stage was created tilted, be it empty);
+ * zebStsOk (at once for an empty stage).
  */
 ZebStatus zebiTiltHaarFeatures_32f(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState);
 ZebStatus zebiTiltHaarFeatures_32s(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState);

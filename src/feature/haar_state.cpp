@@ -64,7 +64,7 @@ void addGroup(const Lists<T>& in, bool tilted, Group takes, HaarClassifierRecord
                      number(in.thresholds[i]),
                      number(in.values1[i]),
                      number(in.values2[i]),
-                     static_cast<int>(static_cast<unsigned>(i) << 8) | (tilted ? classifierTilted : 0)};
+                     static_cast<int>(static_cast<unsigned>(i) << 8)};
     for (int k = first; k < first + in.counts[i]; ++k, ++rectangle) {
       const ZebiRect& f = in.features[k];
       setCorners(*rectangle, f.x, f.y, f.width, f.height, tilted);
@@ -141,7 +141,7 @@ ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
     for (int k = 0; k < c.count; ++k) {
       // Of a tilted rectangle, too, the far corner as the caller gave it: (x + w, y + h).
       const ZebiPoint* const corner = c.rectangles[k].corner;
-      const bool slanted = (pState->tilt & stateCreatedTilted) != 0 || (c.index & classifierTilted) != 0;
+      const bool slanted = isTilted(*pState, c);
       const int right = slanted ? corner[2].x : corner[0].x;
       const int bottom = slanted ? corner[1].y : corner[0].y;
       if (right > size.width) size.width = right;

@@ -24,7 +24,7 @@ struct HaarClassifierRecord {
   int count;
   HaarRectangle* rectangles;
   HaarNumber threshold, value1, value2;
-  // Index in the caller's list shifted left by 8; bit 0 is set when the classifier is tilted.
+  // Index in the caller's list shifted left by 8; bit 0 is set when a classifier of an upright stage was tilted later.
   int index;
 };
 
@@ -45,6 +45,14 @@ struct ZebiHaarClassifier {
   int rectanglesAgain;
   int firstWeightsAreMinusOne;
 };
+
+namespace zeb {
+
+inline bool isTilted(const ZebiHaarClassifier& state, const HaarClassifierRecord& c) {
+  return (state.tilt & stateCreatedTilted) != 0 || (c.index & classifierTilted) != 0;
+}
+
+}  // namespace zeb
 
 static_assert(sizeof(ZebiHaarClassifier) == 48 && offsetof(ZebiHaarClassifier, tilt) == 28 &&
                   offsetof(ZebiHaarClassifier, firstWeightsAreMinusOne) == 44,

@@ -29,16 +29,33 @@ struct Line {
   int count, cell, angle, unused;
 };
 
-// Cosine and sine with ten fraction bits.
+// Cosine and sine times 1024 / deltaRho, rounded: beyond 32 bits for the least deltas.
 struct Direction {
-  int c, s;
+  int64_t c, s;
+};
+
+// The directions of one angle after the other.
+class Directions {
+ public:
+  explicit Directions(ZebiPoint_32f delta) : scale_(1024.0 / static_cast<double>(delta.x)), step_(delta.y) {}
+
+  Direction next() {
+    const auto theta = static_cast<double>(theta_);
+    theta_ += step_;
+    return {rounded(cos(theta)), rounded(sin(theta))};
+  }
+
+ private:
+  int64_t rounded(double v) const { return static_cast<int64_t>(__builtin_nearbyint(v * scale_)); }
+
+  double scale_;
+  Zeb32f step_, theta_ = 0;
 };
 
 // Where everything lies in the caller's buffer.
 struct Workspace {
   Zeb32s* row[3];  // counts of the previous, current and next angle, with eight zero cells on either side
   Zeb32s* second;  // the other accumulator
-  Direction* directions;
   Line* lines;
   Zeb32s* pixels;
 };
@@ -58,18 +75,9 @@ Workspace carve(Zeb8u* pBuffer, const Grid& grid, int maxLineCount) {
   }
   work.second = scratch.take<Zeb32s>(grid.cells, 4);
   q7_zebsZero_32s(work.second, grid.cells);
-  work.directions = scratch.take<Direction>(grid.angles, 4);
   work.lines = scratch.take<Line>(maxLineCount, 4);
   work.pixels = scratch.take<Zeb32s>(int64_t{grid.roi.width} * grid.roi.height, 4);
   return work;
-}
-
-void fillDirections(const Grid& grid, Direction* out) {
-  const double scale = 1024.0 / static_cast<double>(grid.delta.x);
-  Zeb32f theta = 0;
-  for (int k = 0; k < grid.angles; ++k, theta += grid.delta.y)
-    out[k] = {static_cast<int>(__builtin_nearbyint(cos(static_cast<double>(theta)) * scale)),
-              static_cast<int>(__builtin_nearbyint(sin(static_cast<double>(theta)) * scale))};
 }
 
 // ---- Votes ----
@@ -96,7 +104,7 @@ int clampCell(int64_t cell, int cells) {
 
 // One vote for each of the listed pixels; even and odd ones into different accumulators.
 void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& grid, Zeb32s* even, Zeb32s* odd) {
-  const V16s factors = as<Zeb16s>(splat((d.s << 16) | (d.c & 0xFFFF)));
+  const V16s factors = as<Zeb16s>(splat(static_cast<int>((d.s << 16) | (d.c & 0xFFFF))));
   const V32s half = splat(512), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
   alignas(32) Zeb32s cell[8];
   const auto cells = [&](V32s words) {
@@ -179,10 +187,9 @@ struct Window {
 };
 
 void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int listed,
-                int angle, Zeb32s* row) {
+                int angle, const Direction d, Zeb32s* row) {
   q7_zebsZero_32s(row, grid.cells);
   if (angle < window.firstAngle || angle > window.lastAngle) return;
-  const Direction d = work.directions[angle];
   if (listed >= 0) {
     voteListed(work.pixels, listed, d, grid, row, work.second);
     int r = 0;
@@ -205,14 +212,14 @@ bool fits16(const Grid& grid) {
 
 int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int threshold,
               int maxLineCount) {
-  fillDirections(grid, work.directions);
+  Directions directions(grid.delta);
   const int listed = fits16(grid) ? listPixels(src, grid.roi, work.pixels) : -1;
   Strongest strongest{work.lines, maxLineCount};
   Zeb32s *previous = work.row[0], *row = work.row[1], *next = work.row[2];
-  accumulate(src, grid, work, window, listed, 0, row);
+  accumulate(src, grid, work, window, listed, 0, directions.next(), row);
   for (int k = 0; k < grid.angles; ++k) {
     if (k + 1 < grid.angles)
-      accumulate(src, grid, work, window, listed, k + 1, next);
+      accumulate(src, grid, work, window, listed, k + 1, directions.next(), next);
     else
       q7_zebsZero_32s(next, grid.cells);
     searchRow(previous, row, next, grid.cells, k, threshold, strongest);
