@@ -70,7 +70,10 @@ ZebStatus zebiPyrUpGetBufSize_Gauss5x5(int roiWidth, ZebDataType dataType, int c
  * @{
  */
 
-/** Levels of an image and their scales. One block; the arrays, of level + 1 entries each, lie in it. */
+/**
+ * Levels of an image and their scales. One block; the arrays, of level + 1 entries each, lie in it, so a record is
+ * neither moved nor copied.
+ */
 typedef struct ZebiPyramid {
   Zeb8u** pImage; /**< first pixel of each level; null until the caller sets it */
   ZebiSize* pRoi; /**< size of each level; entry 0 is the base */
@@ -101,7 +104,8 @@ ZebStatus zebiGetPyramidDownROI(ZebiSize srcRoi, ZebiSize* pDstRoi, Zeb32f rate)
 
 /**
  * Makes a record with the base roiSize and as many levels as requested, or as there are until the size is 1 x 1.
- * Allocates; zebiPyramidFree releases it (zebStsErrNullPointer for null).
+ * Allocates; zebiPyramidFree releases it (zebStsErrNullPointer for null; zebStsErrContextMatch for a record that was
+ * not made here, or released before).
  *
  * Status, in this order: zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrBadArgument (rate not
  * in (1, 10], level below 1); zebStsErrMemAlloc; zebStsOk. *ppPyr is written on success only.
@@ -137,7 +141,7 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  * the source. Each call allocates and frees one block.
  *
  * Steps are in bytes and need not be a multiple of the element. Source and destination may not overlap. A state may not
- * be used by two calls at the same time.
+ * be used by two calls at the same time, and is neither moved nor copied: it points into itself.
  *
  * InitAlloc, status in this order: zebStsErrNullPointer (ppState or pKernel); zebStsErrSize (width or height below 1);
  * zebStsErrBadArgument (mode not zebInterLinear, rate not in (1, 10], kerSize even or below 3); zebStsErrMemAlloc;
@@ -145,9 +149,11 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  *
  * Layer calls, status in this order: zebStsErrNullPointer (pSrc, pDst or pState); zebStsErrSize (source width or height
  * below 1); zebStsErrStep (a step smaller than its row); zebStsErrBadArgument (state's rate); zebStsErrSize
- * (destination not as required, or source larger than the state serves); up only: zebStsErrMemAlloc; zebStsOk.
+ * (destination not as required, or source larger than the state serves); zebStsErrContextMatch (the state is not one of
+ * this direction, type and channels; where the chain of the state would have to be asked for the size, before that);
+ * up only: zebStsErrMemAlloc; zebStsOk.
  *
- * Free: zebStsErrNullPointer for null, else zebStsOk.
+ * Free: zebStsErrNullPointer; zebStsErrContextMatch; zebStsOk.
  * @{
  */
 typedef struct ZebiPyramidDownState ZebiPyramidDownState;
@@ -241,11 +247,14 @@ ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
  * (roiSize or winSize below 1); zebStsErrMemAlloc; zebStsOk.
  *
  * Tracking, status in this order: zebStsErrNullPointer (a record, the state or an array); zebStsErrSize (numFeat or
- * winSize below 1, winSize not the state's); zebStsErrBadArgument (maxLev below 0, maxIter below 1, threshold below 0,
- * then a record with fewer than maxLev levels above its base); zebStsErrNullPointer (an image of those levels);
- * zebStsOk. Nothing is allocated.
+ * winSize below 1, winSize not the state's); zebStsErrBadArgument (maxLev below 0, maxIter below 1, threshold below
+ * 0); zebStsErrContextMatch (the state is not one of this type); zebStsErrBadArgument (a record with fewer
+ * than maxLev levels above its base); zebStsErrNullPointer (an array of a record, or an image of those levels);
+ * zebStsOk. Nothing is allocated. Records may be filled in by the caller: they are taken as they are.
  *
- * Free: zebStsErrNullPointer for null, else zebStsOk.
+ * A state is neither moved nor copied: it is released with its work buffer.
+ *
+ * Free: zebStsErrNullPointer; zebStsErrContextMatch; zebStsOk.
  *
  * Methods: B. Lucas, T. Kanade, 1981; J.-Y. Bouguet, 1999; H. Scharr, 2000.
  * @{

@@ -207,6 +207,7 @@ ZebStatus apply(const Call<S, N>& call, Row row) {
                               wholeElements<S>(call.srcStep), wholeElements<S>(call.tiltStep),
                               wholeElements<N>(call.normStep)))
     return bad;
+  if (auto bad = isStage(call.pState)) return bad;
   Offsets* offsets = nullptr;
   if (call.pState->rectangles > 0) {
     if (call.pState->rectangles > INT32_MAX / static_cast<int>(sizeof(Offsets))) return zebStsErrMemAlloc;

@@ -3,7 +3,7 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/services.h"
+#include "core/memory.h"
 
 namespace {
 
@@ -115,7 +115,7 @@ ZebStatus build(ZebiHaarClassifier** ppState, const Lists<T>& in, bool tilted) {
   const int64_t bytes = static_cast<int64_t>(sizeof(ZebiHaarClassifier)) +
                         in.length * static_cast<int64_t>(sizeof(HaarClassifierRecord)) +
                         total * static_cast<int64_t>(sizeof(HaarRectangle));
-  Zeb8u* memory = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  Zeb8u* const memory = allocateState(bytes);
   if (!memory) return zebStsErrMemAlloc;
 
   auto* state = reinterpret_cast<ZebiHaarClassifier*>(memory);
@@ -135,6 +135,7 @@ ZebStatus build(ZebiHaarClassifier** ppState, const Lists<T>& in, bool tilted) {
 
 ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
   if (auto bad = present(pState, pSize)) return bad;
+  if (auto bad = isStage(pState)) return bad;
   ZebiSize size = {0, 0};
   for (int i = 0; i < pState->length; ++i) {
     const HaarClassifierRecord& c = pState->classifiers[i];
@@ -155,6 +156,7 @@ ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
 ZebStatus tilt(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState) {
   if (auto bad = present(pMask, pState)) return bad;
   if (pState->tilt & stateCreatedTilted) return zebStsErrBadArgument;
+  if (auto bad = isStage(pState)) return bad;
   for (int i = 0; i < pState->length; ++i) {
     HaarClassifierRecord& c = pState->classifiers[i];
     const bool marked = pMask[c.index >> 8] != 0;
@@ -172,6 +174,8 @@ ZebStatus tilt(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState) {
 
 ZebStatus release(ZebiHaarClassifier* pState) {
   if (auto bad = present(pState)) return bad;
+  if (auto bad = isStage(pState)) return bad;
+  pState->classifiers = nullptr;
   q7_zebsFree(pState);
   return zebStsOk;
 }

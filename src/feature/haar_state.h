@@ -3,6 +3,7 @@
 
 #include <stddef.h>
 
+#include "core/checks.h"
 #include "zebcv.h"
 
 namespace zeb {
@@ -50,6 +51,11 @@ namespace zeb {
 
 inline bool isTilted(const ZebiHaarClassifier& state, const HaarClassifierRecord& c) {
   return (state.tilt & stateCreatedTilted) != 0 || (c.index & classifierTilted) != 0;
+}
+
+// All words of a stage are taken; what tells it from anything else is where it points: right behind its header.
+inline ZebStatus isStage(const ZebiHaarClassifier* state) {
+  return require(static_cast<const void*>(state->classifiers) == state + 1, zebStsErrContextMatch);
 }
 
 }  // namespace zeb

@@ -111,6 +111,7 @@ int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int
   StrongVectors<T> strong{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   StrongVectors<T> ahead{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   const int end = size.width - border, rest = end - (end - border) % 8;
+  if (end <= border) return 0;
   if (border < size.height - border) ahead.find(src[border], border, end, threshold);
   for (int y = border; y < size.height - border && !found.enough(); ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];

@@ -11,6 +11,7 @@
 #include "core/image.h"
 #include "core/lanes.h"
 #include "core/scratch.h"
+#include "core/state_id.h"
 #include "filter/border.h"
 #include "motion/pyramid.h"
 #include "zebcv.h"
@@ -30,6 +31,7 @@ struct LayerState {
   int mode;
   Zeb32f rate;
   bool unitSum;  // the weights are made to add up to 1, what rounding took from them given to the centre
+  uint32_t id;
 
   // The weight of the neighbours at a distance.
   Zeb32f weight(int distance) const { return pWeights[kernelSize / 2 - distance]; }
@@ -220,13 +222,25 @@ constexpr ZebDataType dataTypeOf() {
   return sizeof(T) == 1 ? zeb8u : sizeof(T) == 2 ? zeb16u : zeb32f;
 }
 
-// Makes a state whose work area has this many bytes, and whose weights add up to 1 if so wished and not 0; status as
-// the initialisers report it. Integer kernels are those of the 8u and 16u layers.
+template <class T>
+constexpr uint32_t layerId(StateKind kind, int channels) {
+  return stateId(kind, dataTypeOf<T>(), channels);
+}
+
+// What a state is made for.
+struct LayerPlan {
+  uint32_t id;
+  ZebDataType type;
+  bool unitSum;  // the weights are to add up to 1, unless their sum is 0
+  int64_t workBytes;
+};
+
+// Makes a state; status as the initialisers report it. Integer kernels are those of the 8u and 16u layers.
 ZebStatus makeLayer(LayerState** ppState, ZebiSize srcRoi, Zeb32f rate, const Zeb16s* pKernel, int kerSize, int mode,
-                    ZebDataType type, bool unitSum, int64_t workBytes);
+                    LayerPlan plan);
 ZebStatus makeLayer(LayerState** ppState, ZebiSize srcRoi, Zeb32f rate, const Zeb32f* pKernel, int kerSize, int mode,
-                    ZebDataType type, bool unitSum, int64_t workBytes);
-ZebStatus freeLayer(LayerState* pState);
+                    LayerPlan plan);
+ZebStatus freeLayer(LayerState* pState, uint32_t id);
 
 // The size that the level below a source must have.
 inline ZebiSize levelBelow(const LayerState& state, ZebiSize source) {

@@ -65,7 +65,9 @@ ZebStatus layerDown(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int d
           firstFailure(present(pSrc, pDst, pState), hasArea(srcSize), holdsRow<T, channels>(srcStep, srcSize.width),
                        holdsRow<T, channels>(dstStep, dstSize.width)))
     return bad;
-  if (auto bad = require(isPyramidRate(pState->rate), zebStsErrBadArgument)) return bad;
+  if (auto bad = firstFailure(require(isPyramidRate(pState->rate), zebStsErrBadArgument),
+                              isState(pState->id, layerId<T>(StateKind::pyramidLayerDown, channels))))
+    return bad;
   if (!pState->serves(srcSize) || !sameSize(dstSize, levelBelow(*pState, srcSize))) return zebStsErrSize;
   shrink<T, channels>(*pState, Rows(pSrc, srcStep), srcSize, Rows(pDst, dstStep), dstSize);
   return zebStsOk;
@@ -74,8 +76,9 @@ ZebStatus layerDown(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int d
 template <class T, int channels, class K>
 ZebStatus makeDown(ZebiPyramidDownState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
   LayerState* state = nullptr;
-  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(),
-                                     false, DownRows::bytes(roi.width, kerSize, channels));
+  const LayerPlan plan = {layerId<T>(StateKind::pyramidLayerDown, channels), dataTypeOf<T>(), false,
+                          DownRows::bytes(roi.width, kerSize, channels)};
+  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, plan);
   if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidDownState*>(state);
   return status;
 }
@@ -93,7 +96,7 @@ ZebStatus makeDown(ZebiPyramidDownState** ppState, ZebiSize roi, Zeb32f rate, co
     return layerDown<T, channels>(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize, pState);             \
   }                                                                                                          \
   ZEB_ENTRY(release)(ZebiPyramidDownState * pState) {                                                        \
-    return freeLayer(pState);                                                                                \
+    return freeLayer(pState, layerId<T>(StateKind::pyramidLayerDown, channels));                             \
   }
 LAYER_DOWN(zebiPyramidLayerDownInitAlloc_8u_C1R, zebiPyramidLayerDown_8u_C1R, zebiPyramidLayerDownFree_8u_C1R, Zeb8u,
            Zeb16s, 1)

@@ -2,8 +2,8 @@
 // smoothed along themselves first; as many of them as the kernel is high are kept for smoothing down the columns.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/memory.h"
 #include "core/scratch.h"
-#include "core/services.h"
 #include "motion/layer.h"
 
 namespace {
@@ -95,24 +95,28 @@ ZebStatus layerUp(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dst
           firstFailure(present(pSrc, pDst, pState), hasArea(srcSize), holdsRow<T, channels>(srcStep, srcSize.width),
                        holdsRow<T, channels>(dstStep, dstSize.width)))
     return bad;
-  if (auto bad = require(isPyramidRate(pState->rate), zebStsErrBadArgument)) return bad;
-  if (!pState->serves(srcSize) || !within(dstSize.width, pyramidUpRange(srcSize.width, pState->rate)) ||
-      !within(dstSize.height, pyramidUpRange(srcSize.height, pState->rate)))
-    return zebStsErrSize;
+  const Zeb32f rate = pState->rate;
+  if (auto bad = require(isPyramidRate(rate), zebStsErrBadArgument)) return bad;
+  if (auto bad = firstFailure(require(within(dstSize.width, pyramidUpRange(srcSize.width, rate)) &&
+                                          within(dstSize.height, pyramidUpRange(srcSize.height, rate)),
+                                      zebStsErrSize),
+                              isState(pState->id, layerId<T>(StateKind::pyramidLayerUp, channels)),
+                              require(pState->serves(srcSize), zebStsErrSize)))
+    return bad;
   Enlarger<T, channels> enlarger(*pState, Rows(pSrc, srcStep), srcSize, dstSize);
   const int64_t bytes = enlarger.bytes();
-  Zeb8u* const block = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  Zeb8u* const block = allocateState(bytes);
   if (!block) return zebStsErrMemAlloc;
   enlarger.run(block, Rows(pDst, dstStep));
   q7_zebsFree(block);
   return zebStsOk;
 }
 
-template <class T, class K>
+template <class T, int channels, class K>
 ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
   LayerState* state = nullptr;
-  const ZebStatus status =
-      makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(), true, 0);
+  const LayerPlan plan = {layerId<T>(StateKind::pyramidLayerUp, channels), dataTypeOf<T>(), true, 0};
+  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, plan);
   if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidUpState*>(state);
   return status;
 }
@@ -122,7 +126,7 @@ ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const 
 #define LAYER_UP(init, call, release, T, K, channels)                                                      \
   ZEB_ENTRY(init)                                                                                          \
   (ZebiPyramidUpState * *ppState, ZebiSize srcRoi, Zeb32f rate, const K* pKernel, int kerSize, int mode) { \
-    return makeUp<T>(ppState, srcRoi, rate, pKernel, kerSize, mode);                                       \
+    return makeUp<T, channels>(ppState, srcRoi, rate, pKernel, kerSize, mode);                             \
   }                                                                                                        \
   ZEB_ENTRY(call)                                                                                          \
   (const T* pSrc, int srcStep, ZebiSize srcRoiSize, T* pDst, int dstStep, ZebiSize dstRoiSize,             \
@@ -130,7 +134,7 @@ ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const 
     return layerUp<T, channels>(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize, pState);             \
   }                                                                                                        \
   ZEB_ENTRY(release)(ZebiPyramidUpState * pState) {                                                        \
-    return freeLayer(pState);                                                                              \
+    return freeLayer(pState, layerId<T>(StateKind::pyramidLayerUp, channels));                             \
   }
 LAYER_UP(zebiPyramidLayerUpInitAlloc_8u_C1R, zebiPyramidLayerUp_8u_C1R, zebiPyramidLayerUpFree_8u_C1R, Zeb8u, Zeb16s, 1)
 LAYER_UP(zebiPyramidLayerUpInitAlloc_8u_C3R, zebiPyramidLayerUp_8u_C3R, zebiPyramidLayerUpFree_8u_C3R, Zeb8u, Zeb16s, 3)

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "motion/image_pair.h"
@@ -108,6 +109,54 @@ TEST(OpticalFlow, LosesWhatCannotBeTrackedAndNeverFaults) {
             zebStsOk);
   EXPECT_TRUE(status == 1 && error == 0 && next.x == 21 && next.y == 22);
   EXPECT_EQ(bytes.release(state), zebStsOk);
+}
+
+// Noise has no place to be found in; guesses that go round in it for ever end where they would have after all steps.
+TEST(OpticalFlow, RoundsWithoutEnd) {
+  Random random;
+  ImagePair<Zeb32f> pair;
+  pair.levels.resize(1);
+  for (int side : {0, 1}) {
+    ASSERT_EQ(zebiPyramidInitAlloc(&pair.pyramids[side], 1, {24, 24}, 2.0f), zebStsOk);
+    ref::Plane<Zeb32f> plane(24, 24);
+    for (Zeb32f& v : plane.data) v = random.real(0, 1);
+    pair.setLevel(side, 0, plane, {});
+  }
+  ZebiOptFlowPyrLKState* state = nullptr;
+  ASSERT_EQ(floats.make(&state, {24, 24}, 5, 0), zebStsOk);
+  constexpr int points = 300, known = 400, from = 200;
+  std::vector<ZebiPoint_32f> start;
+  for (int i = 0; i < points; ++i) start.push_back({random.real(4, 20), random.real(4, 20)});
+  const auto after = [&](int iterations) {
+    std::vector<ZebiPoint_32f> next = start;
+    Zeb8s status[points];
+    Zeb32f error[points];
+    EXPECT_EQ(floats.track(pair.pyramids[0], pair.pyramids[1], start.data(), next.data(), status, error, points, 5, 0,
+                           iterations, 0, state),
+              zebStsOk);
+    return next;
+  };
+  std::vector<std::vector<ZebiPoint_32f>> places(1);
+  for (int n = 1; n <= known; ++n) places.push_back(after(n));
+  int rounds = 0;
+  for (const int many : {1 << 30, 0x7FFFFFFF}) {
+    const auto last = after(many);
+    for (size_t i = 0; i < points; ++i) {
+      const auto repeats = [&](int period) {
+        for (int n = from; n <= known - period; ++n)
+          if (memcmp(&places[n][i], &places[n + period][i], sizeof(ZebiPoint_32f)) != 0) return false;
+        return true;
+      };
+      int period = 1;
+      while (period <= 100 && !repeats(period)) ++period;
+      if (period > 100) continue;
+      rounds += period > 2;
+      const auto& want = places[from + (many - from) % period][i];
+      EXPECT_EQ(memcmp(&last[i], &want, sizeof(want)), 0) << "point " << i << ", period " << period;
+    }
+  }
+  EXPECT_GT(rounds, 0);
+  EXPECT_EQ(floats.release(state), zebStsOk);
 }
 
 template <class T>
