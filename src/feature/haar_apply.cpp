@@ -200,13 +200,10 @@ struct Call {
 // row.
 template <class S, class N, class Row>
 ZebStatus apply(const Call<S, N>& call, Row row) {
-  const int width = call.roi.width;
-  if (auto bad = firstFailure(present(call.pSrc, call.pTilt, call.pNorm, call.pMask, call.pPositive, call.pState),
-                              hasArea(call.roi), holdsRow<S>(call.srcStep, width), holdsRow<S>(call.tiltStep, width),
-                              holdsRow<N>(call.normStep, width), holdsRow<Zeb8u>(call.maskStep, width),
-                              wholeElements<S>(call.srcStep), wholeElements<S>(call.tiltStep),
-                              wholeElements<N>(call.normStep)))
-    return bad;
+  const auto src = image(call.pSrc, call.srcStep), tilt = image(call.pTilt, call.tiltStep);
+  const auto norm = image(call.pNorm, call.normStep);
+  const auto mask = image(call.pMask, call.maskStep);
+  if (auto bad = checked(call.roi, src, tilt, norm, mask, also(call.pPositive, call.pState))) return bad;
   if (auto bad = isStage(call.pState)) return bad;
   Offsets* offsets = nullptr;
   if (call.pState->rectangles > 0) {
@@ -215,12 +212,9 @@ ZebStatus apply(const Call<S, N>& call, Row row) {
     if (!offsets) return zebStsErrMemAlloc;
     fillOffsets(*call.pState, call.mixed, call.srcStep / 4, call.tiltStep / 4, offsets);
   }
-  const Rows src(call.pSrc, call.srcStep);
-  const Rows tilt(call.pTilt, call.tiltStep);
-  const Rows norm(call.pNorm, call.normStep);
-  const Rows mask(call.pMask, call.maskStep);
   int count = 0;
-  for (int y = 0; y < call.roi.height; ++y) count += row(Tables<S>{{src[y], tilt[y]}}, norm[y], mask[y], offsets);
+  for (int y = 0; y < call.roi.height; ++y)
+    count += row(Tables<S>{{src.rows()[y], tilt.rows()[y]}}, norm.rows()[y], mask.rows()[y], offsets);
   q7_zebsFree(offsets);
   *call.pPositive = count;
   return zebStsOk;

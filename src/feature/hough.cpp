@@ -29,7 +29,9 @@ struct Line {
   int count, cell, angle, unused;
 };
 
-// Cosine and sine times 1024 / deltaRho, rounded: beyond 32 bits for the least deltas.
+constexpr int fractionBits = 10, one = 1 << fractionBits;
+
+// Cosine and sine with these fraction bits over deltaRho, rounded: beyond 32 bits for the least deltas.
 struct Direction {
   int64_t c, s;
 };
@@ -37,7 +39,7 @@ struct Direction {
 // The directions of one angle after the other.
 class Directions {
  public:
-  explicit Directions(ZebiPoint_32f delta) : scale_(1024.0 / static_cast<double>(delta.x)), step_(delta.y) {}
+  explicit Directions(ZebiPoint_32f delta) : scale_(one / static_cast<double>(delta.x)), step_(delta.y) {}
 
   Direction next() {
     const auto theta = static_cast<double>(theta_);
@@ -105,10 +107,10 @@ int clampCell(int64_t cell, int cells) {
 // One vote for each of the listed pixels; even and odd ones into different accumulators.
 void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& grid, Zeb32s* even, Zeb32s* odd) {
   const V16s factors = as<Zeb16s>(splat(static_cast<int>((d.s << 16) | (d.c & 0xFFFF))));
-  const V32s half = splat(512), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
+  const V32s half = splat(one / 2), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
   alignas(32) Zeb32s cell[8];
   const auto cells = [&](V32s words) {
-    const V32s r = shiftRight<10>(dotPairs(as<Zeb16s>(words), factors) + half) + origin;
+    const V32s r = shiftRight<fractionBits>(dotPairs(as<Zeb16s>(words), factors) + half) + origin;
     return min(max(r, zero), last);
   };
   int i = 0;
@@ -130,8 +132,8 @@ void voteImage(Rows<const Zeb8u> src, const Direction d, const Grid& grid, Zeb32
     const Zeb8u* pixels = src[y];
     for (int x = 0; x < grid.roi.width; ++x) {
       if (!pixels[x]) continue;
-      const int64_t rho = static_cast<int64_t>(x) * d.c + static_cast<int64_t>(y) * d.s + 512;
-      ++row[clampCell((rho >> 10) + grid.origin(), grid.cells)];
+      const int64_t rho = static_cast<int64_t>(x) * d.c + static_cast<int64_t>(y) * d.s + one / 2;
+      ++row[clampCell((rho >> fractionBits) + grid.origin(), grid.cells)];
     }
   }
 }
@@ -142,10 +144,10 @@ void voteImage(Rows<const Zeb8u> src, const Direction d, const Grid& grid, Zeb32
 struct Strongest {
   Line* lines;
   int most;
-  int kept = 0;
+  int count = 0;
 
   void add(const Line& line) {
-    int low = 0, high = kept;  // the first entry with a smaller count
+    int low = 0, high = count;  // the first entry with a smaller count
     while (low < high) {
       const int middle = low + (high - low) / 2;
       if (lines[middle].count < line.count)
@@ -154,10 +156,10 @@ struct Strongest {
         low = middle + 1;
     }
     if (low == most) return;
-    const int tail = (kept < most ? kept : most - 1) - low;
+    const int tail = (count < most ? count : most - 1) - low;
     memmove(lines + low + 1, lines + low, static_cast<size_t>(tail) * sizeof(Line));
     lines[low] = line;
-    if (kept < most) ++kept;
+    if (count < most) ++count;
   }
 };
 
@@ -206,8 +208,10 @@ void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, 
 }
 
 bool fits16(const Grid& grid) {
-  // The largest factor is 1024 / deltaRho.
-  return grid.roi.width <= 32768 && grid.roi.height <= 32768 && grid.delta.x >= 1024.0f / 32000.0f;
+  // The largest factor is one / deltaRho.
+  constexpr int longest = 1 << 15;
+  constexpr Zeb32f largestFactor = 32000;
+  return grid.roi.width <= longest && grid.roi.height <= longest && grid.delta.x >= one / largestFactor;
 }
 
 int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int threshold,
@@ -226,7 +230,7 @@ int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, co
     Zeb32s* oldest = previous;
     previous = row, row = next, next = oldest;
   }
-  return strongest.kept;
+  return strongest.count;
 }
 
 Zeb32f rhoOf(const Grid& grid, int cell) {
@@ -263,10 +267,10 @@ ZebStatus lines(const Zeb8u* pSrc, int srcStep, ZebiSize roi, ZebiPoint_32f delt
                      static_cast<int>(houghCells(roi, delta.x))};
   const Workspace work = carve(pBuffer, grid, maxLineCount);
   const Window all = {0, grid.cells - 1, 0, grid.angles - 1};
-  const int kept =
+  const int count =
       transform(Rows(pSrc, srcStep), grid, work, region ? windowOf(grid, region) : all, threshold, maxLineCount);
-  for (int i = 0; i < kept; ++i) pLine[i] = {rhoOf(grid, work.lines[i].cell), thetaOf(grid, work.lines[i].angle)};
-  *pLineCount = kept;
+  for (int i = 0; i < count; ++i) pLine[i] = {rhoOf(grid, work.lines[i].cell), thetaOf(grid, work.lines[i].angle)};
+  *pLineCount = count;
   return zebStsOk;
 }
 

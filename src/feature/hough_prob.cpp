@@ -306,7 +306,8 @@ ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
   const unsigned count = collect(Rows(pSrc, srcStep), roiSize, mask, list);
   *pLineCount = 0;
   if (count == 0 || cells == 0) return zebStsOk;
-  if (count < 32767 || mostInCell(roiSize, pSpec->deltaRho) < 32767)
+  constexpr int counts16 = 32767;  // below which counts of 16 bits hold all votes
+  if (count < counts16 || mostInCell(roiSize, pSpec->deltaRho) < counts16)
     return run<Zeb16s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
   return run<Zeb32s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
 }

@@ -143,15 +143,16 @@ int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int
 template <class T>
 ZebStatus peaksOf(const T* pSrc, int srcStep, ZebiSize roi, T threshold, ZebiPoint* pPeak, int maxPeakCount,
                   int* pPeakCount, int norm, int border, Zeb8u* pBuffer) {
+  const auto src = image(pSrc, srcStep);
+  // The counts stand before the step.
   if (auto bad = firstFailure(
           present(pSrc, pPeak, pPeakCount, pBuffer), hasArea(roi), atLeastOne(maxPeakCount), atLeastOne(border),
           require(int64_t{2} * border <= roi.width && int64_t{2} * border <= roi.height, zebStsErrSize),
-          holdsRow<T>(srcStep, roi.width), wholeElements<T>(srcStep),
-          require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+          checked(roi, src), require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
           require(bufferSize(roi.width) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const auto find = norm == zebiNormInf ? findPeaks<8, T> : findPeaks<4, T>;
-  *pPeakCount = find(Rows(pSrc, srcStep), roi, threshold, pPeak, maxPeakCount, border, pBuffer);
+  *pPeakCount = find(src.rows(), roi, threshold, pPeak, maxPeakCount, border, pBuffer);
   return zebStsOk;
 }
 

@@ -14,6 +14,7 @@
 #include "core/image.h"
 #include "core/lanes.h"
 #include "core/memory.h"
+#include "core/sample.h"
 #include "core/scratch.h"
 
 namespace {
@@ -102,20 +103,13 @@ void fillLattice(const Level<T>& level, int x, int y, int width, int height, Zeb
   }
 }
 
-// Linear between neighbouring pixels of a row.
-template <class T>
-ZEB_INLINE V32f between(const T* p, V32f fraction) {
-  const V32f a = loadAsFloat(p);
-  return fma(fraction, loadAsFloat(p + 1) - a, a);
-}
-
 // The pixels of a window from whole pixels around it: size + 1 rows, readable one pixel beyond the window's stride.
 void interpolate(const Zeb32f* lattice, int latticeStride, const Frame& frame, Zeb32f* out, int size, int stride) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
   for (int c = 0; c < stride; c += 8) {
-    V32f above = between(lattice + c, fx);
+    V32f above = betweenNeighbours(lattice + c, fx);
     for (int r = 0; r < size; ++r) {
-      const V32f below = between(lattice + (r + 1) * latticeStride + c, fx);
+      const V32f below = betweenNeighbours(lattice + (r + 1) * latticeStride + c, fx);
       store(out + r * stride + c, fma(fy, below - above, above));
       above = below;
     }
@@ -203,9 +197,9 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
   for (int c = 0; c < w.stride; c += 8) {
     const V32f mask = lanesOf(columns, c);
     V32f bx = splat(0.0f), by = bx;
-    V32f above = between(second[rows.from] + c, fx);
+    V32f above = betweenNeighbours(second[rows.from] + c, fx);
     for (int r = rows.from; r < rows.to; ++r) {
-      const V32f below = between(second[r + 1] + c, fx);
+      const V32f below = betweenNeighbours(second[r + 1] + c, fx);
       const V32f d = (load(w.first + r * w.stride + c) - fma(fy, below - above, above)) & mask;
       above = below;
       if (squares) {
@@ -236,6 +230,9 @@ Difference compare(const Level<T>& level, const Frame& second, Span columns, Spa
   return differenceTo<squares>(Rows<const Zeb32f>(w.lattice, w.latticeStride * static_cast<int>(sizeof(Zeb32f))),
                                second.x, second.y, columns, rows, w);
 }
+
+// Gradients whose matrix has a smaller determinant point nowhere.
+constexpr double leastDeterminant = 0x1p-52;
 
 struct Limits {
   int iterations;
@@ -275,7 +272,7 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   takeFirst(first, frame, w);
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
-  if (!(determinant >= 0x1p-52)) return false;
+  if (!(determinant >= leastDeterminant)) return false;
   Point before = {0, 0};
   Round round;
   for (int k = 1;; ++k) {

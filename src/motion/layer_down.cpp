@@ -29,11 +29,17 @@ struct DownRows {
   RowPlaces places;
 };
 
+// Rates that differ from 2 by rounding only take every second sample.
+double exactRate(const LayerState& state) {
+  constexpr double rounding = 0.00002;
+  const auto rate = static_cast<double>(state.rate);
+  return fabs(rate - 2) <= rounding ? 2 : rate;
+}
+
 template <class T, int channels>
 void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T> dst, ZebiSize dstSize) {
   DownRows work(state, channels);
-  // Rates that differ from 2 by rounding only take every second sample.
-  const double rate = fabs(static_cast<double>(state.rate) - 2) <= 0.00002 ? 2.0 : static_cast<double>(state.rate);
+  const double rate = exactRate(state);
   work.places.set<channels>(dstSize.width, srcSize.width, [=](int x) { return rate * x; });
   const int n = dstSize.width * channels;
   int held[2] = {-1, -1};
@@ -41,8 +47,8 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
     Zeb32f* const read = work.read[y & 1];
     if (held[y & 1] != y) {
       smoothColumns(
-          state, [=](int q) { return src[q]; }, y, srcSize.height, srcSize.width * channels, work.bordered);
-      smoothRow<channels>(state, work.bordered, srcSize.width, work.smooth);
+          state.kernel(), [=](int q) { return src[q]; }, y, srcSize.height, srcSize.width * channels, work.bordered);
+      smoothRow<channels>(state.kernel(), work.bordered, srcSize.width, work.smooth);
       work.places.interpolate(work.smooth, read, WeightedSum());
       held[y & 1] = y;
     }
@@ -61,15 +67,14 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
 template <class T, int channels>
 ZebStatus layerDown(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dstStep, ZebiSize dstSize,
                     const LayerState* pState) {
-  if (auto bad =
-          firstFailure(present(pSrc, pDst, pState), hasArea(srcSize), holdsRow<T, channels>(srcStep, srcSize.width),
-                       holdsRow<T, channels>(dstStep, dstSize.width)))
-    return bad;
+  const auto src = image<channels>(pSrc, srcStep).ofAnyStep();
+  const auto dst = image<channels>(pDst, dstStep).wider(widerBy<channels>(dstSize, srcSize)).ofAnyStep();
+  if (auto bad = checked(srcSize, src, dst, also(pState))) return bad;
   if (auto bad = firstFailure(require(isPyramidRate(pState->rate), zebStsErrBadArgument),
                               isState(pState->id, layerId<T>(StateKind::pyramidLayerDown, channels))))
     return bad;
   if (!pState->serves(srcSize) || !sameSize(dstSize, levelBelow(*pState, srcSize))) return zebStsErrSize;
-  shrink<T, channels>(*pState, Rows(pSrc, srcStep), srcSize, Rows(pDst, dstStep), dstSize);
+  shrink<T, channels>(*pState, src.rows(), srcSize, dst.rows(), dstSize);
   return zebStsOk;
 }
 
