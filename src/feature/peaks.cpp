@@ -106,13 +106,13 @@ struct StrongVectors {
 // that hold one are compared with their neighbours. Both loops run without a branch on the values.
 template <int neighbours, class T>
 int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
+  if (size.width - border <= border || size.height - border <= border) return 0;
   Scratch scratch(pBuffer, bufferSize(size.width));
   Peaks found(out, most, scratch.take<Zeb32s>(int64_t{size.width} + 7, 1));
   StrongVectors<T> strong{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   StrongVectors<T> ahead{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   const int end = size.width - border, rest = end - (end - border) % 8;
-  if (end <= border) return 0;
-  if (border < size.height - border) ahead.find(src[border], border, end, threshold);
+  ahead.find(src[border], border, end, threshold);
   for (int y = border; y < size.height - border && !found.enough(); ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];
     const StrongVectors<T> done = strong;

@@ -59,8 +59,11 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
     const Zeb32f* const s = row(place.index);
     const Zeb32f* const t = place.fraction > 0 ? row(place.index + 1) : s;
     T* const out = dst[y];
-    const V32f fraction = splat(place.fraction);
-    for (int i = 0; i < n; i += 8) storePixels(out + i, WeightedSum()(load(s + i), load(t + i), fraction), n - i);
+    const V32f fraction = splat(place.fraction), rest = splat(1 - place.fraction);
+    if (place.fraction > 0)
+      for (int i = 0; i < n; i += 8) storePixels(out + i, fma(fraction, load(t + i), rest * load(s + i)), n - i);
+    else
+      for (int i = 0; i < n; i += 8) storePixels(out + i, load(s + i), n - i);
   }
 }
 

@@ -119,13 +119,13 @@ ZEB_INLINE V16u sumOfFive(V16u a, V16u b, V16u c, V16u d, V16u e) {
 template <class T>
 void filterColumns(Zeb16u* const* rows, T* out, int n) {
   const auto bytes = reinterpret_cast<Zeb8u*>(out);
-  const V8u flip = splat(GaussType<T>::flip);
   const auto half = [=](int i) {
     const V16u s =
         sumOfFive(load(rows[0] + i), load(rows[1] + i), load(rows[2] + i), load(rows[3] + i), load(rows[4] + i));
     return as<Zeb16s>(shiftRight<8>(s + splat(Zeb16u(128))));
   };
-  const auto block = [=](int i) ZEB_BODY { store(bytes + i, narrowTo8u(half(i), half(i + 16)) ^ flip); };
+  const auto block = [=](int i)
+                         ZEB_BODY { store(bytes + i, narrowTo8u(half(i), half(i + 16)) ^ splat(GaussType<T>::flip)); };
   const auto one = [=](int i) {
     const int s = rows[0][i] + 4 * rows[1][i] + 6 * rows[2][i] + 4 * rows[3][i] + rows[4][i];
     bytes[i] = static_cast<Zeb8u>(((s + 128) >> 8) ^ GaussType<T>::flip);

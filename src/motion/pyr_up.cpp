@@ -97,17 +97,17 @@ void expandRow(const T* row, int width, Sum* out) {
 // At most 255 x 64 + 32.
 template <class T>
 void expandColumns(const Zeb16u* above, const Zeb16u* here, const Zeb16u* below, T* even, T* odd, int n) {
-  const V8u flip = splat(GaussType<T>::flip);
   const auto e = reinterpret_cast<Zeb8u*>(even), o = reinterpret_cast<Zeb8u*>(odd);
-  const auto lanes = [](const Zeb16u* p) { return as<Zeb16s>(load(p)); };
-  const auto scaled = [](V16s s) { return shiftRight<6>(s + splat(Zeb16s(32))); };
-  const auto evenAt = [=](int i) { return scaled(evenSum(lanes(above + i), lanes(here + i), lanes(below + i))); };
-  const auto oddAt = [=](int i) { return scaled(oddSum(lanes(here + i), lanes(below + i))); };
+  const auto lanes = [](const Zeb16u* p) ZEB_BODY { return as<Zeb16s>(load(p)); };
+  const auto scaled = [](V16s s) ZEB_BODY { return shiftRight<6>(s + splat(Zeb16s(32))); };
+  const auto evenAt = [=](int i)
+                          ZEB_BODY { return scaled(evenSum(lanes(above + i), lanes(here + i), lanes(below + i))); };
+  const auto oddAt = [=](int i) ZEB_BODY { return scaled(oddSum(lanes(here + i), lanes(below + i))); };
   const auto block = [=](int i) ZEB_BODY {
     fetchAhead(e + i);
     fetchAhead(o + i);
-    store(e + i, narrowTo8u(evenAt(i), evenAt(i + 16)) ^ flip);
-    store(o + i, narrowTo8u(oddAt(i), oddAt(i + 16)) ^ flip);
+    store(e + i, narrowTo8u(evenAt(i), evenAt(i + 16)) ^ splat(GaussType<T>::flip));
+    store(o + i, narrowTo8u(oddAt(i), oddAt(i + 16)) ^ splat(GaussType<T>::flip));
   };
   const auto one = [=](int i) {
     e[i] = static_cast<Zeb8u>(((evenSum<T>(above[i], here[i], below[i]) + 32) >> 6) ^ GaussType<T>::flip);
