@@ -58,14 +58,12 @@ T plain(Spoilable<T, B> argument) {
   return argument.value;
 }
 
-// Set once all families answer for the identifiers of their states.
-constexpr bool statesCarryIdentifiers = false;
-
-// A record that the library builds: one that only it can look into, or a pyramid.
-template <class T, class = void>
-struct IsState : std::is_class<T> {};
+// Records that tell what they are to every function that takes them.
+template <class T, class... Records>
+constexpr bool isOneOf = (... || std::is_same_v<std::remove_const_t<T>, Records>);
 template <class T>
-struct IsState<T, std::void_t<decltype(sizeof(T))>> : std::is_same<std::remove_const_t<T>, ZebiPyramid> {};
+constexpr bool isState = isOneOf<T, ZebiHaarClassifier, ZebiHoughProbSpec, ZebiOptFlowPyrLKState, ZebiPyramid,
+                                 ZebiPyramidDownState, ZebiPyramidUpState>;
 
 // The order of the checks. Two faults at once are answered as the earlier one is alone; those that share a place, and
 // those of no place, are not held against each other.
@@ -94,12 +92,13 @@ class Probe {
     memcpy(f.bad, &bad, sizeof(T));
     faults_.push_back(f);
   }
-  // A state that was never built, or one of another kind.
+  // A state that was never built, or one of another kind. A pyramid may be the caller's own but where it is released.
   template <class T>
-  void faultOfState(T*& state) {
+  void faultOfState(T*& state, bool released) {
     for (const Zeb8u byte : {0x00, 0xFF})
       fault(byte ? "a state full of ones" : "a zeroed state", state,
             static_cast<T*>(const_cast<void*>(worthless(byte))), Check::state, zebStsErrContextMatch);
+    if (std::is_same_v<T, ZebiPyramid> && !released) return;
     if (uint32_t* const word = identifier(state))
       fault("a state of another kind", *word, *word ^ 0x00010000, Check::state, zebStsErrContextMatch);
   }
@@ -240,8 +239,8 @@ class Function : public Named {
     P& argument = std::get<I>(a);
     if constexpr (std::is_pointer_v<P>) {
       probe.fault<P>("null", argument, nullptr, Check::null, zebStsErrNullPointer);
-      if constexpr (statesCarryIdentifiers && IsState<std::remove_pointer_t<P>>::value)
-        if (!builds) probe.faultOfState(argument);
+      if constexpr (isState<std::remove_pointer_t<P>>)
+        if (!builds) probe.faultOfState(argument, strstr(name(), "Free"));
     } else if constexpr (std::is_same_v<P, ZebiSize>) {
       const int bad = belowOne(c);
       probe.fault<P>("a width", argument, {bad, argument.height}, Check::size, zebStsErrSize);

@@ -219,6 +219,10 @@ void peaks(Choice& c, Function<int, int*> query,
   query.ok(c, size.width, &bytes);
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint> list(most);
+  // So wide that the bytes of scratch would not fit their count.
+  constexpr int wide = 70000000;
+  f.refused(zebStsErrOverflow, src.pixels(), 4 * wide, ZebiSize{wide, 2}, threshold, list.get(), most, &count, norm, 1,
+            scratch.get());
   const int widest = std::min(size.width, size.height) / 2;
   if (widest == 0) {  // no pixel of a single row or column is a pixel away from every edge
     f.refused(zebStsErrSize, src.pixels(), src.step(), size, threshold, list.get(), most, &count, norm, 1,

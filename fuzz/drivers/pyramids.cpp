@@ -23,6 +23,10 @@ void resize(Choice& c, Function<int, ZebDataType, int, int*> query,
   query.ok(c, size.width, orElse(type, zeb16u), orElse(channels, 2), &bytes);
   const Scratch scratch = c.scratch(bytes);
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
+  // So wide that the bytes of scratch would not fit their count.
+  constexpr int wide = 90000000;
+  f.refused(zebStsErrOverflow, src.pixels(), wide * int(sizeof(T)), dst.pixels(), 2 * wide * int(sizeof(T)),
+            ZebiSize{wide / channels, size.height}, scratch.get());
   require(agree(f.name(), dst, down ? ref::halved(src.plane()) : ref::doubled(src.plane())), src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");
 }

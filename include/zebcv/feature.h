@@ -22,7 +22,12 @@ extern "C" {
  * others, each group in the caller's order.
  */
 
-/** An opaque stage. It is only read by the apply functions, so several threads may share one. */
+/**
+ * An opaque stage. It is only read by the apply functions, so several threads may share one. It points into itself, so
+ * it is neither moved nor copied: what does not point right behind its own header is no stage, and every function that
+ * takes one answers zebStsErrContextMatch after its other checks. All of its words are taken: a stage of the 32f form
+ * cannot be told from one of the 32s form.
+ */
 typedef struct ZebiHaarClassifier ZebiHaarClassifier;
 
 /**
@@ -50,13 +55,14 @@ ZebStatus zebiTiltedHaarClassifierInitAlloc_32s(ZebiHaarClassifier** ppState, co
                                                 const Zeb32s* pWeight, const Zeb32s* pThreshold, const Zeb32s* pVal1,
                                                 const Zeb32s* pVal2, const int* pNum, int length);
 
-/** Releases a stage. Status: zebStsOk, zebStsErrNullPointer. */
+/** Releases a stage. Status: zebStsOk, zebStsErrNullPointer, zebStsErrContextMatch. */
 ZebStatus zebiHaarClassifierFree_32f(ZebiHaarClassifier* pState);
 ZebStatus zebiHaarClassifierFree_32s(ZebiHaarClassifier* pState);
 
 /**
  * The size of the detection window: the largest x + width and y + height of the rectangles as they were given, tilted
- * ones too, which reach down to y + width + height; (0, 0) for an empty stage. Status: zebStsOk, zebStsErrNullPointer.
+ * ones too, which reach down to y + width + height; (0, 0) for an empty stage. Status: zebStsOk, zebStsErrNullPointer,
+ * zebStsErrContextMatch.
  */
 ZebStatus zebiGetHaarClassifierSize_32f(const ZebiHaarClassifier* pState, ZebiSize* pSize);
 ZebStatus zebiGetHaarClassifierSize_32s(const ZebiHaarClassifier* pState, ZebiSize* pSize);
@@ -66,8 +72,8 @@ ZebStatus zebiGetHaarClassifierSize_32s(const ZebiHaarClassifier* pState, ZebiSi
  * the caller's order; flag not zero: those whose byte is not zero become tilted; flag zero: those whose byte is zero.
  * Classifiers that are tilted already stay so.
  *
- * Status: zebStsOk (also, at once, for an empty stage); zebStsErrNullPointer; zebStsErrBadArgument (the stage was
- * created tilted).
+ * Status, in this order: zebStsErrNullPointer; zebStsErrBadArgument (the stage was created tilted, be it empty);
+ * zebStsErrContextMatch; zebStsOk (at once for an empty stage).
  */
 ZebStatus zebiTiltHaarFeatures_32f(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState);
 ZebStatus zebiTiltHaarFeatures_32s(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState);
@@ -86,7 +92,8 @@ ZebStatus zebiTiltHaarFeatures_32s(const Zeb8u* pMask, int flag, ZebiHaarClassif
  * Steps in bytes: srcStep, tiltStep and normStep at least 4 x width and multiples of 4; maskStep at least width.
  * A table of offsets is allocated for the duration of the call.
  *
- * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrMemAlloc.
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrContextMatch,
+ * zebStsErrMemAlloc.
  */
 ZebStatus zebiApplyHaarClassifier_32f_C1R(const Zeb32f* pSrc, int srcStep, const Zeb32f* pNorm, int normStep,
                                           Zeb8u* pMask, int maskStep, ZebiSize roiSize, int* pPositive,
@@ -101,7 +108,8 @@ ZebStatus zebiApplyHaarClassifier_32s_C1RSfs(const Zeb32s* pSrc, int srcStep, co
 /**
  * The same for stages that mix upright and tilted classifiers: pTilt is the tilted table, addressed alike.
  *
- * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrMemAlloc.
+ * Status: zebStsOk, zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrContextMatch,
+ * zebStsErrMemAlloc.
  */
 ZebStatus zebiApplyMixedHaarClassifier_32f_C1R(const Zeb32f* pSrc, int srcStep, const Zeb32f* pTilt, int tiltStep,
                                                const Zeb32f* pNorm, int normStep, Zeb8u* pMask, int maskStep,
@@ -182,7 +190,9 @@ ZebStatus zebiHoughLine_Region_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSiz
  */
 ZebStatus zebiHoughLineGetSize_8u_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int maxLineCount, int* pBufSize);
 
-/** Angle tables of the probabilistic transform: deltaRho, deltaTheta, hint, then cosine / deltaRho and sine / deltaRho.
+/**
+ * Angle tables of the probabilistic transform: deltaRho, deltaTheta, hint, then cosine / deltaRho and sine / deltaRho,
+ * and what tells them from anything else. They may stand at any address and be moved and copied.
  */
 typedef struct ZebiHoughProbSpec ZebiHoughProbSpec;
 
@@ -213,7 +223,7 @@ ZebStatus zebiHoughProbLineInit_8u32f_C1R(ZebiSize roiSize, ZebiPoint_32f delta,
  *
  * Status: zebStsOk; zebStsWarnLinesTruncated (another segment was found when maxLineCount were stored);
  * zebStsErrNullPointer; zebStsErrSize (width, height or maxLineCount below 1); zebStsErrBadArgument (threshold below 1,
- * lineLength or lineGap below 0, or tables that were made for no delta above 0); zebStsErrOverflow (the scratch would
+ * lineLength or lineGap below 0); zebStsErrContextMatch (pSpec holds no tables); zebStsErrOverflow (the scratch would
  * not fit a 32-bit count). srcStep is taken as it is.
  */
 ZebStatus zebiHoughProbLine_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, int threshold, int lineLength,

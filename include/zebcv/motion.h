@@ -70,7 +70,10 @@ ZebStatus zebiPyrUpGetBufSize_Gauss5x5(int roiWidth, ZebDataType dataType, int c
  * @{
  */
 
-/** Levels of an image and their scales. One block; the arrays, of level + 1 entries each, lie in it. */
+/**
+ * Levels of an image and their scales. One block; the arrays, of level + 1 entries each, lie in it, so a record is
+ * neither moved nor copied.
+ */
 typedef struct ZebiPyramid {
   Zeb8u** pImage; /**< first pixel of each level; null until the caller sets it */
   ZebiSize* pRoi; /**< size of each level; entry 0 is the base */
@@ -101,7 +104,8 @@ ZebStatus zebiGetPyramidDownROI(ZebiSize srcRoi, ZebiSize* pDstRoi, Zeb32f rate)
 
 /**
  * Makes a record with the base roiSize and as many levels as requested, or as there are until the size is 1 x 1.
- * Allocates; zebiPyramidFree releases it (zebStsErrNullPointer for null).
+ * Allocates; zebiPyramidFree releases it (zebStsErrNullPointer for null; zebStsErrContextMatch for a record that was
+ * not made here, or released before).
  *
  * Status, in this order: zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrBadArgument (rate not
  * in (1, 10], level below 1); zebStsErrMemAlloc; zebStsOk. *ppPyr is written on success only.
@@ -119,22 +123,25 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  * both saturated to 16 bits, and k / sum (32f). With sum 0 they are k in the same units.
  *
  * Smoothing of a sample c with its neighbours a[j], b[j] at distance j on both sides, in single precision, each step
- * fused, from the nearest neighbour outwards: c + sum of w[j] x ((a[j] - c) + (b[j] - c)); so a constant image stays
- * exactly what it is whatever the rounding of the weights. With sum 0: w[0] c + sum of w[j] x (a[j] + b[j]). Outside
- * pixels are mirrored without repeating the edge, as often as needed. Linear interpolation between neighbours s and t
- * is s + f (t - s), one fused step, in rows, then down the columns; beyond the last pixel the last one is taken.
- * Integer results are rounded to nearest (0.5 added, truncated) and saturated.
+ * fused, from the nearest neighbour outwards: w[0] c + sum of w[j] x (a[j] + b[j]). Outside pixels are mirrored without
+ * repeating the edge, as often as needed. Linear interpolation between neighbours s and t at the fraction f goes along
+ * the rows, then down the columns; beyond the last pixel the last one is taken. Integer results are rounded to nearest
+ * (0.5 added, truncated) and saturated.
  *
- * Down: the source is smoothed, columns then rows, and read at (rate x, rate y). The destination must have the size of
- * the next level: where the largest source exceeds the kernel in both dimensions the state holds the chain of level
- * sizes, and a source that equals an entry, or else is as high as one, requires the following entry; all others
- * zebiGetPyramidDownROI of the source. Nothing is allocated. The call uses work rows in the state.
+ * Down: the source is smoothed, columns then rows, and read at (rate x, rate y) as (1 - f) s + f t, s itself where f is
+ * 0. The weights are taken as they were truncated, so an integer image may come out a little darker (a white 16u image
+ * by as much as the weights lack), and an infinite pixel stays infinite under weights above 0. The destination must
+ * have the size of the next level: where the largest source exceeds the kernel in both dimensions the state holds the
+ * chain of level sizes, and a source that equals an entry, or else is as high as one, requires the following entry; all
+ * others zebiGetPyramidDownROI of the source. Nothing is allocated. The call uses work rows in the state.
  *
- * Up: the source is read at (x / rate, y / rate) and the result is smoothed, each along the rows first. The destination
- * must lie within zebiGetPyramidUpROI of the source. Each call allocates and frees one block.
+ * Up: the source is read at (x / rate, y / rate) as s + f (t - s), one fused step, and the result is smoothed, each
+ * along the rows first. A constant image stays exactly what it is, whatever the rounding of the weights: where sum is
+ * not 0 a sample is c + sum of w[j] x ((a[j] - c) + (b[j] - c)). The destination must lie within zebiGetPyramidUpROI of
+ * the source. Each call allocates and frees one block.
  *
  * Steps are in bytes and need not be a multiple of the element. Source and destination may not overlap. A state may not
- * be used by two calls at the same time.
+ * be used by two calls at the same time, and is neither moved nor copied: it points into itself.
  *
  * InitAlloc, status in this order: zebStsErrNullPointer (ppState or pKernel); zebStsErrSize (width or height below 1);
  * zebStsErrBadArgument (mode not zebInterLinear, rate not in (1, 10], kerSize even or below 3); zebStsErrMemAlloc;
@@ -142,9 +149,11 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  *
  * Layer calls, status in this order: zebStsErrNullPointer (pSrc, pDst or pState); zebStsErrSize (source width or height
  * below 1); zebStsErrStep (a step smaller than its row); zebStsErrBadArgument (state's rate); zebStsErrSize
- * (destination not as required, or source larger than the state serves); up only: zebStsErrMemAlloc; zebStsOk.
+ * (destination not as required, or source larger than the state serves); zebStsErrContextMatch (the state is not one of
+ * this direction, type and channels; where the chain of the state would have to be asked for the size, before that);
+ * up only: zebStsErrMemAlloc; zebStsOk.
  *
- * Free: zebStsErrNullPointer for null, else zebStsOk.
+ * Free: zebStsErrNullPointer; zebStsErrContextMatch; zebStsOk.
  * @{
  */
 typedef struct ZebiPyramidDownState ZebiPyramidDownState;
@@ -238,11 +247,14 @@ ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
  * (roiSize or winSize below 1); zebStsErrMemAlloc; zebStsOk.
  *
  * Tracking, status in this order: zebStsErrNullPointer (a record, the state or an array); zebStsErrSize (numFeat or
- * winSize below 1, winSize not the state's); zebStsErrBadArgument (maxLev below 0, maxIter below 1, threshold below 0,
- * then a record with fewer than maxLev levels above its base); zebStsErrNullPointer (an image of those levels);
- * zebStsOk. Nothing is allocated.
+ * winSize below 1, winSize not the state's); zebStsErrBadArgument (maxLev below 0, maxIter below 1, threshold below
+ * 0); zebStsErrContextMatch (the state is not one of this type); zebStsErrBadArgument (a record with fewer
+ * than maxLev levels above its base); zebStsErrNullPointer (an array of a record, or an image of those levels);
+ * zebStsOk. Nothing is allocated. Records may be filled in by the caller: they are taken as they are.
  *
- * Free: zebStsErrNullPointer for null, else zebStsOk.
+ * A state is neither moved nor copied: it is released with its work buffer.
+ *
+ * Free: zebStsErrNullPointer; zebStsErrContextMatch; zebStsOk.
  *
  * Methods: B. Lucas, T. Kanade, 1981; J.-Y. Bouguet, 1999; H. Scharr, 2000.
  * @{

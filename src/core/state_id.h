@@ -20,6 +20,7 @@ enum class StateKind : uint8_t {
   foreground,
   background,
   mixture,
+  houghProbabilistic,
 };
 
 // 0x5A, kind, data type, channels from the most significant byte down. Neither zeroed nor 0xFF-filled memory looks so.

@@ -6,9 +6,12 @@ namespace {
 
 using namespace zeb;
 
+// Sizes with a side from here on are told more room, which the work does not need.
+constexpr int longSide = 65533;
+
 int64_t bufferSize(ZebiSize roi) {
   const int64_t w = roi.width, h = roi.height;
-  const bool small = w < 65533 && h < 65533;
+  const bool small = w < longSide && h < longSide;
   return boundedProduct(small ? 5 * h + 10 : 9 * h + 18, w + 2) + 16 * w + 160;
 }
 
@@ -39,30 +42,28 @@ ZebStatus canny(const typename Form::Element* pSrcDx, int srcDxStep, const typen
                 int srcDyStep, Zeb8u* pDst, int dstStep, ZebiSize roi, Zeb32f lowThresh, Zeb32f highThresh,
                 Zeb8u* pBuffer) {
   using T = typename Form::Element;
-  if (auto bad = firstFailure(present(pSrcDx, pSrcDy, pDst, pBuffer), hasArea(roi), holdsRow<T>(srcDxStep, roi.width),
-                              holdsRow<T>(srcDyStep, roi.width), holdsRow<Zeb8u>(dstStep, roi.width),
-                              wholeElements<T>(srcDxStep), wholeElements<T>(srcDyStep),
-                              orderedThresholds(lowThresh, highThresh),
+  const auto dx = image(pSrcDx, srcDxStep), dy = image(pSrcDy, srcDyStep);
+  const auto dst = image(pDst, dstStep);
+  if (auto bad = firstFailure(checked(roi, dx, dy, dst, also(pBuffer)), orderedThresholds(lowThresh, highThresh),
                               require(bufferSize(roi) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   using M = typename Form::Magnitude;
   Scratch scratch(pBuffer, bufferSize(roi));
   const CannyMap map = takeCannyMap(scratch, roi);
   const MagnitudeRing<M> ring(scratch, roi.width);
-  const Rows dx(pSrcDx, srcDxStep);
-  const Rows dy(pSrcDy, srcDyStep);
+  const auto rowsDx = dx.rows(), rowsDy = dy.rows();
   const M low = Form::threshold(lowThresh), high = Form::threshold(highThresh);
   for (int y = 0; y <= roi.height; ++y) {
     if (y < roi.height)
-      Form::magnitudes(dx[y], dy[y], ring.row(y), roi.width, low);
+      Form::magnitudes(rowsDx[y], rowsDy[y], ring.row(y), roi.width, low);
     else
       memset(ring.row(y), 0, static_cast<size_t>(roi.width) * sizeof(M));
     if (y == 0) continue;
-    const T *rowDx = dx[y - 1], *rowDy = dy[y - 1];
+    const T *rowDx = rowsDx[y - 1], *rowDy = rowsDy[y - 1];
     suppressRow(ring, y - 1, roi.width, high, map.row(y - 1),
                 [=](int x, auto part) ZEB_BODY { return Form::sectors(rowDx + x, rowDy + x, part); });
   }
-  hysteresis(map, roi, scratch, Rows(pDst, dstStep));
+  hysteresis(map, roi, scratch, dst.rows());
   return zebStsOk;
 }
 

@@ -22,7 +22,9 @@ struct Offsets {
 template <class S>
 struct Tables {
   const S* row[2];
-  const S* of(const HaarClassifierRecord& c, bool mixed) const { return row[mixed && (c.index & classifierTilted)]; }
+  const S* of(const ZebiHaarClassifier& state, const HaarClassifierRecord& c, bool mixed) const {
+    return row[mixed && isTilted(state, c)];
+  }
 };
 
 // ---- Rectangle sums ----
@@ -65,7 +67,7 @@ Zeb32f stageSum(const ZebiHaarClassifier& state, const Offsets* offsets, bool mi
   Zeb32f sum = 0;
   for (int i = 0; i < state.length; ++i) {
     const HaarClassifierRecord& c = state.classifiers[i];
-    const S* s = tables.of(c, mixed) + x;
+    const S* s = tables.of(state, c, mixed) + x;
     Zeb32f t = 0;
     for (int k = 0; k < c.count; ++k) t = t + c.rectangles[k].weight.f * rectangleSum(s, *offsets++);
     sum += t < norm * c.threshold.f ? c.value1.f : c.value2.f;
@@ -79,7 +81,7 @@ ZEB_INLINE V32f stageSums(const ZebiHaarClassifier& state, const Offsets* offset
   V32f sum = splat(0.0f);
   for (int i = 0; i < state.length; ++i) {
     const HaarClassifierRecord& c = state.classifiers[i];
-    const S* s = tables.of(c, mixed) + x;
+    const S* s = tables.of(state, c, mixed) + x;
     V32f t = splat(0.0f);
     const HaarRectangle* r = c.rectangles;
     for (int k = c.count; k > 0; --k, ++r, ++offsets) {
@@ -151,7 +153,7 @@ bool fails(const ZebiHaarClassifier& state, const Offsets* offsets, bool mixed, 
   int64_t sum = 0;
   for (int i = 0; i < state.length; ++i) {
     const HaarClassifierRecord& c = state.classifiers[i];
-    const Zeb32s* s = tables.of(c, mixed) + x;
+    const Zeb32s* s = tables.of(state, c, mixed) + x;
     uint64_t t = 0;
     for (int k = 0; k < c.count; ++k, ++offsets) {
       const auto area =
@@ -171,7 +173,7 @@ bool fails(const ZebiHaarClassifier& state, const Offsets* offsets, bool mixed, 
 void fillOffsets(const ZebiHaarClassifier& state, bool mixed, int step, int tiltStep, Offsets* offsets) {
   for (int i = 0; i < state.length; ++i) {
     const HaarClassifierRecord& c = state.classifiers[i];
-    const int64_t elements = mixed && (c.index & classifierTilted) ? tiltStep : step;
+    const int64_t elements = mixed && isTilted(state, c) ? tiltStep : step;
     for (int k = 0; k < c.count; ++k, ++offsets)
       for (int e = 0; e < 4; ++e)
         offsets->at[e] = static_cast<int>(c.rectangles[k].corner[e].y * elements + c.rectangles[k].corner[e].x);
@@ -198,13 +200,11 @@ struct Call {
 // row.
 template <class S, class N, class Row>
 ZebStatus apply(const Call<S, N>& call, Row row) {
-  const int width = call.roi.width;
-  if (auto bad = firstFailure(present(call.pSrc, call.pTilt, call.pNorm, call.pMask, call.pPositive, call.pState),
-                              hasArea(call.roi), holdsRow<S>(call.srcStep, width), holdsRow<S>(call.tiltStep, width),
-                              holdsRow<N>(call.normStep, width), holdsRow<Zeb8u>(call.maskStep, width),
-                              wholeElements<S>(call.srcStep), wholeElements<S>(call.tiltStep),
-                              wholeElements<N>(call.normStep)))
-    return bad;
+  const auto src = image(call.pSrc, call.srcStep), tilt = image(call.pTilt, call.tiltStep);
+  const auto norm = image(call.pNorm, call.normStep);
+  const auto mask = image(call.pMask, call.maskStep);
+  if (auto bad = checked(call.roi, src, tilt, norm, mask, also(call.pPositive, call.pState))) return bad;
+  if (auto bad = isStage(call.pState)) return bad;
   Offsets* offsets = nullptr;
   if (call.pState->rectangles > 0) {
     if (call.pState->rectangles > INT32_MAX / static_cast<int>(sizeof(Offsets))) return zebStsErrMemAlloc;
@@ -212,12 +212,9 @@ ZebStatus apply(const Call<S, N>& call, Row row) {
     if (!offsets) return zebStsErrMemAlloc;
     fillOffsets(*call.pState, call.mixed, call.srcStep / 4, call.tiltStep / 4, offsets);
   }
-  const Rows src(call.pSrc, call.srcStep);
-  const Rows tilt(call.pTilt, call.tiltStep);
-  const Rows norm(call.pNorm, call.normStep);
-  const Rows mask(call.pMask, call.maskStep);
   int count = 0;
-  for (int y = 0; y < call.roi.height; ++y) count += row(Tables<S>{{src[y], tilt[y]}}, norm[y], mask[y], offsets);
+  for (int y = 0; y < call.roi.height; ++y)
+    count += row(Tables<S>{{src.rows()[y], tilt.rows()[y]}}, norm.rows()[y], mask.rows()[y], offsets);
   q7_zebsFree(offsets);
   *call.pPositive = count;
   return zebStsOk;

@@ -3,7 +3,7 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/services.h"
+#include "core/memory.h"
 
 namespace {
 
@@ -64,7 +64,7 @@ void addGroup(const Lists<T>& in, bool tilted, Group takes, HaarClassifierRecord
                      number(in.thresholds[i]),
                      number(in.values1[i]),
                      number(in.values2[i]),
-                     static_cast<int>(static_cast<unsigned>(i) << 8) | (tilted ? classifierTilted : 0)};
+                     static_cast<int>(static_cast<unsigned>(i) << 8)};
     for (int k = first; k < first + in.counts[i]; ++k, ++rectangle) {
       const ZebiRect& f = in.features[k];
       setCorners(*rectangle, f.x, f.y, f.width, f.height, tilted);
@@ -115,7 +115,7 @@ ZebStatus build(ZebiHaarClassifier** ppState, const Lists<T>& in, bool tilted) {
   const int64_t bytes = static_cast<int64_t>(sizeof(ZebiHaarClassifier)) +
                         in.length * static_cast<int64_t>(sizeof(HaarClassifierRecord)) +
                         total * static_cast<int64_t>(sizeof(HaarRectangle));
-  Zeb8u* memory = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  Zeb8u* const memory = allocateState(bytes);
   if (!memory) return zebStsErrMemAlloc;
 
   auto* state = reinterpret_cast<ZebiHaarClassifier*>(memory);
@@ -135,13 +135,14 @@ ZebStatus build(ZebiHaarClassifier** ppState, const Lists<T>& in, bool tilted) {
 
 ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
   if (auto bad = present(pState, pSize)) return bad;
+  if (auto bad = isStage(pState)) return bad;
   ZebiSize size = {0, 0};
   for (int i = 0; i < pState->length; ++i) {
     const HaarClassifierRecord& c = pState->classifiers[i];
     for (int k = 0; k < c.count; ++k) {
       // Of a tilted rectangle, too, the far corner as the caller gave it: (x + w, y + h).
       const ZebiPoint* const corner = c.rectangles[k].corner;
-      const bool slanted = (pState->tilt & stateCreatedTilted) != 0 || (c.index & classifierTilted) != 0;
+      const bool slanted = isTilted(*pState, c);
       const int right = slanted ? corner[2].x : corner[0].x;
       const int bottom = slanted ? corner[1].y : corner[0].y;
       if (right > size.width) size.width = right;
@@ -155,6 +156,7 @@ ZebStatus windowSize(const ZebiHaarClassifier* pState, ZebiSize* pSize) {
 ZebStatus tilt(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState) {
   if (auto bad = present(pMask, pState)) return bad;
   if (pState->tilt & stateCreatedTilted) return zebStsErrBadArgument;
+  if (auto bad = isStage(pState)) return bad;
   for (int i = 0; i < pState->length; ++i) {
     HaarClassifierRecord& c = pState->classifiers[i];
     const bool marked = pMask[c.index >> 8] != 0;
@@ -172,6 +174,8 @@ ZebStatus tilt(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState) {
 
 ZebStatus release(ZebiHaarClassifier* pState) {
   if (auto bad = present(pState)) return bad;
+  if (auto bad = isStage(pState)) return bad;
+  pState->classifiers = nullptr;
   q7_zebsFree(pState);
   return zebStsOk;
 }

@@ -3,6 +3,7 @@
 
 #include <stddef.h>
 
+#include "core/checks.h"
 #include "zebcv.h"
 
 namespace zeb {
@@ -24,7 +25,7 @@ struct HaarClassifierRecord {
   int count;
   HaarRectangle* rectangles;
   HaarNumber threshold, value1, value2;
-  // Index in the caller's list shifted left by 8; bit 0 is set when the classifier is tilted.
+  // Index in the caller's list shifted left by 8; bit 0 is set when a classifier of an upright stage was tilted later.
   int index;
 };
 
@@ -45,6 +46,19 @@ struct ZebiHaarClassifier {
   int rectanglesAgain;
   int firstWeightsAreMinusOne;
 };
+
+namespace zeb {
+
+inline bool isTilted(const ZebiHaarClassifier& state, const HaarClassifierRecord& c) {
+  return (state.tilt & stateCreatedTilted) != 0 || (c.index & classifierTilted) != 0;
+}
+
+// All words of a stage are taken; what tells it from anything else is where it points: right behind its header.
+inline ZebStatus isStage(const ZebiHaarClassifier* state) {
+  return require(static_cast<const void*>(state->classifiers) == state + 1, zebStsErrContextMatch);
+}
+
+}  // namespace zeb
 
 static_assert(sizeof(ZebiHaarClassifier) == 48 && offsetof(ZebiHaarClassifier, tilt) == 28 &&
                   offsetof(ZebiHaarClassifier, firstWeightsAreMinusOne) == 44,

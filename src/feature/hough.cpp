@@ -29,16 +29,35 @@ struct Line {
   int count, cell, angle, unused;
 };
 
-// Cosine and sine with ten fraction bits.
+constexpr int fractionBits = 10, one = 1 << fractionBits;
+
+// Cosine and sine with these fraction bits over deltaRho, rounded: beyond 32 bits for the least deltas.
 struct Direction {
-  int c, s;
+  int64_t c, s;
+};
+
+// The directions of one angle after the other.
+class Directions {
+ public:
+  explicit Directions(ZebiPoint_32f delta) : scale_(one / static_cast<double>(delta.x)), step_(delta.y) {}
+
+  Direction next() {
+    const auto theta = static_cast<double>(theta_);
+    theta_ += step_;
+    return {rounded(cos(theta)), rounded(sin(theta))};
+  }
+
+ private:
+  int64_t rounded(double v) const { return static_cast<int64_t>(__builtin_nearbyint(v * scale_)); }
+
+  double scale_;
+  Zeb32f step_, theta_ = 0;
 };
 
 // Where everything lies in the caller's buffer.
 struct Workspace {
   Zeb32s* row[3];  // counts of the previous, current and next angle, with eight zero cells on either side
   Zeb32s* second;  // the other accumulator
-  Direction* directions;
   Line* lines;
   Zeb32s* pixels;
 };
@@ -58,18 +77,9 @@ Workspace carve(Zeb8u* pBuffer, const Grid& grid, int maxLineCount) {
   }
   work.second = scratch.take<Zeb32s>(grid.cells, 4);
   q7_zebsZero_32s(work.second, grid.cells);
-  work.directions = scratch.take<Direction>(grid.angles, 4);
   work.lines = scratch.take<Line>(maxLineCount, 4);
   work.pixels = scratch.take<Zeb32s>(int64_t{grid.roi.width} * grid.roi.height, 4);
   return work;
-}
-
-void fillDirections(const Grid& grid, Direction* out) {
-  const double scale = 1024.0 / static_cast<double>(grid.delta.x);
-  Zeb32f theta = 0;
-  for (int k = 0; k < grid.angles; ++k, theta += grid.delta.y)
-    out[k] = {static_cast<int>(__builtin_nearbyint(cos(static_cast<double>(theta)) * scale)),
-              static_cast<int>(__builtin_nearbyint(sin(static_cast<double>(theta)) * scale))};
 }
 
 // ---- Votes ----
@@ -96,11 +106,11 @@ int clampCell(int64_t cell, int cells) {
 
 // One vote for each of the listed pixels; even and odd ones into different accumulators.
 void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& grid, Zeb32s* even, Zeb32s* odd) {
-  const V16s factors = as<Zeb16s>(splat((d.s << 16) | (d.c & 0xFFFF)));
-  const V32s half = splat(512), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
+  const V16s factors = as<Zeb16s>(splat(static_cast<int>((d.s << 16) | (d.c & 0xFFFF))));
+  const V32s half = splat(one / 2), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
   alignas(32) Zeb32s cell[8];
   const auto cells = [&](V32s words) {
-    const V32s r = shiftRight<10>(dotPairs(as<Zeb16s>(words), factors) + half) + origin;
+    const V32s r = shiftRight<fractionBits>(dotPairs(as<Zeb16s>(words), factors) + half) + origin;
     return min(max(r, zero), last);
   };
   int i = 0;
@@ -122,8 +132,8 @@ void voteImage(Rows<const Zeb8u> src, const Direction d, const Grid& grid, Zeb32
     const Zeb8u* pixels = src[y];
     for (int x = 0; x < grid.roi.width; ++x) {
       if (!pixels[x]) continue;
-      const int64_t rho = static_cast<int64_t>(x) * d.c + static_cast<int64_t>(y) * d.s + 512;
-      ++row[clampCell((rho >> 10) + grid.origin(), grid.cells)];
+      const int64_t rho = static_cast<int64_t>(x) * d.c + static_cast<int64_t>(y) * d.s + one / 2;
+      ++row[clampCell((rho >> fractionBits) + grid.origin(), grid.cells)];
     }
   }
 }
@@ -134,10 +144,10 @@ void voteImage(Rows<const Zeb8u> src, const Direction d, const Grid& grid, Zeb32
 struct Strongest {
   Line* lines;
   int most;
-  int kept = 0;
+  int count = 0;
 
   void add(const Line& line) {
-    int low = 0, high = kept;  // the first entry with a smaller count
+    int low = 0, high = count;  // the first entry with a smaller count
     while (low < high) {
       const int middle = low + (high - low) / 2;
       if (lines[middle].count < line.count)
@@ -146,10 +156,10 @@ struct Strongest {
         low = middle + 1;
     }
     if (low == most) return;
-    const int tail = (kept < most ? kept : most - 1) - low;
+    const int tail = (count < most ? count : most - 1) - low;
     memmove(lines + low + 1, lines + low, static_cast<size_t>(tail) * sizeof(Line));
     lines[low] = line;
-    if (kept < most) ++kept;
+    if (count < most) ++count;
   }
 };
 
@@ -179,10 +189,9 @@ struct Window {
 };
 
 void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int listed,
-                int angle, Zeb32s* row) {
+                int angle, const Direction d, Zeb32s* row) {
   q7_zebsZero_32s(row, grid.cells);
   if (angle < window.firstAngle || angle > window.lastAngle) return;
-  const Direction d = work.directions[angle];
   if (listed >= 0) {
     voteListed(work.pixels, listed, d, grid, row, work.second);
     int r = 0;
@@ -199,27 +208,29 @@ void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, 
 }
 
 bool fits16(const Grid& grid) {
-  // The largest factor is 1024 / deltaRho.
-  return grid.roi.width <= 32768 && grid.roi.height <= 32768 && grid.delta.x >= 1024.0f / 32000.0f;
+  // The largest factor is one / deltaRho.
+  constexpr int longest = 1 << 15;
+  constexpr Zeb32f largestFactor = 32000;
+  return grid.roi.width <= longest && grid.roi.height <= longest && grid.delta.x >= one / largestFactor;
 }
 
 int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int threshold,
               int maxLineCount) {
-  fillDirections(grid, work.directions);
+  Directions directions(grid.delta);
   const int listed = fits16(grid) ? listPixels(src, grid.roi, work.pixels) : -1;
   Strongest strongest{work.lines, maxLineCount};
   Zeb32s *previous = work.row[0], *row = work.row[1], *next = work.row[2];
-  accumulate(src, grid, work, window, listed, 0, row);
+  accumulate(src, grid, work, window, listed, 0, directions.next(), row);
   for (int k = 0; k < grid.angles; ++k) {
     if (k + 1 < grid.angles)
-      accumulate(src, grid, work, window, listed, k + 1, next);
+      accumulate(src, grid, work, window, listed, k + 1, directions.next(), next);
     else
       q7_zebsZero_32s(next, grid.cells);
     searchRow(previous, row, next, grid.cells, k, threshold, strongest);
     Zeb32s* oldest = previous;
     previous = row, row = next, next = oldest;
   }
-  return strongest.kept;
+  return strongest.count;
 }
 
 Zeb32f rhoOf(const Grid& grid, int cell) {
@@ -256,10 +267,10 @@ ZebStatus lines(const Zeb8u* pSrc, int srcStep, ZebiSize roi, ZebiPoint_32f delt
                      static_cast<int>(houghCells(roi, delta.x))};
   const Workspace work = carve(pBuffer, grid, maxLineCount);
   const Window all = {0, grid.cells - 1, 0, grid.angles - 1};
-  const int kept =
+  const int count =
       transform(Rows(pSrc, srcStep), grid, work, region ? windowOf(grid, region) : all, threshold, maxLineCount);
-  for (int i = 0; i < kept; ++i) pLine[i] = {rhoOf(grid, work.lines[i].cell), thetaOf(grid, work.lines[i].angle)};
-  *pLineCount = kept;
+  for (int i = 0; i < count; ++i) pLine[i] = {rhoOf(grid, work.lines[i].cell), thetaOf(grid, work.lines[i].angle)};
+  *pLineCount = count;
   return zebStsOk;
 }
 

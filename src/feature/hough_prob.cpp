@@ -5,9 +5,10 @@
 #include "core/image.h"
 #include "core/lanes.h"
 #include "core/services.h"
+#include "core/state_id.h"
 #include "feature/hough.h"
 
-// The record of tables: three words, then a pair per angle. Its memory is the caller's, at any address.
+// The record of tables: three words, a pair per angle, and the identifier. Its memory is the caller's, at any address.
 struct ZebiHoughProbSpec {
   Zeb32f deltaRho, deltaTheta;
   Zeb32s hint;
@@ -28,6 +29,24 @@ const Normal* normals(const ZebiHoughProbSpec* spec) {
 }
 Normal* normals(ZebiHoughProbSpec* spec) {
   return reinterpret_cast<Normal*>(spec + 1);
+}
+
+// Bytes of the record with the pairs of angles 0 .. steps.
+constexpr int64_t specSize(int64_t steps) {
+  return steps * 8 + 24;
+}
+static_assert(specSize(0) == sizeof(ZebiHoughProbSpec) + sizeof(Normal) + sizeof(uint32_t));
+
+constexpr uint32_t specId = stateId(StateKind::houghProbabilistic, zeb8u, 1);
+
+// Where the identifier stands is told by the deltas; those that no record can have lead nowhere.
+ZebStatus isSpec(const ZebiHoughProbSpec* spec) {
+  if (positiveDeltas({spec->deltaRho, spec->deltaTheta}) != zebStsOk) return zebStsErrContextMatch;
+  const int64_t steps = houghAngleSteps(spec->deltaTheta);
+  if (specSize(steps) > INT32_MAX) return zebStsErrContextMatch;
+  uint32_t id;
+  memcpy(&id, normals(spec) + steps + 1, sizeof(id));
+  return isState(id, specId);
 }
 
 // Scratch words may stand at odd addresses: the reported size leaves no room for alignment.
@@ -243,7 +262,7 @@ ZebStatus run(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigne
 ZEB_ENTRY(zebiHoughProbLineGetSize_8u_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int* pSpecSize, int* pBufSize) {
   if (auto bad = firstFailure(present(pSpecSize, pBufSize), hasArea(roiSize), positiveDeltas(delta))) return bad;
   const int64_t steps = houghAngleSteps(delta.y);
-  const int64_t spec = steps * 8 + 24, buffer = bufferSize(roiSize, houghCells(roiSize, delta.x), steps + 1);
+  const int64_t spec = specSize(steps), buffer = bufferSize(roiSize, houghCells(roiSize, delta.x), steps + 1);
   if (spec > INT32_MAX || buffer > INT32_MAX) return zebStsErrOverflow;
   *pSpecSize = static_cast<int>(spec);
   *pBufSize = static_cast<int>(buffer);
@@ -253,7 +272,7 @@ ZEB_ENTRY(zebiHoughProbLineGetSize_8u_C1R)(ZebiSize roiSize, ZebiPoint_32f delta
 ZEB_ENTRY(zebiHoughProbLineInit_8u32f_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int hint, ZebiHoughProbSpec* pSpec) {
   if (auto bad = firstFailure(hasArea(roiSize), positiveDeltas(delta), present(pSpec))) return bad;
   const int64_t angles = houghAngleSteps(delta.y) + 1;
-  if (angles * 8 + 16 > INT32_MAX) return zebStsErrOverflow;
+  if (specSize(angles - 1) > INT32_MAX) return zebStsErrOverflow;
   *pSpec = {delta.x, delta.y, hint};
   Normal* out = normals(pSpec);
   Zeb32f theta = 0;
@@ -261,6 +280,7 @@ ZEB_ENTRY(zebiHoughProbLineInit_8u32f_C1R)(ZebiSize roiSize, ZebiPoint_32f delta
     out[k] = {static_cast<Zeb32f>(cos(static_cast<double>(theta))) / delta.x,
               static_cast<Zeb32f>(sin(static_cast<double>(theta))) / delta.x};
   }
+  memcpy(out + angles, &specId, sizeof(specId));
   return zebStsOk;
 }
 
@@ -271,7 +291,7 @@ ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
           firstFailure(present(pSrc, pRect, pLineCount, pBuffer, pSpec), hasArea(roiSize), atLeastOne(maxLineCount),
                        require(threshold >= 1 && lineLength >= 0 && lineGap >= 0, zebStsErrBadArgument)))
     return bad;
-  if (auto bad = positiveDeltas({pSpec->deltaRho, pSpec->deltaTheta})) return bad;
+  if (auto bad = isSpec(pSpec)) return bad;
   const int64_t cells = houghCells(roiSize, pSpec->deltaRho), angles = houghAngleSteps(pSpec->deltaTheta) + 1;
   const int64_t size = bufferSize(roiSize, cells, angles);
   if (size > INT32_MAX) return zebStsErrOverflow;
@@ -286,7 +306,8 @@ ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
   const unsigned count = collect(Rows(pSrc, srcStep), roiSize, mask, list);
   *pLineCount = 0;
   if (count == 0 || cells == 0) return zebStsOk;
-  if (count < 32767 || mostInCell(roiSize, pSpec->deltaRho) < 32767)
+  constexpr int counts16 = 32767;  // below which counts of 16 bits hold all votes
+  if (count < counts16 || mostInCell(roiSize, pSpec->deltaRho) < counts16)
     return run<Zeb16s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
   return run<Zeb32s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
 }

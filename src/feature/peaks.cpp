@@ -106,12 +106,13 @@ struct StrongVectors {
 // that hold one are compared with their neighbours. Both loops run without a branch on the values.
 template <int neighbours, class T>
 int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
+  if (size.width - border <= border || size.height - border <= border) return 0;
   Scratch scratch(pBuffer, bufferSize(size.width));
   Peaks found(out, most, scratch.take<Zeb32s>(int64_t{size.width} + 7, 1));
   StrongVectors<T> strong{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   StrongVectors<T> ahead{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
   const int end = size.width - border, rest = end - (end - border) % 8;
-  if (border < size.height - border) ahead.find(src[border], border, end, threshold);
+  ahead.find(src[border], border, end, threshold);
   for (int y = border; y < size.height - border && !found.enough(); ++y) {
     const T *row = src[y], *above = src[y - 1], *below = src[y + 1];
     const StrongVectors<T> done = strong;
@@ -142,15 +143,16 @@ int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int
 template <class T>
 ZebStatus peaksOf(const T* pSrc, int srcStep, ZebiSize roi, T threshold, ZebiPoint* pPeak, int maxPeakCount,
                   int* pPeakCount, int norm, int border, Zeb8u* pBuffer) {
+  const auto src = image(pSrc, srcStep);
+  // The counts stand before the step.
   if (auto bad = firstFailure(
           present(pSrc, pPeak, pPeakCount, pBuffer), hasArea(roi), atLeastOne(maxPeakCount), atLeastOne(border),
           require(int64_t{2} * border <= roi.width && int64_t{2} * border <= roi.height, zebStsErrSize),
-          holdsRow<T>(srcStep, roi.width), wholeElements<T>(srcStep),
-          require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+          checked(roi, src), require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
           require(bufferSize(roi.width) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const auto find = norm == zebiNormInf ? findPeaks<8, T> : findPeaks<4, T>;
-  *pPeakCount = find(Rows(pSrc, srcStep), roi, threshold, pPeak, maxPeakCount, border, pBuffer);
+  *pPeakCount = find(src.rows(), roi, threshold, pPeak, maxPeakCount, border, pBuffer);
   return zebStsOk;
 }
 

@@ -261,8 +261,8 @@ class BorderedImage {
 };
 
 // The last `count` rows of a sequence, each with room for a number of elements: row y stands where row y - count stood.
-// Rows may have numbers from -count on.
-template <class T, int count>
+// Rows may have numbers from -count on. A count of 0 is told when the ring is made.
+template <class T, int count = 0>
 class RowRing {
  public:
   static int64_t bytes(int64_t stride) { return count * stride * static_cast<int64_t>(sizeof(T)); }
@@ -277,6 +277,25 @@ class RowRing {
  private:
   T* first_;
   ptrdiff_t stride_;
+};
+template <class T>
+class RowRing<T, 0> {
+ public:
+  static int64_t bytes(int count, int64_t stride) { return count * stride * static_cast<int64_t>(sizeof(T)); }
+
+  RowRing(Scratch& scratch, int count, int64_t stride, unsigned alignment = 1)
+      : first_(scratch.take<T>(count * stride, alignment)),
+        stride_(static_cast<ptrdiff_t>(stride)),
+        count_(static_cast<unsigned>(count)) {}
+
+  T* operator[](int y) const {
+    return first_ + static_cast<ptrdiff_t>((static_cast<unsigned>(y) + count_) % count_) * stride_;
+  }
+
+ private:
+  T* first_;
+  ptrdiff_t stride_;
+  unsigned count_;
 };
 
 }  // namespace zeb

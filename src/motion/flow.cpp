@@ -7,13 +7,15 @@
 #include "motion/flow.h"
 
 #include <math.h>
+#include <string.h>
 
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
 #include "core/lanes.h"
+#include "core/memory.h"
+#include "core/sample.h"
 #include "core/scratch.h"
-#include "core/services.h"
 
 namespace {
 
@@ -101,20 +103,13 @@ void fillLattice(const Level<T>& level, int x, int y, int width, int height, Zeb
   }
 }
 
-// Linear between neighbouring pixels of a row.
-template <class T>
-ZEB_INLINE V32f between(const T* p, V32f fraction) {
-  const V32f a = loadAsFloat(p);
-  return fma(fraction, loadAsFloat(p + 1) - a, a);
-}
-
 // The pixels of a window from whole pixels around it: size + 1 rows, readable one pixel beyond the window's stride.
 void interpolate(const Zeb32f* lattice, int latticeStride, const Frame& frame, Zeb32f* out, int size, int stride) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
   for (int c = 0; c < stride; c += 8) {
-    V32f above = between(lattice + c, fx);
+    V32f above = betweenNeighbours(lattice + c, fx);
     for (int r = 0; r < size; ++r) {
-      const V32f below = between(lattice + (r + 1) * latticeStride + c, fx);
+      const V32f below = betweenNeighbours(lattice + (r + 1) * latticeStride + c, fx);
       store(out + r * stride + c, fma(fy, below - above, above));
       above = below;
     }
@@ -202,9 +197,9 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
   for (int c = 0; c < w.stride; c += 8) {
     const V32f mask = lanesOf(columns, c);
     V32f bx = splat(0.0f), by = bx;
-    V32f above = between(second[rows.from] + c, fx);
+    V32f above = betweenNeighbours(second[rows.from] + c, fx);
     for (int r = rows.from; r < rows.to; ++r) {
-      const V32f below = between(second[r + 1] + c, fx);
+      const V32f below = betweenNeighbours(second[r + 1] + c, fx);
       const V32f d = (load(w.first + r * w.stride + c) - fma(fy, below - above, above)) & mask;
       above = below;
       if (squares) {
@@ -236,6 +231,9 @@ Difference compare(const Level<T>& level, const Frame& second, Span columns, Spa
                                second.x, second.y, columns, rows, w);
 }
 
+// Gradients whose matrix has a smaller determinant point nowhere.
+constexpr double leastDeterminant = 0x1p-52;
+
 struct Limits {
   int iterations;
   double squaredStep;
@@ -243,6 +241,28 @@ struct Limits {
 
 // A step that takes back the step before but for this much: the guess swings about its place.
 constexpr double swing = 3.4526698e-4f;
+
+// Finds the period of steps that go round for ever (R. Brent, 1980). The next step depends on the guess, and whether it
+// is the last one on the step before: a pair of both that comes again, to the bit, leads round the same way, and
+// nothing on it ends the search.
+class Round {
+ public:
+  // The period when guess and step are those of a moment before, else 0.
+  int64_t closedBy(Point guess, Point step) {
+    const Point now[2] = {guess, step};
+    ++since_;
+    if (memcmp(now, then_, sizeof(now)) == 0) return since_;
+    if (since_ == kept_) {
+      memcpy(then_, now, sizeof(now));
+      kept_ *= 2, since_ = 0;
+    }
+    return 0;
+  }
+
+ private:
+  Point then_[2] = {{NAN, NAN}, {NAN, NAN}};
+  int64_t kept_ = 1, since_ = 0;
+};
 
 // Moves v to where the window around u is found; false when the point is lost.
 template <class T>
@@ -252,8 +272,9 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   takeFirst(first, frame, w);
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
-  if (!(determinant >= 0x1p-52)) return false;
+  if (!(determinant >= leastDeterminant)) return false;
   Point before = {0, 0};
+  Round round;
   for (int k = 1;; ++k) {
     const Frame target(v, w.size, second.size);
     const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
@@ -269,6 +290,10 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
     }
     if (k >= limits.iterations) return true;
     before = step;
+    // Whole rounds change nothing.
+    if (const int64_t period = round.closedBy(v, step))
+      k = limits.iterations - static_cast<int>((limits.iterations - k) % period);
+    if (k == limits.iterations) return true;
   }
 }
 
@@ -289,8 +314,14 @@ Level<T> levelOf(const ZebiPyramid& pyramid, int level) {
   return {Rows<const T>(reinterpret_cast<const T*>(pyramid.pImage[level]), pyramid.pStep[level]), pyramid.pRoi[level]};
 }
 
+constexpr uint32_t flowId(ZebDataType type) {
+  return stateId(StateKind::opticalFlow, type, 1);
+}
+
+// A record may be the caller's own, so it is known by what it holds.
 ZebStatus hasLevels(const ZebiPyramid& pyramid, int maxLev) {
   if (maxLev > pyramid.level) return zebStsErrBadArgument;
+  if (auto bad = present(pyramid.pImage, pyramid.pRoi, pyramid.pRate, pyramid.pStep)) return bad;
   for (int i = 0; i <= maxLev; ++i)
     if (!pyramid.pImage[i]) return zebStsErrNullPointer;
   return zebStsOk;
@@ -299,11 +330,11 @@ ZebStatus hasLevels(const ZebiPyramid& pyramid, int maxLev) {
 template <class T>
 ZebStatus trackPoints(const ZebiPyramid* pPyr1, const ZebiPyramid* pPyr2, const ZebiPoint_32f* pPrev,
                       ZebiPoint_32f* pNext, Zeb8s* pStatus, Zeb32f* pError, int numFeat, int winSize, int maxLev,
-                      int maxIter, Zeb32f threshold, ZebiOptFlowPyrLKState* pState) {
+                      int maxIter, Zeb32f threshold, ZebiOptFlowPyrLKState* pState, uint32_t id) {
   if (auto bad = present(pPyr1, pPyr2, pState, pPrev, pNext, pStatus, pError)) return bad;
-  if (auto bad =
-          firstFailure(atLeastOne(numFeat), atLeastOne(winSize), require(winSize == pState->winSize, zebStsErrSize),
-                       require(maxLev >= 0 && maxIter >= 1 && !(threshold < 0), zebStsErrBadArgument)))
+  if (auto bad = firstFailure(
+          atLeastOne(numFeat), atLeastOne(winSize), require(winSize == pState->winSize, zebStsErrSize),
+          require(maxLev >= 0 && maxIter >= 1 && !(threshold < 0), zebStsErrBadArgument), isState(pState->id, id)))
     return bad;
   if (auto bad = hasLevels(*pPyr1, maxLev)) return bad;
   if (auto bad = hasLevels(*pPyr2, maxLev)) return bad;
@@ -331,24 +362,23 @@ ZebStatus trackPoints(const ZebiPyramid* pPyr1, const ZebiPyramid* pPyr2, const 
 
 ZebStatus makeState(ZebiOptFlowPyrLKState** ppState, ZebiSize roi, int winSize, int hint, ZebDataType type) {
   if (auto bad = firstFailure(present(ppState), hasArea(roi), atLeastOne(winSize))) return bad;
-  const auto state =
-      reinterpret_cast<ZebiOptFlowPyrLKState*>(q7_zebsMalloc_8u(static_cast<int>(sizeof(ZebiOptFlowPyrLKState))));
+  auto* const state = reinterpret_cast<ZebiOptFlowPyrLKState*>(allocateState(sizeof(ZebiOptFlowPyrLKState)));
   if (!state) return zebStsErrMemAlloc;
-  const int64_t bytes = flowBufferBytes(roi, winSize, type);
-  Zeb8u* const buffer = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  Zeb8u* const buffer = allocateState(flowBufferBytes(roi, winSize, type));
+  *state = {roi.width, roi.height, 1, type, flowId(type), hint, winSize, buffer};
   if (!buffer) {
-    q7_zebsFree(state);
+    releaseState(state, state->id);
     return zebStsErrMemAlloc;
   }
-  *state = {roi.width, roi.height, 1, type, 0, hint, winSize, buffer};
   *ppState = state;
   return zebStsOk;
 }
 
-ZebStatus freeState(ZebiOptFlowPyrLKState* pState) {
+ZebStatus freeState(ZebiOptFlowPyrLKState* pState, uint32_t id) {
   if (auto bad = present(pState)) return bad;
-  if (pState->pBuffer) q7_zebsFree(pState->pBuffer);
-  q7_zebsFree(pState);
+  if (auto bad = isState(pState->id, id)) return bad;
+  q7_zebsFree(pState->pBuffer);
+  releaseState(pState, pState->id);
   return zebStsOk;
 }
 
@@ -363,10 +393,10 @@ ZebStatus freeState(ZebiOptFlowPyrLKState* pState) {
    Zeb32f* pError, int numFeat, int winSize, int maxLev, int maxIter, Zeb32f threshold,                              \
    ZebiOptFlowPyrLKState* pState) {                                                                                  \
     return trackPoints<T>(pPyr1, pPyr2, pPrev, pNext, pStatus, pError, numFeat, winSize, maxLev, maxIter, threshold, \
-                          pState);                                                                                   \
+                          pState, flowId(type));                                                                     \
   }                                                                                                                  \
   ZEB_ENTRY(release)(ZebiOptFlowPyrLKState * pState) {                                                               \
-    return freeState(pState);                                                                                        \
+    return freeState(pState, flowId(type));                                                                          \
   }
 FLOW(zebiOpticalFlowPyrLKInitAlloc_8u_C1R, zebiOpticalFlowPyrLK_8u_C1R, zebiOpticalFlowPyrLKFree_8u_C1R, Zeb8u, zeb8u)
 FLOW(zebiOpticalFlowPyrLKInitAlloc_16u_C1R, zebiOpticalFlowPyrLK_16u_C1R, zebiOpticalFlowPyrLKFree_16u_C1R, Zeb16u,

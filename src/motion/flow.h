@@ -10,7 +10,7 @@ struct ZebiOptFlowPyrLKState {
   Zeb32s roiHeight;
   Zeb32s one;  // always 1
   Zeb32s dataType;
-  Zeb32s unused;
+  uint32_t id;
   Zeb32s hint;
   Zeb32s winSize;
   Zeb8u* pBuffer;

@@ -15,8 +15,8 @@ struct Times {
 
 // An ordered comparison with 0 finds neither -0 to be motion nor a NaN to be none.
 ZEB_INLINE V32f updated(V32f silhouette, V32f time, Times times) {
-  const V32f kept = andNot(less(time, times.limit), time);
-  return select(equal(silhouette, splat(0.0f)), kept, times.now);
+  const V32f remembered = andNot(less(time, times.limit), time);
+  return select(equal(silhouette, splat(0.0f)), remembered, times.now);
 }
 
 // Limit: 8 bytes of times and one silhouette element per pixel through memory.

@@ -29,11 +29,17 @@ struct DownRows {
   RowPlaces places;
 };
 
+// Rates that differ from 2 by rounding only take every second sample.
+double exactRate(const LayerState& state) {
+  constexpr double rounding = 0.00002;
+  const auto rate = static_cast<double>(state.rate);
+  return fabs(rate - 2) <= rounding ? 2 : rate;
+}
+
 template <class T, int channels>
 void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T> dst, ZebiSize dstSize) {
   DownRows work(state, channels);
-  // Rates that differ from 2 by rounding only take every second sample.
-  const double rate = fabs(static_cast<double>(state.rate) - 2) <= 0.00002 ? 2.0 : static_cast<double>(state.rate);
+  const double rate = exactRate(state);
   work.places.set<channels>(dstSize.width, srcSize.width, [=](int x) { return rate * x; });
   const int n = dstSize.width * channels;
   int held[2] = {-1, -1};
@@ -41,9 +47,9 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
     Zeb32f* const read = work.read[y & 1];
     if (held[y & 1] != y) {
       smoothColumns(
-          state, [=](int q) { return src[q]; }, y, srcSize.height, srcSize.width * channels, work.bordered);
-      smoothRow<channels>(state, work.bordered, srcSize.width, work.smooth);
-      work.places.interpolate(work.smooth, read);
+          state.kernel(), [=](int q) { return src[q]; }, y, srcSize.height, srcSize.width * channels, work.bordered);
+      smoothRow<channels>(state.kernel(), work.bordered, srcSize.width, work.smooth);
+      work.places.interpolate(work.smooth, read, WeightedSum());
       held[y & 1] = y;
     }
     return read;
@@ -53,28 +59,34 @@ void shrink(const LayerState& state, Rows<const T> src, ZebiSize srcSize, Rows<T
     const Zeb32f* const s = row(place.index);
     const Zeb32f* const t = place.fraction > 0 ? row(place.index + 1) : s;
     T* const out = dst[y];
-    for (int i = 0; i < n; i += 8) storePixels(out + i, between(s + i, t + i, splat(place.fraction)), n - i);
+    const V32f fraction = splat(place.fraction), rest = splat(1 - place.fraction);
+    if (place.fraction > 0)
+      for (int i = 0; i < n; i += 8) storePixels(out + i, fma(fraction, load(t + i), rest * load(s + i)), n - i);
+    else
+      for (int i = 0; i < n; i += 8) storePixels(out + i, load(s + i), n - i);
   }
 }
 
 template <class T, int channels>
 ZebStatus layerDown(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dstStep, ZebiSize dstSize,
                     const LayerState* pState) {
-  if (auto bad =
-          firstFailure(present(pSrc, pDst, pState), hasArea(srcSize), holdsRow<T, channels>(srcStep, srcSize.width),
-                       holdsRow<T, channels>(dstStep, dstSize.width)))
+  const auto src = image<channels>(pSrc, srcStep).ofAnyStep();
+  const auto dst = image<channels>(pDst, dstStep).wider(widerBy<channels>(dstSize, srcSize)).ofAnyStep();
+  if (auto bad = checked(srcSize, src, dst, also(pState))) return bad;
+  if (auto bad = firstFailure(require(isPyramidRate(pState->rate), zebStsErrBadArgument),
+                              isState(pState->id, layerId<T>(StateKind::pyramidLayerDown, channels))))
     return bad;
-  if (auto bad = require(isPyramidRate(pState->rate), zebStsErrBadArgument)) return bad;
   if (!pState->serves(srcSize) || !sameSize(dstSize, levelBelow(*pState, srcSize))) return zebStsErrSize;
-  shrink<T, channels>(*pState, Rows(pSrc, srcStep), srcSize, Rows(pDst, dstStep), dstSize);
+  shrink<T, channels>(*pState, src.rows(), srcSize, dst.rows(), dstSize);
   return zebStsOk;
 }
 
 template <class T, int channels, class K>
 ZebStatus makeDown(ZebiPyramidDownState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
   LayerState* state = nullptr;
-  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(),
-                                     DownRows::bytes(roi.width, kerSize, channels));
+  const LayerPlan plan = {layerId<T>(StateKind::pyramidLayerDown, channels), dataTypeOf<T>(), false,
+                          DownRows::bytes(roi.width, kerSize, channels)};
+  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, plan);
   if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidDownState*>(state);
   return status;
 }
@@ -92,7 +104,7 @@ ZebStatus makeDown(ZebiPyramidDownState** ppState, ZebiSize roi, Zeb32f rate, co
     return layerDown<T, channels>(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize, pState);             \
   }                                                                                                          \
   ZEB_ENTRY(release)(ZebiPyramidDownState * pState) {                                                        \
-    return freeLayer(pState);                                                                                \
+    return freeLayer(pState, layerId<T>(StateKind::pyramidLayerDown, channels));                             \
   }
 LAYER_DOWN(zebiPyramidLayerDownInitAlloc_8u_C1R, zebiPyramidLayerDown_8u_C1R, zebiPyramidLayerDownFree_8u_C1R, Zeb8u,
            Zeb16s, 1)

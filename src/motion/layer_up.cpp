@@ -2,8 +2,8 @@
 // smoothed along themselves first; as many of them as the kernel is high are kept for smoothing down the columns.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/memory.h"
 #include "core/scratch.h"
-#include "core/services.h"
 #include "motion/layer.h"
 
 namespace {
@@ -13,45 +13,49 @@ using namespace zeb;
 template <class T, int channels>
 class Enlarger {
  public:
-  Enlarger(const LayerState& state, Rows<const T> src, ZebiSize srcSize, ZebiSize dstSize)
-      : state_(state), src_(src), srcSize_(srcSize), dstSize_(dstSize) {}
+  Enlarger(const LayerState& state, Rows<const T> src, ZebiSize srcSize, ZebiSize dstSize, Zeb8u* block)
+      : Enlarger(state, src, srcSize, dstSize, Scratch(block, bytes(state, srcSize, dstSize))) {}
 
-  int64_t bytes() const {
-    const int64_t row = workRow(static_cast<int64_t>(dstSize_.width) * channels);
-    const int64_t bordered = workRow((static_cast<int64_t>(dstSize_.width) + state_.kernelSize) * channels);
-    const int64_t source = workRow(static_cast<int64_t>(srcSize_.width) * channels);
+  static int64_t bytes(const LayerState& state, ZebiSize srcSize, ZebiSize dstSize) {
+    const int64_t row = rowFloats(dstSize), bordered = borderedFloats(state, dstSize);
     // The ring is by far the largest: rows x kernel fits 64 bits.
-    return 4 * ((state_.kernelSize + static_cast<int64_t>(3)) * row + bordered + source) +
-           RowPlaces::bytes(dstSize_.width, channels) + 64;
+    return RowRing<Zeb32f>::bytes(state.kernelSize, row) + 4 * (3 * row + bordered + rowFloats(srcSize)) +
+           RowPlaces::bytes(dstSize.width, channels) + 64;
   }
 
-  void run(Zeb8u* block, Rows<T> dst) {
-    Scratch scratch(block, bytes());
+  void run(Rows<T> dst) {
     const int n = dstSize_.width * channels;
-    stride_ = static_cast<ptrdiff_t>(workRow(n));
-    ring_ = scratch.take<Zeb32f>(state_.kernelSize * stride_, 4);
-    read_[0] = scratch.take<Zeb32f>(stride_, 4);
-    read_[1] = scratch.take<Zeb32f>(stride_, 4);
-    Zeb32f* const smooth = scratch.take<Zeb32f>(stride_, 4);
-    bordered_ =
-        scratch.take<Zeb32f>(workRow((static_cast<int64_t>(dstSize_.width) + state_.kernelSize) * channels), 4) +
-        static_cast<ptrdiff_t>(state_.reach()) * channels;
-    source_ = scratch.take<Zeb32f>(workRow(static_cast<int64_t>(srcSize_.width) * channels), 4);
-    places_ = RowPlaces(scratch, dstSize_.width, channels);
-    places_.set<channels>(dstSize_.width, srcSize_.width, [this](int x) { return x / rate(); });
+    places_.template set<channels>(dstSize_.width, srcSize_.width, [this](int x) { return x / rate(); });
     int made = 0;
     for (int y = 0; y < dstSize_.height; ++y) {
       for (; made < dstSize_.height && made <= y + state_.reach(); ++made) makeRow(made);
       smoothColumns(
-          state_, [this](int q) -> const Zeb32f* { return ringRow(q); }, y, dstSize_.height, n, smooth);
+          state_.kernel(), [this](int q) -> const Zeb32f* { return ring_[q]; }, y, dstSize_.height, n, smooth_);
       T* const out = dst[y];
-      for (int i = 0; i < n; i += 8) storePixels(out + i, load(smooth + i), n - i);
+      for (int i = 0; i < n; i += 8) storePixels(out + i, load(smooth_ + i), n - i);
     }
   }
 
  private:
+  static int64_t rowFloats(ZebiSize size) { return workRow(static_cast<int64_t>(size.width) * channels); }
+  static int64_t borderedFloats(const LayerState& state, ZebiSize size) {
+    return workRow((static_cast<int64_t>(size.width) + state.kernelSize) * channels);
+  }
+
+  Enlarger(const LayerState& state, Rows<const T> src, ZebiSize srcSize, ZebiSize dstSize, Scratch scratch)
+      : state_(state),
+        src_(src),
+        srcSize_(srcSize),
+        dstSize_(dstSize),
+        ring_(scratch, state.kernelSize, rowFloats(dstSize), 4),
+        read_{scratch.take<Zeb32f>(rowFloats(dstSize), 4), scratch.take<Zeb32f>(rowFloats(dstSize), 4)},
+        smooth_(scratch.take<Zeb32f>(rowFloats(dstSize), 4)),
+        bordered_(scratch.take<Zeb32f>(borderedFloats(state, dstSize), 4) +
+                  static_cast<ptrdiff_t>(state.reach()) * channels),
+        source_(scratch.take<Zeb32f>(rowFloats(srcSize), 4)),
+        places_(scratch, dstSize.width, channels) {}
+
   double rate() const { return static_cast<double>(state_.rate); }
-  Zeb32f* ringRow(int y) const { return ring_ + (y % state_.kernelSize) * stride_; }
 
   // Source row y, read at the destination's columns and smoothed.
   const Zeb32f* readRow(int y) {
@@ -59,8 +63,8 @@ class Enlarger {
     if (held_[y & 1] != y) {
       const T* const row = src_[y];
       for (int i = 0; i < srcSize_.width * channels; ++i) source_[i] = static_cast<Zeb32f>(row[i]);
-      places_.interpolate(source_, bordered_);
-      smoothRow<channels>(state_, bordered_, dstSize_.width, read);
+      places_.interpolate(source_, bordered_, FromFirst());
+      smoothRow<channels>(state_.kernel(), bordered_, dstSize_.width, read);
       held_[y & 1] = y;
     }
     return read;
@@ -69,15 +73,17 @@ class Enlarger {
     const Place place = placeAt(y / rate(), srcSize_.height);
     const Zeb32f* const s = readRow(place.index);
     const Zeb32f* const t = place.fraction > 0 ? readRow(place.index + 1) : s;
-    Zeb32f* const out = ringRow(y);
-    for (int i = 0; i < dstSize_.width * channels; i += 8) store(out + i, between(s + i, t + i, splat(place.fraction)));
+    Zeb32f* const out = ring_[y];
+    const V32f fraction = splat(place.fraction);
+    for (int i = 0; i < dstSize_.width * channels; i += 8)
+      store(out + i, FromFirst()(load(s + i), load(t + i), fraction));
   }
 
   const LayerState& state_;
   Rows<const T> src_;
   ZebiSize srcSize_, dstSize_;
-  ptrdiff_t stride_ = 0;
-  Zeb32f *ring_ = nullptr, *bordered_ = nullptr, *source_ = nullptr, *read_[2] = {};
+  RowRing<Zeb32f> ring_;
+  Zeb32f *read_[2], *smooth_, *bordered_, *source_;
   RowPlaces places_;
   int held_[2] = {-1, -1};
 };
@@ -89,27 +95,29 @@ bool within(int n, LengthRange range) {
 template <class T, int channels>
 ZebStatus layerUp(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dstStep, ZebiSize dstSize,
                   const LayerState* pState) {
-  if (auto bad =
-          firstFailure(present(pSrc, pDst, pState), hasArea(srcSize), holdsRow<T, channels>(srcStep, srcSize.width),
-                       holdsRow<T, channels>(dstStep, dstSize.width)))
+  const auto src = image<channels>(pSrc, srcStep).ofAnyStep();
+  const auto dst = image<channels>(pDst, dstStep).wider(widerBy<channels>(dstSize, srcSize)).ofAnyStep();
+  if (auto bad = checked(srcSize, src, dst, also(pState))) return bad;
+  const Zeb32f rate = pState->rate;
+  if (auto bad = require(isPyramidRate(rate), zebStsErrBadArgument)) return bad;
+  if (auto bad = firstFailure(require(within(dstSize.width, pyramidUpRange(srcSize.width, rate)) &&
+                                          within(dstSize.height, pyramidUpRange(srcSize.height, rate)),
+                                      zebStsErrSize),
+                              isState(pState->id, layerId<T>(StateKind::pyramidLayerUp, channels)),
+                              require(pState->serves(srcSize), zebStsErrSize)))
     return bad;
-  if (auto bad = require(isPyramidRate(pState->rate), zebStsErrBadArgument)) return bad;
-  if (!pState->serves(srcSize) || !within(dstSize.width, pyramidUpRange(srcSize.width, pState->rate)) ||
-      !within(dstSize.height, pyramidUpRange(srcSize.height, pState->rate)))
-    return zebStsErrSize;
-  Enlarger<T, channels> enlarger(*pState, Rows(pSrc, srcStep), srcSize, dstSize);
-  const int64_t bytes = enlarger.bytes();
-  Zeb8u* const block = bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+  Zeb8u* const block = allocateState(Enlarger<T, channels>::bytes(*pState, srcSize, dstSize));
   if (!block) return zebStsErrMemAlloc;
-  enlarger.run(block, Rows(pDst, dstStep));
+  Enlarger<T, channels>(*pState, src.rows(), srcSize, dstSize, block).run(dst.rows());
   q7_zebsFree(block);
   return zebStsOk;
 }
 
-template <class T, class K>
+template <class T, int channels, class K>
 ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const K* pKernel, int kerSize, int mode) {
   LayerState* state = nullptr;
-  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, dataTypeOf<T>(), 0);
+  const LayerPlan plan = {layerId<T>(StateKind::pyramidLayerUp, channels), dataTypeOf<T>(), true, 0};
+  const ZebStatus status = makeLayer(ppState ? &state : nullptr, roi, rate, pKernel, kerSize, mode, plan);
   if (status >= zebStsOk) *ppState = static_cast<ZebiPyramidUpState*>(state);
   return status;
 }
@@ -119,7 +127,7 @@ ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const 
 #define LAYER_UP(init, call, release, T, K, channels)                                                      \
   ZEB_ENTRY(init)                                                                                          \
   (ZebiPyramidUpState * *ppState, ZebiSize srcRoi, Zeb32f rate, const K* pKernel, int kerSize, int mode) { \
-    return makeUp<T>(ppState, srcRoi, rate, pKernel, kerSize, mode);                                       \
+    return makeUp<T, channels>(ppState, srcRoi, rate, pKernel, kerSize, mode);                             \
   }                                                                                                        \
   ZEB_ENTRY(call)                                                                                          \
   (const T* pSrc, int srcStep, ZebiSize srcRoiSize, T* pDst, int dstStep, ZebiSize dstRoiSize,             \
@@ -127,7 +135,7 @@ ZebStatus makeUp(ZebiPyramidUpState** ppState, ZebiSize roi, Zeb32f rate, const 
     return layerUp<T, channels>(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize, pState);             \
   }                                                                                                        \
   ZEB_ENTRY(release)(ZebiPyramidUpState * pState) {                                                        \
-    return freeLayer(pState);                                                                              \
+    return freeLayer(pState, layerId<T>(StateKind::pyramidLayerUp, channels));                             \
   }
 LAYER_UP(zebiPyramidLayerUpInitAlloc_8u_C1R, zebiPyramidLayerUp_8u_C1R, zebiPyramidLayerUpFree_8u_C1R, Zeb8u, Zeb16s, 1)
 LAYER_UP(zebiPyramidLayerUpInitAlloc_8u_C3R, zebiPyramidLayerUp_8u_C3R, zebiPyramidLayerUpFree_8u_C3R, Zeb8u, Zeb16s, 3)

@@ -119,32 +119,24 @@ ZEB_INLINE V16u sumOfFive(V16u a, V16u b, V16u c, V16u d, V16u e) {
 template <class T>
 void filterColumns(Zeb16u* const* rows, T* out, int n) {
   const auto bytes = reinterpret_cast<Zeb8u*>(out);
-  const V8u flip = splat(GaussType<T>::flip);
   const auto half = [=](int i) {
     const V16u s =
         sumOfFive(load(rows[0] + i), load(rows[1] + i), load(rows[2] + i), load(rows[3] + i), load(rows[4] + i));
     return as<Zeb16s>(shiftRight<8>(s + splat(Zeb16u(128))));
   };
-  forBlocks(
-      n, [=](int i) { store(bytes + i, narrowTo8u(half(i), half(i + 16)) ^ flip); },
-      [=](int i) {
-        const int s = rows[0][i] + 4 * rows[1][i] + 6 * rows[2][i] + 4 * rows[3][i] + rows[4][i];
-        bytes[i] = static_cast<Zeb8u>(((s + 128) >> 8) ^ GaussType<T>::flip);
-      },
-      32);
+  const auto block = [=](int i)
+                         ZEB_BODY { store(bytes + i, narrowTo8u(half(i), half(i + 16)) ^ splat(GaussType<T>::flip)); };
+  const auto one = [=](int i) {
+    const int s = rows[0][i] + 4 * rows[1][i] + 6 * rows[2][i] + 4 * rows[3][i] + rows[4][i];
+    bytes[i] = static_cast<Zeb8u>(((s + 128) >> 8) ^ GaussType<T>::flip);
+  };
+  forOverlappingVectors<V8u::lanes>(0, n, wholeOrEach(block, one));
 }
 void filterColumns(Zeb32f* const* rows, Zeb32f* out, int n) {
-  forBlocks(
-      n,
-      [=](int i) {
-        store(out + i,
-              gaussSum(load(rows[0] + i), load(rows[1] + i), load(rows[2] + i), load(rows[3] + i), load(rows[4] + i)) *
-                  splat(0.00390625f));
-      },
-      [=](int i) {
-        out[i] = GaussType<Zeb32f>::sum(rows[0][i], rows[1][i], rows[2][i], rows[3][i], rows[4][i]) * 0.00390625f;
-      },
-      8);
+  forOverlappingVectors<V32f::lanes>(0, n, [=](int i, auto part) ZEB_BODY {
+    const auto sums = [=](int k) ZEB_BODY { return part.from(rows[k] + i); };
+    part.to(out + i, gaussSum(sums(0), sums(1), sums(2), sums(3), sums(4)) * splat(1.0f / 256));
+  });
 }
 
 // One or two source rows: the mean of both sums of 16.
@@ -186,12 +178,12 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
 template <class T, int channels>
 ZebStatus pyrDown(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, Zeb8u* pBuffer) {
   const int dstWidth = roi.width / 2 + roi.width % 2;
-  if (auto bad =
-          firstFailure(present(pSrc, pDst, pBuffer), hasArea(roi), holdsRow<T, channels>(srcStep, roi.width),
-                       holdsRow<T, channels>(dstStep, dstWidth), wholeElements<T>(srcStep), wholeElements<T>(dstStep),
-                       require(pyrDownBufferBytes(roi.width, channels) <= INT32_MAX, zebStsErrOverflow)))
+  const auto src = image<channels>(pSrc, srcStep);
+  const auto dst = image<channels>(pDst, dstStep).wider((static_cast<int64_t>(dstWidth) - roi.width) * channels);
+  if (auto bad = firstFailure(checked(roi, src, dst, also(pBuffer)),
+                              require(pyrDownBufferBytes(roi.width, channels) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
-  halve<T, channels>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pBuffer);
+  halve<T, channels>(src.rows(), dst.rows(), roi, pBuffer);
   return zebStsOk;
 }
 

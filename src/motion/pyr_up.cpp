@@ -97,42 +97,33 @@ void expandRow(const T* row, int width, Sum* out) {
 // At most 255 x 64 + 32.
 template <class T>
 void expandColumns(const Zeb16u* above, const Zeb16u* here, const Zeb16u* below, T* even, T* odd, int n) {
-  const V8u flip = splat(GaussType<T>::flip);
   const auto e = reinterpret_cast<Zeb8u*>(even), o = reinterpret_cast<Zeb8u*>(odd);
-  const auto lanes = [](const Zeb16u* p) { return as<Zeb16s>(load(p)); };
-  const auto scaled = [](V16s s) { return shiftRight<6>(s + splat(Zeb16s(32))); };
-  const auto evenAt = [=](int i) { return scaled(evenSum(lanes(above + i), lanes(here + i), lanes(below + i))); };
-  const auto oddAt = [=](int i) { return scaled(oddSum(lanes(here + i), lanes(below + i))); };
-  forBlocks(
-      n,
-      [=](int i) {
-        fetchAhead(e + i);
-        fetchAhead(o + i);
-        store(e + i, narrowTo8u(evenAt(i), evenAt(i + 16)) ^ flip);
-        store(o + i, narrowTo8u(oddAt(i), oddAt(i + 16)) ^ flip);
-      },
-      [=](int i) {
-        e[i] = static_cast<Zeb8u>(((evenSum<T>(above[i], here[i], below[i]) + 32) >> 6) ^ GaussType<T>::flip);
-        o[i] = static_cast<Zeb8u>(((oddSum<T>(here[i], below[i]) + 32) >> 6) ^ GaussType<T>::flip);
-      },
-      32);
+  const auto lanes = [](const Zeb16u* p) ZEB_BODY { return as<Zeb16s>(load(p)); };
+  const auto scaled = [](V16s s) ZEB_BODY { return shiftRight<6>(s + splat(Zeb16s(32))); };
+  const auto evenAt = [=](int i)
+                          ZEB_BODY { return scaled(evenSum(lanes(above + i), lanes(here + i), lanes(below + i))); };
+  const auto oddAt = [=](int i) ZEB_BODY { return scaled(oddSum(lanes(here + i), lanes(below + i))); };
+  const auto block = [=](int i) ZEB_BODY {
+    fetchAhead(e + i);
+    fetchAhead(o + i);
+    store(e + i, narrowTo8u(evenAt(i), evenAt(i + 16)) ^ splat(GaussType<T>::flip));
+    store(o + i, narrowTo8u(oddAt(i), oddAt(i + 16)) ^ splat(GaussType<T>::flip));
+  };
+  const auto one = [=](int i) {
+    e[i] = static_cast<Zeb8u>(((evenSum<T>(above[i], here[i], below[i]) + 32) >> 6) ^ GaussType<T>::flip);
+    o[i] = static_cast<Zeb8u>(((oddSum<T>(here[i], below[i]) + 32) >> 6) ^ GaussType<T>::flip);
+  };
+  forOverlappingVectors<V8u::lanes>(0, n, wholeOrEach(block, one));
 }
 void expandColumns(const Zeb32f* above, const Zeb32f* here, const Zeb32f* below, Zeb32f* even, Zeb32f* odd, int n) {
-  constexpr Zeb32f scale = 1.0f / 64;
-  forBlocks(
-      n,
-      [=](int i) {
-        fetchAhead(even + i);
-        fetchAhead(odd + i);
-        const V32f b = load(here + i), c = load(below + i);
-        store(even + i, evenSum(load(above + i), b, c) * splat(scale));
-        store(odd + i, oddSum(b, c) * splat(scale));
-      },
-      [=](int i) {
-        even[i] = evenSum<Zeb32f>(above[i], here[i], below[i]) * scale;
-        odd[i] = oddSum<Zeb32f>(here[i], below[i]) * scale;
-      },
-      8);
+  const V32f scale = splat(1.0f / 64);
+  forOverlappingVectors<V32f::lanes>(0, n, [=](int i, auto part) ZEB_BODY {
+    fetchAhead(even + i);
+    fetchAhead(odd + i);
+    const V32f b = part.from(here + i), c = part.from(below + i);
+    part.to(even + i, evenSum(part.from(above + i), b, c) * scale);
+    part.to(odd + i, oddSum(b, c) * scale);
+  });
 }
 
 // Three rows of sums of the destination's width.
@@ -152,12 +143,12 @@ void expand(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
 
 template <class T, int channels>
 ZebStatus pyrUp(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, Zeb8u* pBuffer) {
-  if (auto bad = firstFailure(present(pSrc, pDst, pBuffer), hasArea(roi), holdsRow<T, channels>(srcStep, roi.width),
-                              require(dstStep >= 2 * rowBytes<T, channels>(roi.width), zebStsErrStep),
-                              wholeElements<T>(srcStep), wholeElements<T>(dstStep),
+  const auto src = image<channels>(pSrc, srcStep);
+  const auto dst = image<channels>(pDst, dstStep).wider(static_cast<int64_t>(roi.width) * channels);
+  if (auto bad = firstFailure(checked(roi, src, dst, also(pBuffer)),
                               require(pyrUpBufferBytes(roi.width, channels) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
-  expand<T, channels>(Rows(pSrc, srcStep), Rows(pDst, dstStep), roi, pBuffer);
+  expand<T, channels>(src.rows(), dst.rows(), roi, pBuffer);
   return zebStsOk;
 }
 

@@ -5,30 +5,35 @@
 
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/memory.h"
 #include "core/scratch.h"
-#include "core/services.h"
 
 namespace {
 
 using namespace zeb;
 
-// Header and arrays in one block; arrays of eight-byte words first.
-constexpr int64_t recordBytes(int64_t levels) {
-  return 64 + levels * static_cast<int64_t>(sizeof(Zeb8u*) + sizeof(ZebiSize) + sizeof(Zeb64f) + sizeof(int));
-}
-static_assert(sizeof(ZebiPyramid) <= 64);
+// A record as it is allocated: the identifier stands behind what callers see of it.
+struct OwnedPyramid {
+  ZebiPyramid record;
+  uint32_t id;
+};
+constexpr uint32_t pyramidId = stateId(StateKind::pyramid, 0, 0);
 
-// Null when the bytes do not fit a signed 32-bit count, too.
-void* allocate(int64_t bytes) {
-  return bytes <= INT32_MAX ? q7_zebsMalloc_8u(static_cast<int>(bytes)) : nullptr;
+// Header and arrays in one block; arrays of eight-byte words first.
+constexpr int64_t headerBytes = 64;
+constexpr int64_t recordBytes(int64_t levels) {
+  return headerBytes + levels * static_cast<int64_t>(sizeof(Zeb8u*) + sizeof(ZebiSize) + sizeof(Zeb64f) + sizeof(int));
 }
+static_assert(sizeof(OwnedPyramid) <= headerBytes - 8, "room to align the arrays");
 
 ZebiPyramid* makeRecord(const ZebiSize* sizes, int level, Zeb32f rate) {
   const int count = level + 1;
-  void* const block = allocate(recordBytes(count));
+  Zeb8u* const block = allocateState(recordBytes(count));
   if (!block) return nullptr;
   Scratch scratch(block, recordBytes(count));
-  ZebiPyramid* const record = scratch.take<ZebiPyramid>(1, 1);
+  OwnedPyramid* const owned = scratch.take<OwnedPyramid>(1, 1);
+  owned->id = pyramidId;
+  ZebiPyramid* const record = &owned->record;
   record->pRoi = scratch.take<ZebiSize>(count, 8);
   record->pRate = scratch.take<Zeb64f>(count, 8);
   record->pImage = scratch.take<Zeb8u*>(count, 4);
@@ -73,11 +78,12 @@ ZEB_ENTRY(zebiPyramidInitAlloc)(ZebiPyramid** ppPyr, int level, ZebiSize roiSize
     return bad;
   // A dimension above 1 shrinks at every step: there are no more levels than pixels along the longer side.
   const int longer = roiSize.width > roiSize.height ? roiSize.width : roiSize.height;
-  const auto sizes =
-      static_cast<ZebiSize*>(allocate(static_cast<int64_t>(longer) * static_cast<int>(sizeof(ZebiSize))));
+  auto* const sizes =
+      reinterpret_cast<ZebiSize*>(allocateState(static_cast<int64_t>(longer) * static_cast<int>(sizeof(ZebiSize))));
   if (!sizes) return zebStsErrMemAlloc;
-  const int deepest = forEachLevel(roiSize, rate, [=](int i, ZebiSize size) { sizes[i] = size; }) - 1;
-  ZebiPyramid* const record = makeRecord(sizes, level < deepest ? level : deepest, rate);
+  const int64_t levels =
+      forEachLevel(roiSize, rate, int64_t{level} + 1, [=](int64_t i, ZebiSize size) { sizes[i] = size; });
+  ZebiPyramid* const record = makeRecord(sizes, static_cast<int>(levels - 1), rate);
   q7_zebsFree(sizes);
   if (!record) return zebStsErrMemAlloc;
   *ppPyr = record;
@@ -86,6 +92,8 @@ ZEB_ENTRY(zebiPyramidInitAlloc)(ZebiPyramid** ppPyr, int level, ZebiSize roiSize
 
 ZEB_ENTRY(zebiPyramidFree)(ZebiPyramid* pPyr) {
   if (auto bad = present(pPyr)) return bad;
-  q7_zebsFree(pPyr);
+  auto* const owned = reinterpret_cast<OwnedPyramid*>(pPyr);
+  if (auto bad = isState(owned->id, pyramidId)) return bad;
+  releaseState(owned, owned->id);
   return zebStsOk;
 }

@@ -26,6 +26,7 @@ inline LengthRange pyramidUpRange(int n, Zeb32f rate) {
 
 // The length whose range contains n. The products of both ends are the same ones, so the steps cannot swing.
 inline int pyramidDownLength(int n, Zeb32f rate) {
+  if (n == 1) return 1;
   int down = static_cast<int>(0.5f + static_cast<Zeb32f>(n) / rate);
   if (down < 1) down = 1;
   for (;;) {
@@ -42,12 +43,13 @@ inline ZebiSize pyramidDownSize(ZebiSize size, Zeb32f rate) {
   return {pyramidDownLength(size.width, rate), pyramidDownLength(size.height, rate)};
 }
 
-// Calls visit(index, size) for the base and each smaller level down to 1 x 1, and returns how many there were.
+// Calls visit(index, size) for the base and each smaller level down to 1 x 1, but for no more than `most`, and returns
+// how many there were.
 template <class Visit>
-inline int forEachLevel(ZebiSize size, Zeb32f rate, Visit visit) {
-  int count = 0;
+inline int64_t forEachLevel(ZebiSize size, Zeb32f rate, int64_t most, Visit visit) {
+  int64_t count = 0;
   visit(count++, size);
-  while (size.width >= 2 || size.height >= 2) {
+  while (count < most && (size.width >= 2 || size.height >= 2)) {
     size = pyramidDownSize(size, rate);
     visit(count++, size);
   }

@@ -120,7 +120,7 @@ TEST(Haar, StateLayout) {
   EXPECT_EQ(core.liveBlocks, 0);
 }
 
-// A stage without classifiers has nothing to tilt; one that was created tilted is not to be tilted again.
+// A stage without classifiers has nothing to tilt; one that was created tilted, be it empty, is not tilted again.
 TEST(Haar, WhatIsNotTilted) {
   const ZebiRect feature = {1, 0, 1, 1};
   const Zeb32f one = 1;
@@ -130,8 +130,31 @@ TEST(Haar, WhatIsNotTilted) {
   ASSERT_EQ(zebiHaarClassifierInitAlloc_32f(&state, &feature, &one, &one, &one, &one, &count, 0), zebStsOk);
   EXPECT_EQ(zebiTiltHaarFeatures_32f(&mark, 1, state), zebStsOk);
   zebiHaarClassifierFree_32f(state);
-  ASSERT_EQ(zebiTiltedHaarClassifierInitAlloc_32f(&state, &feature, &one, &one, &one, &one, &count, 1), zebStsOk);
-  EXPECT_EQ(zebiTiltHaarFeatures_32f(&mark, 1, state), zebStsErrBadArgument);
+  for (int length : {0, 1}) {
+    ASSERT_EQ(zebiTiltedHaarClassifierInitAlloc_32f(&state, &feature, &one, &one, &one, &one, &count, length),
+              zebStsOk);
+    EXPECT_EQ(zebiTiltHaarFeatures_32f(&mark, 1, state), zebStsErrBadArgument);
+    zebiHaarClassifierFree_32f(state);
+  }
+  // Its index words are those of an upright stage, and the Mixed calls read the tilted table all the same.
+  const ZebiRect features[] = {{1, 0, 1, 1}, {1, 0, 1, 1}};
+  const Zeb32f ones[] = {1, 1}, half[] = {0.5f, 0.5f}, values[] = {2, 2}, none[] = {0, 0};
+  const int counts[] = {1, 1};
+  ASSERT_EQ(zebiTiltedHaarClassifierInitAlloc_32f(&state, features, ones, half, none, values, counts, 2), zebStsOk);
+  const auto* records = reinterpret_cast<const int*>(state) + 12;
+  EXPECT_EQ(records[5], 0);
+  EXPECT_EQ(records[11], 1 << 8);
+  const Image<Zeb32f> zeros(Plane<Zeb32f>(4, 4), {});
+  Plane<Zeb32f> top(4, 4);
+  top.at(1, 0) = 1;  // the top corner of both rectangles
+  const Image<Zeb32f> tilted(top, {}), norm(Plane<Zeb32f>(1, 1, 1, 1), {});
+  const Image<Zeb8u> mask(Plane<Zeb8u>(1, 1, 1, 1), {});
+  int positive = -1;
+  EXPECT_EQ(
+      zebiApplyMixedHaarClassifier_32f_C1R(zeros.pixels(), zeros.step(), tilted.pixels(), tilted.step(), norm.pixels(),
+                                           norm.step(), mask.pixels(), mask.step(), {1, 1}, &positive, 4.0f, state),
+      zebStsOk);
+  EXPECT_EQ(positive, 1);
   zebiHaarClassifierFree_32f(state);
 }
 

@@ -1,5 +1,7 @@
 #include "reference/hough.h"
 
+#include <memory>
+
 #include "feature/drawing.h"
 #include "support/compare.h"
 #include "support/contract.h"
@@ -42,6 +44,20 @@ TEST(HoughLine, SixteenBitsAndMore) {
   for (const Zeb32f rho : {0.032f, 0.02f})
     for (int round = 0; round < 4; ++round)
       checkLines(drawing(random.within(2, 120), random.within(2, 60), 10, random), {rho, 0.5f}, random.within(1, 6));
+}
+
+// Cells so narrow that the factors leave 32 bits: the right one of two columns.
+TEST(HoughLine, NarrowestCells) {
+  const Zeb8u src[4] = {0, 1, 0, 1};
+  const ZebiPoint_32f delta = {4.7e-7f, 3.0f};
+  int size = 0, count = -1;
+  ASSERT_EQ(zebiHoughLineGetSize_8u_C1R({2, 2}, delta, 1, &size), zebStsOk);
+  const std::unique_ptr<Zeb8u[]> scratch(new Zeb8u[static_cast<size_t>(size)]);
+  ZebiPoint_32f line = {};
+  ASSERT_EQ(zebiHoughLine_8u32f_C1R(src, 2, {2, 2}, delta, 1, &line, 1, &count, scratch.get()), zebStsOk);
+  EXPECT_EQ(count, 1);
+  EXPECT_NEAR(line.x, 1.0f, 1e-6f);
+  EXPECT_EQ(line.y, 0.0f);
 }
 
 // Overlapping rows: a step below the width.

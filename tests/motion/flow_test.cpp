@@ -110,6 +110,48 @@ TEST(OpticalFlow, LosesWhatCannotBeTrackedAndNeverFaults) {
   EXPECT_EQ(bytes.release(state), zebStsOk);
 }
 
+// The first image is xy around the centre, the second a quadratic form. A step then takes the guess, seen from the
+// centre, from (x, y) to (p x + q y, r x + p y): with these numbers round a circle or an ellipse, exactly and for ever.
+TEST(OpticalFlow, RoundsWithoutEnd) {
+  constexpr int side = 31, centre = 15, window = 5;
+  struct Turn {
+    double p, q, r;
+  };
+  for (const Turn turn : {Turn{0, -1, 1}, Turn{-0.5, -1.5, 0.5}}) {
+    ImagePair<Zeb32f> pair;
+    pair.levels.resize(1);
+    for (int which : {0, 1}) {
+      ASSERT_EQ(zebiPyramidInitAlloc(&pair.pyramids[which], 1, {side, side}, 2.0f), zebStsOk);
+      ref::Plane<Zeb32f> plane(side, side);
+      for (int y = -centre; y <= centre; ++y)
+        for (int x = -centre; x <= centre; ++x)
+          plane.at(centre + x, centre + y) =
+              static_cast<Zeb32f>(which ? (1 - turn.p) * x * y - (turn.r * x * x + turn.q * y * y) / 2 : x * y);
+      pair.setLevel(which, 0, plane, {});
+    }
+    ZebiOptFlowPyrLKState* state = nullptr;
+    ASSERT_EQ(floats.make(&state, {side, side}, window, 0), zebStsOk);
+    for (const int steps : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1 << 30, (1 << 30) + 1, 0x7FFFFFFF}) {
+      const ZebiPoint_32f prev = {centre, centre};
+      ZebiPoint_32f next = {centre + 1.5f, centre - 0.25f};
+      double x = 1.5, y = -0.25;
+      for (int k = steps % 12; k > 0; --k) {
+        const double turned = turn.p * x + turn.q * y;
+        y = turn.r * x + turn.p * y, x = turned;
+      }
+      Zeb8s status = 9;
+      Zeb32f error = 9;
+      EXPECT_EQ(floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, window, 0, steps, 0,
+                             state),
+                zebStsOk);
+      EXPECT_EQ(status, 0);
+      EXPECT_EQ(static_cast<double>(next.x), centre + x) << steps << " steps";
+      EXPECT_EQ(static_cast<double>(next.y), centre + y) << steps << " steps";
+    }
+    EXPECT_EQ(floats.release(state), zebStsOk);
+  }
+}
+
 template <class T>
 void checkOrder(const Tracker<T>& tracker) {
   Random random;

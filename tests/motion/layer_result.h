@@ -14,7 +14,7 @@ testing::AssertionResult agreesWithLayer(const ref::Plane<T>& got, const ref::Pl
                                          const std::vector<K>& kernel, Zeb32f rate, bool down) {
   ref::Plane<double> exact(src.width, src.height, src.channels);
   std::copy(src.data.begin(), src.data.end(), exact.data.begin());
-  const auto weights = ref::layerWeights(kernel, sizeof(T) == 1 ? 13 : sizeof(T) == 2 ? 12 : 0);
+  const auto weights = ref::layerWeights(kernel, sizeof(T) == 1 ? 13 : sizeof(T) == 2 ? 12 : 0, !down);
   const double step = rate == 1.99999f ? 2 : static_cast<double>(rate);
   exact =
       down ? ref::layerRead(ref::layerSmoothed(exact, weights), got.width, got.height, step)

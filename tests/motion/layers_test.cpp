@@ -57,10 +57,24 @@ void checkKernels(const Layer<T, K, S>& layer) {
     for (const auto& kernel : {edges, sharp})
       EXPECT_TRUE(agreesWithLayer(layerOf(layer, noise, kernel, rate), noise, kernel, rate, layer.down))
           << layer.name << " rate " << rate << " taps " << kernel.size();
-    // One colour stays one colour.
     const T colour = std::is_floating_point_v<T> ? T(200) : std::numeric_limits<T>::max();
-    const ref::Plane<T> got = layerOf(layer, ref::Plane<T>(37, 12, layer.channels, colour), sharp, rate);
-    EXPECT_TRUE(agree(got, ref::Plane<T>(got.width, got.height, got.channels, colour))) << layer.name << " " << rate;
+    const ref::Plane<T> plain(37, 12, layer.channels, colour);
+    const std::vector<K> thirds = {1, 1, 1};
+    for (const auto& kernel : {thirds, sharp}) {
+      const ref::Plane<T> got = layerOf(layer, plain, kernel, rate);
+      if (layer.down)  // darker by what the weights lack
+        EXPECT_TRUE(agreesWithLayer(got, plain, kernel, rate, true)) << layer.name << " " << rate;
+      else  // one colour stays one colour
+        EXPECT_TRUE(agree(got, ref::Plane<T>(got.width, got.height, got.channels, colour)))
+            << layer.name << " " << rate;
+    }
+    if constexpr (std::is_floating_point_v<T>) {
+      if (!layer.down) continue;
+      const T infinite = std::numeric_limits<T>::infinity();
+      const ref::Plane<T> got = layerOf(layer, ref::Plane<T>(37, 12, layer.channels, infinite), thirds, rate);
+      EXPECT_TRUE(agree(got, ref::Plane<T>(got.width, got.height, got.channels, infinite)))
+          << layer.name << " " << rate;
+    }
   }
 }
 

@@ -10,9 +10,10 @@
 
 namespace ref {
 
-// Weights by distance from the centre, as the states hold them. bits: 13 or 12 fraction bits, 0 for floats.
+// Weights by distance from the centre. bits: 13 or 12 fraction bits, 0 for floats. unitSum: what rounding took from the
+// weights goes to the centre.
 template <class K>
-std::vector<double> layerWeights(const std::vector<K>& kernel, int bits) {
+std::vector<double> layerWeights(const std::vector<K>& kernel, int bits, bool unitSum) {
   const size_t half = kernel.size() / 2;
   double sum = static_cast<double>(kernel[half]);
   for (size_t i = 0; i < half; ++i) sum += 2.0 * static_cast<double>(kernel[i]);
@@ -27,7 +28,7 @@ std::vector<double> layerWeights(const std::vector<K>& kernel, int bits) {
     }
     weights.push_back(k);
   }
-  if (sum != 0) {  // what rounding took from the weights goes to the centre
+  if (sum != 0 && unitSum) {
     weights[0] = 1;
     for (size_t j = 1; j < weights.size(); ++j) weights[0] -= 2 * weights[j];
   }
