@@ -201,7 +201,8 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
               const Function<ZebiMorphAdvState*, ZebiSize, const Zeb8u*, ZebiSize, ZebiPoint>& init,
               const Function<ZebiMorphAdvState**, ZebiSize, const Zeb8u*, ZebiSize, ZebiPoint>& initAlloc,
               const Composed<T>& f, int channels, bool packed, Compound operation) {
-  const ZebiSize size = c.size(70, 14);
+  // Also higher than their pixels are many: the intermediate image of a state in the caller's memory goes by strips.
+  const ZebiSize size = c.oneIn(4) ? c.size(12, 130) : c.size(70, 14);
   const Element e = element(c, true);
   const ZebiSize maskSize = {e.width, e.height}, stateSize = {size.width + c.slack(20), size.height + c.slack(9)};
   const ZebiPoint anchor = {e.anchorX, e.anchorY};

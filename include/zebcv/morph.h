@@ -33,12 +33,14 @@ extern "C" {
  * either sign is returned is unspecified. Masks that are taken element by element by their class (see the state), and
  * any mask with pixels in memory, return the largest finite values in place of infinities.
  *
- * The state is the same for every call with a region no wider than roiWidth, and no call changes it. It begins with 18
+ * The state is the same for every call with a region no wider than roiWidth, and no call changes it. It begins with 20
  * words: pointers to the mask copy, the erode and dilate tables, the scratch and the shape record; width, height,
  * anchor column and row of the mask (of the rectangle, relative to it, where the mask is one); right and lower reach
- * (general masks); number of distinct run lengths; bytes of scratch; type code (1 8u, 5 16u, 7 16s, 13 32f, 0 1u);
- * channels; roiWidth; -1; class (0 general, 1 rectangle, 2 ellipse, 3 empty). States are built by copying pointers into
- * themselves: they must not be moved.
+ * (general masks); number of distinct run lengths; bytes of scratch by the formula of the class; type code (1 8u,
+ * 5 16u, 7 16s, 13 32f, 0 1u); channels; roiWidth; -1; class (0 general, 1 rectangle, 2 ellipse, 3 empty); identifier
+ * of kind, type code and channels; bytes of scratch that are really used. A state points into itself: it must neither
+ * be moved nor copied. What does not carry the identifier of a call's kind, type and channels is refused with
+ * zebStsErrContextMatch, after all other checks.
  *
  * Masks of floats with three channels are ellipses from an area (width x height of the mask) of 17, with four channels
  * from 49; smaller ones are general.
@@ -103,7 +105,10 @@ ZebStatus zebiMorphologyInitAlloc_32f_C3R(int roiWidth, const Zeb8u* pMask, Zebi
 ZebStatus zebiMorphologyInitAlloc_32f_C4R(int roiWidth, const Zeb8u* pMask, ZebiSize maskSize, ZebiPoint anchor,
                                           ZebiMorphState** ppState);
 
-/** Releases a state of zebiMorphologyInitAlloc. Status: zebStsOk; zebStsErrNullPointer. */
+/**
+ * Releases a state of zebiMorphologyInitAlloc and clears its identifier. Status: zebStsOk; zebStsErrNullPointer;
+ * zebStsErrContextMatch (not a state of this kind).
+ */
 ZebStatus zebiMorphologyFree(ZebiMorphState* pState);
 
 /**
@@ -112,7 +117,8 @@ ZebStatus zebiMorphologyFree(ZebiMorphState* pState);
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (a step below the
  * row); zebStsErrNotEvenStep (32f: a step that is no multiple of 4); zebStsErrBadArgument (borderType is not
- * zebBorderRepl); zebStsErrSize (wider than the state's roiWidth).
+ * zebBorderRepl); zebStsErrSize (wider than the state's roiWidth); zebStsErrContextMatch (not a state for these
+ * elements, or one of zebiMorphologyBorderInit, which has no scratch).
  */
 ZebStatus zebiErodeBorderReplicate_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                           ZebiBorderType borderType, ZebiMorphState* pState);
@@ -186,7 +192,8 @@ ZebStatus zebiMorphologyBorderInit_1u_C1R(int roiWidth, const Zeb8u* pMask, Zebi
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (a step below the
  * row); zebStsErrNotEvenStep (16u, 16s, 32f: a step that is no multiple of the element); zebStsErrBorder (the low four
- * bits of borderType are neither zebBorderRepl nor zebBorderInMem); zebStsErrSize (wider than the state's roiWidth).
+ * bits of borderType are neither zebBorderRepl nor zebBorderInMem); zebStsErrSize (wider than the state's roiWidth);
+ * zebStsErrContextMatch (not a state for these elements).
  */
 ZebStatus zebiErodeBorder_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                  ZebiBorderType borderType, Zeb8u borderValue, const ZebiMorphState* pSpec,

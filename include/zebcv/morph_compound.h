@@ -22,8 +22,11 @@ extern "C" {
  * reads there (so the source is read as far as both reach together), on the others its edge pixels are repeated. The
  * gradient reads the source twice and needs no more of it than one operation.
  *
- * The state is five words: the state for erosion, the state for dilation, the intermediate image (null: it is the
- * beginning of the scratch), its capacity in bytes, and the place in the scratch of the room of the second operation.
+ * The state is eight words: the state for erosion, the state for dilation, the intermediate image (null: it is the
+ * beginning of the scratch), its capacity in bytes (in pixels where it is in the scratch), the place in the scratch of
+ * the room that the operations share, the identifier of kind, type and channels, the width of the region, and the bytes
+ * of that room. States point to or into themselves: they must neither be moved nor copied. What does not carry the
+ * identifier of a call's kind, type and channels is refused with zebStsErrContextMatch, after all other checks.
  * @{
  */
 
@@ -31,8 +34,8 @@ typedef struct ZebiMorphAdvState ZebiMorphAdvState;
 
 /**
  * Sizes in bytes of a state in the caller's memory, 2 S + 32, and of the scratch, P + 2 B, where S and B are the sizes
- * of zebiMorphologyBorderGetSize and P is that of the intermediate image, (roiWidth + maskWidth - 1 rounded up to 32) x
- * (roiHeight + maskHeight - 1) pixels (one byte each for 1u).
+ * of zebiMorphologyBorderGetSize and P = (roiWidth + maskWidth - 1 rounded up to 32) x (roiHeight + maskHeight - 1) is
+ * a byte for every pixel of the intermediate image. Larger pixels go through that room in strips of rows.
  *
  * Status: zebStsOk; zebStsErrNullPointer (pSpecSize or pBufferSize); zebStsErrSize (a side below 1); zebStsErrOverflow.
  */
@@ -48,7 +51,8 @@ ZebStatus zebiMorphAdvGetSize_1u_C1R(ZebiSize roiSize, ZebiSize maskSize, int* p
 
 /**
  * Builds a state in memory of the size that zebiMorphAdvGetSize gives; nothing is allocated, and there is nothing to
- * release but that memory. The intermediate image is in the scratch of each call.
+ * release but that memory. The intermediate image is in the scratch of each call, as a whole or by strips of rows; the
+ * results are the same.
  *
  * Status: zebStsOk; zebStsErrNullPointer (pState or pMask); zebStsErrSize (a side of the region or mask below 1);
  * zebStsErrAnchor (the anchor outside the mask); zebStsErrOverflow.
@@ -97,7 +101,10 @@ ZebStatus zebiMorphAdvInitAlloc_32f_C4R(ZebiMorphAdvState** ppState, ZebiSize ro
 ZebStatus zebiMorphAdvInitAlloc_1u_C1R(ZebiMorphAdvState** ppState, ZebiSize roiSize, const Zeb8u* pMask,
                                        ZebiSize maskSize, ZebiPoint anchor);
 
-/** Releases a state of zebiMorphAdvInitAlloc. Status: zebStsOk; zebStsErrNullPointer. */
+/**
+ * Releases a state of zebiMorphAdvInitAlloc. Status: zebStsOk; zebStsErrNullPointer; zebStsErrContextMatch (not a state
+ * of this kind, or one in the caller's memory).
+ */
 ZebStatus zebiMorphAdvFree(ZebiMorphAdvState* pState);
 
 /**
@@ -105,9 +112,9 @@ ZebStatus zebiMorphAdvFree(ZebiMorphAdvState* pState);
  * used. Steps in bytes. Source and destination must not overlap.
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (a step below the
- * row); zebStsErrNotEvenStep (16u, 16s, 32f: a step that is no multiple of the element); zebStsErrBorder (the low four
- * bits of borderType are neither zebBorderRepl nor zebBorderInMem); zebStsErrSize (wider than the state's region, or an
- * intermediate image larger than the state's).
+ * row); zebStsErrBorder (the low four bits of borderType are neither zebBorderRepl nor zebBorderInMem); zebStsErrSize
+ * (wider than the state's region, or an intermediate image of more pixels than the state's); zebStsErrNotEvenStep (16u,
+ * 16s, 32f: a step that is no multiple of the element); zebStsErrContextMatch (not a state for these elements).
  */
 ZebStatus zebiMorphOpenBorder_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                      ZebiBorderType borderType, Zeb8u borderValue, const ZebiMorphAdvState* pState,
@@ -259,7 +266,9 @@ ZebStatus zebiMorphGradientBorder_1u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* 
  * number, the sums before it in row order are forgotten and the next one takes its place.
  *
  * The state is seven words (pointer to the weights, mask width and height, anchor column and row, largest region width
- * and height) followed by the weights, 4 x maskWidth x maskHeight + 28 bytes. No call changes it; it must not be moved.
+ * and height) followed by the weights, 4 x maskWidth x maskHeight + 28 bytes. No call changes it; it must neither be
+ * moved nor copied. No word is left for an identifier: a state is known by its first word, which points right behind
+ * the other six. So states for 8u and for 32f are not told apart.
  * @{
  */
 
@@ -295,7 +304,10 @@ ZebStatus zebiMorphGrayInitAlloc_8u_C1R(ZebiMorphGrayState** ppState, ZebiSize r
 ZebStatus zebiMorphGrayInitAlloc_32f_C1R(ZebiMorphGrayState** ppState, ZebiSize roiSize, const Zeb32f* pMask,
                                          ZebiSize maskSize, ZebiPoint anchor);
 
-/** Releases a state of zebiMorphGrayInitAlloc. Status: zebStsOk; zebStsErrNullPointer. */
+/**
+ * Releases a state of zebiMorphGrayInitAlloc. Status: zebStsOk; zebStsErrNullPointer; zebStsErrContextMatch (no such
+ * state, or a copy of one).
+ */
 ZebStatus zebiMorphGrayFree_8u_C1R(ZebiMorphGrayState* pState);
 ZebStatus zebiMorphGrayFree_32f_C1R(ZebiMorphGrayState* pState);
 
@@ -304,7 +316,7 @@ ZebStatus zebiMorphGrayFree_32f_C1R(ZebiMorphGrayState* pState);
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (a step below the
  * row); zebStsErrBadArgument (borderType is not zebBorderRepl); zebStsErrSize (wider or higher than the state's
- * region).
+ * region); zebStsErrContextMatch (no such state, or a copy of one).
  */
 ZebStatus zebiGrayErodeBorder_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                      ZebiBorderType borderType, const ZebiMorphGrayState* pState);

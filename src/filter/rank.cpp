@@ -83,11 +83,11 @@ class RankStrip {
   bool single() const { return direct() && output_.finish == RowOutput<T>::dstMinusResult; }
 
   void runDirect() const {
-    const int height = source_.size().height, h = static_cast<int>(height_);
+    const int end = output_.endRow, h = static_cast<int>(height_);
     const T* taps[directRows + 3];
     const int group = single() ? 1 : h >= 3 ? 4 : h;
-    int y = 0;
-    for (; group > 1 && y <= height - group; y += group) {
+    int y = output_.firstRow;
+    for (; group > 1 && y <= end - group; y += group) {
       rows(y, h + group - 1, taps);
       T* out[4];
       for (int i = 0; i < group; ++i) out[i] = columnsTo(y + i, i);
@@ -98,7 +98,7 @@ class RankStrip {
       }
       alongRows(y, group);
     }
-    for (; y < height; ++y) {
+    for (; y < end; ++y) {
       rows(y, h, taps);
       oneRow(y, taps, h);
     }
@@ -107,13 +107,13 @@ class RankStrip {
   // Output rows y..y+h-1 stand on source rows y+top..: the suffixes of that block of h rows, and for all but the first
   // the beginning of the next block.
   void runBlocks() const {
-    const int height = source_.size().height;
+    const int end = output_.endRow;
     const int h = static_cast<int>(height_);
     T* prefix = lines_[3];
-    for (int64_t y = 0; y < height; y += h) {
+    for (int64_t y = output_.firstRow; y < end; y += h) {
       rows(y, h, rows_);
       suffixRows<Op>(rows_, h, suffixes_, stride_, kept_);
-      const int first = static_cast<int>(y), last = static_cast<int>(height - y < h ? height - y : h);
+      const int first = static_cast<int>(y), last = static_cast<int>(end - y < h ? end - y : h);
       const T *next[2], *suffix[2] = {suffixes_, suffixes_ + stride_};
       oneRow(first, suffix, 1);
       if (last == 1) continue;

@@ -46,7 +46,7 @@ inline int64_t rankBufferSize(int width, int pixelBytes, ZebiSize rect) {
 }
 
 // out = extremum over the window of every pixel of the source, channel by channel. Op is Lowest<T> or Highest<T> for
-// 8u, 16u, 16s and 32f. The output must not overlap the source.
+// 8u, 16u, 16s and 32f. The rows that the output names are made. The output must not overlap the source.
 template <class Op>
 void rankRegion(const BorderedImage& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
                 Scratch scratch);
@@ -57,14 +57,16 @@ inline void filterMinBorderReplicate(const T* pSrc, int srcStep, T* pDst, int ds
                                      ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
   const int px = channels * static_cast<int>(sizeof(T));
   rankRegion<Lowest<T>>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
-                        RowOutput<T>(Rows<T>(pDst, dstStep)), Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
+                        RowOutput<T>(Rows<T>(pDst, dstStep), 0, roi.height),
+                        Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
 }
 template <class T>
 inline void filterMaxBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
                                      ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
   const int px = channels * static_cast<int>(sizeof(T));
   rankRegion<Highest<T>>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
-                         RowOutput<T>(Rows<T>(pDst, dstStep)), Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
+                         RowOutput<T>(Rows<T>(pDst, dstStep), 0, roi.height),
+                         Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
 }
 
 }  // namespace zeb

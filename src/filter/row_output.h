@@ -38,15 +38,16 @@ struct RowOutput {
   };
 
   Rows<T> dst;
+  int firstRow, endRow;  // the rows to make; images begin at the first of them
   Finish finish = store;
   Rows<const T> other{nullptr, 0};
   T* line = nullptr;    // room for a row, for dstMinusResult
   bool finite = false;  // infinite results become the largest finite values
 
-  explicit RowOutput(Rows<T> rows) : dst(rows) {}
+  RowOutput(Rows<T> rows, int first, int end) : dst(rows), firstRow(first), endRow(end) {}
 
   // Where elements x.. of row y are to be written, and what to do after they were.
-  T* begin(int y, ptrdiff_t x) const { return finish == dstMinusResult ? line : dst[y] + x; }
+  T* begin(int y, ptrdiff_t x) const { return finish == dstMinusResult ? line : dst[y - firstRow] + x; }
   ZEB_INLINE void end(int y, ptrdiff_t x, ptrdiff_t n) const {
     if (finish != store || finite) finishRow(y, x, n);
   }
@@ -56,9 +57,9 @@ struct RowOutput {
     if constexpr (std::is_same_v<T, Zeb32f>) {
       if (finite) clampToFinite(begin(y, x), n);
     }
-    T* out = dst[y] + x;
-    if (finish == otherMinus) excessRow<T>(other[y] + x, out, out, n);
-    if (finish == minusOther) excessRow<T>(out, other[y] + x, out, n);
+    T* out = dst[y - firstRow] + x;
+    if (finish == otherMinus) excessRow<T>(other[y - firstRow] + x, out, out, n);
+    if (finish == minusOther) excessRow<T>(out, other[y - firstRow] + x, out, n);
     if (finish == dstMinusResult) excessRow<T>(out, line, out, n);
   }
 

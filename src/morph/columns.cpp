@@ -159,7 +159,7 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
     if (plan.setOf[x] >= 0) shifted[count++] = first + plan.setOf[x] * stride + static_cast<ptrdiff_t>(x) * channels;
 
   const ptrdiff_t kept = static_cast<ptrdiff_t>(range.keptCount() * channels);
-  for (int y = 0; y < source.size().height; ++y) {
+  for (int y = output.firstRow; y < output.endRow; ++y) {
     source.rows(int64_t(y) + plan.top - anchor.y, maskRows, range.kept, rows);
     for (int i = 0; i < plan.taps; ++i) steps[i].row = rows[plan.tapRow[i] - plan.top];
     (nested ? setsRow<Op, true, T> : setsRow<Op, false, T>)(steps, plan.taps, kept);

@@ -2,27 +2,31 @@
 //
 // The second operation of a composition leaves the difference at once, row by row; only the intermediate image of
 // opening and closing is ever stored. Where the surroundings of the region are in memory, the first operation runs over
-// the region enlarged by what the second reads on that side.
+// the region enlarged by what the second reads on that side. Where the room does not take the intermediate image, it
+// holds a strip of its rows at a time.
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/services.h"
+#include "core/memory.h"
 #include "morph/bits.h"
 #include "morph/region.h"
 
 struct ZebiMorphAdvState {
   ZebiMorphState* erode;
   ZebiMorphState* dilate;  // mask and anchor reflected
-  Zeb8u* image;            // the intermediate image, or null: the beginning of the scratch
-  int capacity;            // its bytes
-  int secondScratch;       // place in the scratch of the room of the second operation
+  Zeb8u* image;            // the intermediate image, or null: as much of it as fits is at the beginning of the scratch
+  int capacity;            // its bytes; of one in the scratch its pixels
+  int secondScratch;       // place in the scratch of the room of the second operation, and of the first
+  uint32_t id;
+  int roiWidth;
+  int scratchSize;  // bytes of that room
 };
-static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphAdvState) == 20);
 
 namespace {
 
 using namespace zeb;
 
 constexpr int recordBytes = 32;
+static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphAdvState) == recordBytes);
 
 int64_t upTo32(int64_t n) {
   return (n + 31) & ~int64_t(31);
@@ -31,17 +35,16 @@ int64_t upTo32(int64_t n) {
 // ---- States ----
 
 struct AdvSizes {
-  int64_t state, image, scratch;
+  int64_t state, pixels, image, scratch;
 
   AdvSizes(MorphKind kind, ZebiSize roi, ZebiSize mask)
       : state(morphStateSize(kind, roi.width, mask)),
-        image(boundedProduct(
-            boundedProduct(upTo32(int64_t(roi.width) + mask.width - 1), int64_t(roi.height) + mask.height - 1),
-            kind.pixelBytes())),
+        pixels(boundedProduct(upTo32(int64_t(roi.width) + mask.width - 1), int64_t(roi.height) + mask.height - 1)),
+        image(boundedProduct(pixels, kind.pixelBytes())),
         scratch(morphScratchSize(kind, roi.width, mask)) {}
 
   int64_t spec() const { return 2 * state + recordBytes; }
-  int64_t buffer() const { return image + 2 * scratch; }
+  int64_t buffer() const { return pixels + 2 * scratch; }
   bool fit() const { return spec() <= INT32_MAX && buffer() <= INT32_MAX; }
 };
 
@@ -69,15 +72,26 @@ ZebStatus init(MorphKind kind, ZebiMorphAdvState* pState, ZebiSize roi, const Ze
   auto* dilate = reinterpret_cast<ZebiMorphState*>(block + recordBytes + static_cast<ptrdiff_t>(sizes.state));
   if (auto bad = buildState(kind, roi.width, {pMask, mask, false}, anchor, false, erode)) return bad;
   if (auto bad = buildState(kind, roi.width, {pMask, mask, true}, reflected(anchor, mask), false, dilate)) return bad;
-  *pState = {erode, dilate, nullptr, static_cast<int>(sizes.image), static_cast<int>(sizes.image + sizes.scratch)};
+  *pState = {erode,
+             dilate,
+             nullptr,
+             static_cast<int>(sizes.pixels),
+             static_cast<int>(sizes.pixels + sizes.scratch),
+             kind.id(StateKind::morphAdvanced),
+             roi.width,
+             static_cast<int>(sizes.scratch)};
   return zebStsOk;
 }
 
 ZebStatus release(ZebiMorphAdvState* state) {
+  // One in the caller's memory has nothing to release.
+  if (auto bad = firstFailure(isOfKind(state->id, StateKind::morphAdvanced),
+                              require(state->image != nullptr, zebStsErrContextMatch)))
+    return bad;
   q7_zebsFree(state->image);
-  q7_zebsFree(state->dilate);
-  q7_zebsFree(state->erode);
-  q7_zebsFree(state);
+  releaseState(state->dilate, state->dilate->id);
+  releaseState(state->erode, state->erode->id);
+  releaseState(state, state->id);
   return zebStsOk;
 }
 
@@ -86,16 +100,18 @@ ZebStatus initAlloc(MorphKind kind, ZebiMorphAdvState** ppState, ZebiSize roi, c
   if (auto bad = firstFailure(present(ppState), present(pMask), hasArea(roi), buildable(roi.width, mask, anchor)))
     return bad;
   const AdvSizes sizes(kind, roi, mask);
-  if (!sizes.fit()) return zebStsErrOverflow;
-  ZebiMorphAdvState made{nullptr, nullptr, nullptr, static_cast<int>(sizes.image), static_cast<int>(sizes.scratch)};
-  ZebStatus status = allocateState(kind, roi.width, {pMask, mask, false}, anchor, false, &made.erode);
+  if (!sizes.fit() || sizes.image > INT32_MAX) return zebStsErrOverflow;
+  ZebiMorphAdvState made{nullptr,   nullptr,
+                         nullptr,   static_cast<int>(sizes.image),
+                         0,         kind.id(StateKind::morphAdvanced),
+                         roi.width, static_cast<int>(2 * sizes.scratch)};
+  ZebStatus status = newState(kind, roi.width, {pMask, mask, false}, anchor, false, &made.erode);
   if (status == zebStsOk)
-    status = allocateState(kind, roi.width, {pMask, mask, true}, reflected(anchor, mask), false, &made.dilate);
+    status = newState(kind, roi.width, {pMask, mask, true}, reflected(anchor, mask), false, &made.dilate);
   ZebiMorphAdvState* state = nullptr;
   if (status == zebStsOk) {
-    made.image = q7_zebsMalloc_8u(made.capacity);
-    if (made.image != nullptr)
-      state = reinterpret_cast<ZebiMorphAdvState*>(q7_zebsMalloc_8u(static_cast<int>(sizeof(ZebiMorphAdvState))));
+    made.image = allocateState(sizes.image);
+    if (made.image != nullptr) state = reinterpret_cast<ZebiMorphAdvState*>(allocateState(recordBytes));
     if (state == nullptr) status = zebStsErrMemAlloc;
   }
   if (status != zebStsOk) {
@@ -112,92 +128,186 @@ ZebStatus initAlloc(MorphKind kind, ZebiMorphAdvState** ppState, ZebiSize roi, c
 // ---- The parts of a call's memory ----
 
 struct Room {
-  Zeb8u *image, *first, *second;
-  int64_t firstBytes, secondBytes;
+  Zeb8u *image, *scratch;
+  int64_t imageBytes, scratchBytes;
 
+  // On a boundary of vectors. What the scratch rows of a filter have to spare covers that many times over.
   Room(const ZebiMorphAdvState& state, Zeb8u* buffer) {
-    const int before = state.image != nullptr ? 0 : state.capacity;
-    image = state.image != nullptr ? state.image : buffer;
-    first = buffer + before;
-    second = buffer + state.secondScratch;
-    // The first operation may use the room of the second, too.
-    secondBytes = state.secondScratch - before;
-    firstBytes = 2 * secondBytes;
+    const bool own = state.image != nullptr;
+    const uintptr_t start = reinterpret_cast<uintptr_t>(own ? state.image : buffer);
+    const uintptr_t aligned = own ? start : (start + 31) & ~uintptr_t(31);
+    image = reinterpret_cast<Zeb8u*>(aligned);
+    imageBytes = (own ? state.capacity : state.secondScratch) - static_cast<int64_t>(aligned - start);
+    scratch = buffer + state.secondScratch;
+    scratchBytes = state.scratchSize;
   }
 };
 
-// By how much the first operation's region is larger.
+// By how much the first operation's region is larger, and how large it is.
 struct Margins {
-  int64_t left = 0, right = 0, top = 0, bottom = 0;
+  int left = 0, right = 0, top = 0, bottom = 0;
+  int64_t width, height;
 
-  Margins(const ZebiMorphState& second, Sides sides) {
+  Margins(const ZebiMorphState& second, Sides sides, ZebiSize roi) {
     const Window w = reachOf(second);
-    if (sides.left && w.left < 0) left = -w.left;
-    if (sides.right && w.right > 0) right = w.right;
-    if (sides.top && w.top < 0) top = -w.top;
-    if (sides.bottom && w.bottom > 0) bottom = w.bottom;
+    if (sides.left && w.left < 0) left = static_cast<int>(-w.left);
+    if (sides.right && w.right > 0) right = static_cast<int>(w.right);
+    if (sides.top && w.top < 0) top = static_cast<int>(-w.top);
+    if (sides.bottom && w.bottom > 0) bottom = static_cast<int>(w.bottom);
+    width = int64_t(roi.width) + left + right, height = int64_t(roi.height) + top + bottom;
   }
 };
 
-enum class Order { erodeFirst, dilateFirst };
+// ---- Checks: the standard ones, but for the steps' whole elements, which the operation inside would find last ----
+
+template <class S, class D>
+ZebStatus usable(S src, D dst, ZebiSize roi, ZebiBorderType border, const ZebiMorphAdvState* pState,
+                 const Zeb8u* pBuffer) {
+  if (auto bad = firstFailure(
+          checked(roi, src.ofAnyStep(), dst.ofAnyStep(), also(pState, pBuffer)),
+          require(borderBase(border) == zebBorderRepl || borderBase(border) == zebBorderInMem, zebStsErrBorder)))
+    return bad;
+  return require(roi.width <= pState->roiWidth, zebStsErrSize);
+}
+
+// Whether an intermediate image of this size is no larger than the state's.
+ZebStatus holds(const ZebiMorphAdvState& state, int64_t bytesPerRow, int64_t pixelsPerRow, int64_t height) {
+  return require(boundedProduct(state.image != nullptr ? bytesPerRow : pixelsPerRow, height) <= state.capacity,
+                 zebStsErrSize);
+}
+
+// Not before the identifier is known to be right.
+template <class Op>
+const ZebiMorphState& stateOf(const ZebiMorphAdvState& state) {
+  return std::is_same_v<Op, Lowest<typename Op::Type>> ? *state.erode : *state.dilate;
+}
 
 // ---- Images of elements ----
 
-template <class T, int channels>
-ZebStatus runnable(const T* pSrc, int srcStep, const T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
-                   const ZebiMorphAdvState* pState, const Zeb8u* pBuffer) {
-  if (auto bad =
-          firstFailure(present(pSrc, pDst), present(pState), present(pBuffer), hasArea(roi),
-                       holdsRow<T, channels>(srcStep, roi.width), holdsRow<T, channels>(dstStep, roi.width),
-                       wholeElements<T>(srcStep), wholeElements<T>(dstStep),
-                       require((border & 15) == zebBorderRepl || (border & 15) == zebBorderInMem, zebStsErrBorder)))
-    return bad;
-  return require(roi.width <= pState->erode->roiWidth, zebStsErrSize);
-}
+// Two operations one after the other on checked arguments; what becomes of the second one's rows is the output's
+// business.
+template <class First, class Second, class T = typename First::Type>
+class Composition {
+ public:
+  Composition(const ZebiMorphAdvState& state, int channels, ZebiSize roi, ZebiBorderType border, const Room& room)
+      : first_(stateOf<First>(state)),
+        second_(stateOf<Second>(state)),
+        roi_(roi),
+        border_(border),
+        channels_(channels),
+        px_(channels * static_cast<int>(sizeof(T))),
+        room_(room),
+        margins_(second_, sidesInMemory(border), roi) {}
 
-// Two operations one after the other; what becomes of the second one's rows is the caller's choice.
+  // The output as for the whole region.
+  void run(Rows<const T> src, const RowOutput<T>& output) const {
+    const int64_t wide = upTo32(margins_.width) * px_;
+    const ZebiSize size{static_cast<int>(margins_.width), static_cast<int>(margins_.height)};
+    const BorderedImage source(src[-margins_.top] - static_cast<ptrdiff_t>(margins_.left) * channels_, src.step(), size,
+                               px_, border_);
+    if (boundedProduct(wide, margins_.height) <= room_.imageBytes) {
+      whole(source, output, static_cast<int>(wide));
+    } else {
+      strips(source, output, static_cast<int>((margins_.width * px_ + 31) & ~int64_t(31)));
+    }
+  }
+
+ private:
+  // Rows from..end-1 of the intermediate image, the first of them at `to`.
+  void intermediate(const BorderedImage& source, int from, int end, Zeb8u* to, int step) const {
+    RowOutput<T> output(Rows<T>(reinterpret_cast<T*>(to), step), from, end);
+    output.finite = isFinite(first_, border_);
+    morphRegion<First>(first_, source, output, room_.scratch, room_.scratchBytes);
+  }
+  // Rows of the result. Their first pixel's own in the intermediate image is at column margins_.left of `middle`.
+  void result(const Zeb8u* middle, int step, ZebiBorderType border, RowOutput<T> output) const {
+    output.finite = isFinite(second_, border_);
+    const BorderedImage source(middle + static_cast<ptrdiff_t>(margins_.left) * px_, step, {roi_.width, output.endRow},
+                               px_, border);
+    morphRegion<Second>(second_, source, output, room_.scratch, room_.scratchBytes);
+  }
+
+  void whole(const BorderedImage& source, const RowOutput<T>& output, int step) const {
+    intermediate(source, 0, source.size().height, room_.image, step);
+    result(room_.image + static_cast<ptrdiff_t>(margins_.top) * step, step, border_, output);
+  }
+
+  // A strip is the intermediate rows that some rows of the result read; those beyond the top and the bottom stand in it
+  // as copies. The rows that the next strip reads, too, move to its beginning. There is always room for a strip: that
+  // of one operation, which holds six rows more than the mask has, each with what the mask reaches to either side.
+  void strips(const BorderedImage& source, const RowOutput<T>& output, int step) const {
+    const Window reach = reachOf(second_);
+    const int above = reach.top < 0 ? static_cast<int>(-reach.top) : 0;
+    const int below = reach.bottom > 0 ? static_cast<int>(reach.bottom) : 0;
+    const int height = source.size().height, most = static_cast<int>(room_.imageBytes / step) - above - below;
+    const int count = (roi_.height - 1) / most + 1, rows = (roi_.height - 1) / count + 1;
+    const size_t bytes = static_cast<size_t>(step);
+    const auto at = [&](int row) { return room_.image + static_cast<ptrdiff_t>(row) * step; };
+    int made = 0;
+    for (int y = 0; y < roi_.height; y += rows) {
+      const int n = rows < roi_.height - y ? rows : roi_.height - y;
+      const int first = y + margins_.top - above, end = y + n + margins_.top + below;
+      const int stop = end < height ? end : height;
+      if (y > 0) memmove(at(0), at(rows), static_cast<size_t>(above + below) * bytes);
+      if (made < stop) intermediate(source, made, stop, at(made - first), step);
+      made = stop;
+      for (int row = first; row < 0; ++row) memcpy(at(row - first), at(-first), bytes);
+      for (int row = height; row < end; ++row) memcpy(at(row - first), at(height - 1 - first), bytes);
+      RowOutput<T> part = output;
+      part.dst = output.dst.from(0, y), part.endRow = n;
+      if (output.finish != RowOutput<T>::store) part.other = output.other.from(0, y);
+      result(at(above), step, border_ | zebBorderInMemTop | zebBorderInMemBottom, part);
+    }
+  }
+
+  const ZebiMorphState &first_, &second_;
+  ZebiSize roi_;
+  ZebiBorderType border_;
+  int channels_, px_;
+  const Room& room_;
+  Margins margins_;
+};
+
 template <class First, class Second, int channels, class T = typename First::Type>
-ZebStatus composed(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
+ZebStatus composed(Image<const T, channels> src, Image<T, channels> dst, ZebiSize roi, ZebiBorderType border,
                    const ZebiMorphAdvState* pState, Zeb8u* pBuffer, typename RowOutput<T>::Finish finish) {
-  if (auto bad = runnable<T, channels>(pSrc, srcStep, pDst, dstStep, roi, border, pState, pBuffer)) return bad;
-  constexpr bool erodeFirst = std::is_same_v<First, Lowest<T>>;
-  const ZebiMorphState& first = erodeFirst ? *pState->erode : *pState->dilate;
-  const ZebiMorphState& second = erodeFirst ? *pState->dilate : *pState->erode;
-  constexpr int px = channels * static_cast<int>(sizeof(T));
-  const Sides sides = sidesInMemory(border);
-  const Margins m(second, sides);
-  const int64_t width = roi.width + m.left + m.right, height = roi.height + m.top + m.bottom;
-  const int64_t step = boundedProduct(upTo32(width), px);
-  if (boundedProduct(step, height) > pState->capacity) return zebStsErrSize;
-
-  const Room room(*pState, pBuffer);
-  const ZebiSize enlarged{static_cast<int>(width), static_cast<int>(height)};
-  const Zeb8u* from = reinterpret_cast<const Zeb8u*>(pSrc) - static_cast<ptrdiff_t>(m.top) * srcStep -
-                      static_cast<ptrdiff_t>(m.left * px);
-  const int imageStep = static_cast<int>(step);
-  morphRegion<First>(first, BorderedImage(from, srcStep, enlarged, px, border),
-                     RowOutput<T>(Rows<T>(reinterpret_cast<T*>(room.image), imageStep)), room.first, room.firstBytes);
-  RowOutput<T> output(Rows<T>(pDst, dstStep));
+  if (auto bad = usable(src, dst, roi, border, pState, pBuffer)) return bad;
+  const uint32_t id = kindOf<T, channels>().id(StateKind::morphAdvanced);
+  if (pState->id == id) {
+    const Margins m(stateOf<Second>(*pState), sidesInMemory(border), roi);
+    const int64_t row = upTo32(m.width);
+    if (auto bad = holds(*pState, rowBytes<T, channels>(1) * row, row, m.height)) return bad;
+  }
+  if (auto bad = firstFailure(wholeElements<T>(src.step), wholeElements<T>(dst.step), isState(pState->id, id)))
+    return bad;
+  RowOutput<T> output(dst, 0, roi.height);
   output.finish = finish;
-  output.other = Rows<const T>(pSrc, srcStep);
-  const Zeb8u* middle = room.image + static_cast<ptrdiff_t>(m.top) * imageStep + static_cast<ptrdiff_t>(m.left * px);
-  morphRegion<Second>(second, BorderedImage(middle, imageStep, roi, px, border), output, room.second, room.secondBytes);
+  output.other = src;
+  const Room room(*pState, pBuffer);
+  Composition<First, Second>(*pState, channels, roi, border, room).run(src, output);
   return zebStsOk;
 }
 
 template <class T, int channels>
-ZebStatus gradient(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
+ZebStatus gradient(Image<const T, channels> src, Image<T, channels> dst, ZebiSize roi, ZebiBorderType border,
                    const ZebiMorphAdvState* pState, Zeb8u* pBuffer) {
-  if (auto bad = runnable<T, channels>(pSrc, srcStep, pDst, dstStep, roi, border, pState, pBuffer)) return bad;
+  if (auto bad = usable(src, dst, roi, border, pState, pBuffer)) return bad;
+  const uint32_t id = kindOf<T, channels>().id(StateKind::morphAdvanced);
   constexpr int px = channels * static_cast<int>(sizeof(T));
-  if (boundedProduct(boundedProduct(upTo32(roi.width), px), roi.height) > pState->capacity) return zebStsErrSize;
+  const int64_t row = upTo32(roi.width);
+  if (auto bad = firstFailure(
+          require(pState->id != id || holds(*pState, row * px, row, roi.height) == zebStsOk, zebStsErrSize),
+          wholeElements<T>(src.step), wholeElements<T>(dst.step), isState(pState->id, id)))
+    return bad;
   const Room room(*pState, pBuffer);
-  const BorderedImage source(pSrc, srcStep, roi, px, border);
-  RowOutput<T> output(Rows<T>(pDst, dstStep));
-  morphRegion<Highest<T>>(*pState->dilate, source, output, room.first, room.firstBytes);
+  const BorderedImage source(src.pixels, src.step, roi, px, border);
+  RowOutput<T> output(dst, 0, roi.height);
+  output.finite = isFinite(*pState->dilate, border);
+  morphRegion<Highest<T>>(*pState->dilate, source, output, room.scratch, room.scratchBytes);
   output.finish = RowOutput<T>::dstMinusResult;
   output.line = reinterpret_cast<T*>(room.image);
-  morphRegion<Lowest<T>>(*pState->erode, source, output, room.second, room.secondBytes);
+  output.finite = isFinite(*pState->erode, border);
+  morphRegion<Lowest<T>>(*pState->erode, source, output, room.scratch, room.scratchBytes);
   return zebStsOk;
 }
 
@@ -231,41 +341,36 @@ struct Compound {
 struct Bits {
   using Finish = RowOutput<Zeb8u>;
   using Operation = void (*)(const ZebiMorphState&, const BitRows&, const BitOutput&, Zeb8u*, int64_t);
+  enum class Order { erodeFirst, dilateFirst };
 
-  static ZebStatus runnable(const Zeb8u* pSrc, int srcStep, const Zeb8u* pDst, int dstStep, ZebiSize roi,
-                            ZebiBorderType border, const ZebiMorphAdvState* pState, const Zeb8u* pBuffer) {
-    const int64_t row = bytesOfBits(roi.width);
-    if (auto bad =
-            firstFailure(present(pSrc, pDst), present(pState), present(pBuffer), hasArea(roi),
-                         require(srcStep >= row && dstStep >= row, zebStsErrStep),
-                         require((border & 15) == zebBorderRepl || (border & 15) == zebBorderInMem, zebStsErrBorder)))
-      return bad;
-    return require(roi.width <= pState->erode->roiWidth, zebStsErrSize);
+  static constexpr uint32_t id = kindOfBits.id(StateKind::morphAdvanced);
+
+  static ZebStatus runnable(Image<const Zeb8u> src, Image<Zeb8u> dst, ZebiSize roi, ZebiBorderType border,
+                            const ZebiMorphAdvState* pState, const Zeb8u* pBuffer) {
+    const int64_t more = bytesOfBits(roi.width) - roi.width;
+    return usable(src.wider(more), dst.wider(more), roi, border, pState, pBuffer);
   }
 
-  static ZebStatus composed(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roi,
-                            ZebiBorderType border, const ZebiMorphAdvState* pState, Zeb8u* pBuffer, Order order,
+  static ZebStatus composed(Image<const Zeb8u> src, Image<Zeb8u> dst, ZebiSize roi, ZebiBorderType border,
+                            const ZebiMorphAdvState* pState, Zeb8u* pBuffer, Order order,
                             RowOutput<Zeb8u>::Finish finish) {
-    if (auto bad = runnable(pSrc, srcStep, pDst, dstStep, roi, border, pState, pBuffer)) return bad;
+    if (auto bad = firstFailure(runnable(src, dst, roi, border, pState, pBuffer))) return bad;
+    if (auto bad = isState(pState->id, id)) return bad;
     const bool erodeFirst = order == Order::erodeFirst;
     const ZebiMorphState& first = erodeFirst ? *pState->erode : *pState->dilate;
     const ZebiMorphState& second = erodeFirst ? *pState->dilate : *pState->erode;
-    const Sides sides = sidesInMemory(border);
-    const Margins m(second, sides);
-    const int64_t width = roi.width + m.left + m.right, height = roi.height + m.top + m.bottom;
-    const int64_t step = upTo32(width) / 8;
-    if (boundedProduct(step, height) > pState->capacity) return zebStsErrSize;
+    const Margins m(second, sidesInMemory(border), roi);
+    const int64_t step = upTo32(m.width) / 8;
+    if (auto bad = holds(*pState, step, step, m.height)) return bad;
 
     const Room room(*pState, pBuffer);
-    const ZebiSize enlarged{static_cast<int>(width), static_cast<int>(height)};
+    const ZebiSize enlarged{static_cast<int>(m.width), static_cast<int>(m.height)};
     const int imageStep = static_cast<int>(step);
-    (erodeFirst ? erodeBits : dilateBits)(
-        first, BitRows(pSrc - static_cast<ptrdiff_t>(m.top) * srcStep, srcStep, -m.left, enlarged, border),
-        BitOutput{Rows<Zeb8u>(room.image, imageStep)}, room.first, room.firstBytes);
+    (erodeFirst ? erodeBits : dilateBits)(first, BitRows(src.rows()[-m.top], src.step, -m.left, enlarged, border),
+                                          BitOutput{Rows<Zeb8u>(room.image, imageStep)}, room.scratch,
+                                          room.scratchBytes);
     const BitRows middle(room.image + static_cast<ptrdiff_t>(m.top) * imageStep, imageStep, m.left, roi, border);
-    (erodeFirst ? dilateBits : erodeBits)(
-        second, middle, BitOutput{Rows<Zeb8u>(pDst, dstStep), finish, Rows<const Zeb8u>(pSrc, srcStep)}, room.second,
-        room.secondBytes);
+    (erodeFirst ? dilateBits : erodeBits)(second, middle, BitOutput{dst, finish, src}, room.scratch, room.scratchBytes);
     return zebStsOk;
   }
 
@@ -285,16 +390,18 @@ struct Bits {
   static ZebStatus blackhat(A... a) {
     return composed(a..., Order::dilateFirst, Finish::minusOther);
   }
-  static ZebStatus gradient(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roi,
-                            ZebiBorderType border, const ZebiMorphAdvState* pState, Zeb8u* pBuffer) {
-    if (auto bad = runnable(pSrc, srcStep, pDst, dstStep, roi, border, pState, pBuffer)) return bad;
-    if (boundedProduct(upTo32(roi.width) / 8, roi.height) > pState->capacity) return zebStsErrSize;
+  static ZebStatus gradient(Image<const Zeb8u> src, Image<Zeb8u> dst, ZebiSize roi, ZebiBorderType border,
+                            const ZebiMorphAdvState* pState, Zeb8u* pBuffer) {
+    if (auto bad = runnable(src, dst, roi, border, pState, pBuffer)) return bad;
+    if (auto bad = isState(pState->id, id)) return bad;
+    const int64_t row = upTo32(roi.width) / 8;
+    if (auto bad = holds(*pState, row, row, roi.height)) return bad;
     const Room room(*pState, pBuffer);
-    const BitRows source(pSrc, srcStep, 0, roi, border);
-    BitOutput output{Rows<Zeb8u>(pDst, dstStep)};
-    dilateBits(*pState->dilate, source, output, room.first, room.firstBytes);
+    const BitRows source(src.pixels, src.step, 0, roi, border);
+    BitOutput output{dst};
+    dilateBits(*pState->dilate, source, output, room.scratch, room.scratchBytes);
     output.finish = Finish::dstMinusResult;
-    erodeBits(*pState->erode, source, output, room.second, room.secondBytes);
+    erodeBits(*pState->erode, source, output, room.scratch, room.scratchBytes);
     return zebStsOk;
   }
 };
@@ -317,12 +424,13 @@ struct Bits {
   (ZebiMorphAdvState * *ppState, ZebiSize roiSize, const Zeb8u* pMask, ZebiSize maskSize, ZebiPoint anchor) { \
     return initAlloc({__VA_ARGS__}, ppState, roiSize, pMask, maskSize, anchor);                               \
   }
-#define COMPOUND(name, T, ...)                                                                                   \
-  ZEB_ENTRY(name)                                                                                                \
-  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType, T borderValue, \
-   const ZebiMorphAdvState* pState, Zeb8u* pBuffer) {                                                            \
-    (void)borderValue;                                                                                           \
-    return __VA_ARGS__(pSrc, srcStep, pDst, dstStep, roiSize, borderType, pState, pBuffer);                      \
+#define COMPOUND(name, T, channels, ...)                                                                            \
+  ZEB_ENTRY(name)                                                                                                   \
+  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType, T borderValue,    \
+   const ZebiMorphAdvState* pState, Zeb8u* pBuffer) {                                                               \
+    (void)borderValue;                                                                                              \
+    return __VA_ARGS__(image<channels>(pSrc, srcStep), image<channels>(pDst, dstStep), roiSize, borderType, pState, \
+                       pBuffer);                                                                                    \
   }
 
 GET_SIZE(zebiMorphAdvGetSize_8u_C1R, zeb8u, 1)
@@ -360,52 +468,52 @@ ZEB_ENTRY(zebiMorphAdvFree)(ZebiMorphAdvState* pState) {
   return release(pState);
 }
 
-COMPOUND(zebiMorphOpenBorder_8u_C1R, Zeb8u, Compound<Zeb8u, 1>::open)
-COMPOUND(zebiMorphOpenBorder_8u_C3R, Zeb8u, Compound<Zeb8u, 3>::open)
-COMPOUND(zebiMorphOpenBorder_8u_C4R, Zeb8u, Compound<Zeb8u, 4>::open)
-COMPOUND(zebiMorphOpenBorder_16u_C1R, Zeb16u, Compound<Zeb16u, 1>::open)
-COMPOUND(zebiMorphOpenBorder_16s_C1R, Zeb16s, Compound<Zeb16s, 1>::open)
-COMPOUND(zebiMorphOpenBorder_32f_C1R, Zeb32f, Compound<Zeb32f, 1>::open)
-COMPOUND(zebiMorphOpenBorder_32f_C3R, Zeb32f, Compound<Zeb32f, 3>::open)
-COMPOUND(zebiMorphOpenBorder_32f_C4R, Zeb32f, Compound<Zeb32f, 4>::open)
-COMPOUND(zebiMorphOpenBorder_1u_C1R, Zeb8u, Bits::open)
+COMPOUND(zebiMorphOpenBorder_8u_C1R, Zeb8u, 1, Compound<Zeb8u, 1>::open)
+COMPOUND(zebiMorphOpenBorder_8u_C3R, Zeb8u, 3, Compound<Zeb8u, 3>::open)
+COMPOUND(zebiMorphOpenBorder_8u_C4R, Zeb8u, 4, Compound<Zeb8u, 4>::open)
+COMPOUND(zebiMorphOpenBorder_16u_C1R, Zeb16u, 1, Compound<Zeb16u, 1>::open)
+COMPOUND(zebiMorphOpenBorder_16s_C1R, Zeb16s, 1, Compound<Zeb16s, 1>::open)
+COMPOUND(zebiMorphOpenBorder_32f_C1R, Zeb32f, 1, Compound<Zeb32f, 1>::open)
+COMPOUND(zebiMorphOpenBorder_32f_C3R, Zeb32f, 3, Compound<Zeb32f, 3>::open)
+COMPOUND(zebiMorphOpenBorder_32f_C4R, Zeb32f, 4, Compound<Zeb32f, 4>::open)
+COMPOUND(zebiMorphOpenBorder_1u_C1R, Zeb8u, 1, Bits::open)
 
-COMPOUND(zebiMorphCloseBorder_8u_C1R, Zeb8u, Compound<Zeb8u, 1>::close)
-COMPOUND(zebiMorphCloseBorder_8u_C3R, Zeb8u, Compound<Zeb8u, 3>::close)
-COMPOUND(zebiMorphCloseBorder_8u_C4R, Zeb8u, Compound<Zeb8u, 4>::close)
-COMPOUND(zebiMorphCloseBorder_16u_C1R, Zeb16u, Compound<Zeb16u, 1>::close)
-COMPOUND(zebiMorphCloseBorder_16s_C1R, Zeb16s, Compound<Zeb16s, 1>::close)
-COMPOUND(zebiMorphCloseBorder_32f_C1R, Zeb32f, Compound<Zeb32f, 1>::close)
-COMPOUND(zebiMorphCloseBorder_32f_C3R, Zeb32f, Compound<Zeb32f, 3>::close)
-COMPOUND(zebiMorphCloseBorder_32f_C4R, Zeb32f, Compound<Zeb32f, 4>::close)
-COMPOUND(zebiMorphCloseBorder_1u_C1R, Zeb8u, Bits::close)
+COMPOUND(zebiMorphCloseBorder_8u_C1R, Zeb8u, 1, Compound<Zeb8u, 1>::close)
+COMPOUND(zebiMorphCloseBorder_8u_C3R, Zeb8u, 3, Compound<Zeb8u, 3>::close)
+COMPOUND(zebiMorphCloseBorder_8u_C4R, Zeb8u, 4, Compound<Zeb8u, 4>::close)
+COMPOUND(zebiMorphCloseBorder_16u_C1R, Zeb16u, 1, Compound<Zeb16u, 1>::close)
+COMPOUND(zebiMorphCloseBorder_16s_C1R, Zeb16s, 1, Compound<Zeb16s, 1>::close)
+COMPOUND(zebiMorphCloseBorder_32f_C1R, Zeb32f, 1, Compound<Zeb32f, 1>::close)
+COMPOUND(zebiMorphCloseBorder_32f_C3R, Zeb32f, 3, Compound<Zeb32f, 3>::close)
+COMPOUND(zebiMorphCloseBorder_32f_C4R, Zeb32f, 4, Compound<Zeb32f, 4>::close)
+COMPOUND(zebiMorphCloseBorder_1u_C1R, Zeb8u, 1, Bits::close)
 
-COMPOUND(zebiMorphTophatBorder_8u_C1R, Zeb8u, Compound<Zeb8u, 1>::tophat)
-COMPOUND(zebiMorphTophatBorder_8u_C3R, Zeb8u, Compound<Zeb8u, 3>::tophat)
-COMPOUND(zebiMorphTophatBorder_8u_C4R, Zeb8u, Compound<Zeb8u, 4>::tophat)
-COMPOUND(zebiMorphTophatBorder_16u_C1R, Zeb16u, Compound<Zeb16u, 1>::tophat)
-COMPOUND(zebiMorphTophatBorder_16s_C1R, Zeb16s, Compound<Zeb16s, 1>::tophat)
-COMPOUND(zebiMorphTophatBorder_32f_C1R, Zeb32f, Compound<Zeb32f, 1>::tophat)
-COMPOUND(zebiMorphTophatBorder_32f_C3R, Zeb32f, Compound<Zeb32f, 3>::tophat)
-COMPOUND(zebiMorphTophatBorder_32f_C4R, Zeb32f, Compound<Zeb32f, 4>::tophat)
-COMPOUND(zebiMorphTophatBorder_1u_C1R, Zeb8u, Bits::tophat)
+COMPOUND(zebiMorphTophatBorder_8u_C1R, Zeb8u, 1, Compound<Zeb8u, 1>::tophat)
+COMPOUND(zebiMorphTophatBorder_8u_C3R, Zeb8u, 3, Compound<Zeb8u, 3>::tophat)
+COMPOUND(zebiMorphTophatBorder_8u_C4R, Zeb8u, 4, Compound<Zeb8u, 4>::tophat)
+COMPOUND(zebiMorphTophatBorder_16u_C1R, Zeb16u, 1, Compound<Zeb16u, 1>::tophat)
+COMPOUND(zebiMorphTophatBorder_16s_C1R, Zeb16s, 1, Compound<Zeb16s, 1>::tophat)
+COMPOUND(zebiMorphTophatBorder_32f_C1R, Zeb32f, 1, Compound<Zeb32f, 1>::tophat)
+COMPOUND(zebiMorphTophatBorder_32f_C3R, Zeb32f, 3, Compound<Zeb32f, 3>::tophat)
+COMPOUND(zebiMorphTophatBorder_32f_C4R, Zeb32f, 4, Compound<Zeb32f, 4>::tophat)
+COMPOUND(zebiMorphTophatBorder_1u_C1R, Zeb8u, 1, Bits::tophat)
 
-COMPOUND(zebiMorphBlackhatBorder_8u_C1R, Zeb8u, Compound<Zeb8u, 1>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_8u_C3R, Zeb8u, Compound<Zeb8u, 3>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_8u_C4R, Zeb8u, Compound<Zeb8u, 4>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_16u_C1R, Zeb16u, Compound<Zeb16u, 1>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_16s_C1R, Zeb16s, Compound<Zeb16s, 1>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_32f_C1R, Zeb32f, Compound<Zeb32f, 1>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_32f_C3R, Zeb32f, Compound<Zeb32f, 3>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_32f_C4R, Zeb32f, Compound<Zeb32f, 4>::blackhat)
-COMPOUND(zebiMorphBlackhatBorder_1u_C1R, Zeb8u, Bits::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_8u_C1R, Zeb8u, 1, Compound<Zeb8u, 1>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_8u_C3R, Zeb8u, 3, Compound<Zeb8u, 3>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_8u_C4R, Zeb8u, 4, Compound<Zeb8u, 4>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_16u_C1R, Zeb16u, 1, Compound<Zeb16u, 1>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_16s_C1R, Zeb16s, 1, Compound<Zeb16s, 1>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_32f_C1R, Zeb32f, 1, Compound<Zeb32f, 1>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_32f_C3R, Zeb32f, 3, Compound<Zeb32f, 3>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_32f_C4R, Zeb32f, 4, Compound<Zeb32f, 4>::blackhat)
+COMPOUND(zebiMorphBlackhatBorder_1u_C1R, Zeb8u, 1, Bits::blackhat)
 
-COMPOUND(zebiMorphGradientBorder_8u_C1R, Zeb8u, Compound<Zeb8u, 1>::gradient)
-COMPOUND(zebiMorphGradientBorder_8u_C3R, Zeb8u, Compound<Zeb8u, 3>::gradient)
-COMPOUND(zebiMorphGradientBorder_8u_C4R, Zeb8u, Compound<Zeb8u, 4>::gradient)
-COMPOUND(zebiMorphGradientBorder_16u_C1R, Zeb16u, Compound<Zeb16u, 1>::gradient)
-COMPOUND(zebiMorphGradientBorder_16s_C1R, Zeb16s, Compound<Zeb16s, 1>::gradient)
-COMPOUND(zebiMorphGradientBorder_32f_C1R, Zeb32f, Compound<Zeb32f, 1>::gradient)
-COMPOUND(zebiMorphGradientBorder_32f_C3R, Zeb32f, Compound<Zeb32f, 3>::gradient)
-COMPOUND(zebiMorphGradientBorder_32f_C4R, Zeb32f, Compound<Zeb32f, 4>::gradient)
-COMPOUND(zebiMorphGradientBorder_1u_C1R, Zeb8u, Bits::gradient)
+COMPOUND(zebiMorphGradientBorder_8u_C1R, Zeb8u, 1, Compound<Zeb8u, 1>::gradient)
+COMPOUND(zebiMorphGradientBorder_8u_C3R, Zeb8u, 3, Compound<Zeb8u, 3>::gradient)
+COMPOUND(zebiMorphGradientBorder_8u_C4R, Zeb8u, 4, Compound<Zeb8u, 4>::gradient)
+COMPOUND(zebiMorphGradientBorder_16u_C1R, Zeb16u, 1, Compound<Zeb16u, 1>::gradient)
+COMPOUND(zebiMorphGradientBorder_16s_C1R, Zeb16s, 1, Compound<Zeb16s, 1>::gradient)
+COMPOUND(zebiMorphGradientBorder_32f_C1R, Zeb32f, 1, Compound<Zeb32f, 1>::gradient)
+COMPOUND(zebiMorphGradientBorder_32f_C3R, Zeb32f, 3, Compound<Zeb32f, 3>::gradient)
+COMPOUND(zebiMorphGradientBorder_32f_C4R, Zeb32f, 4, Compound<Zeb32f, 4>::gradient)
+COMPOUND(zebiMorphGradientBorder_1u_C1R, Zeb8u, 1, Bits::gradient)

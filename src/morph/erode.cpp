@@ -1,7 +1,7 @@
 // Erosion and dilation: states, and the calls of both interfaces.
 #include "core/checks.h"
 #include "core/entry.h"
-#include "core/services.h"
+#include "core/memory.h"
 #include "morph/bits.h"
 #include "morph/region.h"
 
@@ -25,7 +25,7 @@ ZebStatus init(MorphKind kind, int roiWidth, const Zeb8u* pMask, ZebiSize maskSi
 ZebStatus initAlloc(MorphKind kind, int roiWidth, const Zeb8u* pMask, ZebiSize maskSize, ZebiPoint anchor,
                     ZebiMorphState** ppState) {
   if (auto bad = firstFailure(present(pMask), present(ppState), buildable(roiWidth, maskSize, anchor))) return bad;
-  return allocateState(kind, roiWidth, {pMask, maskSize}, anchor, true, ppState);
+  return newState(kind, roiWidth, {pMask, maskSize}, anchor, true, ppState);
 }
 
 ZebStatus borderSize(MorphKind kind, int roiWidth, ZebiSize maskSize, int* pSpecSize, int* pBufferSize) {
@@ -48,51 +48,57 @@ ZebStatus borderInit(MorphKind kind, int roiWidth, const Zeb8u* pMask, ZebiSize 
 
 // ---- Calls ----
 
-template <class T, int channels>
-ZebStatus runnable(const void* pSrc, int srcStep, const void* pDst, int dstStep, ZebiSize roi, const void* pState,
-                   const void* pBuffer) {
-  return firstFailure(present(pSrc, pDst, pState, pBuffer), hasArea(roi), holdsRow<T, channels>(srcStep, roi.width),
-                      holdsRow<T, channels>(dstStep, roi.width), wholeElements<T>(srcStep), wholeElements<T>(dstStep));
+ZebStatus acceptsBorder(ZebiBorderType border) {
+  return require(borderBase(border) == zebBorderRepl || borderBase(border) == zebBorderInMem, zebStsErrBorder);
 }
 
-ZebStatus acceptsBorder(ZebiBorderType border) {
-  return require((border & 15) == zebBorderRepl || (border & 15) == zebBorderInMem, zebStsErrBorder);
+// What is asked of the state itself.
+ZebStatus serves(const ZebiMorphState& state, MorphKind kind, int width) {
+  return firstFailure(require(width <= state.roiWidth, zebStsErrSize),
+                      isState(state.id, kind.id(StateKind::morphology)));
+}
+
+template <class Op, int channels, class T>
+void run(Image<const T, channels> src, Image<T, channels> dst, ZebiSize roi, ZebiBorderType border,
+         const ZebiMorphState& state, Zeb8u* scratch) {
+  RowOutput<T> output(dst, 0, roi.height);
+  output.finite = isFinite(state, border);
+  morphRegion<Op>(state, BorderedImage(src.pixels, src.step, roi, channels * int(sizeof(T)), border), output, scratch,
+                  state.room);
 }
 
 template <class Op, int channels, class T = typename Op::Type>
-ZebStatus replicated(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
+ZebStatus replicated(Image<const T, channels> src, Image<T, channels> dst, ZebiSize roi, ZebiBorderType border,
                      const ZebiMorphState* pState) {
-  if (auto bad = firstFailure(runnable<T, channels>(pSrc, srcStep, pDst, dstStep, roi, pState, pState),
-                              require(border == zebBorderRepl, zebStsErrBadArgument)))
+  if (auto bad =
+          firstFailure(checked(roi, src, dst, also(pState)), require(border == zebBorderRepl, zebStsErrBadArgument)))
     return bad;
-  if (roi.width > pState->roiWidth) return zebStsErrSize;
-  morphRegion<Op>(*pState, BorderedImage(pSrc, srcStep, roi, channels * int(sizeof(T))),
-                  RowOutput<T>(Rows<T>(pDst, dstStep)), pState->scratch, pState->scratchSize);
+  // States of the border interface have no scratch of their own.
+  if (auto bad = firstFailure(serves(*pState, kindOf<T, channels>(), roi.width),
+                              require(pState->scratch != nullptr, zebStsErrContextMatch)))
+    return bad;
+  run<Op>(src, dst, roi, border, *pState, pState->scratch);
   return zebStsOk;
 }
 
 template <class Op, int channels, class T = typename Op::Type>
-ZebStatus bordered(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
+ZebStatus bordered(Image<const T, channels> src, Image<T, channels> dst, ZebiSize roi, ZebiBorderType border,
                    const ZebiMorphState* pSpec, Zeb8u* pBuffer) {
-  if (auto bad =
-          firstFailure(runnable<T, channels>(pSrc, srcStep, pDst, dstStep, roi, pSpec, pBuffer), acceptsBorder(border)))
-    return bad;
-  if (roi.width > pSpec->roiWidth) return zebStsErrSize;
-  morphRegion<Op>(*pSpec, BorderedImage(pSrc, srcStep, roi, channels * int(sizeof(T)), border),
-                  RowOutput<T>(Rows<T>(pDst, dstStep)), pBuffer, pSpec->scratchSize);
+  if (auto bad = firstFailure(checked(roi, src, dst, also(pSpec, pBuffer)), acceptsBorder(border))) return bad;
+  if (auto bad = serves(*pSpec, kindOf<T, channels>(), roi.width)) return bad;
+  run<Op>(src, dst, roi, border, *pSpec, pBuffer);
   return zebStsOk;
 }
 
 template <class Operation>
-ZebStatus bitsBordered(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
+ZebStatus bitsBordered(Image<const Zeb8u> src, Image<Zeb8u> dst, ZebiSize roi, ZebiBorderType border,
                        const ZebiMorphState* pSpec, Zeb8u* pBuffer, Operation operation) {
-  const int64_t row = bytesOfBits(roi.width);
-  if (auto bad = firstFailure(present(pSrc, pDst, pSpec, pBuffer), hasArea(roi),
-                              require(srcStep >= row && dstStep >= row, zebStsErrStep), acceptsBorder(border)))
+  const int64_t more = bytesOfBits(roi.width) - roi.width;
+  if (auto bad =
+          firstFailure(checked(roi, src.wider(more), dst.wider(more), also(pSpec, pBuffer)), acceptsBorder(border)))
     return bad;
-  if (roi.width > pSpec->roiWidth) return zebStsErrSize;
-  operation(*pSpec, BitRows(pSrc, srcStep, 0, roi, border), BitOutput{Rows<Zeb8u>(pDst, dstStep)}, pBuffer,
-            pSpec->scratchSize);
+  if (auto bad = serves(*pSpec, kindOfBits, roi.width)) return bad;
+  operation(*pSpec, BitRows(src.pixels, src.step, 0, roi, border), BitOutput{dst}, pBuffer, pSpec->room);
   return zebStsOk;
 }
 
@@ -120,25 +126,27 @@ ZebStatus bitsBordered(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep,
   ZEB_ENTRY(name)(int roiWidth, const Zeb8u* pMask, ZebiSize maskSize, ZebiMorphState* pSpec, Zeb8u* pBuffer) { \
     return borderInit({__VA_ARGS__}, roiWidth, pMask, maskSize, pSpec, pBuffer);                                \
   }
-#define REPLICATED(name, T, channels, Extremum)                                                          \
-  ZEB_ENTRY(name)                                                                                        \
-  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType,        \
-   ZebiMorphState* pState) {                                                                             \
-    return replicated<Extremum<T>, channels>(pSrc, srcStep, pDst, dstStep, roiSize, borderType, pState); \
+#define REPLICATED(name, T, channels, Extremum)                                                                       \
+  ZEB_ENTRY(name)                                                                                                     \
+  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType,                     \
+   ZebiMorphState* pState) {                                                                                          \
+    return replicated<Extremum<T>, channels>(image<channels>(pSrc, srcStep), image<channels>(pDst, dstStep), roiSize, \
+                                             borderType, pState);                                                     \
   }
-#define BORDERED(name, T, channels, Extremum)                                                                    \
-  ZEB_ENTRY(name)                                                                                                \
-  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType, T borderValue, \
-   const ZebiMorphState* pSpec, Zeb8u* pBuffer) {                                                                \
-    (void)borderValue;                                                                                           \
-    return bordered<Extremum<T>, channels>(pSrc, srcStep, pDst, dstStep, roiSize, borderType, pSpec, pBuffer);   \
+#define BORDERED(name, T, channels, Extremum)                                                                       \
+  ZEB_ENTRY(name)                                                                                                   \
+  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType, T borderValue,    \
+   const ZebiMorphState* pSpec, Zeb8u* pBuffer) {                                                                   \
+    (void)borderValue;                                                                                              \
+    return bordered<Extremum<T>, channels>(image<channels>(pSrc, srcStep), image<channels>(pDst, dstStep), roiSize, \
+                                           borderType, pSpec, pBuffer);                                             \
   }
-#define BITS_BORDERED(name, operation)                                                                    \
-  ZEB_ENTRY(name)                                                                                         \
-  (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType, \
-   Zeb8u borderValue, const ZebiMorphState* pSpec, Zeb8u* pBuffer) {                                      \
-    (void)borderValue;                                                                                    \
-    return bitsBordered(pSrc, srcStep, pDst, dstStep, roiSize, borderType, pSpec, pBuffer, operation);    \
+#define BITS_BORDERED(name, operation)                                                                               \
+  ZEB_ENTRY(name)                                                                                                    \
+  (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, ZebiBorderType borderType,            \
+   Zeb8u borderValue, const ZebiMorphState* pSpec, Zeb8u* pBuffer) {                                                 \
+    (void)borderValue;                                                                                               \
+    return bitsBordered(image(pSrc, srcStep), image(pDst, dstStep), roiSize, borderType, pSpec, pBuffer, operation); \
   }
 
 GET_SIZE(zebiMorphologyGetSize_8u_C1R, zeb8u, 1)
@@ -164,7 +172,8 @@ INIT_ALLOC(zebiMorphologyInitAlloc_32f_C4R, zeb32f, 4)
 
 ZEB_ENTRY(zebiMorphologyFree)(ZebiMorphState* pState) {
   if (auto bad = present(pState)) return bad;
-  q7_zebsFree(pState);
+  if (auto bad = isOfKind(pState->id, StateKind::morphology)) return bad;
+  releaseState(pState, pState->id);
   return zebStsOk;
 }
 

@@ -6,7 +6,7 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/services.h"
+#include "core/memory.h"
 #include "core/vec.h"
 
 struct ZebiMorphGrayState {
@@ -20,6 +20,11 @@ static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphGrayState) == 28);
 namespace {
 
 using namespace zeb;
+
+// All words of the record are taken, and none is left for an identifier. But the weights always stand right behind it.
+ZebStatus isGrayState(const ZebiMorphGrayState& state) {
+  return require(state.weights == &state + 1, zebStsErrContextMatch);
+}
 
 // ---- One tap: what a weight makes of one pixel and of a vector, and which of two results counts ----
 
@@ -156,10 +161,13 @@ class GrayRegion {
 template <class Tap, class T = typename Tap::Type>
 ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
                      const ZebiMorphGrayState* pState) {
-  if (auto bad = firstFailure(present(pSrc, pDst), present(pState), hasArea(roi), holdsRow<T>(srcStep, roi.width),
-                              holdsRow<T>(dstStep, roi.width), require(border == zebBorderRepl, zebStsErrBadArgument)))
+  if (auto bad =
+          firstFailure(checked(roi, image(pSrc, srcStep).ofAnyStep(), image(pDst, dstStep).ofAnyStep(), also(pState)),
+                       require(border == zebBorderRepl, zebStsErrBadArgument)))
     return bad;
-  if (roi.width > pState->roiWidth || roi.height > pState->roiHeight) return zebStsErrSize;
+  if (auto bad = firstFailure(require(roi.width <= pState->roiWidth && roi.height <= pState->roiHeight, zebStsErrSize),
+                              isGrayState(*pState)))
+    return bad;
   const GrayRegion<Tap> region(*pState, Rows<const T>(pSrc, srcStep), roi);
   for (int y = 0; y < roi.height; ++y) region.row(y, Rows<T>(pDst, dstStep)[y]);
   return zebStsOk;
@@ -188,29 +196,32 @@ ZebStatus buildable(const void* state, ZebiSize roi, const W* pMask, ZebiSize ma
 }
 
 template <class W>
+void build(ZebiMorphGrayState* state, ZebiSize roi, const W* pMask, ZebiSize mask, ZebiPoint anchor) {
+  *state = {state + 1, mask.width, mask.height, anchor.x, anchor.y, roi.width, roi.height};
+  memcpy(state + 1, pMask, static_cast<size_t>(mask.width) * mask.height * sizeof(W));
+}
+
+template <class W>
 ZebStatus init(ZebiMorphGrayState* pState, ZebiSize roi, const W* pMask, ZebiSize mask, ZebiPoint anchor) {
   if (auto bad = buildable(pState, roi, pMask, mask, anchor)) return bad;
-  *pState = {pState + 1, mask.width, mask.height, anchor.x, anchor.y, roi.width, roi.height};
-  memcpy(pState + 1, pMask, static_cast<size_t>(mask.width) * mask.height * sizeof(W));
+  build(pState, roi, pMask, mask, anchor);
   return zebStsOk;
 }
 
 template <class W>
 ZebStatus initAlloc(ZebiMorphGrayState** ppState, ZebiSize roi, const W* pMask, ZebiSize mask, ZebiPoint anchor) {
   if (auto bad = buildable(ppState, roi, pMask, mask, anchor)) return bad;
-  auto* state = reinterpret_cast<ZebiMorphGrayState*>(q7_zebsMalloc_8u(static_cast<int>(stateBytes(mask))));
+  auto* state = reinterpret_cast<ZebiMorphGrayState*>(allocateState(stateBytes(mask)));
   if (state == nullptr) return zebStsErrMemAlloc;
-  const ZebStatus status = init(state, roi, pMask, mask, anchor);
-  if (status != zebStsOk) {
-    q7_zebsFree(state);
-    return status;
-  }
+  build(state, roi, pMask, mask, anchor);
   *ppState = state;
   return zebStsOk;
 }
 
 ZebStatus release(ZebiMorphGrayState* pState) {
   if (auto bad = present(pState)) return bad;
+  if (auto bad = isGrayState(*pState)) return bad;
+  pState->weights = nullptr;
   q7_zebsFree(pState);
   return zebStsOk;
 }

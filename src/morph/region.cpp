@@ -10,7 +10,7 @@ namespace {
 template <class T>
 void copyRegion(const BorderedImage& source, int channels, const RowOutput<T>& output) {
   const ptrdiff_t n = static_cast<ptrdiff_t>(source.size().width) * channels;
-  for (int y = 0; y < source.size().height; ++y) {
+  for (int y = output.firstRow; y < output.endRow; ++y) {
     memcpy(output.begin(y, 0), source.row(y), static_cast<size_t>(n) * sizeof(T));
     output.end(y, 0, n);
   }
@@ -82,7 +82,7 @@ void smallRegion(const SmallMask& mask, int channels, const BorderedImage& sourc
   const int end = last > begin ? last : begin;
   const T* row[SmallMask::most];
   const T* taps[SmallMask::most];
-  for (int y = 0; y < source.size().height; ++y) {
+  for (int y = output.firstRow; y < output.endRow; ++y) {
     for (int i = 0; i < mask.count; ++i) {
       row[i] = reinterpret_cast<const T*>(source.row(int64_t(y) + mask.row[i]));
       taps[i] = row[i] + static_cast<ptrdiff_t>(begin + mask.column[i]) * channels;
@@ -159,8 +159,8 @@ void generalRegion(const ZebiMorphState& state, const BorderedImage& source, con
       }
     };
     const int64_t first = int64_t(top) - state.anchorY;
-    for (int i = 0; i < rows - 1; ++i) fetch(first + i);
-    for (int y = 0; y < source.size().height; ++y) {
+    for (int i = 0; i < rows - 1; ++i) fetch(first + output.firstRow + i);
+    for (int y = output.firstRow; y < output.endRow; ++y) {
       fetch(first + y + rows - 1);
       const T* row = nullptr;
       for (int i = 0, last = -1; i < count; ++i) {
@@ -230,8 +230,8 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
       }
     };
     const ptrdiff_t at = static_cast<ptrdiff_t>(x) * channels, n = static_cast<ptrdiff_t>(columns) * channels;
-    for (int i = 0; i < height - 1; ++i) enter(int64_t(i) - shape.anchorY);
-    for (int y = 0; y < source.size().height; ++y) {
+    for (int i = 0; i < height - 1; ++i) enter(int64_t(output.firstRow) + i - shape.anchorY);
+    for (int y = output.firstRow; y < output.endRow; ++y) {
       enter(int64_t(y) - shape.anchorY + height - 1);
       for (int i = 0; i < shape.rows; ++i) {
         const int j = shape.lengthIndex[i];
@@ -286,13 +286,11 @@ void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, co
 }  // namespace
 
 template <class Op>
-void morphRegion(const ZebiMorphState& state, const BorderedImage& source, RowOutput<typename Op::Type> output,
+void morphRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<typename Op::Type>& output,
                  Zeb8u* scratch, int64_t scratchSize) {
   const Scratch room(scratch, scratchSize);
-  output.finite = state.shapeClass == zebShapeGeneral || source.sides().any();
   switch (state.shapeClass) {
     case zebShapeEmpty:
-      output.finite = false;
       return copyRegion(source, state.channels, output);
     case zebShapeRectangle:
       return rankRegion<Op>(source, reachOf(state), state.channels, output, room);
@@ -301,9 +299,11 @@ void morphRegion(const ZebiMorphState& state, const BorderedImage& source, RowOu
   }
 }
 
-#define MORPH(T)                                                                                                    \
-  template void morphRegion<Lowest<T>>(const ZebiMorphState&, const BorderedImage&, RowOutput<T>, Zeb8u*, int64_t); \
-  template void morphRegion<Highest<T>>(const ZebiMorphState&, const BorderedImage&, RowOutput<T>, Zeb8u*, int64_t);
+#define MORPH(T)                                                                                                  \
+  template void morphRegion<Lowest<T>>(const ZebiMorphState&, const BorderedImage&, const RowOutput<T>&, Zeb8u*,  \
+                                       int64_t);                                                                  \
+  template void morphRegion<Highest<T>>(const ZebiMorphState&, const BorderedImage&, const RowOutput<T>&, Zeb8u*, \
+                                        int64_t);
 MORPH(Zeb8u)
 MORPH(Zeb16u)
 MORPH(Zeb16s)

@@ -5,7 +5,7 @@
 #include <string.h>
 
 #include "core/checks.h"
-#include "core/services.h"
+#include "core/memory.h"
 #include "filter/bit_rows.h"
 
 namespace zeb {
@@ -98,7 +98,7 @@ int64_t ellipseFormula(int64_t width, int pixelBytes, int64_t height, int64_t le
 
 // Where the parts of a state lie, from its start; the mask goes to the next multiple of 16.
 struct Layout {
-  int64_t shape, shapeBytes, mask, tables, scratch, scratchBytes, total;
+  int64_t shape, shapeBytes, mask, tables, scratch, scratchBytes, room, total;
 };
 
 Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& a, const Runs& runs, bool ownScratch) {
@@ -122,7 +122,7 @@ Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& 
       shape.length = runs.length, shape.reach = runs.reach;
       // A mask much wider than the region: its bordered rows do not fit; taken element by element they do.
       const int64_t tight = tightScratchSize(roiWidth, px, mask.size);
-      if (ellipseScratchSize(roiWidth, px, shape) > l.scratchBytes && tight > l.scratchBytes) l.scratchBytes = tight;
+      if (ellipseScratchSize(roiWidth, px, shape) > l.scratchBytes && tight > l.scratchBytes) l.room = tight;
       break;
     }
     case zebShapeGeneral:
@@ -133,10 +133,11 @@ Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& 
       l.scratchBytes = bits ? bitScratchSize(roiWidth, {1, 1}) : 0;
       break;
   }
+  if (l.room == 0) l.room = l.scratchBytes;
   l.mask = l.shape + l.shapeBytes + 15;
   l.tables = l.mask + area;
   l.scratch = l.tables + (a.shapeClass == zebShapeGeneral && !bits ? 2 * boundedProduct(16, area) : 0);
-  l.total = l.scratch + (ownScratch ? l.scratchBytes : 0);
+  l.total = l.scratch + (ownScratch ? l.room : 0);
   return l;
 }
 
@@ -177,7 +178,9 @@ void fillState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor,
   s.shapeClass = a.shapeClass;
   s.width = mask.size.width, s.height = mask.size.height;
   s.anchorX = anchor.x, s.anchorY = anchor.y;
+  s.id = kind.id(StateKind::morphology);
   s.scratchSize = static_cast<int>(l.scratchBytes);
+  s.room = static_cast<int>(l.room);
   if (l.shapeBytes > 0) {
     s.shape = reinterpret_cast<ZebiMorphShape*>(block + l.shape);
     ZebiMorphShape shape{1, 1, 0, 0, {0, 0}, 0, 0, nullptr, nullptr, nullptr, nullptr};
@@ -209,11 +212,13 @@ void fillState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor,
     for (int x = 0; x < mask.size.width; ++x)
       s.mask[static_cast<ptrdiff_t>(y) * mask.size.width + x] = mask.bytes[static_cast<ptrdiff_t>(
           mask.reflected ? area - 1 - (int64_t(y) * mask.size.width + x) : int64_t(y) * mask.size.width + x)];
+  if (a.shapeClass == zebShapeGeneral) {
+    s.rightReach = mask.size.width - anchor.x - 1;
+    s.lowerReach = mask.size.height - anchor.y - 1;
+  }
   if (l.scratch > l.tables) {
     s.erodeTable = s.mask + maskBytes(mask.size);
     s.dilateTable = s.erodeTable + 16 * maskBytes(mask.size);
-    s.rightReach = mask.size.width - anchor.x - 1;
-    s.lowerReach = mask.size.height - anchor.y - 1;
     fillTables(kind, s.mask, area, s.erodeTable, s.dilateTable);
   }
   if (ownScratch) s.scratch = block + l.scratch;
@@ -288,7 +293,7 @@ ZebStatus plan(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor,
                                     : a->shapeClass == zebShapeEllipse && toGeneral(kind, mask.area()))
     a->shapeClass = zebShapeGeneral;
   *l = layoutOf(kind, roiWidth, mask, *a, runs, ownScratch);
-  return l->total > INT32_MAX || l->scratchBytes > INT32_MAX ? zebStsErrOverflow : zebStsOk;
+  return l->total > INT32_MAX || l->room > INT32_MAX ? zebStsErrOverflow : zebStsOk;
 }
 
 }  // namespace
@@ -305,7 +310,7 @@ ZebStatus buildState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint a
       for (int x = 0; x < mask.size.width && empty; ++x) empty = !mask.at(x, y);
     a = {empty ? zebShapeEmpty : zebShapeGeneral, 0, 0, 0, 0, 0, 0};
     l = layoutOf(kind, roiWidth, mask, a, Runs(), ownScratch);
-    if (l.total > INT32_MAX || l.scratchBytes > INT32_MAX) return zebStsErrOverflow;
+    if (l.total > INT32_MAX || l.room > INT32_MAX) return zebStsErrOverflow;
     fillState(kind, roiWidth, mask, anchor, a, Runs(), l, ownScratch, state);
     return zebStsOk;
   }
@@ -319,18 +324,18 @@ ZebStatus buildState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint a
   return zebStsOk;
 }
 
-ZebStatus allocateState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
-                        ZebiMorphState** state) {
+ZebStatus newState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
+                   ZebiMorphState** state) {
   const int64_t h = mask.size.height;
   if (16 * h > INT32_MAX || morphStateSize(kind, roiWidth, mask.size) > INT32_MAX) return zebStsErrOverflow;
-  int* room = q7_zebsMalloc_32s(static_cast<int>(4 * h));
+  int* room = reinterpret_cast<int*>(allocateState(16 * h));
   if (room == nullptr) return zebStsErrMemAlloc;
   const Runs runs = runsIn(room, h, h);
   Analysis a;
   Layout l;
   ZebStatus status = plan(kind, roiWidth, mask, anchor, ownScratch, runs, &a, &l);
   if (status == zebStsOk) {
-    ZebiMorphState* made = reinterpret_cast<ZebiMorphState*>(q7_zebsMalloc_8u(static_cast<int>(l.total)));
+    ZebiMorphState* made = reinterpret_cast<ZebiMorphState*>(allocateState(l.total));
     if (made == nullptr) {
       status = zebStsErrMemAlloc;
     } else {

@@ -3,6 +3,7 @@
 
 #include <stddef.h>
 
+#include "core/state_id.h"
 #include "filter/rank.h"
 #include "zebcv/morph.h"
 
@@ -38,14 +39,15 @@ struct ZebiMorphState {
   int roiWidth;
   int minusOne;
   int shapeClass;
+  uint32_t id;
+  int room;  // bytes of scratch that the paths are given: scratchSize, or more where a mask is wider than its region
 };
 
 namespace zeb {
 
 constexpr int stateHeaderBytes = 80;
-static_assert(sizeof(ZebiMorphState) <= stateHeaderBytes || sizeof(void*) > 4);
 static_assert(sizeof(void*) > 4 ||
-              (sizeof(ZebiMorphState) == 72 && offsetof(ZebiMorphState, width) == 20 &&
+              (sizeof(ZebiMorphState) == stateHeaderBytes && offsetof(ZebiMorphState, width) == 20 &&
                offsetof(ZebiMorphState, rightReach) == 36 && offsetof(ZebiMorphState, scratchSize) == 48 &&
                offsetof(ZebiMorphState, shapeClass) == 68));
 static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphShape) == 48);
@@ -67,7 +69,19 @@ struct MorphKind {
 
   int elementBytes() const { return typeCode == zeb32f ? 4 : typeCode == zeb16u || typeCode == zeb16s ? 2 : 1; }
   int pixelBytes() const { return channels * elementBytes(); }
+  constexpr uint32_t id(StateKind kind) const { return stateId(kind, typeCode, channels); }
 };
+
+template <class T, int channels>
+constexpr MorphKind kindOf() {
+  return {typeCodeOf<T>(), channels};
+}
+constexpr MorphKind kindOfBits{typeCodeBits, 1};
+
+// Whether an identifier is one of this kind, whatever the elements.
+constexpr ZebStatus isOfKind(uint32_t id, StateKind kind) {
+  return isState(id >> 16, stateId(kind, 0, 0) >> 16);
+}
 
 // A mask read forwards or, reflected through its centre, backwards.
 struct Mask {
@@ -105,8 +119,8 @@ ZebStatus buildable(int roiWidth, ZebiSize mask, ZebiPoint anchor);
 ZebStatus buildState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
                      ZebiMorphState* state);
 // Allocates exactly what the state takes.
-ZebStatus allocateState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
-                        ZebiMorphState** state);
+ZebStatus newState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
+                   ZebiMorphState** state);
 
 // The pixels that an operation with this state reads, relative to its own.
 Window reachOf(const ZebiMorphState& state);

@@ -28,7 +28,7 @@ void check(Random& random, int channels, ZebiSize roi, ZebiSize rect, ZebiPoint 
   for (bool lowest : {true, false}) {
     Image<T> dst(roi.width, roi.height, channels, Layout::random<T>(random));
     const Scratch scratch(static_cast<int>(size));
-    const zeb::RowOutput<T> output{zeb::Rows<T>(dst.pixels(), dst.step())};
+    const zeb::RowOutput<T> output(zeb::Rows<T>(dst.pixels(), dst.step()), 0, roi.height);
     if (lowest)
       zeb::rankRegion<zeb::Lowest<T>>(rows, window, channels, output, zeb::Scratch(scratch.get(), size));
     else

@@ -35,7 +35,7 @@ TEST(MorphAdv, SizesAndHeader) {
   ASSERT_EQ(zebiMorphologyBorderGetSize_16u_C1R(100, {5, 4}, &s, &b), zebStsOk);
   ASSERT_EQ(zebiMorphAdvGetSize_16u_C1R({100, 50}, {5, 4}, &spec, &buffer), zebStsOk);
   EXPECT_EQ(spec, 2 * s + 32);
-  EXPECT_EQ(buffer, ((100 + 5 + 30) & ~31) * (50 + 4 - 1) * 2 + 2 * b);
+  EXPECT_EQ(buffer, ((100 + 5 + 30) & ~31) * (50 + 4 - 1) + 2 * b);
   const Zeb8u mask[20] = {1, 1, 1};
   ZebiMorphAdvState* state = nullptr;
   ASSERT_EQ(zebiMorphAdvInitAlloc_16u_C1R(&state, {100, 50}, mask, {5, 4}, {1, 0}), zebStsOk);
@@ -55,6 +55,13 @@ TEST(MorphAdv, SizesAndHeader) {
   EXPECT_EQ(zebiMorphAdvGetSize_8u_C1R({60000, 60000}, {3, 3}, &untouched, &untouched), zebStsErrOverflow);
   EXPECT_EQ(zebiMorphAdvInitAlloc_8u_C1R(&state, {60000, 60000}, mask, {3, 3}, {1, 1}), zebStsErrOverflow);
   EXPECT_EQ(untouched, 5);
+}
+
+// Memory that holds no state: all zeros or all ones, and so no width that a region could have.
+ZebiMorphAdvState* noState(int byte) {
+  static unsigned zeros[8], ones[8];
+  memset(ones, 0xFF, sizeof ones);
+  return reinterpret_cast<ZebiMorphAdvState*>(byte == 0 ? zeros : ones);
 }
 
 template <class T>
@@ -89,16 +96,32 @@ void checkContract(const Functions<T>& f) {
   checkInit(Contract("MorphAdvInitAlloc", f.initAlloc, &allocated, roi, mask, shape, ZebiPoint{2, 1}));
   EXPECT_EQ(zebiMorphAdvFree(allocated), zebStsOk);
   ASSERT_EQ(f.init(state, roi, mask, shape, {1, 1}), zebStsOk);
+  EXPECT_EQ(zebiMorphAdvFree(state), zebStsErrContextMatch);  // nothing of it is allocated
+  int otherSize = 0, otherBuffer = 0;
+  ASSERT_EQ(zebiMorphAdvGetSize_16u_C1R(roi, {1, 1}, &otherSize, &otherBuffer), zebStsOk);
+  const Scratch otherSpec(otherSize);
+  auto* stateOfOthers = reinterpret_cast<ZebiMorphAdvState*>(otherSpec.get());
+  const bool is16u = f.init == zebiMorphAdvInit_16u_C1R;
+  ASSERT_EQ((is16u ? zebiMorphAdvInit_16s_C1R : zebiMorphAdvInit_16u_C1R)(stateOfOthers, roi, mask, {1, 1}, {0, 0}),
+            zebStsOk);
   for (const auto function : f.calls) {
     Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, T(0), state,
                buffer.get());
     c.template nulls<0, 2, 7, 8>().template sizes<4>().template step<1>(row, e).template step<3>(row, e);
     if (!f.bits) c.template hostile<4>();
-    if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
     for (ZebiBorderType border : {0, 2, 4, 0x40, 0x25}) c.template with<5>(border, zebStsErrBorder);
     c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
     c.template with<4>(ZebiSize{w, 100000}, zebStsErrSize, "an intermediate image too high");
+    if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
     c.check();
+    // Memory that holds no state, and the state of other elements, which still tells its width.
+    Contract other(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, T(0),
+                   state, buffer.get());
+    other.template with<5>(zebBorderConst, zebStsErrBorder);
+    other.template with<7>(noState(0), zebStsErrSize).template with<7>(noState(0xFF), zebStsErrSize);
+    other.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
+    if (e > 1) other.template multiple<1>(e);
+    other.template with<7>(stateOfOthers, zebStsErrContextMatch).check();
   }
 }
 
@@ -109,6 +132,7 @@ TEST(MorphAdv, Checks) {
   for (const auto& f : f32f) checkContract(f);
   checkContract(f1u);
   EXPECT_EQ(zebiMorphAdvFree(nullptr), zebStsErrNullPointer);
+  for (int byte : {0, 0xFF}) EXPECT_EQ(zebiMorphAdvFree(noState(byte)), zebStsErrContextMatch);
 }
 
 }  // namespace

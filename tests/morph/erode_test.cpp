@@ -38,13 +38,14 @@ struct OwningFunctions {
   decltype(&zebiMorphologyGetSize_8u_C1R) getSize;
   decltype(&zebiMorphologyInit_8u_C1R) init;
   decltype(&zebiMorphologyInitAlloc_8u_C1R) initAlloc;
+  decltype(&zebiMorphologyBorderInit_8u_C1R) borderInit;
   ZebStatus (*erode)(const T*, int, T*, int, ZebiSize, ZebiBorderType, ZebiMorphState*);
   ZebStatus (*dilate)(const T*, int, T*, int, ZebiSize, ZebiBorderType, ZebiMorphState*);
 };
 #define OWNING_FUNCTIONS(s, channels)                                                             \
   {                                                                                               \
 #s, channels, zebiMorphologyGetSize_##s, zebiMorphologyInit_##s, zebiMorphologyInitAlloc_##s, \
-        zebiErodeBorderReplicate_##s, zebiDilateBorderReplicate_##s                               \
+        zebiMorphologyBorderInit_##s, zebiErodeBorderReplicate_##s, zebiDilateBorderReplicate_##s \
   }
 const OwningFunctions<Zeb8u> owning8u[] = {OWNING_FUNCTIONS(8u_C1R, 1), OWNING_FUNCTIONS(8u_C3R, 3),
                                            OWNING_FUNCTIONS(8u_C4R, 4)};
@@ -216,6 +217,26 @@ TEST(Morphology, FloatThresholdsAndTables) {
   EXPECT_EQ(shapeOf(zebiMorphologyInitAlloc_32f_C4R, {7, 7}), 2u);
 }
 
+// A wide ellipse over a narrow region keeps its formula's scratch in word 13, whatever its path takes; bit-packed masks
+// have their reach in words 10 and 11.
+TEST(Morphology, WordsOfFormulas) {
+  std::vector<Zeb8u> mask(61 * 2, 1);
+  mask[0] = 0;
+  ZebiMorphState* state = nullptr;
+  ASSERT_EQ(zebiMorphologyInitAlloc_32f_C1R(1, mask.data(), {61, 2}, {30, 0}, &state), zebStsOk);
+  const Words wide(state);
+  EXPECT_EQ(wide.w[17], 2u);
+  EXPECT_EQ(wide.w[12], (2u * 2 + 1) * (1 * 4 + 32) + 20 * 2 + 36);
+  EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
+  int spec = 0, buffer = 0;
+  ASSERT_EQ(zebiMorphologyBorderGetSize_1u_C1R(9, {61, 2}, &spec, &buffer), zebStsOk);
+  const Scratch bits(spec), scratch(buffer);
+  ASSERT_EQ(zebiMorphologyBorderInit_1u_C1R(9, mask.data(), {61, 2}, stateIn(bits), scratch.get()), zebStsOk);
+  const Words packed(bits.get());
+  EXPECT_EQ(packed.w[9], 30u);
+  EXPECT_EQ(packed.w[10], 1u);
+}
+
 TEST(Morphology, SizesFollowTheFormula) {
   Zeb8u mask[35] = {1};
   int state = 0, spec = 0, buffer = 0;
@@ -262,6 +283,13 @@ TEST(Erode, Infinities) {
 
 // ---- Checks ----
 
+// Memory that holds no state: all zeros or all ones, and so no width that a region could have.
+alignas(16) Zeb8u zeros[128], ones[128];
+ZebiMorphState* noState(bool zero) {
+  memset(ones, 0xFF, sizeof ones);
+  return reinterpret_cast<ZebiMorphState*>(zero ? zeros : ones);
+}
+
 template <class T>
 void checkBorderContract(const BorderFunctions<T>& f) {
   constexpr int w = 21, e = sizeof(T);
@@ -286,6 +314,13 @@ void checkBorderContract(const BorderFunctions<T>& f) {
       .template sizes<2>()
       .check();
   ASSERT_EQ(f.init(w, mask, {2, 2}, stateIn(spec), buffer.get()), zebStsOk);
+  const bool is16u = f.init == zebiMorphologyBorderInit_16u_C1R;
+  int otherSize = 0, otherBuffer = 0;
+  ASSERT_EQ(zebiMorphologyBorderGetSize_16u_C1R(w, {2, 1}, &otherSize, &otherBuffer), zebStsOk);
+  const Scratch other(otherSize);
+  ASSERT_EQ((is16u ? zebiMorphologyBorderInit_16s_C1R : zebiMorphologyBorderInit_16u_C1R)(w, mask, {2, 1},
+                                                                                          stateIn(other), buffer.get()),
+            zebStsOk);
   for (const auto function : {f.erode, f.dilate}) {
     Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, 3}, zebBorderRepl,
                T(0), stateIn(spec), buffer.get());
@@ -294,6 +329,8 @@ void checkBorderContract(const BorderFunctions<T>& f) {
     if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
     for (ZebiBorderType border : {0, 2, 3, 4, 0x10, 0xF0, 0x17}) c.template with<5>(border, zebStsErrBorder);
     c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
+    for (bool zero : {true, false}) c.template with<7>(noState(zero), zebStsErrSize, "no state");
+    c.template with<7>(stateIn(other), zebStsErrContextMatch, "of other elements");
     c.check();
   }
 }
@@ -330,6 +367,13 @@ void checkOwningContract(const OwningFunctions<T>& f) {
   for (ZebiPoint anchor : {ZebiPoint{0, 1}, {1, 1}})
     ASSERT_EQ(f.init(w, mask, {2, 2}, anchor, stateIn(memory)), zebStsOk);
   EXPECT_EQ(zebcore().mallocCalls, 0);
+  const bool isC4 = f.init == zebiMorphologyInit_32f_C4R;
+  int specSize = 0, bufferSize = 0;
+  ASSERT_EQ(zebiMorphologyBorderGetSize_32f_C4R(w, {2, 2}, &specSize, &bufferSize), zebStsOk);
+  const Scratch other(specSize), scratchless(specSize), buffer(bufferSize);
+  ASSERT_EQ((isC4 ? zebiMorphologyInit_32f_C3R : zebiMorphologyInit_32f_C4R)(w, mask, {2, 2}, {0, 0}, stateIn(other)),
+            zebStsOk);
+  ASSERT_EQ(f.borderInit(w, mask, {2, 2}, stateIn(scratchless), buffer.get()), zebStsOk);
   for (const auto function : {f.erode, f.dilate}) {
     Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, 3}, zebBorderRepl,
                stateIn(memory));
@@ -338,6 +382,9 @@ void checkOwningContract(const OwningFunctions<T>& f) {
     if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
     for (ZebiBorderType border : {0, 6, 0x11}) c.template with<5>(border, zebStsErrBadArgument);
     c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
+    for (bool zero : {true, false}) c.template with<6>(noState(zero), zebStsErrSize, "no state");
+    c.template with<6>(stateIn(other), zebStsErrContextMatch, "of other elements");
+    c.template with<6>(stateIn(scratchless), zebStsErrContextMatch, "of the border interface");
     c.check();
   }
 }
@@ -351,6 +398,7 @@ TEST(Erode, Checks) {
   for (const auto& f : owning8u) checkOwningContract(f);
   for (const auto& f : owning32f) checkOwningContract(f);
   EXPECT_EQ(zebiMorphologyFree(nullptr), zebStsErrNullPointer);
+  for (bool zero : {true, false}) EXPECT_EQ(zebiMorphologyFree(noState(zero)), zebStsErrContextMatch);
 }
 
 }  // namespace

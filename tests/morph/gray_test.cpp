@@ -92,12 +92,17 @@ void checkContract(const Functions<T, W>& f) {
   for (int i = 0; i < 6; ++i) EXPECT_EQ(words[1 + i], head[i]);
   EXPECT_EQ(memcmp(reinterpret_cast<const void*>(words[0]), weights, sizeof weights), 0);
 
+  const Scratch elsewhere(size);
+  auto* moved = reinterpret_cast<ZebiMorphGrayState*>(elsewhere.get());
+  memcpy(moved, state, static_cast<size_t>(size));
+  EXPECT_EQ(f.release(moved), zebStsErrContextMatch);
   for (const auto function : {f.erode, f.dilate}) {
     Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, state);
     c.template nulls<0, 2, 6>().template sizes<4>().template step<1>(e * w).template step<3>(e * w);
     c.template hostile<4>();
     for (ZebiBorderType border : {0, 6, 0x11}) c.template with<5>(border, zebStsErrBadArgument);
-    c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize).template with<4>(ZebiSize{w, 5}, zebStsErrSize).check();
+    c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize).template with<4>(ZebiSize{w, 5}, zebStsErrSize);
+    c.template with<6>(moved, zebStsErrContextMatch, "moved state").check();
   }
 }
 
