@@ -33,16 +33,35 @@ Kept<T> keep(T value) {
   return {value};
 }
 
+// The order of the checks. Two faults at once are answered as the earlier one is alone; those that share a place, and
+// those of no place, are not held against each other. inner: what the sizes lead to, kernels, anchors, lists of rows.
+enum class Check { null, size, inner, step, evenStep, own, state, anywhere };
+
 // An argument with a value that must be refused, with this status where one is given.
 template <class T, class B>
 struct Spoilable {
   T value;
   B bad;
   ZebStatus want;
+  Check check;
 };
+template <class T>
+constexpr ZebStatus usualStatus =
+    std::is_same_v<T, ZebiSize>                                       ? zebStsErrSize
+    : std::is_floating_point_v<T> || std::is_same_v<T, ZebiPoint_32f> ? zebStsErrBadArgument
+                                                                      : 0;
 template <class T, class B>
-Spoilable<T, B> orElse(T value, B bad, ZebStatus want = 0) {
-  return {value, bad, want};
+Spoilable<T, B> orElse(T value, B bad, ZebStatus want = usualStatus<T>, Check check = Check::own) {
+  return {value, bad, want, check};
+}
+// A pointer that is looked at after the sizes and steps.
+template <class T>
+struct Late {
+  T* value;
+};
+template <class T>
+Late<T> late(T* pointer) {
+  return {pointer};
 }
 
 template <class T>
@@ -57,6 +76,10 @@ template <class T, class B>
 T plain(Spoilable<T, B> argument) {
   return argument.value;
 }
+template <class T>
+T* plain(Late<T> argument) {
+  return argument.value;
+}
 
 // Set once all families answer for the identifiers of their states.
 constexpr bool statesCarryIdentifiers = false;
@@ -66,10 +89,6 @@ template <class T, class = void>
 struct IsState : std::is_class<T> {};
 template <class T>
 struct IsState<T, std::void_t<decltype(sizeof(T))>> : std::is_same<std::remove_const_t<T>, ZebiPyramid> {};
-
-// The order of the checks. Two faults at once are answered as the earlier one is alone; those that share a place, and
-// those of no place, are not held against each other.
-enum class Check { null, size, step, evenStep, own, state, anywhere };
 
 // One argument, and what spoils it: another value, or another identifier in the state that it points to.
 struct Fault {
@@ -232,7 +251,14 @@ class Function : public Named {
   template <size_t I, class T, class B>
   void addFaults(Probe& probe, Choice&, bool, bool&, Arguments& a, Spoilable<T, B> v) const {
     using P = std::tuple_element_t<I, Arguments>;
-    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad), Check::own, v.want);
+    if constexpr (std::is_pointer_v<P>)
+      probe.fault<P>("null", std::get<I>(a), nullptr, Check::null, zebStsErrNullPointer);
+    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad), v.check, v.want);
+  }
+  template <size_t I, class T>
+  void addFaults(Probe& probe, Choice&, bool, bool&, Arguments& a, Late<T>) const {
+    using P = std::tuple_element_t<I, Arguments>;
+    probe.fault<P>("null", std::get<I>(a), nullptr, Check::own, zebStsErrNullPointer);
   }
   template <size_t I, class V>
   void addFaults(Probe& probe, Choice& c, [[maybe_unused]] bool builds, bool& stepped, Arguments& a, V) const {
@@ -246,7 +272,10 @@ class Function : public Named {
       const int bad = belowOne(c);
       probe.fault<P>("a width", argument, {bad, argument.height}, Check::size, zebStsErrSize);
       probe.fault<P>("a height", argument, {argument.width, bad}, Check::size, zebStsErrSize);
-      const int huge = stepped ? c.within(1 << 28, INT32_MAX) : 0;
+      // Some of these widths times an element of 4, 8 or 12 bytes wrap to less than a row.
+      const int wrapping[] = {INT32_MAX, 0x40000001, 0x20000001, 0x15555556};
+      const int any = stepped ? c.within(1 << 28, INT32_MAX) : 0;
+      const int huge = any % 8 < 4 ? wrapping[any % 8] : any;
       if (stepped) probe.fault<P>("a huge width", argument, {huge, argument.height}, Check::step, zebStsErrStep);
     } else if constexpr (followsPixels<I>() && sizeFollows<I>()) {
       stepped = true;
@@ -256,7 +285,7 @@ class Function : public Named {
         probe.fault<P>("a step too small by an element", argument, argument - element, Check::step, zebStsErrStep);
       if (element > 1) probe.fault<P>("an uneven step", argument, argument + 1, Check::evenStep, zebStsErrNotEvenStep);
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
-      probe.fault<P>("a count", argument, belowOne(c), Check::anywhere, 0);
+      probe.fault<P>("a count", argument, belowOne(c), Check::size, zebStsErrSize);
     }
   }
 
