@@ -134,7 +134,7 @@ TEST(CopyBorder, Checks) {
   const auto copy = [&](const Zeb8u* src, int step, ZebiSize from, ZebiSize to, int top, int left) {
     return zeb::copyReplicateBorder<Zeb8u, 1>(src, step, from, image.pixels(), 9, to, top, left);
   };
-  const Zeb8u* p = image.pixels();
+  const Zeb8u* p = image.pixels(1);
   EXPECT_EQ(copy(nullptr, 0, {5, 4}, {9, 8}, 2, 1), zebStsErrNullPointer);
   EXPECT_EQ(copy(p, 0, {0, 4}, {9, 8}, 2, 1), zebStsErrStep);
   for (const ZebiSize bad : {ZebiSize{0, 4}, {5, -1}}) {
