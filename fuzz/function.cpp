@@ -84,7 +84,8 @@ bool Probe::plant(const std::string& name, Choice& c) {
   };
   planted_ = {any(c)};
   Choice peek = c;
-  if (Fault* const second = any(peek); second->argument != planted_[0]->argument) planted_.push_back(second);
+  Fault* const second = any(peek);
+  if (peek.coin() && second->argument != planted_[0]->argument) planted_.push_back(second);
   for (Fault* fault : planted_) exchange(*fault);
   return true;
 }

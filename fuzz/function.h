@@ -47,9 +47,7 @@ struct Spoilable {
 };
 template <class T>
 constexpr ZebStatus usualStatus =
-    std::is_same_v<T, ZebiSize>                                       ? zebStsErrSize
-    : std::is_floating_point_v<T> || std::is_same_v<T, ZebiPoint_32f> ? zebStsErrBadArgument
-                                                                      : 0;
+    std::is_floating_point_v<T> || std::is_same_v<T, ZebiPoint_32f> ? zebStsErrBadArgument : 0;
 template <class T, class B>
 Spoilable<T, B> orElse(T value, B bad, ZebStatus want = usualStatus<T>, Check check = Check::own) {
   return {value, bad, want, check};
