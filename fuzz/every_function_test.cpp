@@ -65,7 +65,7 @@ TEST_P(EveryFunctionOf, AtEveryWidth) {
     if (target.group != GetParam()) continue;
     for (const int w : widths)
       for (int i = 0; i < casesPerWidth; ++i) drive(target, {w, 1 + (w + i) % 4}, static_cast<uint64_t>(i));
-    drive(target, {230, 41}, 0);
+    for (const ZebiSize size : {ZebiSize{230, 41}, ZebiSize{2500, 3}, ZebiSize{3, 400}}) drive(target, size, 0);
     for (int i = 0; i < regions; ++i) {
       const auto number = static_cast<Zeb8u>(i);
       const Zeb8u bytes[] = {number, 0, 0, 0};

@@ -15,33 +15,32 @@ bool mayRaise([[maybe_unused]] const std::string& name) {
   // This compiler computes what a condition guards before it knows the condition.
   return true;
 #else
-  // Infinity stands for pixels that have no distance yet.
-  if (startsWith(name, "zebiFastMarching_")) return true;
   // Whole vectors are compared at the ends of lines of scratch that hold anything.
-  if (name.find("Border") != std::string::npos && name.find("_32f_") != std::string::npos) return true;
-  // A sum beyond the integers is converted before it is saturated.
-  return startsWith(name, "zebiFilterColumnPipeline_16u_");
+  return name.find("Border") != std::string::npos && name.find("_32f_") != std::string::npos;
 #endif
 }
 
-// Functions whose checks stand in another order, and which of them: held by the family's own test instead.
+// Functions whose checks stand in another order, and the order of their statuses; others of theirs have no place.
 struct Departure {
   const char* names;
-  Check check;
+  std::vector<ZebStatus> order;
 };
-const Departure departures[] = {{"zebiAdd_16u32f_C1IR", Check::evenStep},
-                                {"zebiCannyBorder_", Check::own},
-                                {"zebiFilterColumnPipeline_", Check::null},
-                                {"zebiFilterRowBorderPipeline_", Check::own},
-                                {"zebiFindPeaks3x3_", Check::own},
-                                {"zebiGetDistanceTransformMask", Check::own},
-                                {"zebiHoughProbLineInit_", Check::null},
-                                {"zebiMorphologyInit_", Check::null},
-                                {"zebiRectStdDev_", Check::own},
-                                {"zebiTiltedRectStdDev_", Check::own}};
+const Departure departures[] = {
+    {"zebiAdd_16u32f_C1IR", {zebStsErrNullPointer, zebStsErrSize, zebStsErrStep}},
+    {"zebiCannyBorder_",
+     {zebStsErrMaskSize, zebStsErrNullPointer, zebStsErrSize, zebStsErrBadArgument, zebStsErrBorder}},
+    {"zebiFindPeaks3x3_",
+     {zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrBadArgument}},
+    {"zebiGetDistanceTransformMask_", {zebStsErrNullPointer, zebStsErrSize, zebStsErrBadArgument}},
+    {"zebiGetDistanceTransformMask", {zebStsErrBadArgument, zebStsErrNullPointer, zebStsErrSize}},
+    {"zebiHoughProbLineInit_", {zebStsErrSize, zebStsErrBadArgument, zebStsErrNullPointer}},
+    {"zebiMorphologyInit_", {zebStsErrSize, zebStsErrAnchor}}};
 // Functions that hold their arguments against what a state says before they look what it is.
-const char* const readStateFirst[] = {"zebiOpticalFlowPyrLK_", "zebiPyramidLayerDown_", "zebiPyramidLayerUp_",
-                                      "zebiTiltHaarFeatures_"};
+const char* const readStateFirst[] = {
+    "zebiErodeBorder",      "zebiDilateBorder",        "zebiMorphOpenBorder_",     "zebiMorphCloseBorder_",
+    "zebiMorphTophatBorder_", "zebiMorphBlackhatBorder_", "zebiMorphGradientBorder_", "zebiGrayErodeBorder_",
+    "zebiGrayDilateBorder_", "zebiOpticalFlowPyrLK_",   "zebiPyramidLayerDown_",    "zebiPyramidLayerUp_",
+    "zebiTiltHaarFeatures_"};
 // Families that take steps of any bytes.
 const char* const takeAnyStep[] = {"zebiGrayErode", "zebiGrayDilate", "zebiMorphReconstruct", "zebiPyramidLayer"};
 
@@ -78,9 +77,14 @@ bool Probe::plant(const std::string& name, Choice& c) {
       faults_.erase(
           std::remove_if(faults_.begin(), faults_.end(), [](const Fault& f) { return f.check == Check::evenStep; }),
           faults_.end());
-  for (const Departure& departure : departures)
-    for (Fault& fault : faults_)
-      if (startsWith(name, departure.names) && fault.check == departure.check) fault.check = Check::anywhere;
+  const auto* const departure = std::find_if(std::begin(departures), std::end(departures),
+                                             [&](const Departure& d) { return startsWith(name, d.names); });
+  if (departure != std::end(departures))
+    for (Fault& fault : faults_) {
+      const auto& order = departure->order;
+      const auto at = std::find(order.begin(), order.end(), fault.want);
+      fault.check = at == order.end() ? Check::anywhere : static_cast<Check>(at - order.begin());
+    }
   for (const char* family : readStateFirst)
     for (Fault& fault : faults_)
       if (startsWith(name, family) && fault.check == Check::state) fault.check = Check::anywhere, fault.want = 0;
@@ -90,7 +94,8 @@ bool Probe::plant(const std::string& name, Choice& c) {
   };
   planted_ = {any(c)};
   Choice peek = c;
-  if (Fault* const second = any(peek); second->argument != planted_[0]->argument) planted_.push_back(second);
+  Fault* const second = any(peek);
+  if (peek.coin() && second->argument != planted_[0]->argument) planted_.push_back(second);
   for (Fault* fault : planted_) exchange(*fault);
   return true;
 }

@@ -33,16 +33,33 @@ Kept<T> keep(T value) {
   return {value};
 }
 
+// The order of the checks. Two faults at once are answered as the earlier one is alone; those that share a place, and
+// those of no place, are not held against each other. inner: what the sizes lead to, kernels, anchors, lists of rows.
+enum class Check { null, size, inner, step, evenStep, own, state, anywhere };
+
 // An argument with a value that must be refused, with this status where one is given.
 template <class T, class B>
 struct Spoilable {
   T value;
   B bad;
   ZebStatus want;
+  Check check;
 };
+template <class T>
+constexpr ZebStatus usualStatus =
+    std::is_floating_point_v<T> || std::is_same_v<T, ZebiPoint_32f> ? zebStsErrBadArgument : 0;
 template <class T, class B>
-Spoilable<T, B> orElse(T value, B bad, ZebStatus want = 0) {
-  return {value, bad, want};
+Spoilable<T, B> orElse(T value, B bad, ZebStatus want = usualStatus<T>, Check check = Check::own) {
+  return {value, bad, want, check};
+}
+// A pointer that is looked at after the sizes and steps.
+template <class T>
+struct Late {
+  T* value;
+};
+template <class T>
+Late<T> late(T* pointer) {
+  return {pointer};
 }
 
 template <class T>
@@ -57,17 +74,18 @@ template <class T, class B>
 T plain(Spoilable<T, B> argument) {
   return argument.value;
 }
+template <class T>
+T* plain(Late<T> argument) {
+  return argument.value;
+}
 
 // Records that tell what they are to every function that takes them.
 template <class T, class... Records>
 constexpr bool isOneOf = (... || std::is_same_v<std::remove_const_t<T>, Records>);
 template <class T>
-constexpr bool isState = isOneOf<T, ZebiHaarClassifier, ZebiHoughProbSpec, ZebiOptFlowPyrLKState, ZebiPyramid,
-                                 ZebiPyramidDownState, ZebiPyramidUpState>;
-
-// The order of the checks. Two faults at once are answered as the earlier one is alone; those that share a place, and
-// those of no place, are not held against each other.
-enum class Check { null, size, step, evenStep, own, state, anywhere };
+constexpr bool isState = isOneOf<T, ZebiMorphState, ZebiMorphAdvState, ZebiMorphGrayState, ZebiHaarClassifier,
+                                 ZebiHoughProbSpec, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState,
+                                 ZebiPyramidUpState>;
 
 // One argument, and what spoils it: another value, or another identifier in the state that it points to.
 struct Fault {
@@ -231,7 +249,14 @@ class Function : public Named {
   template <size_t I, class T, class B>
   void addFaults(Probe& probe, Choice&, bool, bool&, Arguments& a, Spoilable<T, B> v) const {
     using P = std::tuple_element_t<I, Arguments>;
-    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad), Check::own, v.want);
+    if constexpr (std::is_pointer_v<P>)
+      probe.fault<P>("null", std::get<I>(a), nullptr, Check::null, zebStsErrNullPointer);
+    probe.fault<P>("a selector", std::get<I>(a), static_cast<P>(v.bad), v.check, v.want);
+  }
+  template <size_t I, class T>
+  void addFaults(Probe& probe, Choice&, bool, bool&, Arguments& a, Late<T>) const {
+    using P = std::tuple_element_t<I, Arguments>;
+    probe.fault<P>("null", std::get<I>(a), nullptr, Check::own, zebStsErrNullPointer);
   }
   template <size_t I, class V>
   void addFaults(Probe& probe, Choice& c, [[maybe_unused]] bool builds, bool& stepped, Arguments& a, V) const {
@@ -245,7 +270,10 @@ class Function : public Named {
       const int bad = belowOne(c);
       probe.fault<P>("a width", argument, {bad, argument.height}, Check::size, zebStsErrSize);
       probe.fault<P>("a height", argument, {argument.width, bad}, Check::size, zebStsErrSize);
-      const int huge = stepped ? c.within(1 << 28, INT32_MAX) : 0;
+      // Some of these widths times an element of 4, 8 or 12 bytes wrap to less than a row.
+      const int wrapping[] = {INT32_MAX, 0x40000001, 0x20000001, 0x15555556};
+      const int any = stepped ? c.within(1 << 28, INT32_MAX) : 0;
+      const int huge = any % 8 < 4 ? wrapping[any % 8] : any;
       if (stepped) probe.fault<P>("a huge width", argument, {huge, argument.height}, Check::step, zebStsErrStep);
     } else if constexpr (followsPixels<I>() && sizeFollows<I>()) {
       stepped = true;
@@ -255,7 +283,7 @@ class Function : public Named {
         probe.fault<P>("a step too small by an element", argument, argument - element, Check::step, zebStsErrStep);
       if (element > 1) probe.fault<P>("an uneven step", argument, argument + 1, Check::evenStep, zebStsErrNotEvenStep);
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
-      probe.fault<P>("a count", argument, belowOne(c), Check::anywhere, 0);
+      probe.fault<P>("a count", argument, belowOne(c), Check::size, zebStsErrSize);
     }
   }
 

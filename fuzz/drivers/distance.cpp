@@ -37,25 +37,34 @@ void weights(Choice& c, const W (&table)[2][3][3], Make make) {
 
 DRIVER("segmentation", "zebiGetDistanceTransformMask_32s",
        weights(c, integerWeights, [&](int side, int norm, Zeb32s* metrics) {
-         FUNCTION(zebiGetDistanceTransformMask_32s).ok(c, orElse(side, 4), orElse(norm, 3), metrics);
+         FUNCTION(zebiGetDistanceTransformMask_32s)
+             .ok(c, orElse(side, 4, zebStsErrSize), orElse(norm, 3, zebStsErrBadArgument), metrics);
        }));
 DRIVER("segmentation", "zebiGetDistanceTransformMask_32f",
        weights(c, realWeights, [&](int side, int norm, Zeb32f* metrics) {
-         FUNCTION(zebiGetDistanceTransformMask_32f).ok(c, orElse(side, 4), orElse(norm, -1), metrics);
+         FUNCTION(zebiGetDistanceTransformMask_32f)
+             .ok(c, orElse(side, -3, zebStsErrSize), orElse(norm, -1, zebStsErrBadArgument), metrics);
        }));
 DRIVER("segmentation", "zebiGetDistanceTransformMask",
        weights(c, realWeights, [&](int side, int norm, Zeb32f* metrics) {
-         FUNCTION(zebiGetDistanceTransformMask).ok(c, orElse(10 * side + norm, 10 * side + 5), metrics);
+         const int bad[] = {40, 10 * side + 3, -31};
+         const int k = c.within(0, 2);
+         FUNCTION(zebiGetDistanceTransformMask)
+             .ok(c, orElse(10 * side + norm, bad[k], k ? zebStsErrBadArgument : zebStsErrSize), metrics);
        }));
 
 // ---- Chamfer ----
 
 template <class W>
 struct Metrics {
-  explicit Metrics(Choice& c) {
+  // A mask of 3 pixels has two weights, one of 5 has three.
+  Metrics(Choice& c, int mask) {
     for (W& v : values) v = small(c);
     std::copy(values, values + 3, bad);
-    bad[c.within(0, 1)] = c.coin() ? W(0) : W(-1);
+    if (mask == 3) values[2] = 0;
+    const W refused[] = {W(0), W(-1), std::is_floating_point_v<W> ? static_cast<W>(std::nanf("")) : W(INT32_MIN)};
+    const int k = c.within(0, mask / 2);
+    bad[k] = c.oneOf(refused);
   }
   static W small(Choice& c) {
     if constexpr (std::is_integral_v<W>) {
@@ -81,7 +90,7 @@ void chamfer(Choice& c, Function<const Zeb8u*, int, T*, int, ZebiSize, const W*>
   const ZebiSize size = c.size();
   const Image<Zeb8u> src = picture(c, size);
   const Image<T> dst = c.empty<T>(size);
-  const Metrics<W> m(c);
+  const Metrics<W> m(c, mask);
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(m.values, m.bad, zebStsErrMetric));
   require(agree(f.name(), dst, wanted<T>(src.plane(), mask, m.values)), src.describe());
   require(src.intact(), "wrote into the source");
@@ -91,7 +100,7 @@ void chamferInPlace(Choice& c, Function<Zeb8u*, int, ZebiSize, const Zeb32s*> f,
   const ZebiSize size = c.size();
   const Image<Zeb8u> image = picture(c, size);
   const auto before = image.plane();
-  const Metrics<Zeb32s> m(c);
+  const Metrics<Zeb32s> m(c, mask);
   f.ok(c, image.pixels(), image.step(), size, orElse(m.values, m.bad, zebStsErrMetric));
   require(agree(f.name(), image, wanted<Zeb8u>(before, mask, m.values)), image.describe());
 }

@@ -156,7 +156,8 @@ void arctan(Choice& c) {
   Plane<Zeb32f> want(length, 1);
   const Plane<Zeb32f> py = y.plane(), px = x.plane();
   for (int i = 0; i < length; ++i) want.at(i, 0) = ref::fastArctan(py.at(i, 0), px.at(i, 0));
-  FUNCTION(zebibFastArctan_32f).ok(c, y.pixels(), x.pixels(), dst.pixels(), length);
+  FUNCTION(zebibFastArctan_32f)
+      .ok(c, y.pixels(), x.pixels(), dst.pixels(), orElse(length, c.within(-9, 0), zebStsErrSize));
   require(agree("zebibFastArctan_32f", dst, want), y.describe());
 }
 DRIVER("elements", "zebibFastArctan_32f", arctan(c));
@@ -168,7 +169,8 @@ void motionHistory(Choice& c, Function<const T*, int, Zeb32f*, int, ZebiSize, Ze
   const Image<Zeb32f> mhi = c.image<Zeb32f>(size);
   const auto now = static_cast<Zeb32f>(c.within(-3, 250)), duration = static_cast<Zeb32f>(c.within(0, 250));
   const auto want = ref::motionHistory(silhouette.plane(), mhi.plane(), now, duration);
-  f.ok(c, silhouette.pixels(), silhouette.step(), mhi.pixels(), mhi.step(), size, now, orElse(duration, -1.0f));
+  f.ok(c, silhouette.pixels(), silhouette.step(), mhi.pixels(), mhi.step(), size, now,
+       orElse(duration, -0.5f, zebStsErrOutOfRange));
   require(agree(f.name(), mhi, want), silhouette.describe());
 }
 DRIVER("elements", "zebiUpdateMotionHistory_8u32f_C1IR",

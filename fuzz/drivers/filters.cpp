@@ -46,16 +46,19 @@ void rows(Choice& c, const Query& query, const F& f, bool low) {
   const Image<S> src = c.image<S>(size.width + (inMemory ? kernel.taps - 1 : 0), size.height, channels);
   const std::vector<S> border = {c.value<S>(), c.value<S>(), c.value<S>()};
   const Image<D> dst = c.empty<D>(size, channels);
-  const test::RowPointers<D> pointers(dst);
+  const test::RowPointers<D> pointers(dst), lacking(dst);
+  lacking.get()[c.within(0, size.height - 1)] = nullptr;
   const Scratch scratch = kernel.scratch(c, query, size);
   const auto want =
       ref::filterRows<D>(src.plane(), originX, size.width, kernel.values, anchor, type, border, kernel.divisor, low);
   const auto call = [&](auto value, auto... divisor) {
-    const int badTypes[] = {zebBorderWrap, zebBorderMirror, zebBorderMirrorR, 5, 7, -1};
+    const int badTypes[] = {zebBorderWrap, zebBorderMirror, zebBorderMirrorR, 5, 7, 8, 0x10, 0x41, 0x46, 0xF6, -1};
     const int badAnchor = c.coin() ? -1 : kernel.taps, badType = c.oneOf(badTypes);
-    f.ok(c, src.pixels(originX), src.step(), pointers.get(), size, kernel.values.data(), kernel.taps,
-         orElse(anchor, badAnchor, zebStsErrAnchor), orElse(type, badType, zebStsErrBadArgument), value,
-         orElse(divisor, 0, zebStsErrBadArgument)..., scratch.get());
+    [[maybe_unused]] const int badDivisor = std::is_same_v<S, Zeb16u> ? c.within(-3, 0) : 0;
+    f.ok(c, src.pixels(originX), src.step(), orElse(pointers.get(), lacking.get(), zebStsErrNullPointer, Check::inner),
+         size, kernel.values.data(), orElse(kernel.taps, c.within(-9, 0), zebStsErrSize, Check::inner),
+         orElse(anchor, badAnchor, zebStsErrAnchor, Check::inner), orElse(type, badType, zebStsErrBadArgument), value,
+         orElse(divisor, badDivisor, zebStsErrBadArgument)..., scratch.get());
   };
   const auto callWithValue = [&](auto... divisor) {
     if constexpr (channels == 1) {
@@ -78,13 +81,18 @@ void columns(Choice& c, const Query& query, const F& f, bool low) {
   const ZebiSize size = c.size(70, 5);
   const Kernel<K> kernel(c, false);
   const Image<S> src = c.image<S>(size.width, size.height + kernel.taps - 1, channels);
-  const test::RowPointers<S> pointers(src);
+  const test::RowPointers<S> pointers(src), lacking(src);
+  lacking.get()[c.within(0, src.size().height - 1)] = nullptr;
   const Image<D> dst = c.empty<D>(size, channels);
   const Scratch scratch = kernel.scratch(c, query, size);
   const auto want = ref::filterColumns<D>(src.plane(), kernel.values, kernel.divisor, low);
   const auto call = [&](auto... divisor) {
-    f.ok(c, const_cast<const S**>(pointers.get()), dst.pixels(), dst.step(), size, kernel.values.data(), kernel.taps,
-         orElse(divisor, 0, zebStsErrBadArgument)..., scratch.get());
+    f.ok(c,
+         orElse(const_cast<const S**>(pointers.get()), const_cast<const S**>(lacking.get()), zebStsErrNullPointer,
+                Check::inner),
+         dst.pixels(), dst.step(), size, kernel.values.data(),
+         orElse(kernel.taps, c.within(-9, 0), zebStsErrSize, Check::inner), orElse(divisor, 0, zebStsErrBadArgument)...,
+         late(scratch.get()));
   };
   if constexpr (std::is_floating_point_v<S>) {
     call();

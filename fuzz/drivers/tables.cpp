@@ -104,13 +104,14 @@ void deviation(Choice& c, Function<const S*, int, const Q*, int, D*, int, ZebiSi
         want.at(i, j) = ref::deviation(v);
       }
     }
-  const ZebiRect bad[] = {{-1, r.y, r.width, r.height},
-                          {r.x, -1, r.width, r.height},
-                          {r.x, r.y, 0, r.height},
-                          {r.x, r.y, r.width, 0},
-                          {INT32_MAX, r.y, r.width, r.height}};
+  // Most ask for as many elements of a row as the valid one.
+  const int across = r.x + r.width, all = across + r.y + r.height;
+  const ZebiRect upright[] = {{-1, r.y, across + 1, 1}, {r.x, -1, r.width, 3}, {across, 1, 0, 3}, {r.x, 1, r.width, 0}};
+  const ZebiRect diagonal[] = {{-1, 1, all - 1, 1}, {1, -1, all - 1, 1}, {1, 1, 0, all - 2}, {1, 1, all - 2, 0}};
+  const bool wide = c.oneIn(5);
+  const ZebiRect bad = wide ? ZebiRect{INT32_MAX, 0, INT32_MAX, 1} : c.oneOf(tilt.tilted ? diagonal : upright);
   f.ok(c, sums.pixels(), sums.step(), squares.pixels(), squares.step(), dst.pixels(), dst.step(), size,
-       orElse(r, c.oneOf(bad)), Scale(scale)...);
+       wide ? orElse(r, bad, zebStsErrStep, Check::step) : orElse(r, bad, zebStsErrSize), Scale(scale)...);
   require(agree(f.name(), dst, want), "rectangle " + std::to_string(r.x) + " " + std::to_string(r.y) + " " +
                                           std::to_string(r.width) + " " + std::to_string(r.height));
 }
@@ -164,8 +165,22 @@ void stage(Choice& c, const char* name, Kind kind, Call call) {
   }
   ZebiHaarClassifier* state = nullptr;
   const auto& build = kind == Kind::allTilted ? around.buildTilted : around.build;
-  build.ok(c, &state, s.features.data(), s.weights.data(), s.thresholds.data(), s.values1.data(), s.values2.data(),
-           s.counts.data(), orElse(length, -1));
+  auto features = s.features;
+  auto counts = s.counts;
+  const auto create = [&](auto rectangles, auto numbers) {
+    build.ok(c, &state, rectangles, s.weights.data(), s.thresholds.data(), s.values1.data(), s.values2.data(), numbers,
+             orElse(length, -1, zebStsErrSize));
+  };
+  if (length > 0) {
+    ZebiRect& r = features[static_cast<size_t>(c.within(0, static_cast<int>(features.size()) - 1))];
+    const ZebiRect bad[] = {{-1, r.y, 1, 1}, {r.x, -1, 1, 1}, {r.x, r.y, 0, 1}, {r.x, r.y, 1, 0}};
+    r = c.oneOf(bad);
+    counts[static_cast<size_t>(c.within(0, length - 1))] = 0;
+    create(orElse(s.features.data(), features.data(), zebStsErrBadArgument),
+           orElse(s.counts.data(), counts.data(), zebStsErrSize));
+  } else {
+    create(s.features.data(), s.counts.data());
+  }
   if (kind == Kind::mixed) {
     const bool inverted = c.coin();
     const Image<Zeb8u> marks(test::tiltMask(s.tilted, inverted), c.layout<Zeb8u>());

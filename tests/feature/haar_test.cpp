@@ -1,9 +1,10 @@
 // Stages of Haar cascades: their state and their checks.
 #include "reference/haar.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 
-#include "support/contract.h"
 #include "support/image.h"
 #include "support/zebcore_double.h"
 
@@ -156,92 +157,6 @@ TEST(Haar, WhatIsNotTilted) {
       zebStsOk);
   EXPECT_EQ(positive, 1);
   zebiHaarClassifierFree_32f(state);
-}
-
-TEST(Haar, ConstructionChecks) {
-  const auto check = [](auto tag, const char* name, auto function) {
-    using T = decltype(tag);
-    auto& core = zebcore();
-    core.reset();
-    const ZebiRect features[3] = {{0, 0, 1, 1}, {1, 2, 3, 4}, {0, 0, 5, 5}};
-    const T numbers[3] = {-1, 2, 3};
-    const int counts[2] = {2, 1}, zeroCount[2] = {2, 0}, first[2] = {0, 1};
-    static ZebiHaarClassifier* state;
-    const ZebiRect bad[][3] = {{{0, 0, 0, 1}, {}, {}},  // only the first rectangle is looked at before the failure
-                               {{0, 0, 1, 1}, {-1, 2, 3, 4}, {}},
-                               {{0, 0, 1, 1}, {1, -1, 3, 4}, {}},
-                               {{0, 0, 1, 1}, {1, 1, 1, 1}, {0, 0, 5, 0}}};
-    Contract c(name, function, &state, features, numbers, numbers, numbers, numbers, counts, 2);
-    c.template nulls<0, 1, 2, 3, 4, 5, 6>().template with<7>(-1, zebStsErrSize);
-    c.template with<6>(zeroCount, zebStsErrSize).template with<6>(first, zebStsErrSize);
-    for (const auto& b : bad) c.template with<1>(b, zebStsErrBadArgument);
-    c.check();
-    EXPECT_EQ(core.mallocCalls, 1);  // the valid call's
-    zebiHaarClassifierFree_32f(state);
-  };
-  check(Zeb32f(), NAMED(zebiHaarClassifierInitAlloc_32f));
-  check(Zeb32s(), NAMED(zebiHaarClassifierInitAlloc_32s));
-  check(Zeb32f(), NAMED(zebiTiltedHaarClassifierInitAlloc_32f));
-  check(Zeb32s(), NAMED(zebiTiltedHaarClassifierInitAlloc_32s));
-
-  ZebiSize size;
-  const Zeb8u mark = 0;
-  auto* any = reinterpret_cast<ZebiHaarClassifier*>(&size);
-  EXPECT_EQ(zebiHaarClassifierFree_32f(nullptr), zebStsErrNullPointer);
-  EXPECT_EQ(zebiHaarClassifierFree_32s(nullptr), zebStsErrNullPointer);
-  EXPECT_EQ(zebiGetHaarClassifierSize_32f(nullptr, &size), zebStsErrNullPointer);
-  EXPECT_EQ(zebiGetHaarClassifierSize_32s(any, nullptr), zebStsErrNullPointer);
-  EXPECT_EQ(zebiTiltHaarFeatures_32f(&mark, 1, nullptr), zebStsErrNullPointer);
-  EXPECT_EQ(zebiTiltHaarFeatures_32s(nullptr, 1, any), zebStsErrNullPointer);
-}
-
-constexpr int w = 11, h = 3;
-
-// What an evaluation needs.
-template <class S, class N>
-struct Scene {
-  ~Scene() { zebiHaarClassifierFree_32f(state); }
-
-  ZebiHaarClassifier* state = build(twoSquares<N>());
-  Image<S> upright{Plane<S>(w + 4, h + 4), {}}, tilted{Plane<S>(w + 4, h + 4), {}};
-  Image<N> norm{Plane<N>(w, h), {}};
-  Image<Zeb8u> mask{Plane<Zeb8u>(w, h, 1, 1), {}};
-  int positive = 0;
-};
-
-// The factors are argument number norm, behind one table or two.
-template <size_t norm, class... A>
-void checkFaults(Contract<A...> c) {
-  c.template nulls<0, 2, norm, norm + 2, norm + 5, norm + 7>().template sizes<norm + 4>();
-  c.template step<1>(4 * w, 4).template step<3>(4 * w, 4).template step<norm + 1>(4 * w, 4);
-  c.template step<norm + 3>(w).template hostile<norm + 4>();
-  c.template multiple<1>(4).template multiple<3>(4).template multiple<norm + 1>(4);
-  c.check();
-}
-
-template <class S, class N, class... Scale>
-void checkEvaluation(const char* name, ZebStatus (*function)(const S*, int, const N*, int, Zeb8u*, int, ZebiSize, int*,
-                                                             N, const ZebiHaarClassifier*, Scale...)) {
-  Scene<S, N> s;
-  checkFaults<2>(Contract(name, function, s.upright.pixels(), s.upright.step(), s.norm.pixels(), s.norm.step(),
-                          s.mask.pixels(), s.mask.step(), s.mask.size(), &s.positive, N(0), s.state, Scale(1)...));
-}
-template <class S, class N, class... Scale>
-void checkEvaluation(const char* name, ZebStatus (*function)(const S*, int, const S*, int, const N*, int, Zeb8u*, int,
-                                                             ZebiSize, int*, N, const ZebiHaarClassifier*, Scale...)) {
-  Scene<S, N> s;
-  checkFaults<4>(Contract(name, function, s.upright.pixels(), s.upright.step(), s.tilted.pixels(), s.tilted.step(),
-                          s.norm.pixels(), s.norm.step(), s.mask.pixels(), s.mask.step(), s.mask.size(), &s.positive,
-                          N(0), s.state, Scale(1)...));
-}
-
-TEST(Haar, EvaluationChecks) {
-  checkEvaluation(NAMED(zebiApplyHaarClassifier_32f_C1R));
-  checkEvaluation(NAMED(zebiApplyHaarClassifier_32s32f_C1R));
-  checkEvaluation(NAMED(zebiApplyHaarClassifier_32s_C1RSfs));
-  checkEvaluation(NAMED(zebiApplyMixedHaarClassifier_32f_C1R));
-  checkEvaluation(NAMED(zebiApplyMixedHaarClassifier_32s32f_C1R));
-  checkEvaluation(NAMED(zebiApplyMixedHaarClassifier_32s_C1RSfs));
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include "feature/drawing.h"
 #include "support/compare.h"
-#include "support/contract.h"
 
 namespace {
 
@@ -81,46 +80,33 @@ TEST(HoughLine, StepBelowTheWidth) {
   for (int i = 0; i < count; ++i) EXPECT_TRUE(same(lines[i].x, want[i].x) && same(lines[i].y, want[i].y));
 }
 
-TEST(HoughLine, Checks) {
+TEST(HoughLine, RefusesItsOwnArguments) {
   const Image<Zeb8u> src(20, 10, 1, {});
-  ZebiPoint_32f lines[4], region[2] = {{-9, 0}, {9, 2}}, inverted[2] = {{-9, 2}, {9, 1}},
-                          strange[2] = {{-9, NAN}, {9, 1}};
-  int count = 0;
+  ZebiPoint_32f lines[4];
+  int count = 0, size = 0;
   Scratch scratch(9000);
-  const ZebiPoint_32f delta = {1.0f, 0.1f};
-  const auto faults = [&](auto& c, auto at) {
-    constexpr bool whole = decltype(at)::value;
-    constexpr size_t d = whole ? 3 : 7, threshold = whole ? 4 : 8, most = whole ? 6 : 5;
-    if constexpr (whole)
-      c.template nulls<0, 5, 7, 8>();
-    else
-      c.template nulls<0, 3, 6, 9, 4>();
-    c.template with<1>(0, zebStsErrStep).template with<1>(-20, zebStsErrStep).template sizes<2>();
-    c.template with<most>(0, zebStsErrSize);
-    for (const ZebiPoint_32f bad :
-         {ZebiPoint_32f{0, 0.1f}, {-1, 0.1f}, {30.5f, 0.1f}, {1, 0}, {1, 3.1416f}, {NAN, 0.1f}, {1, NAN}})
-      c.template with<d>(bad, zebStsErrBadArgument);
-    c.template with<threshold>(0, zebStsErrBadArgument);
-    if constexpr (!whole) c.template with<4>(inverted, zebStsErrRange).template with<4>(strange, zebStsErrRange);
-    c.template with<d>(ZebiPoint_32f{1e-30f, 0.1f}, zebStsErrOverflow);
-    c.template with<d>(ZebiPoint_32f{1, 1e-30f}, zebStsErrOverflow);
-    c.check();
+  const auto find = [&](ZebiPoint_32f delta, int threshold, int most, ZebiPoint_32f from, ZebiPoint_32f to) {
+    ZebiPoint_32f region[] = {from, to};
+    const ZebStatus status =
+        zebiHoughLine_8u32f_C1R(src.pixels(), 20, {20, 10}, delta, threshold, lines, most, &count, scratch.get());
+    const ZebStatus inRegion = zebiHoughLine_Region_8u32f_C1R(src.pixels(), 20, {20, 10}, lines, region, most, &count,
+                                                              delta, threshold, scratch.get());
+    EXPECT_EQ(status, inRegion == zebStsErrRange ? zebStsOk : inRegion);
+    return inRegion;
   };
-  Contract whole(NAMED(zebiHoughLine_8u32f_C1R), src.pixels(), src.step(), src.size(), delta, 3, lines, 4, &count,
-                 scratch.get());
-  faults(whole, std::true_type());
-  Contract part(NAMED(zebiHoughLine_Region_8u32f_C1R), src.pixels(), src.step(), src.size(), lines, region, 4, &count,
-                delta, 3, scratch.get());
-  faults(part, std::false_type());
-  int size = 0;
-  Contract(NAMED(zebiHoughLineGetSize_8u_C1R), ZebiSize{20, 10}, delta, 4, &size)
-      .nulls<3>()
-      .sizes<0>()
-      .with<1>(ZebiPoint_32f{0, 1}, zebStsErrBadArgument)
-      .with<1>(ZebiPoint_32f{1, NAN}, zebStsErrBadArgument)
-      .with<2>(0x7FFFFFFF, zebStsErrOverflow)
-      .with<0>(ZebiSize{0x7FFFFFFF, 0x7FFFFFFF}, zebStsErrOverflow)
-      .check();
+  const ZebiPoint_32f delta = {1, 0.1f}, from = {-9, 0}, to = {9, 2};
+  EXPECT_EQ(find(delta, 0, 0, to, from), zebStsErrSize);
+  for (const ZebiPoint_32f bad :
+       {ZebiPoint_32f{0, 0.1f}, {-1, 0.1f}, {30.5f, 0.1f}, {1, 0}, {1, 3.1416f}, {NAN, 0.1f}, {1, NAN}})
+    EXPECT_EQ(find(bad, 3, 4, to, from), zebStsErrBadArgument);
+  EXPECT_EQ(find(delta, 0, 4, to, from), zebStsErrBadArgument);
+  EXPECT_EQ(find(delta, 3, 4, {-9, 2}, {9, 1}), zebStsErrRange);
+  EXPECT_EQ(find(delta, 3, 4, {-9, NAN}, to), zebStsErrRange);
+  for (const ZebiPoint_32f fine : {ZebiPoint_32f{1e-30f, 0.1f}, {1, 1e-30f}})
+    EXPECT_EQ(find(fine, 3, 4, from, to), zebStsErrOverflow);
+  EXPECT_EQ(zebiHoughLineGetSize_8u_C1R({20, 10}, {1, NAN}, 4, &size), zebStsErrBadArgument);
+  EXPECT_EQ(zebiHoughLineGetSize_8u_C1R({20, 10}, delta, INT32_MAX, &size), zebStsErrOverflow);
+  EXPECT_EQ(zebiHoughLineGetSize_8u_C1R({INT32_MAX, INT32_MAX}, delta, 4, &size), zebStsErrOverflow);
 }
 
 // ---- Probabilistic ----
@@ -194,36 +180,23 @@ TEST(HoughProbLine, SpecLayout) {
   }
 }
 
-TEST(HoughProbLine, Checks) {
-  const ZebiPoint_32f delta = {1.0f, 0.1f};
+TEST(HoughProbLine, RefusesItsOwnArguments) {
+  const ZebiPoint_32f delta = {1, 0.1f};
   const Image<Zeb8u> src(Plane<Zeb8u>(20, 10, 1, 0), {});
   Probabilistic p({20, 10}, delta);
   ZebiRect rects[4];
-  int count = 0, specSize = 0, size = 0;
-  Contract(NAMED(zebiHoughProbLine_8u32f_C1R), src.pixels(), src.step(), src.size(), 3, 2, 1, rects, 4, &count,
-           p.scratch.get(), p.get())
-      .nulls<0, 6, 8, 9, 10>()
-      .sizes<2>()
-      .with<7>(0, zebStsErrSize)
-      .with<3>(0, zebStsErrBadArgument)
-      .with<4>(-1, zebStsErrBadArgument)
-      .with<5>(-1, zebStsErrBadArgument)
-      .with<2>(ZebiSize{0x7FFFFFFF, 0x7FFFFFFF}, zebStsErrOverflow)
-      .check();
-  Contract(NAMED(zebiHoughProbLineGetSize_8u_C1R), ZebiSize{20, 10}, delta, &specSize, &size)
-      .nulls<2, 3>()
-      .sizes<0>()
-      .with<1>(ZebiPoint_32f{0, 1}, zebStsErrBadArgument)
-      .with<1>(ZebiPoint_32f{1, -1}, zebStsErrBadArgument)
-      .with<1>(ZebiPoint_32f{1e-20f, 1}, zebStsErrOverflow)
-      .with<1>(ZebiPoint_32f{1, 1e-20f}, zebStsErrOverflow)
-      .check();
-  Contract(NAMED(zebiHoughProbLineInit_8u32f_C1R), ZebiSize{20, 10}, delta, 0, p.get())
-      .sizes<0>()
-      .with<1>(ZebiPoint_32f{0, 1}, zebStsErrBadArgument)
-      .with<1>(ZebiPoint_32f{1, NAN}, zebStsErrBadArgument)
-      .nulls<3>()
-      .check();
+  int count = 0, spec = 0, size = 0;
+  const auto find = [&](ZebiSize region, int threshold, int length, int gap, int most) {
+    return zebiHoughProbLine_8u32f_C1R(src.pixels(), 20, region, threshold, length, gap, rects, most, &count,
+                                       p.scratch.get(), p.get());
+  };
+  EXPECT_EQ(find({20, 10}, 0, 2, 1, 0), zebStsErrSize);
+  EXPECT_EQ(find({20, 10}, 0, 2, 1, 4), zebStsErrBadArgument);
+  EXPECT_EQ(find({20, 10}, 3, -1, 1, 4), zebStsErrBadArgument);
+  EXPECT_EQ(find({20, 10}, 3, 2, -1, 4), zebStsErrBadArgument);
+  EXPECT_EQ(find({INT32_MAX, INT32_MAX}, 3, 2, 1, 4), zebStsErrOverflow);
+  for (const ZebiPoint_32f fine : {ZebiPoint_32f{1e-20f, 1}, {1, 1e-20f}})
+    EXPECT_EQ(zebiHoughProbLineGetSize_8u_C1R({20, 10}, fine, &spec, &size), zebStsErrOverflow);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // Local peaks.
-#include "support/contract.h"
-#include "support/image.h"
+#include "support/compare.h"
 
 namespace {
 
@@ -37,33 +36,23 @@ TEST(FindPeaks, EndsOfTheTypes) {
   EXPECT_EQ(peaksOf(zebiFindPeaks3x3_32f_C1R, close, 0.0f), outer);
 }
 
-template <class T>
-void contract(const char* name, Find<T> find) {
-  const Image<T> src(9, 7, 1, {});
-  int count = 0;
+TEST(FindPeaks, RefusesItsOwnArguments) {
+  const Image<Zeb32f> src(9, 7, 1, {});
   ZebiPoint peaks[4];
+  int count = 0, size = -1;
   Scratch scratch(1000);
-  Contract c(name, find, src.pixels(), src.step(), ZebiSize{9, 7}, T(0), peaks, 4, &count, int(zebiNormInf), 1,
-             scratch.get());
-  c.template nulls<0, 4, 6, 9>().template sizes<2>().template with<5>(0, zebStsErrSize);
-  c.template with<8>(0, zebStsErrSize).template with<8>(4, zebStsErrSize).template with<8>(0x7FFFFFFF, zebStsErrSize);
-  c.template step<1>(36, 4).template hostile<2>().template multiple<1>(4).template with<7>(2, zebStsErrBadArgument);
-  c.check();
-  EXPECT_EQ(find(src.pixels(), src.step(), {8, 7}, T(0), peaks, 4, &count, zebiNormL1, 3, scratch.get()), zebStsOk);
-}
-
-TEST(FindPeaks, Checks) {
-  contract<Zeb32f>("zebiFindPeaks3x3_32f_C1R", zebiFindPeaks3x3_32f_C1R);
-  contract<Zeb32s>("zebiFindPeaks3x3_32s_C1R", zebiFindPeaks3x3_32s_C1R);
-  for (auto function : {zebiFindPeaks3x3GetBufferSize_32f_C1R, zebiFindPeaks3x3GetBufferSize_32s_C1R}) {
-    int size = -1;
-    EXPECT_EQ(function(0, nullptr), zebStsErrNullPointer);
-    EXPECT_EQ(function(0, &size), zebStsErrSize);
-    EXPECT_EQ(function(0x7FFFFFFF, &size), zebStsErrOverflow);
-    EXPECT_EQ(size, -1);
-    EXPECT_EQ(function(17, &size), zebStsOk);
-    EXPECT_EQ(size, 5 * 128 + 32);
-  }
+  const auto find = [&](int most, int norm, int border) {
+    return zebiFindPeaks3x3_32f_C1R(src.pixels(), src.step(), {9, 7}, 0, peaks, most, &count, norm, border,
+                                    scratch.get());
+  };
+  EXPECT_EQ(find(4, zebiNormL1, 3), zebStsOk);
+  for (const int border : {0, 4, INT32_MAX}) EXPECT_EQ(find(4, 2, border), zebStsErrSize);
+  EXPECT_EQ(find(0, 2, 1), zebStsErrSize);
+  EXPECT_EQ(find(4, 2, 1), zebStsErrBadArgument);
+  EXPECT_EQ(zebiFindPeaks3x3GetBufferSize_32f_C1R(INT32_MAX, &size), zebStsErrOverflow);
+  EXPECT_EQ(size, -1);
+  EXPECT_EQ(zebiFindPeaks3x3GetBufferSize_32f_C1R(17, &size), zebStsOk);
+  EXPECT_EQ(size, 5 * 128 + 32);
 }
 
 }  // namespace

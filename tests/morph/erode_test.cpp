@@ -1,7 +1,5 @@
 #include "reference/morph.h"
 #include "support/compare.h"
-#include "support/contract.h"
-#include "support/zebcore_double.h"
 
 namespace {
 
@@ -10,47 +8,18 @@ using ref::Element;
 using ref::Plane;
 
 template <class T>
-struct BorderFunctions {
-  const char* name;
-  int channels;
-  decltype(&zebiMorphologyBorderGetSize_8u_C1R) getSize;
-  decltype(&zebiMorphologyBorderInit_8u_C1R) init;
-  ZebStatus (*erode)(const T*, int, T*, int, ZebiSize, ZebiBorderType, T, const ZebiMorphState*, Zeb8u*);
-  ZebStatus (*dilate)(const T*, int, T*, int, ZebiSize, ZebiBorderType, T, const ZebiMorphState*, Zeb8u*);
-};
-#define BORDER_FUNCTIONS(s, channels)                                                                 \
-  {                                                                                                   \
-#s, channels, zebiMorphologyBorderGetSize_##s, zebiMorphologyBorderInit_##s, zebiErodeBorder_##s, \
-        zebiDilateBorder_##s                                                                          \
-  }
-const BorderFunctions<Zeb8u> border8u[] = {BORDER_FUNCTIONS(8u_C1R, 1), BORDER_FUNCTIONS(8u_C3R, 3),
-                                           BORDER_FUNCTIONS(8u_C4R, 4)};
-const BorderFunctions<Zeb16u> border16u = BORDER_FUNCTIONS(16u_C1R, 1);
-const BorderFunctions<Zeb16s> border16s = BORDER_FUNCTIONS(16s_C1R, 1);
-const BorderFunctions<Zeb32f> border32f[] = {BORDER_FUNCTIONS(32f_C1R, 1), BORDER_FUNCTIONS(32f_C3R, 3),
-                                             BORDER_FUNCTIONS(32f_C4R, 4)};
-const BorderFunctions<Zeb8u> border1u = BORDER_FUNCTIONS(1u_C1R, 1);
-
+using Call = ZebStatus (*)(const T*, int, T*, int, ZebiSize, ZebiBorderType, ZebiMorphState*);
 template <class T>
-struct OwningFunctions {
+struct Functions {
   const char* name;
   int channels;
-  decltype(&zebiMorphologyGetSize_8u_C1R) getSize;
-  decltype(&zebiMorphologyInit_8u_C1R) init;
   decltype(&zebiMorphologyInitAlloc_8u_C1R) initAlloc;
-  decltype(&zebiMorphologyBorderInit_8u_C1R) borderInit;
-  ZebStatus (*erode)(const T*, int, T*, int, ZebiSize, ZebiBorderType, ZebiMorphState*);
-  ZebStatus (*dilate)(const T*, int, T*, int, ZebiSize, ZebiBorderType, ZebiMorphState*);
+  Call<T> erode, dilate;
 };
-#define OWNING_FUNCTIONS(s, channels)                                                             \
-  {                                                                                               \
-#s, channels, zebiMorphologyGetSize_##s, zebiMorphologyInit_##s, zebiMorphologyInitAlloc_##s, \
-        zebiMorphologyBorderInit_##s, zebiErodeBorderReplicate_##s, zebiDilateBorderReplicate_##s \
-  }
-const OwningFunctions<Zeb8u> owning8u[] = {OWNING_FUNCTIONS(8u_C1R, 1), OWNING_FUNCTIONS(8u_C3R, 3),
-                                           OWNING_FUNCTIONS(8u_C4R, 4)};
-const OwningFunctions<Zeb32f> owning32f[] = {OWNING_FUNCTIONS(32f_C1R, 1), OWNING_FUNCTIONS(32f_C3R, 3),
-                                             OWNING_FUNCTIONS(32f_C4R, 4)};
+#define FUNCTIONS(s, channels) \
+  { #s, channels, zebiMorphologyInitAlloc_##s, zebiErodeBorderReplicate_##s, zebiDilateBorderReplicate_##s }
+const Functions<Zeb8u> bytes = FUNCTIONS(8u_C1R, 1);
+const Functions<Zeb32f> floats = FUNCTIONS(32f_C4R, 4);
 
 ZebiMorphState* stateIn(const Scratch& memory) {
   return reinterpret_cast<ZebiMorphState*>(memory.get());
@@ -68,7 +37,7 @@ Element maskOf(int width, int height, Set set) {
 }
 
 template <class T>
-void checkLarge(const OwningFunctions<T>& f, const Element& e, ZebiSize roi, bool lowest) {
+void checkLarge(const Functions<T>& f, const Element& e, ZebiSize roi, bool lowest) {
   Random random;
   const Image<T> src(roi.width, roi.height, f.channels, {}, Content::noise, random);
   const Image<T> dst(roi.width, roi.height, f.channels, {});
@@ -86,7 +55,7 @@ void checkLarge(const OwningFunctions<T>& f, const Element& e, ZebiSize roi, boo
 
 // Regions much wider and much narrower than a disc; rectangles larger than the region and in a high one.
 TEST(Erode, LargeMasks) {
-  const auto& f = owning8u[0];
+  const auto& f = bytes;
   const Element disc = maskOf(45, 45, [](int x, int y) { return (x - 22) * (x - 22) + (y - 22) * (y - 22) <= 484; });
   checkLarge(f, disc, {1500, 9}, true);
   checkLarge(f, disc, {3, 50}, true);
@@ -97,7 +66,7 @@ TEST(Erode, LargeMasks) {
 // So many bytes to a row that the rows of the mask go through the cache in three strips of columns: element by element,
 // and by two run lengths.
 TEST(Erode, StripsOfColumns) {
-  const auto& f = owning32f[2];
+  const auto& f = floats;
   const Element diagonal = maskOf(45, 45, [](int x, int y) { return x == y && x % 4 == 0; });
   const Element plus = maskOf(61, 31, [](int x, int y) { return (y >= 10 && y <= 20) || (x >= 20 && x <= 40); });
   for (bool lowest : {true, false}) {
@@ -281,124 +250,22 @@ TEST(Erode, Infinities) {
     }
 }
 
-// ---- Checks ----
-
-// Memory that holds no state: all zeros or all ones, and so no width that a region could have.
-alignas(16) Zeb8u zeros[128], ones[128];
-ZebiMorphState* noState(bool zero) {
-  memset(ones, 0xFF, sizeof ones);
-  return reinterpret_cast<ZebiMorphState*>(zero ? zeros : ones);
-}
-
-template <class T>
-void checkBorderContract(const BorderFunctions<T>& f) {
-  constexpr int w = 21, e = sizeof(T);
-  SCOPED_TRACE(f.name);
-  const bool bits = f.getSize == zebiMorphologyBorderGetSize_1u_C1R;
-  const int row = bits ? 3 : w * f.channels * e;
-  Random random;
-  const Image<T> src(w + 8, 4, f.channels, {}, Content::noise, random);
-  Image<T> dst(w + 8, 4, f.channels, {});
+// A state is for rows of its width at most.
+TEST(Erode, WiderThanTheState) {
   const Zeb8u mask[] = {1, 0, 1, 1};
-  int specSize = 0, bufferSize = 0;
-  Contract("GetSize", f.getSize, w, ZebiSize{2, 2}, &specSize, &bufferSize)
-      .template nulls<2, 3>()
-      .template with<0>(0, zebStsErrSize)
-      .template sizes<1>()
-      .check();
-  ASSERT_EQ(f.getSize(w, {2, 2}, &specSize, &bufferSize), zebStsOk);
-  const Scratch spec(specSize), buffer(bufferSize);
-  Contract("Init", f.init, w, mask, ZebiSize{2, 2}, stateIn(spec), buffer.get())
-      .template nulls<1, 3, 4>()
-      .template with<0>(-1, zebStsErrSize)
-      .template sizes<2>()
-      .check();
-  ASSERT_EQ(f.init(w, mask, {2, 2}, stateIn(spec), buffer.get()), zebStsOk);
-  const bool is16u = f.init == zebiMorphologyBorderInit_16u_C1R;
-  int otherSize = 0, otherBuffer = 0;
-  ASSERT_EQ(zebiMorphologyBorderGetSize_16u_C1R(w, {2, 1}, &otherSize, &otherBuffer), zebStsOk);
-  const Scratch other(otherSize);
-  ASSERT_EQ((is16u ? zebiMorphologyBorderInit_16s_C1R : zebiMorphologyBorderInit_16u_C1R)(w, mask, {2, 1},
-                                                                                          stateIn(other), buffer.get()),
-            zebStsOk);
-  for (const auto function : {f.erode, f.dilate}) {
-    Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, 3}, zebBorderRepl,
-               T(0), stateIn(spec), buffer.get());
-    c.template nulls<0, 2, 7, 8>().template sizes<4>().template step<1>(row, e).template step<3>(row, e);
-    if (!bits) c.template hostile<4>();
-    if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
-    for (ZebiBorderType border : {0, 2, 3, 4, 0x10, 0xF0, 0x17}) c.template with<5>(border, zebStsErrBorder);
-    c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
-    for (bool zero : {true, false}) c.template with<7>(noState(zero), zebStsErrSize, "no state");
-    c.template with<7>(stateIn(other), zebStsErrContextMatch, "of other elements");
-    c.check();
-  }
-}
-
-template <class T>
-void checkOwningContract(const OwningFunctions<T>& f) {
-  constexpr int w = 21, e = sizeof(T);
-  SCOPED_TRACE(f.name);
-  const int row = w * f.channels * e;
-  const Image<T> src(w + 8, 4, f.channels, {});
-  Image<T> dst(w + 8, 4, f.channels, {});
-  const Zeb8u mask[] = {1, 0, 1, 1};
-  int size = 0;
-  Contract("GetSize", f.getSize, w, mask, ZebiSize{2, 2}, &size)
-      .template nulls<1, 3>()
-      .template with<0>(0, zebStsErrSize)
-      .template sizes<2>()
-      .check();
-  ASSERT_EQ(f.getSize(w, mask, {2, 2}, &size), zebStsOk);
-  const Scratch memory(size);
-  const ZebiPoint off[] = {{-1, 0}, {2, 0}, {0, -1}, {0, 2}};
-  Contract init("Init", f.init, w, mask, ZebiSize{2, 2}, ZebiPoint{1, 1}, stateIn(memory));
-  init.template nulls<1>().template with<0>(0, zebStsErrSize).template sizes<2>();
-  for (ZebiPoint p : off) init.template with<3>(p, zebStsErrAnchor);
-  init.template nulls<4>().check();
-  ZebiMorphState* allocated = nullptr;
-  Contract initAlloc("InitAlloc", f.initAlloc, w, mask, ZebiSize{2, 2}, ZebiPoint{1, 1}, &allocated);
-  initAlloc.template nulls<1, 4>().template with<0>(0, zebStsErrSize).template sizes<2>();
-  for (ZebiPoint p : off) initAlloc.template with<3>(p, zebStsErrAnchor);
-  initAlloc.check();
-  EXPECT_EQ(zebiMorphologyFree(allocated), zebStsOk);
-  // In the caller's memory nothing is allocated, neither for run lengths nor for tables.
-  zebcore().reset();
-  for (ZebiPoint anchor : {ZebiPoint{0, 1}, {1, 1}})
-    ASSERT_EQ(f.init(w, mask, {2, 2}, anchor, stateIn(memory)), zebStsOk);
-  EXPECT_EQ(zebcore().mallocCalls, 0);
-  const bool isC4 = f.init == zebiMorphologyInit_32f_C4R;
-  int specSize = 0, bufferSize = 0;
-  ASSERT_EQ(zebiMorphologyBorderGetSize_32f_C4R(w, {2, 2}, &specSize, &bufferSize), zebStsOk);
-  const Scratch other(specSize), scratchless(specSize), buffer(bufferSize);
-  ASSERT_EQ((isC4 ? zebiMorphologyInit_32f_C3R : zebiMorphologyInit_32f_C4R)(w, mask, {2, 2}, {0, 0}, stateIn(other)),
-            zebStsOk);
-  ASSERT_EQ(f.borderInit(w, mask, {2, 2}, stateIn(scratchless), buffer.get()), zebStsOk);
-  for (const auto function : {f.erode, f.dilate}) {
-    Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), ZebiSize{w, 3}, zebBorderRepl,
-               stateIn(memory));
-    c.template nulls<0, 2, 6>().template sizes<4>().template step<1>(row, e).template step<3>(row, e);
-    c.template hostile<4>();
-    if (e > 1) c.template multiple<1>(e).template multiple<3>(e);
-    for (ZebiBorderType border : {0, 6, 0x11}) c.template with<5>(border, zebStsErrBadArgument);
-    c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize, "wider than the state");
-    for (bool zero : {true, false}) c.template with<6>(noState(zero), zebStsErrSize, "no state");
-    c.template with<6>(stateIn(other), zebStsErrContextMatch, "of other elements");
-    c.template with<6>(stateIn(scratchless), zebStsErrContextMatch, "of the border interface");
-    c.check();
-  }
-}
-
-TEST(Erode, Checks) {
-  for (const auto& f : border8u) checkBorderContract(f);
-  checkBorderContract(border16u);
-  checkBorderContract(border16s);
-  for (const auto& f : border32f) checkBorderContract(f);
-  checkBorderContract(border1u);
-  for (const auto& f : owning8u) checkOwningContract(f);
-  for (const auto& f : owning32f) checkOwningContract(f);
-  EXPECT_EQ(zebiMorphologyFree(nullptr), zebStsErrNullPointer);
-  for (bool zero : {true, false}) EXPECT_EQ(zebiMorphologyFree(noState(zero)), zebStsErrContextMatch);
+  const Image<Zeb8u> image(22, 3, 1, {});
+  ZebiMorphState* state = nullptr;
+  ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(21, mask, {2, 2}, {1, 1}, &state), zebStsOk);
+  for (const auto call : {bytes.erode, bytes.dilate})
+    EXPECT_EQ(call(image.pixels(), 22, image.pixels(), 22, {22, 3}, zebBorderRepl, state), zebStsErrSize);
+  EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
+  int spec = 0, buffer = 0;
+  ASSERT_EQ(zebiMorphologyBorderGetSize_1u_C1R(21, {2, 2}, &spec, &buffer), zebStsOk);
+  const Scratch packed(spec), scratch(buffer);
+  ASSERT_EQ(zebiMorphologyBorderInit_1u_C1R(21, mask, {2, 2}, stateIn(packed), scratch.get()), zebStsOk);
+  for (const auto call : {zebiErodeBorder_1u_C1R, zebiDilateBorder_1u_C1R})
+    EXPECT_EQ(call(image.pixels(), 22, image.pixels(), 22, {22, 3}, zebBorderRepl, 0, stateIn(packed), scratch.get()),
+              zebStsErrSize);
 }
 
 }  // namespace

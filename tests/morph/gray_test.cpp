@@ -1,7 +1,6 @@
 #include "reference/gray.h"
 
 #include "support/compare.h"
-#include "support/contract.h"
 
 namespace {
 
@@ -55,60 +54,23 @@ TEST(MorphGray, LargeMasks) {
   checkLarge(f32f);
 }
 
-template <class T, class W>
-void checkContract(const Functions<T, W>& f) {
-  constexpr int w = 13, e = sizeof(T);
-  SCOPED_TRACE(f.name);
-  const Image<T> src(w + 4, 6, 1, {});
-  Image<T> dst(w + 4, 6, 1, {});
-  const W weights[] = {1, 2, 3, 4, 5, 6};
-  const ZebiSize roi{w, 4}, mask{3, 2};
+// The words of a state, and regions that it is not for.
+TEST(MorphGray, StateHeader) {
+  const Zeb32s weights[] = {1, 2, 3, 4, 5, 6};
   int size = 0;
-  Contract("MorphGrayGetSize", f.getSize, roi, weights, mask, &size)
-      .template nulls<1, 3>()
-      .template sizes<0>()
-      .template sizes<2>()
-      .template with<2>(ZebiSize{0x7FFFFFFF, 0x7FFFFFFF}, zebStsErrOverflow, "hostile mask")
-      .check();
+  ASSERT_EQ(zebiMorphGrayGetSize_8u_C1R({13, 4}, weights, {3, 2}, &size), zebStsOk);
   EXPECT_EQ(size, 4 * 3 * 2 + 28);
-  const Scratch memory(size);
-  auto* state = reinterpret_cast<ZebiMorphGrayState*>(memory.get());
-  const auto checkInit = [](auto contract) {
-    contract.template nulls<0, 2>()
-        .template sizes<1>()
-        .template sizes<3>()
-        .template with<4>(ZebiPoint{3, 0}, zebStsErrAnchor)
-        .template with<4>(ZebiPoint{0, 2}, zebStsErrAnchor)
-        .template with<4>(ZebiPoint{-1, 0}, zebStsErrAnchor)
-        .check();
-  };
-  checkInit(Contract("MorphGrayInit", f.init, state, roi, weights, mask, ZebiPoint{2, 0}));
-  ZebiMorphGrayState* allocated = nullptr;
-  checkInit(Contract("MorphGrayInitAlloc", f.initAlloc, &allocated, roi, weights, mask, ZebiPoint{2, 0}));
-  EXPECT_EQ(f.release(allocated), zebStsOk);
-  EXPECT_EQ(f.release(nullptr), zebStsErrNullPointer);
+  EXPECT_EQ(zebiMorphGrayGetSize_8u_C1R({13, 4}, weights, {INT32_MAX, INT32_MAX}, &size), zebStsErrOverflow);
+  ZebiMorphGrayState* state = nullptr;
+  ASSERT_EQ(zebiMorphGrayInitAlloc_8u_C1R(&state, {13, 4}, weights, {3, 2}, {2, 0}), zebStsOk);
   const unsigned* words = reinterpret_cast<const unsigned*>(state);
-  const unsigned head[] = {3, 2, 2, 0, w, 4};
+  const unsigned head[] = {3, 2, 2, 0, 13, 4};
   for (int i = 0; i < 6; ++i) EXPECT_EQ(words[1 + i], head[i]);
   EXPECT_EQ(memcmp(reinterpret_cast<const void*>(words[0]), weights, sizeof weights), 0);
-
-  const Scratch elsewhere(size);
-  auto* moved = reinterpret_cast<ZebiMorphGrayState*>(elsewhere.get());
-  memcpy(moved, state, static_cast<size_t>(size));
-  EXPECT_EQ(f.release(moved), zebStsErrContextMatch);
-  for (const auto function : {f.erode, f.dilate}) {
-    Contract c(f.name, function, src.pixels(), src.step(), dst.pixels(), dst.step(), roi, zebBorderRepl, state);
-    c.template nulls<0, 2, 6>().template sizes<4>().template step<1>(e * w).template step<3>(e * w);
-    c.template hostile<4>();
-    for (ZebiBorderType border : {0, 6, 0x11}) c.template with<5>(border, zebStsErrBadArgument);
-    c.template with<4>(ZebiSize{w + 1, 3}, zebStsErrSize).template with<4>(ZebiSize{w, 5}, zebStsErrSize);
-    c.template with<6>(moved, zebStsErrContextMatch, "moved state").check();
-  }
-}
-
-TEST(MorphGray, Checks) {
-  checkContract(f8u);
-  checkContract(f32f);
+  Zeb8u pixels[70];
+  for (const ZebiSize wide : {ZebiSize{14, 3}, ZebiSize{13, 5}})
+    EXPECT_EQ(zebiGrayErodeBorder_8u_C1R(pixels, 14, pixels, 14, wide, zebBorderRepl, state), zebStsErrSize);
+  EXPECT_EQ(zebiMorphGrayFree_8u_C1R(state), zebStsOk);
 }
 
 }  // namespace

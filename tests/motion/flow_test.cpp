@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
+
+#include <gtest/gtest.h>
 
 #include "motion/image_pair.h"
-#include "support/contract.h"
 #include "tracker.h"
 
 namespace {
@@ -152,43 +154,34 @@ TEST(OpticalFlow, RoundsWithoutEnd) {
   }
 }
 
-template <class T>
-void checkOrder(const Tracker<T>& tracker) {
+TEST(OpticalFlow, RefusesItsOwnArguments) {
   Random random;
-  Pair<T> pair(20, 20, 1, 0, 0, random), holes(20, 20, 1, 0, 0, random);
-  holes.pyramids[0]->pImage[1] = nullptr;
+  Pair<Zeb8u> pair(20, 20, 1, 0, 0, random);
   ZebiOptFlowPyrLKState* state = nullptr;
-  Contract("InitAlloc", tracker.make, &state, ZebiSize{20, 20}, 5, 0)
-      .template nulls<0>()
-      .template sizes<1>()
-      .template with<2>(-1, zebStsErrSize)
-      .template with<1>(ZebiSize{0x7FFFFFFF, 0x7FFFFFFF}, zebStsErrMemAlloc)
-      .template with<2>(0x7FFFFFFF, zebStsErrMemAlloc)
-      .check();
   const ZebiPoint_32f prev = {10, 10};
   ZebiPoint_32f next = {10, 10};
-  Zeb8s status = 0;
+  Zeb8s lost = 0;
   Zeb32f error = 0;
-  Contract("track", tracker.track, pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, 5, 1, 3, 0.1f,
-           state)
-      .template nulls<0, 1, 11, 2, 3, 4, 5>()
-      .template with<6>(-1, zebStsErrSize)
-      .template with<7>(-1, zebStsErrSize)
-      .template with<7>(6, zebStsErrSize)
-      .template with<8>(-1, zebStsErrBadArgument)
-      .template with<9>(-1, zebStsErrBadArgument)
-      .template with<10>(-0.1f, zebStsErrBadArgument)
-      .template with<8>(2, zebStsErrBadArgument)
-      .template with<0>(holes.pyramids[0], zebStsErrNullPointer)
-      .check();
-  EXPECT_EQ(tracker.release(state), zebStsOk);
-  EXPECT_EQ(tracker.release(nullptr), zebStsErrNullPointer);
-}
-
-TEST(OpticalFlow, ChecksArgumentsInOrder) {
-  checkOrder(bytes);
-  checkOrder(words);
-  checkOrder(floats);
+  for (const auto& [size, window, status] : {std::tuple{ZebiSize{20, 20}, -1, zebStsErrSize},
+                                             {ZebiSize{INT32_MAX, INT32_MAX}, 5, zebStsErrMemAlloc},
+                                             {ZebiSize{20, 20}, INT32_MAX, zebStsErrMemAlloc},
+                                             {ZebiSize{20, 20}, 5, zebStsOk}})
+    EXPECT_EQ(bytes.make(&state, size, window, 0), status);
+  const auto track = [&](int points, int window, int level, int iterations, Zeb32f threshold) {
+    return bytes.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &lost, &error, points, window, level,
+                       iterations, threshold, state);
+  };
+  EXPECT_EQ(track(-1, 5, -1, 3, 0), zebStsErrSize);
+  EXPECT_EQ(track(1, -1, -1, 3, 0), zebStsErrSize);
+  EXPECT_EQ(track(1, 6, -1, 3, 0), zebStsErrSize);
+  EXPECT_EQ(track(1, 5, -1, 3, 0), zebStsErrBadArgument);
+  EXPECT_EQ(track(1, 5, 2, 3, 0), zebStsErrBadArgument);
+  EXPECT_EQ(track(1, 5, 1, -1, 0), zebStsErrBadArgument);
+  EXPECT_EQ(track(1, 5, 1, 3, -0.1f), zebStsErrBadArgument);
+  pair.pyramids[0]->pImage[1] = nullptr;
+  EXPECT_EQ(track(1, 5, 2, 3, 0), zebStsErrBadArgument);
+  EXPECT_EQ(track(1, 5, 1, 3, 0), zebStsErrNullPointer);
+  EXPECT_EQ(bytes.release(state), zebStsOk);
 }
 
 }  // namespace
