@@ -36,11 +36,11 @@ const Departure departures[] = {
     {"zebiHoughProbLineInit_", {zebStsErrSize, zebStsErrBadArgument, zebStsErrNullPointer}},
     {"zebiMorphologyInit_", {zebStsErrSize, zebStsErrAnchor}}};
 // Functions that hold their arguments against what a state says before they look what it is.
-const char* const readStateFirst[] = {
-    "zebiErodeBorder",      "zebiDilateBorder",        "zebiMorphOpenBorder_",     "zebiMorphCloseBorder_",
-    "zebiMorphTophatBorder_", "zebiMorphBlackhatBorder_", "zebiMorphGradientBorder_", "zebiGrayErodeBorder_",
-    "zebiGrayDilateBorder_", "zebiOpticalFlowPyrLK_",   "zebiPyramidLayerDown_",    "zebiPyramidLayerUp_",
-    "zebiTiltHaarFeatures_"};
+const char* const readStateFirst[] = {"zebiErodeBorder",          "zebiDilateBorder",       "zebiMorphOpenBorder_",
+                                      "zebiMorphCloseBorder_",    "zebiMorphTophatBorder_", "zebiMorphBlackhatBorder_",
+                                      "zebiMorphGradientBorder_", "zebiGrayErodeBorder_",   "zebiGrayDilateBorder_",
+                                      "zebiOpticalFlowPyrLK_",    "zebiPyramidLayerDown_",  "zebiPyramidLayerUp_",
+                                      "zebiTiltHaarFeatures_"};
 // Families that take steps of any bytes.
 const char* const takeAnyStep[] = {"zebiGrayErode", "zebiGrayDilate", "zebiMorphReconstruct", "zebiPyramidLayer"};
 

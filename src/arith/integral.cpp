@@ -7,13 +7,47 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/services.h"
+#include "core/shuffle.h"
 #include "core/streaming.h"
+#include "core/widen.h"
 
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+// Sums of neighbouring pixels: lane k holds pixel 2k plus pixel 2k + 1.
+ZEB_INLINE V16s pairSums(V8u a) {
+  return {_mm256_maddubs_epi16(a.v, _mm256_set1_epi8(1))};
+}
+// Every lane becomes the sum of itself and the lanes before it; the sums wrap.
+ZEB_INLINE V32s prefixSum(V32s a) {
+  __m256i s = _mm256_add_epi32(a.v, _mm256_slli_si256(a.v, 4));
+  s = _mm256_add_epi32(s, _mm256_slli_si256(s, 8));
+  // The last sum of the low half goes to every lane of the high half.
+  const __m256i low = _mm256_permute2x128_si256(s, s, 0x08);
+  return {_mm256_add_epi32(s, _mm256_shuffle_epi32(low, 0xFF))};
+}
+ZEB_INLINE V16s prefixSum(V16s a) {
+  __m256i s = _mm256_add_epi16(a.v, _mm256_slli_si256(a.v, 2));
+  s = _mm256_add_epi16(s, _mm256_slli_si256(s, 4));
+  s = _mm256_add_epi16(s, _mm256_slli_si256(s, 8));
+  const __m256i low = _mm256_permute2x128_si256(s, s, 0x08);
+  const __m256i last = _mm256_set1_epi16(0x0F0E);
+  return {_mm256_add_epi16(s, _mm256_shuffle_epi8(low, last))};
+}
+ZEB_INLINE int firstLane(V32s a) {
+  return _mm_cvtsi128_si32(_mm256_castsi256_si128(a.v));
+}
+ZEB_INLINE double firstLane(V64f a) {
+  return _mm256_cvtsd_f64(a.v);
+}
+// The last lane in every lane.
+ZEB_INLINE V32s lastLane(V32s a) {
+  return {_mm256_permutevar8x32_epi32(a.v, _mm256_set1_epi32(7))};
+}
 
 // ---- Row kernels: above and dst point at column 1 of their rows, n is the width ----
 

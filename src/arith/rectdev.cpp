@@ -4,8 +4,9 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/narrow.h"
 #include "core/streaming.h"
+#include "core/widen.h"
 
 namespace {
 

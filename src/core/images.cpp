@@ -2,10 +2,10 @@
 #include <string.h>
 
 #include "core/checks.h"
-#include "core/lanes.h"
 #include "core/loops.h"
 #include "core/services.h"
 #include "core/streaming.h"
+#include "core/widen.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #pragma once
 
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/streaming.h"
+#include "core/widen.h"
 
 namespace zeb {
 

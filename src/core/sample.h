@@ -3,8 +3,9 @@
 
 #include <stdint.h>
 
-#include "core/lanes.h"
 #include "core/scratch.h"
+#include "core/shuffle.h"
+#include "core/widen.h"
 
 namespace zeb {
 

@@ -70,13 +70,6 @@ template <class T>
 ZEB_INLINE Vec<T> load(const T* p) {
   return as<T>(Vec<Zeb8u>{_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))});
 }
-// A load that is made once and kept in a register, where the compiler would fold it into several instructions.
-template <class T>
-ZEB_INLINE Vec<T> loadOnce(const T* p) {
-  Vec<T> a = load(p);
-  __asm__("" : "+x"(a.v));
-  return a;
-}
 template <class T>
 ZEB_INLINE void store(T* p, Vec<T> a) {
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), bits(a.v));
@@ -497,6 +490,13 @@ ZEB_INLINE bool allLanes(Vec<T> mask) {
 // Two masks of eight lanes as one of sixteen.
 ZEB_INLINE V16u narrowMask(V32f a, V32f b) {
   return {_mm256_permute4x64_epi64(_mm256_packs_epi32(bits(a.v), bits(b.v)), 0xD8)};
+}
+
+// The value is needed here: keeps a compiler from forming all terms of a sum before it adds the first two, which takes
+// more registers than there are.
+template <class T>
+ZEB_INLINE void settle(Vec<T>& a) {
+  asm("" : "+x"(a.v));
 }
 
 }  // namespace zeb

@@ -6,10 +6,10 @@
 
 #include "core/checks.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/loops.h"
 #include "core/scratch.h"
 #include "core/services.h"
+#include "core/widen.h"
 #include "filter/border.h"
 
 namespace zeb {

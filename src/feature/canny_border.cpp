@@ -1,6 +1,6 @@
 // The Canny detector on an 8-bit image, which it differentiates itself.
 #include "core/entry.h"
-#include "core/lanes.h"
+#include "core/vec.h"
 #include "feature/canny.h"
 #include "filter/derivative.h"
 

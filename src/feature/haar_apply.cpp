@@ -5,13 +5,21 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/services.h"
+#include "core/widen.h"
 #include "feature/haar_state.h"
 
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+// Whether eight bytes are all 0.
+ZEB_INLINE bool allZero8(const Zeb8u* p) {
+  const __m128i a = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return _mm_testz_si128(a, a);
+}
 
 // Where the corners of a rectangle lie from a pixel, in elements of its table.
 struct Offsets {

@@ -9,7 +9,7 @@
 
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/reduce.h"
 #include "core/scratch.h"
 #include "core/services.h"
 

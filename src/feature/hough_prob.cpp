@@ -3,7 +3,7 @@
 
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/narrow.h"
 #include "core/services.h"
 #include "core/state_id.h"
 #include "feature/hough.h"

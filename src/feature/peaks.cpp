@@ -4,10 +4,10 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/loops.h"
 #include "core/scratch.h"
 #include "core/streaming.h"
+#include "core/widen.h"
 
 namespace {
 

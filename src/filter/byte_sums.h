@@ -4,7 +4,9 @@
 // product of unsigned with signed bytes takes two taps at a time.
 #pragma once
 
-#include "core/lanes.h"
+#include "core/narrow.h"
+#include "core/reduce.h"
+#include "core/shuffle.h"
 #include "filter/separable.h"
 
 namespace zeb {

@@ -11,8 +11,11 @@
 #include <limits>
 #include <type_traits>
 
-#include "core/lanes.h"
+#include "core/narrow.h"
+#include "core/reduce.h"
+#include "core/shuffle.h"
 #include "core/streaming.h"
+#include "core/widen.h"
 
 namespace zeb {
 

@@ -2,7 +2,9 @@
 // and serve both outputs, the upper one under taps (0, 1), (2, 3), ..., the lower one under (-, 0), (1, 2), ...
 #pragma once
 
-#include "core/lanes.h"
+#include "core/narrow.h"
+#include "core/reduce.h"
+#include "core/shuffle.h"
 #include "filter/separable.h"
 
 namespace zeb {

@@ -11,14 +11,41 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/scratch.h"
 #include "core/services.h"
+#include "core/shuffle.h"
 #include "morph/fronts.h"
 
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+// The elements moved up by some bytes (1..16), the first ones taken from the end of the vector before; and moved down,
+// the last ones taken from the start of the vector behind.
+template <int bytes, class T>
+ZEB_INLINE Vec<T> movedUp(Vec<T> a, Vec<T> before) {
+  const __m256i middle = _mm256_permute2x128_si256(bits(before.v), bits(a.v), 0x21);
+  if constexpr (bytes == 16)
+    return as<T>(V8u{middle});
+  else
+    return as<T>(V8u{_mm256_alignr_epi8(bits(a.v), middle, 16 - bytes)});
+}
+template <int bytes, class T>
+ZEB_INLINE Vec<T> movedDown(Vec<T> a, Vec<T> behind) {
+  const __m256i middle = _mm256_permute2x128_si256(bits(a.v), bits(behind.v), 0x21);
+  if constexpr (bytes == 16)
+    return as<T>(V8u{middle});
+  else
+    return as<T>(V8u{_mm256_alignr_epi8(middle, bits(a.v), bytes)});
+}
+// Whether all bits agree.
+template <class T>
+ZEB_INLINE bool identical(Vec<T> a, Vec<T> b) {
+  const __m256i difference = _mm256_xor_si256(bits(a.v), bits(b.v));
+  return _mm256_testz_si256(difference, difference);
+}
 
 // The two directions of growth. grown(p, q): p after taking in q; limited(p, m): p within the mask. p stays as it is
 // where it equals the other value or one of them is not a number: so every change is a step towards the mask, and the

@@ -12,10 +12,10 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/memory.h"
 #include "core/sample.h"
 #include "core/scratch.h"
+#include "core/widen.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <type_traits>
 
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/narrow.h"
 #include "core/sample.h"
 #include "core/scratch.h"
 #include "core/state_id.h"

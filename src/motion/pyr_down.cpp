@@ -5,7 +5,8 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/narrow.h"
+#include "core/reduce.h"
 #include "core/scratch.h"
 #include "core/streaming.h"
 #include "filter/border.h"
@@ -14,6 +15,32 @@
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+// Four pixels of three bytes at each of two places, one per half: bytes of pixels 0 and 1, then of pixels 2 and 3,
+// channel by channel side by side. Sixteen bytes are read at each place; the last four bytes of each half are 0.
+ZEB_INLINE V8u pixelPairs3(const Zeb8u* p, const Zeb8u* q) {
+  const __m256i both = _mm256_set_m128i(_mm_loadu_si128(reinterpret_cast<const __m128i*>(q)),
+                                        _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+  const __m256i order = _mm256_setr_epi8(0, 3, 1, 4, 2, 5, 6, 9, 7, 10, 8, 11, -1, -1, -1, -1,  //
+                                         0, 3, 1, 4, 2, 5, 6, 9, 7, 10, 8, 11, -1, -1, -1, -1);
+  return {_mm256_shuffle_epi8(both, order)};
+}
+// The first six lanes of each half one after the other; two lanes of no meaning are written behind them.
+ZEB_INLINE void storeSixes(Zeb16u* p, V16u a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(a.v));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 6), _mm256_extracti128_si256(a.v, 1));
+}
+// Eight pairs of floats taken apart, lanes in the order 0 1 4 5 2 3 6 7, which joinedHalves() undoes.
+ZEB_INLINE void splitPairs(const Zeb32f* p, V32f& first, V32f& second) {
+  const V32f a = load(p), b = load(p + 8);
+  first = {_mm256_shuffle_ps(a.v, b.v, 0x88)};
+  second = {_mm256_shuffle_ps(a.v, b.v, 0xDD)};
+}
+ZEB_INLINE V32f joinedHalves(V32f a) {
+  return as<Zeb32f>(V8u{inOrder(bits(a.v))});
+}
 
 // ---- Rows: every second pixel of the filtered row ----
 

@@ -8,8 +8,9 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/narrow.h"
 #include "core/scratch.h"
+#include "core/shuffle.h"
 #include "core/streaming.h"
 #include "filter/border.h"
 #include "motion/gauss.h"
@@ -17,6 +18,20 @@
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+// Sixteen bytes with some bits flipped, widened.
+ZEB_INLINE V16s widenedFlipped(const Zeb8u* p, V8u flip) {
+  const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  return {_mm256_cvtepu8_epi16(_mm_xor_si128(a, _mm256_castsi256_si128(flip.v)))};
+}
+// even0 odd0 even1 odd1 ...
+ZEB_INLINE void storeInTurn(Zeb32f* p, V32f even, V32f odd) {
+  const __m256 low = _mm256_unpacklo_ps(even.v, odd.v), high = _mm256_unpackhi_ps(even.v, odd.v);
+  _mm256_storeu_ps(p, _mm256_permute2f128_ps(low, high, 0x20));
+  _mm256_storeu_ps(p + 8, _mm256_permute2f128_ps(low, high, 0x31));
+}
 
 ZEB_INLINE V16s evenSum(V16s a, V16s b, V16s c) {
   return a + c + splat(Zeb16s(6)) * b;

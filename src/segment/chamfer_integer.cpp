@@ -12,12 +12,54 @@
 #include <limits>
 
 #include "core/entry.h"
-#include "core/lanes.h"
+#include "core/widen.h"
 #include "segment/chamfer.h"
 
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+// Elements moved by n places to higher or lower positions; zeros move in.
+template <int n, class T>
+ZEB_INLINE Vec<T> shiftUpInHalves(Vec<T> a) {
+  return as<T>(V8u{_mm256_bslli_epi128(bits(a.v), n * static_cast<int>(sizeof(T)))});
+}
+template <int n, class T>
+ZEB_INLINE Vec<T> shiftDownInHalves(Vec<T> a) {
+  return as<T>(V8u{_mm256_bsrli_epi128(bits(a.v), n * static_cast<int>(sizeof(T)))});
+}
+// The low half in the place of the high one, or the other way round; zeros in the half that is left.
+template <class T>
+ZEB_INLINE Vec<T> lowHalfUp(Vec<T> a) {
+  return as<T>(V8u{_mm256_permute2x128_si256(bits(a.v), bits(a.v), 0x08)});
+}
+template <class T>
+ZEB_INLINE Vec<T> highHalfDown(Vec<T> a) {
+  return as<T>(V8u{_mm256_permute2x128_si256(bits(a.v), bits(a.v), 0x81)});
+}
+// The last or first element of each half, or of the vector, everywhere.
+ZEB_INLINE V8u repeatLastOfHalves(V8u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_set1_epi8(15))};
+}
+ZEB_INLINE V16u repeatLastOfHalves(V16u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_set1_epi16(0x0F0E))};
+}
+ZEB_INLINE V8u repeatFirstOfHalves(V8u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_setzero_si256())};
+}
+ZEB_INLINE V16u repeatFirstOfHalves(V16u a) {
+  return {_mm256_shuffle_epi8(a.v, _mm256_set1_epi16(0x0100))};
+}
+template <class T>
+ZEB_INLINE Vec<T> repeatLast(Vec<T> a) {
+  return repeatLastOfHalves(as<T>(V8u{_mm256_permute4x64_epi64(bits(a.v), 0xFF)}));
+}
+template <class T>
+ZEB_INLINE Vec<T> repeatFirst(Vec<T> a) {
+  return repeatFirstOfHalves(as<T>(V8u{_mm256_permute4x64_epi64(bits(a.v), 0x00)}));
+}
 
 enum class Way { forward, backward };
 

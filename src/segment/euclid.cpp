@@ -12,12 +12,26 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
+#include "core/narrow.h"
 #include "core/scratch.h"
+#include "core/widen.h"
 
 namespace {
 
 using namespace zeb;
+
+// ---- Vectors ----
+
+ZEB_INLINE V32s laneNumbers() {
+  return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)};
+}
+// A lane that holds the least value.
+ZEB_INLINE int laneOfLeast(V32s a) {
+  __m256i m = _mm256_min_epi32(a.v, _mm256_permute2x128_si256(a.v, a.v, 0x01));
+  m = _mm256_min_epi32(m, _mm256_shuffle_epi32(m, 0x4E));
+  m = _mm256_min_epi32(m, _mm256_shuffle_epi32(m, 0xB1));
+  return __builtin_ctz(topBits(equal(a, V32s{m})));
+}
 
 // What an image without features holds: the square root of the largest finite float.
 constexpr Zeb32f noFeature = 0x1.fffffep+63f;

@@ -19,8 +19,8 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
-#include "core/lanes.h"
 #include "core/scratch.h"
+#include "core/vec.h"
 
 namespace {
 

@@ -1,0 +1,44 @@
+// Several elements to one: sums of products of neighbours, and the multiplications that they are made of.
+#pragma once
+
+#include "core/vec.h"
+
+namespace zeb {
+
+// a0 b0 + a1 b1, a2 b2 + a3 b3, ...; exact but for the one sum 2 x 32768 x 32768, which wraps.
+ZEB_INLINE V32s dotPairs(V16s a, V16s b) {
+  return {_mm256_madd_epi16(a.v, b.v)};
+}
+
+// The two elements at p in every pair of lanes.
+ZEB_INLINE V16s splatPair(const Zeb16s* p) {
+  int pair;
+  memcpy(&pair, p, sizeof pair);
+  return {_mm256_set1_epi32(pair)};
+}
+
+ZEB_INLINE V16u operator*(V16u a, V16u b) {
+  return {_mm256_mullo_epi16(a.v, b.v)};
+}
+
+// The upper 16 bits of the products.
+ZEB_INLINE V16u highProduct(V16u a, V16u b) {
+  return {_mm256_mulhi_epu16(a.v, b.v)};
+}
+
+// The same for bytes: unsigned elements of a times signed elements of b, pairs summed with saturation.
+ZEB_INLINE V16s dotPairs(V8u a, V8s b) {
+  return {_mm256_maddubs_epi16(a.v, b.v)};
+}
+
+// Two bytes, the first in the low one, in every pair of lanes.
+ZEB_INLINE V8s splatBytePair(int first, int second) {
+  return {_mm256_set1_epi16(static_cast<short>((first & 0xFF) | (second & 0xFF) << 8))};
+}
+
+// a b / 32768 to the nearest integer, ties upwards.
+ZEB_INLINE V16s roundedHighProduct(V16s a, V16s b) {
+  return {_mm256_mulhrs_epi16(a.v, b.v)};
+}
+
+}  // namespace zeb
