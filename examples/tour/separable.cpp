@@ -1,7 +1,7 @@
 // Separable filters: smoothing, derivatives, and what the border rules put beside a row.
 #include <cmath>
 
-#include "filter/border.h"
+#include "filter/border_rules.h"
 #include "tour.h"
 
 namespace tour {
