@@ -27,17 +27,6 @@ constexpr ZebStatus hasArea(ZebiSize size) {
   return size.width >= 1 && size.height >= 1 ? zebStsOk : zebStsErrSize;
 }
 
-// Bytes of a row of pixels, in 64 bits so that no width can wrap.
-template <class T, int channels = 1>
-constexpr int64_t rowBytes(int width) {
-  return static_cast<int64_t>(width) * channels * static_cast<int64_t>(sizeof(T));
-}
-
-template <class T, int channels = 1>
-constexpr ZebStatus holdsRow(int step, int width) {
-  return step >= rowBytes<T, channels>(width) ? zebStsOk : zebStsErrStep;
-}
-
 template <class T>
 constexpr ZebStatus wholeElements(int step) {
   return step % static_cast<int>(sizeof(T)) == 0 ? zebStsOk : zebStsErrNotEvenStep;

@@ -8,6 +8,10 @@ namespace {
 // Up to this many rows are combined directly.
 constexpr int64_t directRows = 8;
 
+// Strips of columns are so wide that what is read again stays in the second cache: the source rows and lines of direct
+// combination, or the suffixes and source rows of running blocks; and no narrower than this many pixels.
+constexpr int64_t bytesOfDirectRows = 200 << 10, bytesOfBlocks = 384 << 10, leastColumns = 256;
+
 int64_t clamped(int64_t v, int64_t low, int64_t high) {
   return v < low ? low : v > high ? high : v;
 }
@@ -155,9 +159,8 @@ void rankRegion(const BorderedImage& source, Window window, int channels, const 
                 Scratch scratch) {
   window = withinReach(window, source, source.sides());
   const int64_t height = window.bottom - window.top + 1, width = window.right - window.left + 1;
-  // Strips of columns whose lines stay in the first cache, and whose suffixes and source rows stay in the second.
-  const int64_t bytes = height > directRows ? (384 << 10) / (2 * height) : (200 << 10) / (height + 8);
-  const int64_t least = 8 * width > 256 ? 8 * width : 256;
+  const int64_t bytes = height > directRows ? bytesOfBlocks / (2 * height) : bytesOfDirectRows / (height + 8);
+  const int64_t least = 8 * width > leastColumns ? 8 * width : leastColumns;
   const int64_t most = bytes / source.pixelBytes() > least ? bytes / source.pixelBytes() : least;
   const int all = source.size().width;
   const int strips = static_cast<int>((all + most - 1) / most);

@@ -276,7 +276,7 @@ ZebStatus composed(Image<const T, channels> src, Image<T, channels> dst, ZebiSiz
   if (pState->id == id) {
     const Margins m(stateOf<Second>(*pState), sidesInMemory(border), roi);
     const int64_t row = upTo32(m.width);
-    if (auto bad = holds(*pState, rowBytes<T, channels>(1) * row, row, m.height)) return bad;
+    if (auto bad = holds(*pState, int64_t{channels * sizeof(T)} * row, row, m.height)) return bad;
   }
   if (auto bad = firstFailure(wholeElements<T>(src.step), wholeElements<T>(dst.step), isState(pState->id, id)))
     return bad;

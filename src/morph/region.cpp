@@ -40,10 +40,11 @@ class SlidingRows {
   ptrdiff_t stride_;
 };
 
-// Strips of columns whose ring of rows stays in the second cache.
+// Strips of columns whose ring of rows stays in the second cache, and no narrower than so many pixels.
+constexpr int64_t bytesOfRing = 512 << 10, leastColumns = 256;
 int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
-  const int64_t fit = (512 << 10) / (rows * pixelBytes);
-  const int64_t least = 8 * reach > 256 ? 8 * reach : 256;
+  const int64_t fit = bytesOfRing / (rows * pixelBytes);
+  const int64_t least = 8 * reach > leastColumns ? 8 * reach : leastColumns;
   const int64_t most = fit > least ? fit : least;
   if (width <= most) return width;
   const int strips = static_cast<int>((width + most - 1) / most);

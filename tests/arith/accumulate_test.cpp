@@ -28,6 +28,27 @@ TEST(Accumulate, Add16uAcceptsOverlappingAccumulatorRows) {
   EXPECT_TRUE(agree("zebiAdd_16u32f_C1IR", acc, want));
 }
 
+// Where several operands are no numbers, every column and every run's end answers with the same one.
+TEST(Accumulate, NumbersThatAreNoneAreTheSameInEveryColumn) {
+  const auto nan = [](uint32_t payload) {
+    Zeb32f v;
+    const uint32_t bits = 0x7FC00000 | payload;
+    memcpy(&v, &bits, sizeof v);
+    return v;
+  };
+  for (int n = 1; n <= 40; ++n) {
+    std::vector<Zeb32f> a(n, nan(1)), b(n, nan(2)), product(n, nan(3)), square(n, nan(3));
+    const std::vector<Zeb8u> mask(n, 1);
+    const int step = 4 * n;
+    ASSERT_EQ(zebiAddProduct_32f_C1IR(a.data(), step, b.data(), step, product.data(), step, {n, 1}), zebStsOk);
+    ASSERT_EQ(zebiAddSquare_32f_C1IMR(a.data(), step, mask.data(), n, square.data(), step, {n, 1}), zebStsOk);
+    for (int x = 1; x < n; ++x) {
+      EXPECT_EQ(memcmp(&product[0], &product[x], 4), 0) << x << " of " << n;
+      EXPECT_EQ(memcmp(&square[0], &square[x], 4), 0) << x << " of " << n;
+    }
+  }
+}
+
 // The angle itself, against the standard library, so that a fault shared with the reference shows.
 TEST(FastArctan, StaysNearTheTrueAngle) {
   for (int degree = 1; degree < 360; ++degree) {
