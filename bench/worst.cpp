@@ -104,15 +104,16 @@ void addReconstructions(std::vector<Case>& cases) {
     const char* name;
     Shape shape;
   } shapes[] = {{"serpentine", serpentine}, {"spiral", spiral}, {"maze", maze}};
-  for (const auto& [name, shape] : shapes)
+  for (const auto& content : shapes)
     for (const int side : {256, 1024, 2048})
       for (const ZebiNorm norm : {zebiNormL1, zebiNormInf}) {
-        const std::string text = std::string(norm == zebiNormL1 ? ", 4-connected, " : ", 8-connected, ") + name + " " +
-                                 std::to_string(side) + " squared";
+        const std::string text = std::string(norm == zebiNormL1 ? ", 4-connected, " : ", 8-connected, ") +
+                                 content.name + " " + std::to_string(side) + " squared";
         const auto add = [&](const char* type, auto function, auto query) {
-          cases.push_back({std::string("worst: MorphReconstructDilate ") + type + text, noTarget(),
-                           [=, shape = shape](const Scene& s) { return reconstruct(s, shape, norm, function, query); },
-                           ZebiSize{side, side}});
+          cases.push_back(
+              {std::string("worst: MorphReconstructDilate ") + type + text, noTarget(),
+               [=, shape = content.shape](const Scene& s) { return reconstruct(s, shape, norm, function, query); },
+               ZebiSize{side, side}});
         };
         add("8u", zebiMorphReconstructDilate_8u_C1IR, zebiMorphReconstructGetBufferSize_8u_C1);
         add("32f", zebiMorphReconstructDilate_32f_C1IR, zebiMorphReconstructGetBufferSize_32f_C1);

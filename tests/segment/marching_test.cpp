@@ -8,8 +8,6 @@ namespace {
 using namespace test;
 using ref::Plane;
 
-constexpr const char* name = "zebiFastMarching_8u32f_C1R";
-
 int bufferSize(ZebiSize size) {
   int bytes = 0;
   EXPECT_EQ(zebiFastMarchingGetBufferSize_8u32f_C1R(size, &bytes), zebStsOk);
