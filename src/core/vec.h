@@ -3,7 +3,7 @@
 // V8u, V16u, V16s, V32s, V32f and V64f are vectors of that element. A kernel is written once over Vec<T>: load, store,
 // the partial forms for the last elements of a row, splat, arithmetic, comparisons (all-ones masks of the same shape)
 // and select, all of them lane by lane. Partial loads and stores touch exactly n elements. What changes the width of
-// the elements or moves them to other lanes is in core/lanes.h.
+// the elements or moves them to other lanes is in core/widen.h, narrow.h, shuffle.h, reduce.h.
 #pragma once
 
 #include <immintrin.h>
