@@ -85,7 +85,7 @@ constexpr bool isOneOf = (... || std::is_same_v<std::remove_const_t<T>, Records>
 template <class T>
 constexpr bool isState =
     isOneOf<T, ZebiMorphState, ZebiMorphAdvState, ZebiMorphGrayState, ZebiHaarClassifier, ZebiHoughProbSpec,
-            ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
+            ZebiInpaintState, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
 
 // One argument, and what spoils it: another value, or another identifier in the state that it points to.
 struct Fault {

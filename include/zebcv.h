@@ -15,6 +15,7 @@
 #include "zebcv/morph.h"
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"
+#include "zebcv/regions.h"
 #include "zebcv/segment.h"
 
 #endif

@@ -21,6 +21,7 @@
 #include "core/image.h"
 #include "core/scratch.h"
 #include "core/vec.h"
+#include "segment/marching.h"
 
 namespace {
 
@@ -29,10 +30,6 @@ using namespace zeb;
 constexpr Zeb32f unknown = 1e30f;    // so large that adding a step changes nothing
 constexpr Zeb32f farSeed = 1000000;  // of a first pixel that lies inside
 constexpr Zeb32f besideObject = -1e-10f;
-
-int64_t bufferBytes(ZebiSize roi) {
-  return (static_cast<int64_t>(roi.height) + 34) * (((static_cast<int64_t>(roi.width) + 31) & ~int64_t{31}) | 5) + 40;
-}
 
 // A square tile by diagonals, in memory of cells() floats on a boundary of a vector. Lane r of diagonal t is the pixel
 // of row r and column t - r; a frame of one pixel holds the neighbours' values.
@@ -269,8 +266,16 @@ __attribute__((noinline)) void marchSmall(Rows<const Zeb8u> src, Rows<Zeb32f> ds
   Marching<narrow>(src, dst, roi, radius, pBuffer, tile).run();
 }
 
+}  // namespace
+
+namespace zeb {
+
+int64_t marchingBytes(ZebiSize roi) {
+  return (static_cast<int64_t>(roi.height) + 34) * (((static_cast<int64_t>(roi.width) + 31) & ~int64_t{31}) | 5) + 40;
+}
+
 void march(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* pBuffer) {
-  const int64_t tiles = Marching<wide>::tiles(roi), bytes = bufferBytes(roi);
+  const int64_t tiles = Marching<wide>::tiles(roi), bytes = marchingBytes(roi);
   if (bytes < tiles + 32 + int64_t{sizeof(Zeb32f)} * Tile<wide>::floats) {
     marchSmall(src, dst, roi, radius, pBuffer);
     return;
@@ -280,18 +285,20 @@ void march(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
   Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(tiles, 1), tile).run();
 }
 
-}  // namespace
+}  // namespace zeb
+
+using namespace zeb;
 
 ZEB_ENTRY(zebiFastMarchingGetBufferSize_8u32f_C1R)(ZebiSize roiSize, int* pBufferSize) {
   if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize))) return bad;
-  return reportSize(bufferBytes(roiSize), pBufferSize);
+  return reportSize(marchingBytes(roiSize), pBufferSize);
 }
 
 ZEB_ENTRY(zebiFastMarching_8u32f_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize, Zeb32f radius, Zeb8u* pBuffer) {
   if (auto bad = firstFailure(checked(roiSize, image(pSrc, srcStep), image(pDst, dstStep), also(pBuffer)),
                               require(!(radius < 0), zebStsErrBadArgument),
-                              require(bufferBytes(roiSize) <= INT32_MAX, zebStsErrOverflow)))
+                              require(marchingBytes(roiSize) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   march(Rows(pSrc, srcStep), Rows(pDst, dstStep), roiSize, radius, pBuffer);
   return zebStsOk;

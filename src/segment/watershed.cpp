@@ -1,0 +1,190 @@
+// Watershed from markers: floods rise over the relief level by level.
+//
+// A pixel waits in the queue of its level, linked by position through an image of links. As long as a pixel is free,
+// the place of its link holds its level: one access yields both. A pixel that waits for its label, where boundaries are
+// marked, holds the mark of a boundary, which counts neither as free nor as a label.
+//
+// F. Meyer, Color image segmentation (1992); L. Vincent and P. Soille, Watersheds in digital spaces (1991).
+#include "core/entry.h"
+#include "segment/flood.h"
+
+namespace {
+
+using namespace zeb;
+
+// Which queues are not empty: a bit each, and a bit for each word of those that is not 0. No level below one that was
+// found is ever filled again.
+template <int levels>
+class Levels {
+ public:
+  static constexpr int words = levels / 32, groups = (words + 31) / 32;
+  explicit Levels(uint32_t* memory) : word_(memory), group_(memory + words) {
+    memset(memory, 0, sizeof(uint32_t) * (words + groups));
+  }
+  bool has(int level) const { return word_[level >> 5] >> (level & 31) & 1; }
+  void add(int level) {
+    word_[level >> 5] |= 1u << (level & 31);
+    group_[level >> 10] |= 1u << (level >> 5 & 31);
+  }
+  void remove(int level) {
+    if ((word_[level >> 5] &= ~(1u << (level & 31))) == 0) group_[level >> 10] &= ~(1u << (level >> 5 & 31));
+  }
+  // The lowest one from a level on, or -1.
+  int next(int level) const {
+    for (int g = level >> 10; g < groups; ++g)
+      if (group_[g]) {
+        const int w = 32 * g + __builtin_ctz(group_[g]);
+        return 32 * w + __builtin_ctz(word_[w]);
+      }
+    return -1;
+  }
+
+ private:
+  uint32_t *word_, *group_;
+};
+
+struct Queue {
+  int head, tail;
+};
+
+template <class T>
+constexpr int levelsOf = 1 << (8 * sizeof(T));
+
+template <class T>
+int64_t bufferBytes(ZebiSize roi) {
+  constexpr int64_t fixed = sizeof(T) == 1 ? 2112 : 532800;
+  return boundedProduct(Frame::countOf(roi), 4 + sizeof(T)) + fixed;
+}
+
+template <class T>
+class Watershed {
+  using Bits = Levels<levelsOf<T>>;
+
+ public:
+  Watershed(Frame frame, Zeb8u* pBuffer, int64_t bytes)
+      : frame_(frame),
+        scratch_(pBuffer, bytes),
+        queue_(scratch_.take<Queue>(levelsOf<T>, 4)),
+        filled_(scratch_.take<uint32_t>(Bits::words + Bits::groups, 4)),
+        link_(scratch_.take<int>(frame.count(), 4)),
+        label_(scratch_.take<T>(frame.count(), 2)) {}
+
+  // Levels and markers, each in its frame.
+  void fill(Rows<const T> src, Rows<const T> marker) {
+    const size_t rowBytes = sizeof(T) * static_cast<size_t>(frame_.width);
+    memset(label_, 0xFF, sizeof(T) * static_cast<size_t>(frame_.pitch()));
+    for (int y = 0; y < frame_.height; ++y) {
+      T* const label = label_ + frame_.row(y);
+      label[-1] = label[frame_.width] = barrier<T>;
+      memcpy(label, marker[y], rowBytes);
+      int* const link = link_ + frame_.row(y);
+      const T* const s = src[y];
+      int x = 0;
+      for (; x <= frame_.width - 8; x += 8) store(link + x, loadAs32s(s + x));
+      for (; x < frame_.width; ++x) link[x] = s[x];
+    }
+    memset(label_ + frame_.row(frame_.height) - 1, 0xFF, sizeof(T) * static_cast<size_t>(frame_.pitch()));
+  }
+
+  template <bool eight, bool boundary>
+  void flood(Rows<const T> marker) {
+    eachMarker(marker, frame_, boundary, [this](int x, int y) { appendAround<eight, boundary>(frame_.row(y) + x, 0); });
+    for (int level = filled_.next(0); level >= 0; level = filled_.next(level)) {
+      Queue& queue = queue_[level];
+      // The queue's last pixel stays in it until its neighbours have been appended.
+      for (int p = queue.head;; p = link_[p]) {
+        if (!boundary || settle<eight>(p)) appendAround<eight, boundary>(p, level);
+        if (p == queue.tail) break;
+      }
+      filled_.remove(level);
+    }
+  }
+
+  void write(Rows<T> marker) const {
+    for (int y = 0; y < frame_.height; ++y)
+      memcpy(marker[y], label_ + frame_.row(y), sizeof(T) * static_cast<size_t>(frame_.width));
+  }
+
+ private:
+  template <bool eight, bool boundary>
+  ZEB_INLINE void appendAround(int p, int level) {
+    const T label = boundary ? barrier<T> : label_[p];
+    eachNeighbour<eight>([=](int dx, int dy) ZEB_BODY {
+      const int q = p + dy * frame_.pitch() + dx;
+      if (label_[q]) return;
+      label_[q] = label;
+      append(q, link_[q] > level ? link_[q] : level);
+    });
+  }
+  ZEB_INLINE void append(int q, int level) {
+    Queue& queue = queue_[level];
+    if (filled_.has(level)) {
+      link_[queue.tail] = q;
+    } else {
+      filled_.add(level);
+      queue.head = q;
+    }
+    queue.tail = q;
+  }
+
+  // A waiting pixel takes the one label around it; where there are several it stays a boundary.
+  template <bool eight>
+  ZEB_INLINE bool settle(int p) {
+    OneLabel<T> one;
+    eachNeighbour<eight>([&](int dx, int dy) ZEB_BODY { one(label_[p + dy * frame_.pitch() + dx]); });
+    if (one.several()) return false;
+    label_[p] = one.label();
+    return true;
+  }
+
+  Frame frame_;
+  Scratch scratch_;
+  Queue* queue_;
+  Bits filled_;
+  int* link_;
+  T* label_;
+};
+
+template <class T>
+ZebStatus watershed(const T* pSrc, int srcStep, T* pMarker, int markerStep, ZebiSize roi, ZebiNorm norm, int flag,
+                    Zeb8u* pBuffer) {
+  const auto src = image(pSrc, srcStep);
+  const auto marker = image(pMarker, markerStep);
+  const int64_t bytes = bufferBytes<T>(roi);
+  if (auto bad = firstFailure(checked(roi, src, marker, also(pBuffer)), floodChecks(norm, flag, bytes))) return bad;
+  Watershed<T> flood(Frame(roi), pBuffer, bytes);
+  const Rows<const T> markers(pMarker, markerStep);
+  flood.fill(src.rows(), markers);
+  if (norm == zebiNormInf)
+    flag ? flood.template flood<true, true>(markers) : flood.template flood<true, false>(markers);
+  else
+    flag ? flood.template flood<false, true>(markers) : flood.template flood<false, false>(markers);
+  flood.write(marker.rows());
+  return zebStsOk;
+}
+
+template <class T>
+ZebStatus watershedBytes(ZebiSize roi, int* pBufferSize) {
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roi))) return bad;
+  return reportSize(bufferBytes<T>(roi), pBufferSize);
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiSegmentWatershedGetBufferSize_8u_C1IR)(ZebiSize roiSize, int* pBufferSize) {
+  return watershedBytes<Zeb8u>(roiSize, pBufferSize);
+}
+ZEB_ENTRY(zebiSegmentWatershedGetBufferSize_16u_C1IR)(ZebiSize roiSize, int* pBufferSize) {
+  return watershedBytes<Zeb16u>(roiSize, pBufferSize);
+}
+
+ZEB_ENTRY(zebiSegmentWatershed_8u_C1IR)
+(const Zeb8u* pSrc, int srcStep, Zeb8u* pMarker, int markerStep, ZebiSize roiSize, ZebiNorm norm, int flag,
+ Zeb8u* pBuffer) {
+  return watershed(pSrc, srcStep, pMarker, markerStep, roiSize, norm, flag, pBuffer);
+}
+ZEB_ENTRY(zebiSegmentWatershed_16u_C1IR)
+(const Zeb16u* pSrc, int srcStep, Zeb16u* pMarker, int markerStep, ZebiSize roiSize, ZebiNorm norm, int flag,
+ Zeb8u* pBuffer) {
+  return watershed(pSrc, srcStep, pMarker, markerStep, roiSize, norm, flag, pBuffer);
+}
