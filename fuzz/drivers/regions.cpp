@@ -72,8 +72,10 @@ Plane<T> markers(Choice& c, ZebiSize size) {
 template <class T>
 void requireLeastCost(const Plane<T>& src, const Plane<T>& before, const Plane<T>& after, ZebiNorm norm,
                       bool gradient) {
+  const std::set<T> labels(after.data.begin(), after.data.end());
+  if (labels.size() > 4 || src.data.size() > 300) return;  // a search for each label
   const auto cost = ref::minimax<T>(src, norm, gradient, [&](int x, int y) { return before.at(x, y) != 0; });
-  for (const T label : std::set<T>(after.data.begin(), after.data.end())) {
+  for (const T label : labels) {
     if (label == 0) continue;
     const auto own = ref::minimax<T>(src, norm, gradient, [&](int x, int y) { return before.at(x, y) == label; });
     for (size_t i = 0; i < own.data.size(); ++i)
@@ -104,7 +106,7 @@ void segment(Choice& c, Function<const T*, int, T*, int, ZebiSize, ZebiNorm, int
   const auto want = ref::segmented(src.plane(), before, norm, flag != 0, gradient);
   require(agree(f.name(), marker, want), src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");
-  if (flag == 0 && framed < 400) requireLeastCost(src.plane(), before, marker.plane(), norm, gradient);
+  if (flag == 0) requireLeastCost(src.plane(), before, marker.plane(), norm, gradient);
 }
 
 #define SEGMENT(function, form, channels, gradient) \

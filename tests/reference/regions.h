@@ -20,6 +20,7 @@ struct Position {
 // The neighbours of a pixel inside an image, in scan order.
 inline std::vector<Position> neighbours(int x, int y, int width, int height, ZebiNorm norm) {
   std::vector<Position> all;
+  all.reserve(8);
   for (int dy = -1; dy <= 1; ++dy)
     for (int dx = -1; dx <= 1; ++dx) {
       const bool beside = norm == zebiNormInf ? dx || dy : std::abs(dx) + std::abs(dy) == 1;
