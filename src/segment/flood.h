@@ -23,18 +23,23 @@ struct Frame {
   static int64_t countOf(ZebiSize roi) { return boundedProduct(int64_t{roi.width} + 2, int64_t{roi.height} + 2); }
 };
 
-// Calls visit(dx, dy) for the neighbours in their order.
-template <bool eight, class Visit>
-ZEB_INLINE void eachNeighbour(Visit visit) {
-  if (eight) visit(-1, -1);
-  visit(0, -1);
-  if (eight) visit(1, -1);
-  visit(-1, 0);
-  visit(1, 0);
-  if (eight) visit(-1, 1);
-  visit(0, 1);
-  if (eight) visit(1, 1);
-}
+// The neighbours of a pixel in their order, as offsets: in the framed image, and in bytes of another one of a step and
+// bytes per pixel.
+struct Neighbours {
+  int count;
+  int framed[8];
+  ptrdiff_t bytes[8];
+
+  Neighbours(ZebiNorm norm, int pitch, int step = 0, int pixelBytes = 0) : count(0) {
+    for (int dy = -1; dy <= 1; ++dy)
+      for (int dx = -1; dx <= 1; ++dx) {
+        const bool beside = norm == zebiNormInf ? dx != 0 || dy != 0 : (dx == 0) != (dy == 0);
+        if (!beside) continue;
+        framed[count] = dy * pitch + dx;
+        bytes[count++] = static_cast<ptrdiff_t>(dy) * step + dx * pixelBytes;
+      }
+  }
+};
 
 // Largest value of a type: the mark of boundaries and barriers, and, as it is not free either, the label of the frame.
 template <class T>

@@ -68,9 +68,11 @@ class Colour {
 template <int channels>
 class GradientFlood {
  public:
-  GradientFlood(Frame frame, Rows<const Zeb8u> src, Zeb8u* pBuffer, int64_t bytes)
+  GradientFlood(Frame frame, Rows<const Zeb8u> src, ZebiNorm norm, bool boundary, Zeb8u* pBuffer, int64_t bytes)
       : frame_(frame),
         src_(src),
+        around_(norm, frame.pitch(), src.step(), channels),
+        boundary_(boundary),
         rowOf_(static_cast<unsigned>(frame.pitch())),
         scratch_(pBuffer, bytes),
         node_(scratch_.take<Node>(frame.count() + levels, 4)),
@@ -92,18 +94,16 @@ class GradientFlood {
     for (int level = 0; level < levels; ++level) node_[ring(level)] = {ring(level), ring(level)};
   }
 
-  template <bool eight, bool boundary>
   void flood(Rows<const Zeb8u> marker) {
-    eachMarker(marker, frame_, boundary,
-               [this](int x, int y) { meetAround<eight, boundary>(frame_.row(y) + x, x, y, 0); });
+    eachMarker(marker, frame_, boundary_, [this](int x, int y) { meetAround(frame_.row(y) + x, x, y, 0); });
     // No level is entered again once it has been left.
     for (int level = 0; level < levels; ++level)
       for (int p = node_[ring(level)].next; p != ring(level); p = node_[ring(level)].next) {
         unlink(p);
         cell_[p].level = 0;
-        if (boundary && !settle<eight>(p)) continue;
+        if (boundary_ && !settle(p)) continue;
         const int row = rowOf_(p);
-        meetAround<eight, boundary>(p, p - row * frame_.pitch() - 1, row - 1, level);
+        meetAround(p, p - row * frame_.pitch() - 1, row - 1, level);
       }
   }
 
@@ -132,31 +132,29 @@ class GradientFlood {
   }
 
   // The pixel at x, y, taken at a level, meets its neighbours.
-  template <bool eight, bool boundary>
   ZEB_INLINE void meetAround(int p, int x, int y, int level) {
     const Zeb8u* const s = src_[y] + static_cast<ptrdiff_t>(x) * channels;
     const Colour<channels> colour(s);
-    const Zeb8u label = boundary ? barrier<Zeb8u> : cell_[p].label;
+    const Zeb8u label = boundary_ ? barrier<Zeb8u> : cell_[p].label;
     // What waits here or lower stays; what is free at level 255 still comes.
     const int lowest = level < 255 ? level : 254;
-    eachNeighbour<eight>([=](int dx, int dy) ZEB_BODY {
-      const int q = p + dy * frame_.pitch() + dx;
+    for (int i = 0; i < around_.count; ++i) {
+      const int q = p + around_.framed[i];
       const Cell cell = cell_[q];
-      if (cell.level <= lowest) return;
-      const int cost = colour.from(s + static_cast<ptrdiff_t>(dy) * src_.step() + dx * channels);
+      if (cell.level <= lowest) continue;
+      const int cost = colour.from(s + around_.bytes[i]);
       const int to = cost > level ? cost : level;
-      if (cell.level <= to && cell.label) return;
+      if (cell.level <= to && cell.label) continue;
       if (cell.label) unlink(q);
       append(q, to);
       cell_[q] = {static_cast<Zeb8u>(to), label};
-    });
+    }
   }
 
   // A waiting pixel takes the one label around it; where there are several it stays a boundary.
-  template <bool eight>
   ZEB_INLINE bool settle(int p) {
     OneLabel<Zeb8u> one;
-    eachNeighbour<eight>([&](int dx, int dy) ZEB_BODY { one(cell_[p + dy * frame_.pitch() + dx].label); });
+    for (int i = 0; i < around_.count; ++i) one(cell_[p + around_.framed[i]].label);
     if (one.several()) return false;
     cell_[p].label = one.label();
     return true;
@@ -164,6 +162,8 @@ class GradientFlood {
 
   Frame frame_;
   Rows<const Zeb8u> src_;
+  Neighbours around_;
+  bool boundary_;
   Quotient rowOf_;
   Scratch scratch_;
   Node* node_;
@@ -177,13 +177,10 @@ ZebStatus segment(const Zeb8u* pSrc, int srcStep, Zeb8u* pMarker, int markerStep
   const auto marker = image(pMarker, markerStep);
   const int64_t bytes = bufferBytes(roi);
   if (auto bad = firstFailure(checked(roi, src, marker, also(pBuffer)), floodChecks(norm, flag, bytes))) return bad;
-  GradientFlood<channels> flood(Frame(roi), src.rows(), pBuffer, bytes);
+  GradientFlood<channels> flood(Frame(roi), src.rows(), norm, flag == zebSegmentBoundary, pBuffer, bytes);
   const Rows<const Zeb8u> markers(pMarker, markerStep);
   flood.fill(markers);
-  if (norm == zebiNormInf)
-    flag ? flood.template flood<true, true>(markers) : flood.template flood<true, false>(markers);
-  else
-    flag ? flood.template flood<false, true>(markers) : flood.template flood<false, false>(markers);
+  flood.flood(markers);
   flood.write(marker.rows());
   return zebStsOk;
 }

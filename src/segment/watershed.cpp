@@ -61,8 +61,10 @@ class Watershed {
   using Bits = Levels<levelsOf<T>>;
 
  public:
-  Watershed(Frame frame, Zeb8u* pBuffer, int64_t bytes)
+  Watershed(Frame frame, ZebiNorm norm, bool boundary, Zeb8u* pBuffer, int64_t bytes)
       : frame_(frame),
+        around_(norm, frame.pitch()),
+        boundary_(boundary),
         scratch_(pBuffer, bytes),
         queue_(scratch_.take<Queue>(levelsOf<T>, 4)),
         filled_(scratch_.take<uint32_t>(Bits::words + Bits::groups, 4)),
@@ -86,14 +88,13 @@ class Watershed {
     memset(label_ + frame_.row(frame_.height) - 1, 0xFF, sizeof(T) * static_cast<size_t>(frame_.pitch()));
   }
 
-  template <bool eight, bool boundary>
   void flood(Rows<const T> marker) {
-    eachMarker(marker, frame_, boundary, [this](int x, int y) { appendAround<eight, boundary>(frame_.row(y) + x, 0); });
+    eachMarker(marker, frame_, boundary_, [this](int x, int y) { appendAround(frame_.row(y) + x, 0); });
     for (int level = filled_.next(0); level >= 0; level = filled_.next(level)) {
       Queue& queue = queue_[level];
       // The queue's last pixel stays in it until its neighbours have been appended.
       for (int p = queue.head;; p = link_[p]) {
-        if (!boundary || settle<eight>(p)) appendAround<eight, boundary>(p, level);
+        if (!boundary_ || settle(p)) appendAround(p, level);
         if (p == queue.tail) break;
       }
       filled_.remove(level);
@@ -106,15 +107,14 @@ class Watershed {
   }
 
  private:
-  template <bool eight, bool boundary>
   ZEB_INLINE void appendAround(int p, int level) {
-    const T label = boundary ? barrier<T> : label_[p];
-    eachNeighbour<eight>([=](int dx, int dy) ZEB_BODY {
-      const int q = p + dy * frame_.pitch() + dx;
-      if (label_[q]) return;
+    const T label = boundary_ ? barrier<T> : label_[p];
+    for (int i = 0; i < around_.count; ++i) {
+      const int q = p + around_.framed[i];
+      if (label_[q]) continue;
       label_[q] = label;
       append(q, link_[q] > level ? link_[q] : level);
-    });
+    }
   }
   ZEB_INLINE void append(int q, int level) {
     Queue& queue = queue_[level];
@@ -128,16 +128,17 @@ class Watershed {
   }
 
   // A waiting pixel takes the one label around it; where there are several it stays a boundary.
-  template <bool eight>
   ZEB_INLINE bool settle(int p) {
     OneLabel<T> one;
-    eachNeighbour<eight>([&](int dx, int dy) ZEB_BODY { one(label_[p + dy * frame_.pitch() + dx]); });
+    for (int i = 0; i < around_.count; ++i) one(label_[p + around_.framed[i]]);
     if (one.several()) return false;
     label_[p] = one.label();
     return true;
   }
 
   Frame frame_;
+  Neighbours around_;
+  bool boundary_;
   Scratch scratch_;
   Queue* queue_;
   Bits filled_;
@@ -152,13 +153,10 @@ ZebStatus watershed(const T* pSrc, int srcStep, T* pMarker, int markerStep, Zebi
   const auto marker = image(pMarker, markerStep);
   const int64_t bytes = bufferBytes<T>(roi);
   if (auto bad = firstFailure(checked(roi, src, marker, also(pBuffer)), floodChecks(norm, flag, bytes))) return bad;
-  Watershed<T> flood(Frame(roi), pBuffer, bytes);
+  Watershed<T> flood(Frame(roi), norm, flag == zebSegmentBoundary, pBuffer, bytes);
   const Rows<const T> markers(pMarker, markerStep);
   flood.fill(src.rows(), markers);
-  if (norm == zebiNormInf)
-    flag ? flood.template flood<true, true>(markers) : flood.template flood<true, false>(markers);
-  else
-    flag ? flood.template flood<false, true>(markers) : flood.template flood<false, false>(markers);
+  flood.flood(markers);
   flood.write(marker.rows());
   return zebStsOk;
 }
