@@ -48,12 +48,18 @@ struct Queue {
 };
 
 template <class T>
+struct __attribute__((packed)) Cell {
+  int link;
+  T label;
+};
+
+template <class T>
 constexpr int levelsOf = 1 << (8 * sizeof(T));
 
 template <class T>
 int64_t bufferBytes(ZebiSize roi) {
   constexpr int64_t fixed = sizeof(T) == 1 ? 2112 : 532800;
-  return boundedProduct(Frame::countOf(roi), 4 + sizeof(T)) + fixed;
+  return boundedProduct(Frame::countOf(roi), sizeof(Cell<T>)) + fixed;
 }
 
 template <class T>
@@ -68,24 +74,22 @@ class Watershed {
         scratch_(pBuffer, bytes),
         queue_(scratch_.take<Queue>(levelsOf<T>, 4)),
         filled_(scratch_.take<uint32_t>(Bits::words + Bits::groups, 4)),
-        link_(scratch_.take<int>(frame.count(), 4)),
-        label_(scratch_.take<T>(frame.count(), 2)) {}
+        cell_(scratch_.take<Cell<T>>(frame.count(), 1)) {}
 
-  // Levels and markers, each in its frame.
+  // Levels and markers in a frame.
   void fill(Rows<const T> src, Rows<const T> marker) {
-    const size_t rowBytes = sizeof(T) * static_cast<size_t>(frame_.width);
-    memset(label_, 0xFF, sizeof(T) * static_cast<size_t>(frame_.pitch()));
+    constexpr Cell<T> never = {0, barrier<T>};
+    const auto fillRow = [this, never](int from) {
+      for (int x = 0; x < frame_.pitch(); ++x) cell_[from + x] = never;
+    };
+    fillRow(0);
     for (int y = 0; y < frame_.height; ++y) {
-      T* const label = label_ + frame_.row(y);
-      label[-1] = label[frame_.width] = barrier<T>;
-      memcpy(label, marker[y], rowBytes);
-      int* const link = link_ + frame_.row(y);
-      const T* const s = src[y];
-      int x = 0;
-      for (; x <= frame_.width - 8; x += 8) store(link + x, loadAs32s(s + x));
-      for (; x < frame_.width; ++x) link[x] = s[x];
+      Cell<T>* const cell = cell_ + frame_.row(y);
+      const T *const s = src[y], *const m = marker[y];
+      cell[-1] = cell[frame_.width] = never;
+      for (int x = 0; x < frame_.width; ++x) cell[x] = {s[x], m[x]};
     }
-    memset(label_ + frame_.row(frame_.height) - 1, 0xFF, sizeof(T) * static_cast<size_t>(frame_.pitch()));
+    fillRow(frame_.row(frame_.height) - 1);
   }
 
   void flood(Rows<const T> marker) {
@@ -93,7 +97,7 @@ class Watershed {
     for (int level = filled_.next(0); level >= 0; level = filled_.next(level)) {
       Queue& queue = queue_[level];
       // The queue's last pixel stays in it until its neighbours have been appended.
-      for (int p = queue.head;; p = link_[p]) {
+      for (int p = queue.head;; p = cell_[p].link) {
         if (!boundary_ || settle(p)) appendAround(p, level);
         if (p == queue.tail) break;
       }
@@ -102,24 +106,27 @@ class Watershed {
   }
 
   void write(Rows<T> marker) const {
-    for (int y = 0; y < frame_.height; ++y)
-      memcpy(marker[y], label_ + frame_.row(y), sizeof(T) * static_cast<size_t>(frame_.width));
+    for (int y = 0; y < frame_.height; ++y) {
+      const Cell<T>* const cell = cell_ + frame_.row(y);
+      T* const m = marker[y];
+      for (int x = 0; x < frame_.width; ++x) m[x] = cell[x].label;
+    }
   }
 
  private:
   ZEB_INLINE void appendAround(int p, int level) {
-    const T label = boundary_ ? barrier<T> : label_[p];
+    const T label = boundary_ ? barrier<T> : cell_[p].label;
     for (int i = 0; i < around_.count; ++i) {
       const int q = p + around_.framed[i];
-      if (label_[q]) continue;
-      label_[q] = label;
-      append(q, link_[q] > level ? link_[q] : level);
+      if (cell_[q].label) continue;
+      cell_[q].label = label;
+      append(q, cell_[q].link > level ? cell_[q].link : level);
     }
   }
   ZEB_INLINE void append(int q, int level) {
     Queue& queue = queue_[level];
     if (filled_.has(level)) {
-      link_[queue.tail] = q;
+      cell_[queue.tail].link = q;
     } else {
       filled_.add(level);
       queue.head = q;
@@ -130,9 +137,9 @@ class Watershed {
   // A waiting pixel takes the one label around it; where there are several it stays a boundary.
   ZEB_INLINE bool settle(int p) {
     OneLabel<T> one;
-    for (int i = 0; i < around_.count; ++i) one(label_[p + around_.framed[i]]);
+    for (int i = 0; i < around_.count; ++i) one(cell_[p + around_.framed[i]].label);
     if (one.several()) return false;
-    label_[p] = one.label();
+    cell_[p].label = one.label();
     return true;
   }
 
@@ -142,8 +149,7 @@ class Watershed {
   Scratch scratch_;
   Queue* queue_;
   Bits filled_;
-  int* link_;
-  T* label_;
+  Cell<T>* cell_;
 };
 
 template <class T>
