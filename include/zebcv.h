@@ -12,6 +12,7 @@
 #include "zebcv/core.h"
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"
+#include "zebcv/filter_rank.h"
 #include "zebcv/morph.h"
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"
