@@ -15,36 +15,47 @@
 
 namespace zeb {
 
-// Of floats, what is not a number takes no part. A comparison begins with begin(first value), where an infinity stands
-// for it, and goes on with pick(extremum so far, value): of two operands the processor's minimum and maximum give the
-// second where either is no number.
 template <class T, bool lowest>
 struct Extremum {
   using Type = T;
   // Not below, or not above, any value that counts.
   static constexpr T neutral = lowest ? std::numeric_limits<T>::max() : std::numeric_limits<T>::lowest();
 
-  static ZEB_INLINE Vec<T> pick(Vec<T> best, Vec<T> v) { return lowest ? min(v, best) : max(v, best); }
-  static ZEB_INLINE T pick(T best, T v) { return (lowest ? v < best : v > best) ? v : best; }
-
   template <class V>
   static ZEB_INLINE V begin(V first) {
-    if constexpr (std::is_same_v<T, Zeb32f>) {
-      constexpr T infinity = std::numeric_limits<T>::infinity(), farthest = lowest ? infinity : -infinity;
-      if constexpr (std::is_same_v<V, T>) {
-        return pick(farthest, first);
-      } else {
-        return pick(splat(farthest), first);
-      }
-    } else {
-      return first;
-    }
+    return first;
   }
+  static ZEB_INLINE Vec<T> pick(Vec<T> best, Vec<T> v) { return lowest ? min(best, v) : max(best, v); }
+  static ZEB_INLINE T pick(T best, T v) { return (lowest ? best < v : best > v) ? best : v; }
 };
 template <class T>
-struct Lowest : Extremum<T, true> {};
+struct Lowest : Extremum<T, true> {
+  using Numbers = Lowest;
+};
 template <class T>
-struct Highest : Extremum<T, false> {};
+struct Highest : Extremum<T, false> {
+  using Numbers = Highest;
+};
+
+// Of floats, what is not a number takes no part. A comparison begins with begin(first value), where an infinity stands
+// for it, and goes on with pick(extremum so far, value): of two operands the processor's minimum and maximum give the
+// second where either is no number. What comes out are numbers, so that the first of several passes is enough.
+template <bool lowest>
+struct ExtremumOfNumbers : Extremum<Zeb32f, lowest> {
+  static constexpr Zeb32f farthest = std::numeric_limits<Zeb32f>::infinity() * (lowest ? 1 : -1);
+  static ZEB_INLINE V32f begin(V32f first) { return pick(splat(farthest), first); }
+  static ZEB_INLINE Zeb32f begin(Zeb32f first) { return pick(farthest, first); }
+  static ZEB_INLINE V32f pick(V32f best, V32f v) { return lowest ? min(v, best) : max(v, best); }
+  static ZEB_INLINE Zeb32f pick(Zeb32f best, Zeb32f v) { return (lowest ? v < best : v > best) ? v : best; }
+};
+template <>
+struct Lowest<Zeb32f> : Extremum<Zeb32f, true> {
+  using Numbers = ExtremumOfNumbers<true>;
+};
+template <>
+struct Highest<Zeb32f> : Extremum<Zeb32f, false> {
+  using Numbers = ExtremumOfNumbers<false>;
+};
 
 struct EveryBit {
   using Type = Zeb8u;

@@ -89,7 +89,7 @@ ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors];
   const T* p = step->row + x;
-  for (int k = 0; k < vectors; ++k) best[k] = Op::begin(load(p + k * lanes));
+  for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
   for (const Step<T>* end = step + count;;) {
     if (step->line != nullptr) {
       T* line = step->line + x;
@@ -98,7 +98,7 @@ ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x) {
     if (++step == end) return;
     p = step->row + x;
     if (!nested && step->fresh) {
-      for (int k = 0; k < vectors; ++k) best[k] = Op::begin(load(p + k * lanes));
+      for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
     } else {
       for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
     }
@@ -115,9 +115,9 @@ void setsRow(const Step<T>* steps, int count, ptrdiff_t n) {
   if (x == n) return;
   if (n >= lanes) return setsBlock<Op, 1, nested>(steps, count, n - lanes);
   for (; x < n; ++x) {
-    T best = Op::begin(steps[0].row[x]);
+    T best = steps[0].row[x];
     for (int i = 0; i < count; ++i) {
-      best = steps[i].fresh ? Op::begin(steps[i].row[x]) : Op::pick(best, steps[i].row[x]);
+      best = steps[i].fresh ? steps[i].row[x] : Op::pick(best, steps[i].row[x]);
       if (steps[i].line != nullptr) steps[i].line[x] = best;
     }
   }

@@ -98,7 +98,7 @@ void smallRegion(const SmallMask& mask, int channels, const BorderedImage& sourc
             if (column >= width && !in.right) column = width - 1;
             return row[i][static_cast<ptrdiff_t>(column) * channels + c];
           };
-          T best = Op::begin(at(0));
+          T best = at(0);
           for (int i = 1; i < mask.count; ++i) best = Op::pick(best, at(i));
           out[static_cast<ptrdiff_t>(x) * channels + c] = best;
         }
