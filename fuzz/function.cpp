@@ -64,6 +64,8 @@ uint32_t* Probe::identifier(const void* state) {
   for (size_t at = 0; at + sizeof(uint32_t) <= bytes; at += sizeof(uint32_t)) {
     auto* word = reinterpret_cast<uint32_t*>(static_cast<Zeb8u*>(const_cast<void*>(state)) + at);
     if ((*word & markBits) == mark) return word;
+    // Models of a scene begin with four letters.
+    if (at == 0 && (*word & 0xFFFF) == ('F' | 'G' << 8)) return word;
   }
   return nullptr;
 }

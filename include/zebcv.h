@@ -9,6 +9,7 @@
 #include "zebcv/types.h"
 
 #include "zebcv/arith.h"
+#include "zebcv/background.h"
 #include "zebcv/core.h"
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"
