@@ -2,6 +2,7 @@
 // After: A. Godbehere, A. Matsukawa, K. Goldberg, "Visual tracking of human visitors under variable-lighting conditions
 // for a responsive audio art installation", 2012.
 #include "core/entry.h"
+#include "core/loops.h"
 #include "motion/eight_pixels.h"
 #include "motion/scene.h"
 
@@ -41,11 +42,6 @@ struct Words {
   // Not below 0.
   friend ZEB_INLINE Words operator-(Words a, Words b) { return {_mm_subs_epu16(a.v, b.v)}; }
 };
-// Sums of neighbours, modulo 65536: those of a, then those of b.
-ZEB_INLINE Words pairSums(Words a, Words b) {
-  return {_mm_hadd_epi16(a.v, b.v)};
-}
-
 // The bits of each level and where they stand in a key.
 template <int channels>
 struct Levels {
@@ -82,29 +78,51 @@ void startRow(const Levels<channels>& levels, const Zeb8u* src, int n, Entries* 
   });
 }
 
-// Limit: 32 bytes read per pixel. Eight pixels give eight words of weights, whose sums are formed together.
+// The entries of two pixels, one in each half.
+ZEB_INLINE V16u halves(const Zeb16u* low, const Zeb16u* high) {
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(Words::of(low).v), Words::of(high).v, 1)};
+}
+// Word 2i of eight in all lanes of the low half, word 2i + 1 in those of the high half.
+ZEB_INLINE V16u spread(V16u eightTwice, int i) {
+  const V16u first = as<Zeb16u>(V8u{_mm256_setr_m128i(_mm_set1_epi16(0x0100), _mm_set1_epi16(0x0302))});
+  return {_mm256_shuffle_epi8(eightTwice.v, (as<Zeb8u>(first) + splat(static_cast<Zeb8u>(4 * i))).v)};
+}
+// Sums of neighbours, modulo 65536: in each half those of a, then those of b.
+ZEB_INLINE V16u pairSums(V16u a, V16u b) {
+  return {_mm256_hadd_epi16(a.v, b.v)};
+}
+
+// Limit: 32 bytes read per pixel.
 template <int channels>
 void foregroundRow(const Levels<channels>& levels, int reach, Words threshold, const Zeb8u* src, Zeb8u* dst, int n,
                    const Entries* body) {
-  const auto near = [&levels, reach](const Entries& e, unsigned key) {
-    const Words keys = Words::of(e.key), own = Words::all(key);
-    Words excess = Words::all(0);
+  V16u field[channels], least[channels];
+  for (int c = 0; c < channels; ++c) {
+    field[c] = splat(static_cast<Zeb16u>(levels.mask << c * levels.bits));
+    least[c] = splat(static_cast<Zeb16u>(reach << c * levels.bits));
+  }
+  const auto near = [&](V16u keys, V16u own, V16u weights) ZEB_BODY {
+    V16u excess = splat(Zeb16u(0));
     for (int c = 0; c < channels; ++c) {
-      const int at = c * levels.bits;
-      const Words field = Words::all(static_cast<unsigned>(levels.mask << at));
-      const Words a = keys & field, b = own & field;
-      excess = excess | (((a - b) | (b - a)) - Words::all(static_cast<unsigned>(reach << at)));
+      const V16u a = keys & field[c], b = own & field[c];
+      excess = excess | subSat(subSat(a, b) | subSat(b, a), least[c]);
     }
-    return Words::of(e.weight) & (excess == Words::all(0));
+    return weights & equal(excess, splat(Zeb16u(0)));
   };
-  forEights<channels>(src, n, [=, &levels](int x, const Zeb8u* p, int count) {
-    alignas(16) Zeb16u key[8];
-    levels.keys(p).to(key);
-    Words weights[8];
-    for (int i = 0; i < 8; ++i) weights[i] = near(body[x + (i < count ? i : 0)], key[i]);
-    const Words low = pairSums(pairSums(weights[0], weights[1]), pairSums(weights[2], weights[3]));
-    const Words high = pairSums(pairSums(weights[4], weights[5]), pairSums(weights[6], weights[7]));
-    const Words background = (threshold - pairSums(low, high)) == Words::all(0);
+  forEights<channels>(src, n, [&](int x, const Zeb8u* p, int count) ZEB_BODY {
+    const Words keys = levels.keys(p);
+    const V16u twice = {_mm256_broadcastsi128_si256(keys.v)};
+    V16u weights[4];
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) {
+      const Entries& low = body[x + (2 * i < count ? 2 * i : 0)];
+      const Entries& high = body[x + (2 * i + 1 < count ? 2 * i + 1 : 0)];
+      weights[i] = near(halves(low.key, high.key), spread(twice, i), halves(low.weight, high.weight));
+    }
+    const V16u sums = pairSums(pairSums(weights[0], weights[1]), pairSums(weights[2], weights[3]));
+    const V16u each = pairSums(sums, sums);
+    const Words inTurn = {_mm_unpacklo_epi16(_mm256_castsi256_si128(each.v), _mm256_extracti128_si256(each.v, 1))};
+    const Words background = (threshold - inTurn) == Words::all(0);
     const __m128i bytes = _mm_packs_epi16(background.v, background.v);
     storeEight(dst + x, {_mm_xor_si128(bytes, _mm_set1_epi8(-1))}, count);
   });

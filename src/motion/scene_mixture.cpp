@@ -42,6 +42,36 @@ ZEB_INLINE void swapWhere(V32f where, Zeb32f* a, Zeb32f* b) {
   store(b, select(where, x, y));
 }
 
+// What a call learns with: its rate alpha, alpha x the complexity prior, 1 - alpha.
+struct Rates {
+  V32f alpha, pruned, kept;
+};
+
+// Moves by r towards what was d away, at the squared distance given.
+ZEB_INLINE V32f movedVariance(const State& state, V32f r, V32f distance, V32f variance) {
+  const V32f moved = fma(r, distance - variance, variance);
+  return min(max(moved, splat(state.minVariance)), splat(state.maxVariance));
+}
+
+// Most of a scene at rest: eight pixels that have one component each and match it. False, with nothing done, where one
+// has more or does not.
+ZEB_INLINE bool learnSettled(const State& state, const Rates& rates, Component& own, const Component& next,
+                             const Zeb8u* pixels, Eight& foreground) {
+  if (anyBit(load(next.weight))) return false;
+  const EightColours colours = loadColours(pixels);
+  V32f d[3];
+  for (int c = 0; c < 3; ++c) d[c] = toFloat(colours.channel[c]) - load(own.mean[c]);
+  const V32f distance = fma(d[2], d[2], fma(d[1], d[1], d[0] * d[0])), variance = load(own.variance);
+  if (!allLanes(less(distance, splat(state.squaredMatch) * variance))) return false;
+  foreground = maskBytes(atMost(splat(state.squaredBackground) * variance, distance));
+  const V32f weight = fms(rates.kept, load(own.weight), rates.pruned) + rates.alpha;
+  const V32f r = min(rates.alpha / weight, splat(1.0f));
+  store(own.weight, weight * (splat(1.0f) / weight));
+  store(own.variance, movedVariance(state, r, distance, variance));
+  for (int c = 0; c < 3; ++c) store(own.mean[c], fma(r, d[c], load(own.mean[c])));
+  return true;
+}
+
 // The components of eight pixels: component k stands k x `row` further on.
 class EightMixtures {
  public:
@@ -78,10 +108,9 @@ class EightMixtures {
     return maskBytes(as<Zeb32f>(equal(as<Zeb32s>(background), splat(0))));
   }
 
-  // alpha: the rate; pruned: alpha x the complexity prior; kept: 1 - alpha.
-  ZEB_INLINE void learn(const State& state, V32f alpha, V32f pruned, V32f kept) {
-    reweigh(state, alpha, pruned, kept);
-    if (!allLanes(matched_)) begin(state, alpha);
+  ZEB_INLINE void learn(const State& state, const Rates& rates) {
+    reweigh(state, rates);
+    if (!allLanes(matched_)) begin(state, rates.alpha);
     climb();
     normalise();
   }
@@ -90,12 +119,13 @@ class EightMixtures {
   ZEB_INLINE Component& at(int k) const { return first_[k * row_]; }
   ZEB_INLINE V32f isPlace(int k) const { return as<Zeb32f>(equal(place_, splat(k))); }
 
-  ZEB_INLINE void reweigh(const State& state, V32f alpha, V32f pruned, V32f kept) {
+  ZEB_INLINE void reweigh(const State& state, const Rates& rates) {
+    const V32f alpha = rates.alpha;
     const V32f zero = splat(0.0f);
     V32s left = splat(0);
     for (int k = 0; k < count_; ++k) {
       Component& component = at(k);
-      const V32f old = load(component.weight), scaled = fms(kept, old, pruned);
+      const V32f old = load(component.weight), scaled = fms(rates.kept, old, rates.pruned);
       const V32f here = matched_ & isPlace(k);
       const V32f weight = select(here, scaled + alpha, scaled & greater(scaled, zero)) & greater(old, zero);
       store(component.weight, weight);
@@ -113,9 +143,7 @@ class EightMixtures {
       const V32f mean = load(component.mean[c]);
       store(component.mean[c], select(here, fma(r, d_[c], mean), mean));
     }
-    const V32f moved = fma(r, distance_ - variance, variance);
-    const V32f limited = min(max(moved, splat(state.minVariance)), splat(state.maxVariance));
-    store(component.variance, select(here, limited, variance));
+    store(component.variance, select(here, movedVariance(state, r, distance_, variance), variance));
   }
 
   ZEB_INLINE void begin(const State& state, V32f alpha) {
@@ -157,15 +185,26 @@ class EightMixtures {
   V32s place_;  // of the component that is matched or new
 };
 
+template <bool learning>
+__attribute__((noinline)) Eight anyPixels(const State& state, const Rates& rates, Component* first, ptrdiff_t row,
+                                          const Zeb8u* p) {
+  EightMixtures pixels(first, row, p);
+  const Eight foreground = pixels.classify<learning>(state);
+  if constexpr (learning) pixels.learn(state, rates);
+  return foreground;
+}
+
 // Limit: 20 bytes read, and written where learning, per pixel and component that it has.
 template <bool learning>
 void foregroundRow(const State& state, Zeb32f rate, const Zeb8u* src, Zeb8u* dst, int n, Component* body,
                    ptrdiff_t row) {
-  const V32f alpha = splat(rate), pruned = splat(rate * state.complexityPrior), kept = splat(1.0f - rate);
-  forEights<3>(src, n, [=, &state](int x, const Zeb8u* p, int count) {
-    EightMixtures pixels(body + x / 8, row, p);
-    storeEight(dst + x, pixels.classify<learning>(state), count);
-    if constexpr (learning) pixels.learn(state, alpha, pruned, kept);
+  const Rates rates = {splat(rate), splat(rate * state.complexityPrior), splat(1.0f - rate)};
+  forEights<3>(src, n, [&](int x, const Zeb8u* p, int count) ZEB_BODY {
+    Component* const first = body + x / 8;
+    Eight foreground;
+    if (!learning || !learnSettled(state, rates, *first, first[row], p, foreground))
+      foreground = anyPixels<learning>(state, rates, first, row, p);
+    storeEight(dst + x, foreground, count);
   });
 }
 

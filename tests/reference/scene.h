@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 
 #include "reference/plane.h"
 
@@ -137,7 +138,7 @@ struct MixturePixel {
     // Those that fell to nothing; the order of the others stays.
     for (size_t k = components.size(); k-- > 0;)
       if (components[k].weight <= 0) {
-        components.erase(components.begin() + static_cast<ptrdiff_t>(k));
+        components.erase(components.begin() + static_cast<std::ptrdiff_t>(k));
         if (matched && k < j) --j;
       }
     if (!matched) {
