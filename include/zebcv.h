@@ -12,6 +12,8 @@
 #include "zebcv/core.h"
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"
+#include "zebcv/filter_fixed.h"
+#include "zebcv/filter_gaussian.h"
 #include "zebcv/morph.h"
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"

@@ -64,7 +64,7 @@ class FloatLines {
 
   // Of rows y - reach .. y + reach.
   const Zeb32f* const* around(int64_t y) {
-    return results_.around(y, [this](int64_t q, Zeb32f* out) { make(q, out); });
+    return results_.rows(y - reach_, 2 * reach_ + 1, [this](int64_t q, Zeb32f* out) { make(q, out); });
   }
 
  private:
@@ -77,7 +77,7 @@ class FloatLines {
   Zeb32f* line_;
 };
 
-// ---- The kernels ----
+// ---- Derivatives ----
 
 enum class Operator { sobel3, sobel5, scharr };
 constexpr int reachOf(Operator op) {
@@ -92,5 +92,32 @@ ByteColumns byteColumnsOfBoth(Operator op);
 WordRow wordRow(Operator op, Order order);
 FloatRow floatRow(Operator op, Order order);
 FloatColumns floatColumns(Operator op, Order order);
+
+// ---- The Laplacian ----
+
+// 3 x 3: 2 0 2 / 0 -8 0 / 2 0 2; 5 x 5: the sum of both second derivatives, which is that kernel smoothed by 1 2 1 in
+// both directions.
+ByteColumns laplacianColumns(int reach);
+// centre: the row of bytes itself. Both lines may be worked in.
+void laplacianRow3(const ByteLines& lines, const Zeb8u* centre, int n, Zeb16s* out);
+void laplacianRow5(const ByteLines& lines, int n, Zeb16s* out);
+
+// Along a row: the pixels left and right. Down the columns: the results above, the pixels themselves, the results
+// below.
+extern const FloatRow laplacianFloatRow3;
+extern const FloatColumns laplacianFloatColumns3;
+// Down the columns: five rows of second derivatives, then five smooth ones.
+extern const FloatColumns laplacianFloatColumns5;
+
+// ---- Means ----
+
+// Sums along rows of bytes, for blocks of 32 pixels those of the even ones, then those of the odd ones. Whole blocks
+// are read and written.
+void meanRow(int reach, const Zeb8u* p, int n, Zeb16s* sums);
+// Means down the columns of one row of results or of two, the second of which may be null.
+void meanColumns(int reach, const Zeb16s* const* rows, int n, Zeb8u* out, Zeb8u* below);
+
+FloatRow meanFloatRow(int reach);
+FloatColumns meanFloatColumns(int reach);
 
 }  // namespace zeb

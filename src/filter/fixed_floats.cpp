@@ -22,7 +22,50 @@ void downColumns(const Zeb32f* const* rows, int n, Zeb32f* out) {
   });
 }
 
+struct Corners3 {
+  static constexpr int taps = 3;
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    return v(0) + v(2);
+  }
+};
+struct LaplacianDown3 {
+  static constexpr int taps = 3;
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    const V32f corners = v(0) + v(2);
+    return fnma(splat(8.0f), v(1), corners + corners);
+  }
+};
+struct LaplacianDown5 {
+  static constexpr int taps = 10;
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    return Smooth5::floats(v) + Second5::floats([&](int k) ZEB_BODY { return v(5 + k); });
+  }
+};
+
+// The reciprocals are rounded once.
+template <class Mean>
+struct ScaledMean : Mean {
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    return Mean::floats(v) * splat(1.0f / (Mean::taps * Mean::taps));
+  }
+};
+
 }  // namespace
+
+const FloatRow laplacianFloatRow3 = alongRow<Corners3>;
+const FloatColumns laplacianFloatColumns3 = downColumns<LaplacianDown3>;
+const FloatColumns laplacianFloatColumns5 = downColumns<LaplacianDown5>;
+
+FloatRow meanFloatRow(int reach) {
+  return reach == 1 ? alongRow<Mean3> : alongRow<Mean5>;
+}
+FloatColumns meanFloatColumns(int reach) {
+  return reach == 1 ? downColumns<ScaledMean<Mean3>> : downColumns<ScaledMean<Mean5>>;
+}
 
 FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch)
     : source_(source),

@@ -9,47 +9,46 @@ namespace zeb {
 template <class R>
 class RowResults {
  public:
-  static int64_t scratchBytes(int64_t taps, int64_t elements) {
-    return (taps + 1) * stride(elements) * static_cast<int64_t>(sizeof(R)) + taps * static_cast<int64_t>(sizeof(R*)) +
+  static int64_t scratchBytes(int64_t kept, int64_t elements) {
+    return (kept + 1) * stride(elements) * static_cast<int64_t>(sizeof(R)) + kept * static_cast<int64_t>(sizeof(R*)) +
            64;
   }
 
-  // taps is odd; a row of results has so many elements.
-  RowResults(const BorderedImage& source, int taps, int64_t elements, Scratch& scratch)
+  // Keeps so many rows of so many results.
+  RowResults(const BorderedImage& source, int kept, int64_t elements, Scratch& scratch)
       : source_(source),
-        taps_(taps),
-        reach_(taps / 2),
+        kept_(kept),
         stride_(static_cast<ptrdiff_t>(stride(elements))),
-        first_(scratch.take<R>(taps * stride(elements))),
+        first_(scratch.take<R>(kept * stride(elements))),
         constant_(scratch.take<R>(stride(elements))),
-        rows_(scratch.take<const R*>(taps)) {}
+        rows_(scratch.take<const R*>(kept)) {}
 
-  // The results of rows y - reach .. y + reach, each of which is in the image or beside it as its border rule says.
-  // make(q, out) computes those of source row q; rows that repeat another, and all constant ones but the first, cost
-  // nothing. y is asked for in any order, one after the other best; its column of taps touches the image.
+  // The results of count rows from `from` on, each of which is in the image or beside it as its border rule says; one
+  // of them at least is in the image or in memory. make(q, out) computes those of source row q: never twice where rows
+  // are asked for from above to below, and once for all constant rows.
   template <class Make>
-  const R* const* around(int64_t y, Make make) {
-    const int64_t from = y - reach_, to = y + reach_;
-    const int64_t last = source_.size().height - 1;
+  const R* const* rows(int64_t from, int count, Make make) {
+    const int64_t to = from + count - 1, last = source_.size().height - 1;
     const Sides sides = source_.sides();
     const int64_t top = sides.top || from > 0 ? from : 0, bottom = sides.bottom || to < last ? to : last;
-    for (int64_t q = y == after_ && next_ > top ? next_ : top; q <= bottom; ++q) make(q, slot(q));
-    next_ = bottom + 1, after_ = y + 1;
-    const bool constant = source_.constant() != nullptr;
-    if (constant && !hasConstant_ && (top > from || bottom < to)) {
-      make(top > from ? -1 : last + 1, constant_);
+    if (top < begin_ || top < next_ - kept_ || top > next_) begin_ = next_ = top;
+    for (; next_ <= bottom; ++next_) make(next_, slot(next_));
+    const R *above = slot(top), *below = slot(bottom);
+    if (source_.constant() && (from < top || to > bottom)) {
+      if (!hasConstant_) make(from < top ? -1 : last + 1, constant_);
       hasConstant_ = true;
+      above = below = constant_;
     }
     const R** out = rows_;
+    for (int64_t q = from; q < top; ++q) *out++ = above;
+    const R* const end = first_ + kept_ * stride_;
     const R* row = slot(top);
-    for (int64_t q = from; q < top; ++q) *out++ = constant ? constant_ : row;
-    const R* const end = first_ + taps_ * stride_;
     for (int64_t q = top; q <= bottom; ++q) {
       *out++ = row;
       row += stride_;
       if (row == end) row = first_;
     }
-    for (const R* edge = out[-1]; out < rows_ + taps_;) *out++ = constant ? constant_ : edge;
+    while (out < rows_ + count) *out++ = below;
     return rows_;
   }
 
@@ -58,15 +57,15 @@ class RowResults {
   static int64_t stride(int64_t elements) { return (elements + 31) / 16 * 16; }
 
   R* slot(int64_t q) const {
-    return first_ + static_cast<ptrdiff_t>(static_cast<unsigned>(q + taps_) % static_cast<unsigned>(taps_)) * stride_;
+    return first_ + static_cast<ptrdiff_t>(static_cast<unsigned>(q + kept_) % static_cast<unsigned>(kept_)) * stride_;
   }
 
   BorderedImage source_;
-  int taps_, reach_;
+  int kept_;
   ptrdiff_t stride_;
   R *first_, *constant_;
   const R** rows_;
-  int64_t next_ = 0, after_ = INT64_MIN;
+  int64_t begin_ = 0, next_ = 0;  // what is made
   bool hasConstant_ = false;
 };
 
