@@ -26,6 +26,7 @@ void sumColumns(const Zeb8u* const* rows, int n, Zeb16s* line, [[maybe_unused]] 
   for (int k = 0; k < Taps::taps; ++k) p[k] = rows[k];
   forOverlappingVectors<32>(0, n, [&](int x, auto part) ZEB_BODY {
     const auto at = [&](int k) ZEB_BODY { return part.from(p[k] + x); };
+    fetchAhead(p[Taps::taps - 1] + x);
     storeSums(line + x, Taps::template bytes<FirstHalf>(at), Taps::template bytes<LastHalf>(at), part);
     if constexpr (!std::is_same_v<Second, None>)
       storeSums(second + x, Second::template bytes<FirstHalf>(at), Second::template bytes<LastHalf>(at), part);
@@ -38,6 +39,7 @@ constexpr ByteColumns downColumns = {sumColumns<Taps, Second>, std::is_same_v<Se
 template <class Taps>
 void alongRow(const Zeb16s* line, int channels, int n, Zeb16s* out) {
   forOverlappingVectors<16>(0, n, [=](int x, auto part) ZEB_BODY {
+    fetchAhead(out + x);
     part.to(out + x, Taps::words([=](int k) ZEB_BODY { return part.from(line + x + k * channels); }));
   });
 }
@@ -113,6 +115,8 @@ ZEB_INLINE void meanColumnsOf(const Zeb16s* const* rows, int n, Zeb8u* out, [[ma
   const Zeb16s* p[taps + 1];
   for (int k = 0; k < taps + two; ++k) p[k] = rows[k];
   forVectors<32>(0, n, [&](int x, auto part) ZEB_BODY {
+    fetchAhead(out + x);
+    if constexpr (two) fetchAhead(below + x);
     V16s common[2];
     for (int half = 0; half < 2; ++half) {
       common[half] = load(p[1] + x + 16 * half) + load(p[2] + x + 16 * half);
@@ -146,6 +150,7 @@ ByteColumns laplacianColumns(int reach) {
 void laplacianRow3(const ByteLines& lines, const Zeb8u* centre, int n, Zeb16s* out) {
   const Zeb16s* const line = lines.line(0);
   forOverlappingVectors<16>(0, n, [=](int x, auto part) ZEB_BODY {
+    fetchAhead(out + x);
     part.to(out + x, part.from(line + x) + part.from(line + x + 2) - shiftLeft<3>(part.words(centre + x)));
   });
 }
@@ -159,6 +164,7 @@ void laplacianRow5(const ByteLines& lines, int n, Zeb16s* out) {
   });
   forOverlappingVectors<16>(0, n, [=](int x, auto part) ZEB_BODY {
     const V16s sum = Smooth3::words([=](int k) ZEB_BODY { return part.from(line + x + k); });
+    fetchAhead(out + x);
     part.to(out + x, sum + sum);
   });
 }

@@ -8,18 +8,22 @@ namespace {
 
 template <class Taps>
 void alongRow(const Zeb32f* p, int n, Zeb32f* out) {
-  forVectors<8>(0, n, [=](int x, auto part) ZEB_BODY {
-    part.to(out + x, Taps::floats([=](int k) ZEB_BODY { return part.from(p + x + k); }));
-  });
+  forVectors<8, 2>(
+      0, n,
+      [=](int x, auto part)
+          ZEB_BODY { part.to(out + x, Taps::floats([=](int k) ZEB_BODY { return part.from(p + x + k); })); },
+      [=](int x) ZEB_BODY { fetchAhead(p + x); });
 }
 
 template <class Taps>
 void downColumns(const Zeb32f* const* rows, int n, Zeb32f* out) {
   const Zeb32f* p[Taps::taps];
   for (int k = 0; k < Taps::taps; ++k) p[k] = rows[k];
-  forVectors<8>(0, n, [&](int x, auto part) ZEB_BODY {
-    part.to(out + x, Taps::floats([&](int k) ZEB_BODY { return part.from(p[k] + x); }));
-  });
+  forVectors<8, 2>(
+      0, n,
+      [&](int x, auto part)
+          ZEB_BODY { part.to(out + x, Taps::floats([&](int k) ZEB_BODY { return part.from(p[k] + x); })); },
+      [=](int x) ZEB_BODY { fetchAhead(out + x); });
 }
 
 struct Corners3 {
