@@ -22,12 +22,24 @@ struct Departure {
   const char* names;
   std::vector<ZebStatus> order;
 };
+const std::vector<ZebStatus> masked = {zebStsErrNullPointer, zebStsErrSize,     zebStsErrStep,
+                                       zebStsErrNotEvenStep, zebStsErrMaskSize, zebStsErrBorder};
 const Departure departures[] = {
     {"zebiAdd_16u32f_C1IR", {zebStsErrNullPointer, zebStsErrSize, zebStsErrStep}},
     {"zebiCannyBorder_",
      {zebStsErrMaskSize, zebStsErrNullPointer, zebStsErrSize, zebStsErrBadArgument, zebStsErrBorder}},
+    {"zebiFilterGaussianBorder_",
+     {zebStsErrNullPointer, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrSize, zebStsErrBorder,
+      zebStsErrContextMatch}},
+    {"zebiFilterGaussianGetBufferSize",
+     {zebStsErrNullPointer, zebStsErrSize, zebStsErrBadArgument, zebStsErrDataType, zebStsErrNumChannels,
+      zebStsErrChannelCount}},
+    {"zebiFilterGaussianInit",
+     {zebStsErrNullPointer, zebStsErrBadArgument, zebStsErrDataType, zebStsErrNumChannels, zebStsErrChannelCount}},
     {"zebiFindPeaks3x3_",
      {zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrNotEvenStep, zebStsErrBadArgument}},
+    {"zebiFilterS", masked},
+    {"zebiFilterL", masked},
     {"zebiGetDistanceTransformMask_", {zebStsErrNullPointer, zebStsErrSize, zebStsErrBadArgument}},
     {"zebiGetDistanceTransformMask", {zebStsErrBadArgument, zebStsErrNullPointer, zebStsErrSize}},
     {"zebiHoughProbLineInit_", {zebStsErrSize, zebStsErrBadArgument, zebStsErrNullPointer}},

@@ -166,6 +166,8 @@ class BorderedImage {
 
   ZebiSize size() const { return size_; }
   int pixelBytes() const { return pixelBytes_; }
+  // The pixel beside the image, null where there is no one such pixel.
+  const Zeb8u* constant() const { return base_ == zebBorderConst ? value_ : nullptr; }
   Sides sides() const { return sides_; }
 
  private:
@@ -199,6 +201,18 @@ class BorderedImage {
   int base_;
   Sides sides_;
 };
+
+// What was computed from the kept columns, in its place in a line: the rest of the range repeats the first and the last
+// of it, or a given pixel.
+template <class T>
+void completeEnds(T* line, const BorderedImage::Columns& c, int channels, const T* pixel) {
+  const int bytes = channels * static_cast<int>(sizeof(T));
+  T* const kept = line + c.before * channels;
+  T* const end = kept + c.keptCount() * channels;
+  repeatPixel(reinterpret_cast<const Zeb8u*>(pixel ? pixel : kept), bytes, reinterpret_cast<Zeb8u*>(line), c.before);
+  repeatPixel(reinterpret_cast<const Zeb8u*>(pixel ? pixel : end - channels), bytes, reinterpret_cast<Zeb8u*>(end),
+              c.after);
+}
 
 // The last `count` rows of a sequence, each with room for a number of elements: row y stands where row y - count stood.
 // Rows may have numbers from -count on. A count of 0 is told when the ring is made.
