@@ -84,8 +84,9 @@ template <class T, class... Records>
 constexpr bool isOneOf = (... || std::is_same_v<std::remove_const_t<T>, Records>);
 template <class T>
 constexpr bool isState =
-    isOneOf<T, ZebiMorphState, ZebiMorphAdvState, ZebiMorphGrayState, ZebiHaarClassifier, ZebiHoughProbSpec,
-            ZebiInpaintState, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
+    isOneOf<T, ZebiFGGaussianState, ZebiFGHistogramState, ZebiFGMixtureState, ZebiFilterGaussianState,
+            ZebiHaarClassifier, ZebiHoughProbSpec, ZebiInpaintState, ZebiMorphAdvState, ZebiMorphGrayState,
+            ZebiMorphState, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
 
 // One argument, and what spoils it: another value, or another identifier in the state that it points to.
 struct Fault {
