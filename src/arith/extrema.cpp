@@ -109,8 +109,8 @@ Extremes<T> extremes(const Selection& selection) {
 }
 
 template <class T>
-ZebStatus minMaxIndx(const Selection& selection, Zeb32f* pMinVal, Zeb32f* pMaxVal, ZebiPoint* pMinIndex,
-                     ZebiPoint* pMaxIndex) {
+__attribute__((noinline)) ZebStatus minMaxIndx(const Selection& selection, Zeb32f* pMinVal, Zeb32f* pMaxVal,
+                                               ZebiPoint* pMinIndex, ZebiPoint* pMaxIndex) {
   if (auto bad = selection.flaw(also())) return bad;
   if (pMinVal == nullptr && pMaxVal == nullptr && pMinIndex == nullptr && pMaxIndex == nullptr) return zebStsOk;
   const Extremes<T> e = extremes<T>(selection);

@@ -111,7 +111,7 @@ Moments moments(const Selection& selection) {
 }
 
 template <class T>
-ZebStatus meanAndDeviation(const Selection& selection, Zeb64f* pMean, Zeb64f* pStdDev) {
+__attribute__((noinline)) ZebStatus meanAndDeviation(const Selection& selection, Zeb64f* pMean, Zeb64f* pStdDev) {
   if (auto bad = selection.flaw(also())) return bad;
   if (pMean == nullptr && pStdDev == nullptr) return zebStsOk;
   const Moments result = moments<T>(selection);

@@ -41,47 +41,29 @@ Zeb64f rootOfLaneSum(const Totals& t) {
 }
 
 template <class Accumulator, class T>
-Norm normOf(Zeb64f (*finished)(const Totals&), bool joinsRows) {
+constexpr Norm normOf(Zeb64f (*finished)(const Totals&), bool joinsRows) {
   return {addElements<Accumulator, T>, addDistances<Accumulator, T>, finished, joinsRows};
 }
 
 template <class T>
-Norm infNorm() {
-  return normOf<Largest<T>, T>(largest<T>, true);
-}
+const Norm infNorm = normOf<Largest<T>, T>(largest<T>, true);
 
 template <class T>
-Norm l1Norm();
+const Norm l1Norm = normOf<FloatLanes<false>, T>(laneSum, false);
 template <>
-Norm l1Norm<Zeb8u>() {
-  return normOf<ByteSum, Zeb8u>(wholeSum, true);
-}
+const Norm l1Norm<Zeb8u> = normOf<ByteSum, Zeb8u>(wholeSum, true);
 template <>
-Norm l1Norm<Zeb16u>() {
-  return normOf<WordSum, Zeb16u>(wholeSum, true);
-}
-template <>
-Norm l1Norm<Zeb32f>() {
-  return normOf<FloatLanes<false>, Zeb32f>(laneSum, false);
-}
+const Norm l1Norm<Zeb16u> = normOf<WordSum, Zeb16u>(wholeSum, true);
 
 template <class T>
-Norm l2Norm();
+const Norm l2Norm = normOf<FloatLanes<true>, T>(rootOfLaneSum, false);
 template <>
-Norm l2Norm<Zeb8u>() {
-  return normOf<ByteSquares<>, Zeb8u>(rootOfWholeSum, true);
-}
+const Norm l2Norm<Zeb8u> = normOf<ByteSquares<>, Zeb8u>(rootOfWholeSum, true);
 template <>
-Norm l2Norm<Zeb16u>() {
-  return normOf<WordMoments, Zeb16u>(rootOfWholeSum, true);
-}
-template <>
-Norm l2Norm<Zeb32f>() {
-  return normOf<FloatLanes<true>, Zeb32f>(rootOfLaneSum, false);
-}
+const Norm l2Norm<Zeb16u> = normOf<WordMoments, Zeb16u>(rootOfWholeSum, true);
 
 // Of the image, or of the difference where there are two.
-ZebStatus norm(const Norm& norm, const Selection& selection, Zeb64f* pValue) {
+__attribute__((noinline)) ZebStatus norm(const Norm& norm, const Selection& selection, Zeb64f* pValue) {
   if (auto bad = selection.flaw(also(pValue))) return bad;
   Totals totals;
   Runs runs(selection, 1 << 30, norm.joinsRows);
@@ -92,7 +74,7 @@ ZebStatus norm(const Norm& norm, const Selection& selection, Zeb64f* pValue) {
 }
 
 // The norm of the difference over that of the second image, run by run while they lie in the first-level cache.
-ZebStatus relativeNorm(const Norm& norm, const Selection& selection, Zeb64f* pValue) {
+__attribute__((noinline)) ZebStatus relativeNorm(const Norm& norm, const Selection& selection, Zeb64f* pValue) {
   if (auto bad = selection.flaw(also(pValue))) return bad;
   Totals difference, second;
   Runs runs(selection, 2048, norm.joinsRows);
@@ -115,31 +97,31 @@ ZebStatus relativeNorm(const Norm& norm, const Selection& selection, Zeb64f* pVa
 
 #define NORM_C1R(name, T, kind)                                                   \
   ZEB_ENTRY(name)(const T* pSrc, int srcStep, ZebiSize roiSize, Zeb64f* pValue) { \
-    return norm(kind<T>(), Selection(roiSize, image(pSrc, srcStep)), pValue);     \
+    return norm(kind<T>, Selection(roiSize, image(pSrc, srcStep)), pValue);       \
   }
-#define NORM_C1MR(name, T, kind)                                                                            \
-  ZEB_ENTRY(name)                                                                                           \
-  (const T* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, Zeb64f* pValue) {        \
-    return norm(kind<T>(), Selection(roiSize, image(pSrc, srcStep)).under(image(pMask, maskStep)), pValue); \
+#define NORM_C1MR(name, T, kind)                                                                          \
+  ZEB_ENTRY(name)                                                                                         \
+  (const T* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, Zeb64f* pValue) {      \
+    return norm(kind<T>, Selection(roiSize, image(pSrc, srcStep)).under(image(pMask, maskStep)), pValue); \
   }
-#define NORM_C3CMR(name, T, kind)                                                                                    \
-  ZEB_ENTRY(name)                                                                                                    \
-  (const T* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, int coi, Zeb64f* pValue) {        \
-    return norm(kind<T>(), Selection(roiSize, image<3>(pSrc, srcStep)).under(image(pMask, maskStep)).ofChannel(coi), \
-                pValue);                                                                                             \
+#define NORM_C3CMR(name, T, kind)                                                                                  \
+  ZEB_ENTRY(name)                                                                                                  \
+  (const T* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, int coi, Zeb64f* pValue) {      \
+    return norm(kind<T>, Selection(roiSize, image<3>(pSrc, srcStep)).under(image(pMask, maskStep)).ofChannel(coi), \
+                pValue);                                                                                           \
   }
 // Of the difference: what is `norm`, and of what it is relative to: `relativeNorm`.
-#define PAIR_C1R(name, T, what, kind)                                                                           \
-  ZEB_ENTRY(name)                                                                                               \
-  (const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, ZebiSize roiSize, Zeb64f* pValue) {              \
-    return what(kind<T>(), Selection(roiSize, image(pSrc1, src1Step)).against(image(pSrc2, src2Step)), pValue); \
+#define PAIR_C1R(name, T, what, kind)                                                                         \
+  ZEB_ENTRY(name)                                                                                             \
+  (const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, ZebiSize roiSize, Zeb64f* pValue) {            \
+    return what(kind<T>, Selection(roiSize, image(pSrc1, src1Step)).against(image(pSrc2, src2Step)), pValue); \
   }
 #define PAIR_C1MR(name, T, what, kind)                                                                             \
   ZEB_ENTRY(name)                                                                                                  \
   (const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, \
    Zeb64f* pValue) {                                                                                               \
     Selection selection(roiSize, image(pSrc1, src1Step));                                                          \
-    return what(kind<T>(), selection.against(image(pSrc2, src2Step)).under(image(pMask, maskStep)), pValue);       \
+    return what(kind<T>, selection.against(image(pSrc2, src2Step)).under(image(pMask, maskStep)), pValue);         \
   }
 #define PAIR_C3CMR(name, T, what, kind)                                                                            \
   ZEB_ENTRY(name)                                                                                                  \
@@ -147,7 +129,7 @@ ZebStatus relativeNorm(const Norm& norm, const Selection& selection, Zeb64f* pVa
    int coi, Zeb64f* pValue) {                                                                                      \
     Selection selection(roiSize, image<3>(pSrc1, src1Step));                                                       \
     selection.against(image<3>(pSrc2, src2Step)).under(image(pMask, maskStep)).ofChannel(coi);                     \
-    return what(kind<T>(), selection, pValue);                                                                     \
+    return what(kind<T>, selection, pValue);                                                                       \
   }
 
 NORM_C1R(zebiNorm_Inf_8u_C1R, Zeb8u, infNorm)

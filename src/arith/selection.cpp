@@ -112,25 +112,22 @@ ZebStatus Selection::flaw(Mandatory outputs) const {
 }
 
 Runs::Runs(const Selection& selection, int longest, bool joined, uint32_t filling)
-    : selection_(selection), size_(selection.roi_), longest_(longest), filling_(filling) {
-  const Selection& s = selection_;
+    : selection_(selection),
+      size_(selection.roi_),
+      longest_(longest),
+      pixelBytes_(selection.elementBytes_ * selection.channels_),
+      direct_(selection.channels_ == 1 && !selection.masked_),
+      filling_(filling) {
+  const Selection& s = selection;
   const auto whole = [&](int step, int pixelBytes) { return step == static_cast<int64_t>(size_.width) * pixelBytes; };
-  const int pixelBytes = s.elementBytes_ * s.channels_;
-  joined = joined && whole(s.firstStep_, pixelBytes) && (!s.pair_ || whole(s.secondStep_, pixelBytes)) &&
+  joined = joined && whole(s.firstStep_, pixelBytes_) && (!s.pair_ || whole(s.secondStep_, pixelBytes_)) &&
            (!s.masked_ || whole(s.maskStep_, 1)) && s.pixels() <= (1u << 30);
   if (joined) size_ = {size_.width * size_.height, 1};
 }
 
-// The pixel that the next run begins with.
-const Zeb8u* Runs::at(const void* image, int step, int channel) const {
-  const auto pixelBytes = static_cast<ptrdiff_t>(selection_.elementBytes_) * selection_.channels_;
-  return static_cast<const Zeb8u*>(image) + static_cast<ptrdiff_t>(row_) * step + column_ * pixelBytes +
-         channel * selection_.elementBytes_;
-}
-
 // `pixels` elements under a mask, or without one, and the filling up to the next multiple of the grain.
 const void* Runs::gather(Zeb8u* block, const Zeb8u* from, const Zeb8u* mask, int pixels, bool counts) {
-  const int bytes = selection_.elementBytes_, whole = pixels / grain * grain, rest = pixels - whole;
+  const int bytes = selection_.elementBytes_, whole = pixels & -grain, rest = pixels - whole;
   const V8u filling = fillingVector(filling_);
   Zeb8u* const end = block + whole * bytes;
   if (rest > 0)
@@ -152,27 +149,14 @@ const void* Runs::gather(Zeb8u* block, const Zeb8u* from, const Zeb8u* mask, int
   return block;
 }
 
-bool Runs::next(Run& run) {
-  if (column_ == size_.width) column_ = 0, ++row_;
-  if (row_ == size_.height) return false;
+bool Runs::gatherNext(Run& run) {
   const Selection& s = selection_;
-  const Zeb8u* const first = at(s.first_, s.firstStep_, 0);
-  const Zeb8u* const second = s.pair_ ? at(s.second_, s.secondStep_, 0) : nullptr;
   const Zeb8u* const mask = s.masked_ ? s.mask_ + static_cast<ptrdiff_t>(row_) * s.maskStep_ + column_ : nullptr;
-  const int left = size_.width - column_;
-  run.column = column_, run.row = row_, run.mask = mask;
-  if (s.channels_ == 1 && !s.masked_ && left >= grain) {
-    const int whole = left / grain * grain;
-    run.n = run.pixels = whole < longest_ ? whole : longest_;
-    run.first = first, run.second = second;
-  } else {
-    run.pixels = left < blockElements ? left : blockElements;
-    run.n = (run.pixels + grain - 1) / grain * grain;
-    run.first = gather(blocks_[0], first, mask, run.pixels, true);
-    if (s.pair_) run.second = gather(blocks_[1], second, mask, run.pixels, false);
-  }
-  column_ += run.pixels;
-  return true;
+  const int left = size_.width - column_, pixels = left < blockElements ? left : blockElements;
+  run = {nullptr, nullptr, (pixels + grain - 1) & -grain, column_, row_, pixels, mask};
+  run.first = gather(blocks_[0], at(s.first_, s.firstStep_), mask, pixels, true);
+  if (s.pair_) run.second = gather(blocks_[1], at(s.second_, s.secondStep_), mask, pixels, false);
+  return goOn(run);
 }
 
 bool Runs::seekFirst(void* element) {
@@ -186,7 +170,7 @@ bool Runs::seekFirst(void* element) {
     if (column < size_.width) break;
   }
   column_ = column;
-  memcpy(element, at(s.first_, s.firstStep_, s.coi_ - 1), static_cast<size_t>(s.elementBytes_));
+  memcpy(element, at(s.first_, s.firstStep_) + (s.coi_ - 1) * s.elementBytes_, static_cast<size_t>(s.elementBytes_));
   column_ = column / grain * grain;
   return true;
 }

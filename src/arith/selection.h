@@ -72,7 +72,19 @@ class Runs {
   Runs(const Selection& selection, int longest, bool joined, uint32_t filling = 0);
 
   // The next run, or false behind the last.
-  bool next(Run& run);
+  bool next(Run& run) {
+    if (row_ == size_.height) return false;
+    if (!direct_ || size_.width - column_ < grain) return gatherNext(run);
+    const int whole = (size_.width - column_) & -grain;
+    run = {at(selection_.first_, selection_.firstStep_),
+           selection_.pair_ ? at(selection_.second_, selection_.secondStep_) : nullptr,
+           whole < longest_ ? whole : longest_,
+           column_,
+           row_,
+           whole < longest_ ? whole : longest_,
+           nullptr};
+    return goOn(run);
+  }
   // next() goes on with the run that begins there.
   void seek(int column, int row) { column_ = column, row_ = row; }
 
@@ -89,12 +101,23 @@ class Runs {
   // Elements of a block: with two of them and the widest elements, half of what a function may take of the stack.
   static constexpr int blockElements = 1024;
 
-  const Zeb8u* at(const void* image, int step, int channel) const;
+  // The pixel that the next run begins with.
+  const Zeb8u* at(const void* image, int step) const {
+    return static_cast<const Zeb8u*>(image) + static_cast<ptrdiff_t>(row_) * step +
+           static_cast<ptrdiff_t>(column_) * pixelBytes_;
+  }
+  bool goOn(const Run& run) {
+    column_ += run.pixels;
+    if (column_ == size_.width) column_ = 0, ++row_;
+    return true;
+  }
+  bool gatherNext(Run& run);
   const void* gather(Zeb8u* block, const Zeb8u* from, const Zeb8u* mask, int pixels, bool counts);
 
-  const Selection selection_;
+  const Selection& selection_;
   ZebiSize size_;  // with joined rows
-  int longest_;
+  int longest_, pixelBytes_;
+  bool direct_;  // runs lie in the images but for the ends of rows
   uint32_t filling_;
   int column_ = 0, row_ = 0;
   uint64_t selected_ = 0;
