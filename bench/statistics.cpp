@@ -180,7 +180,7 @@ const Family family(
         {"Mean_StdDev 32f C1R", timesMemcpy(7.5), mean<Zeb32f>(zebiMean_StdDev_32f_C1R)},
         {"MinMaxIndx 8u C1R", timesMemcpy(1.0), extremes<Zeb8u>(zebiMinMaxIndx_8u_C1R)},
         {"MinMaxIndx 32f C1R", timesMemcpy(2.7), extremes<Zeb32f>(zebiMinMaxIndx_32f_C1R)},
-        {"call overhead 1x1, Norm L1 8u C1R", nanosecondsPerCall(50), callOverhead},
+        {"call overhead 1x1, Norm L1 8u C1R", {Target::nanosecondsPerCall, std::nullopt}, callOverhead},
     });
 
 }  // namespace

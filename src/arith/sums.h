@@ -14,10 +14,17 @@
 namespace zeb {
 
 struct Totals {
-  uint64_t sum[4] = {};      // lanes modulo 2^64; or the largest elements of every lane of a vector
-  uint64_t squares[4] = {};  // the same of the squares
-  Zeb64f lanes[16] = {};
+  uint64_t sum[4];      // lanes modulo 2^64; or the largest elements of every lane of a vector
+  uint64_t squares[4];  // the same of the squares
+  Zeb64f lanes[16];
   Zeb64f shift = 0;  // what is taken from every pixel beforehand
+
+  // By vectors: compilers choose an instruction that takes long to start.
+  Totals() {
+    store(sum, splat(uint64_t{0}));
+    store(squares, splat(uint64_t{0}));
+    for (int j = 0; j < 16; j += 4) store(lanes + j, splat(0.0));
+  }
 };
 
 // ---- What is summed: the elements of one image, or their distances in two ----
