@@ -6,7 +6,6 @@
 namespace zeb {
 namespace {
 
-constexpr int grain = Runs::grain;
 constexpr int lanes = 32;  // bytes of a vector
 
 V8u fillingVector(uint32_t filling) {
