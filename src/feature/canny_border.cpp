@@ -40,14 +40,14 @@ struct Request {
 };
 
 // The rows that the passes work on lie where the stack of the hysteresis comes afterwards.
-template <class Kernel, class Form>
-void detect(const Request& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer, int64_t size) {
+template <class Form>
+void detect(Operator op, const Request& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pBuffer, int64_t size) {
   using M = typename Form::Magnitude;
   const ZebiSize roi = image.source.size();
   Scratch scratch(pBuffer, size);
   const CannyMap map = takeCannyMap(scratch, roi);
   Scratch stack = scratch;
-  DerivativeRows<Kernel, Zeb8u> derivatives(image.source, scratch);
+  DerivativeRows<Zeb8u> derivatives(op, image.source, scratch);
   const MagnitudeRing<M> ring(scratch, roi.width);
   Zeb16s *dx[2], *dy[2];
   for (int k = 0; k < 2; ++k) dx[k] = scratch.take<Zeb16s>(roi.width, 1), dy[k] = scratch.take<Zeb16s>(roi.width, 1);
@@ -65,14 +65,6 @@ void detect(const Request& image, Zeb32f lowThresh, Zeb32f highThresh, Zeb8u* pB
                 [=](int x, auto part) ZEB_BODY { return Form::sectors(rowDx + x, rowDy + x, part); });
   }
   hysteresis(map, roi, stack, image.dst);
-}
-
-using Detect = void (*)(const Request&, Zeb32f, Zeb32f, Zeb8u*, int64_t);
-
-template <class Form>
-Detect detectorOf(int filterType, int mask) {
-  if (filterType == zebFilterScharr) return detect<Scharr3, Form>;
-  return mask == zebMskSize3x3 ? detect<Sobel3, Form> : detect<Sobel5, Form>;
 }
 
 }  // namespace
@@ -99,8 +91,9 @@ ZEB_ENTRY(zebiCannyBorder_8u_C1R)
   const int64_t size = bufferSize(roiSize, mask);
   if (size > INT32_MAX) return zebStsErrOverflow;
   const Request image = {BorderedImage(pSrc, srcStep, roiSize, 1, borderType, &borderValue), Rows(pDst, dstStep)};
-  const Detect detect =
-      norm == zebNormL1 ? detectorOf<Sum>(filterType, mask) : detectorOf<RootOfSquares>(filterType, mask);
-  detect(image, lowThresh, highThresh, pBuffer, size);
+  const Operator op = filterType == zebFilterScharr ? Operator::scharr
+                      : mask == zebMskSize3x3       ? Operator::sobel3
+                                                    : Operator::sobel5;
+  (norm == zebNormL1 ? detect<Sum> : detect<RootOfSquares>)(op, image, lowThresh, highThresh, pBuffer, size);
   return zebStsOk;
 }

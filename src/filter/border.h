@@ -10,6 +10,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <type_traits>
+
 #include "core/scratch.h"
 #include "core/vec.h"
 #include "filter/border_rules.h"
@@ -122,10 +124,16 @@ class BorderedImage {
     repeatPixel(end - px, px, end, c.after);
   }
 
-  // The same in a scratch line of T with a vector of room at either end, which a usual border fills with one store.
+  // The same in a scratch line of T with a vector of room before it and two behind it, which a usual border fills with
+  // one store. Kernels compute whole vectors: floats get numbers behind the range, so that none of them is invalid.
   template <class T>
   ZEB_INLINE void completeLine(T* line, const Columns& c) const {
     constexpr int lanes = Vec<T>::lanes;
+    if constexpr (std::is_floating_point_v<T>) {
+      T* const behind = line + (c.to - c.from) * (pixelBytes_ / static_cast<int>(sizeof(T)));
+      store(behind, splat(T(0)));
+      store(behind + lanes, splat(T(0)));
+    }
     if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.before > lanes || c.after > lanes)
       return complete(reinterpret_cast<Zeb8u*>(line), c);
     T* first = line + c.before;
@@ -158,6 +166,8 @@ class BorderedImage {
 
   ZebiSize size() const { return size_; }
   int pixelBytes() const { return pixelBytes_; }
+  // The pixel beside the image, null where there is no one such pixel.
+  const Zeb8u* constant() const { return base_ == zebBorderConst ? value_ : nullptr; }
   Sides sides() const { return sides_; }
 
  private:
@@ -191,6 +201,18 @@ class BorderedImage {
   int base_;
   Sides sides_;
 };
+
+// What was computed from the kept columns, in its place in a line: the rest of the range repeats the first and the last
+// of it, or a given pixel.
+template <class T>
+void completeEnds(T* line, const BorderedImage::Columns& c, int channels, const T* pixel) {
+  const int bytes = channels * static_cast<int>(sizeof(T));
+  T* const kept = line + c.before * channels;
+  T* const end = kept + c.keptCount() * channels;
+  repeatPixel(reinterpret_cast<const Zeb8u*>(pixel ? pixel : kept), bytes, reinterpret_cast<Zeb8u*>(line), c.before);
+  repeatPixel(reinterpret_cast<const Zeb8u*>(pixel ? pixel : end - channels), bytes, reinterpret_cast<Zeb8u*>(end),
+              c.after);
+}
 
 // The last `count` rows of a sequence, each with room for a number of elements: row y stands where row y - count stood.
 // Rows may have numbers from -count on. A count of 0 is told when the ring is made.

@@ -2,6 +2,7 @@
 // times its tap. The channels of a pixel are neighbouring elements of a row and need no treatment of their own.
 #include "core/checks.h"
 #include "core/image.h"
+#include "filter/float_runs.h"
 #include "filter/pipeline.h"
 #include "filter/separable.h"
 #include "filter/two_rows.h"
@@ -88,12 +89,7 @@ void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int
 
 void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int elements, const Zeb32f* kernel,
                         int kernelSize) {
-  withTaps<3, 5, 7>(kernelSize, [&](auto taps) {
-    using Source = Stacked<Zeb32f, decltype(taps)::value>;
-    for (int y = 0; y < height; ++y)
-      filterRunFloat<decltype(taps)::value, decltype(taps)::value == 3>(Source(src + y), kernel, kernelSize, dst[y],
-                                                                        elements);
-  });
+  for (int y = 0; y < height; ++y) correlateColumns(src + y, kernel, kernelSize, dst[y], elements);
 }
 
 // Everything up to the divisor. The scratch buffer is looked at this late on purpose.

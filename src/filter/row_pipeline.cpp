@@ -9,6 +9,7 @@
 #include "core/scratch.h"
 #include "filter/border.h"
 #include "filter/byte_sums.h"
+#include "filter/float_runs.h"
 #include "filter/pipeline.h"
 #include "filter/separable.h"
 
@@ -232,12 +233,10 @@ void filterRowsUnsigned(const Job<Zeb16u, channels, Zeb16u, Zeb16u>& job, int di
 
 template <int channels>
 void filterRowsFloat(const Job<Zeb32f, channels, Zeb32f, Zeb32f>& job, int) {
-  withTaps<3, 5, 7>(job.kernelSize, [&](auto taps) {
-    const auto run = [kernel = job.kernel, count = job.kernelSize](const Zeb32f* p, Zeb32f* out, int n, Part) {
-      filterRunFloat<decltype(taps)::value, false>(Shifted<Zeb32f, channels>{p}, kernel, count, out, n);
-    };
-    filterRows(job, run);
-  });
+  const auto run = [kernel = job.kernel, count = job.kernelSize](const Zeb32f* p, Zeb32f* out, int n, Part) {
+    correlateRow<channels>(p, kernel, count, out, n);
+  };
+  filterRows(job, run);
 }
 
 // ---- Checks ----

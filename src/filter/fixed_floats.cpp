@@ -1,0 +1,123 @@
+// Fixed kernels on floats.
+#include "core/loops.h"
+#include "filter/fixed.h"
+#include "filter/taps.h"
+
+namespace zeb {
+namespace {
+
+template <class Taps>
+void alongRow(const Zeb32f* p, int n, Zeb32f* out) {
+  forVectors<8, 2>(
+      0, n,
+      [=](int x, auto part)
+          ZEB_BODY { part.to(out + x, Taps::floats([=](int k) ZEB_BODY { return part.from(p + x + k); })); },
+      [=](int x) ZEB_BODY { fetchAhead(p + x); });
+}
+
+template <class Taps>
+void downColumns(const Zeb32f* const* rows, int n, Zeb32f* out) {
+  const Zeb32f* p[Taps::taps];
+  for (int k = 0; k < Taps::taps; ++k) p[k] = rows[k];
+  forVectors<8, 2>(
+      0, n,
+      [&](int x, auto part)
+          ZEB_BODY { part.to(out + x, Taps::floats([&](int k) ZEB_BODY { return part.from(p[k] + x); })); },
+      [=](int x) ZEB_BODY { fetchAhead(out + x); });
+}
+
+struct Corners3 {
+  static constexpr int taps = 3;
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    return v(0) + v(2);
+  }
+};
+struct LaplacianDown3 {
+  static constexpr int taps = 3;
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    const V32f corners = v(0) + v(2);
+    return fnma(splat(8.0f), v(1), corners + corners);
+  }
+};
+struct LaplacianDown5 {
+  static constexpr int taps = 10;
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    return Smooth5::floats(v) + Second5::floats([&](int k) ZEB_BODY { return v(5 + k); });
+  }
+};
+
+// The reciprocals are rounded once.
+template <class Mean>
+struct ScaledMean : Mean {
+  template <class At>
+  static ZEB_INLINE V32f floats(At v) {
+    return Mean::floats(v) * splat(1.0f / (Mean::taps * Mean::taps));
+  }
+};
+
+}  // namespace
+
+const FloatRow laplacianFloatRow3 = alongRow<Corners3>;
+const FloatColumns laplacianFloatColumns3 = downColumns<LaplacianDown3>;
+const FloatColumns laplacianFloatColumns5 = downColumns<LaplacianDown5>;
+
+FloatRow meanFloatRow(int reach) {
+  return reach == 1 ? alongRow<Mean3> : alongRow<Mean5>;
+}
+FloatColumns meanFloatColumns(int reach) {
+  return reach == 1 ? downColumns<ScaledMean<Mean3>> : downColumns<ScaledMean<Mean5>>;
+}
+
+FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch)
+    : source_(source),
+      reach_(reach),
+      kernel_(kernel),
+      results_(source, 2 * reach + 1, source.size().width, scratch),
+      line_(scratch.take<Zeb32f>(int64_t{source.size().width} + 2 * reach, 4)) {}
+
+// Straight from the row where the taps lie inside it, from copies of its ends with their borders elsewhere.
+void FloatLines::make(int64_t q, Zeb32f* out) const {
+  const int width = source_.size().width;
+  const auto fetched = [&](int64_t from, int64_t to) {
+    source_.fetch<int(sizeof(Zeb32f))>(q, source_.columns(from - reach_, to + reach_), reinterpret_cast<Zeb8u*>(line_));
+    kernel_(line_, static_cast<int>(to - from), out + from);
+  };
+  const auto* const row = reinterpret_cast<const Zeb32f*>(source_.row(q));
+  if (row == nullptr || width < 4 * reach_) return fetched(0, width);
+  const Sides sides = source_.sides();
+  const int from = sides.left ? 0 : reach_, to = sides.right ? width : width - reach_;
+  kernel_(row + from - reach_, to - from, out + from);
+  if (from > 0) fetched(0, from);
+  if (to < width) fetched(to, width);
+}
+
+FloatRow floatRow(Operator op, Order order) {
+  switch (op) {
+    case Operator::sobel3:
+      return order == Order::smooth ? alongRow<Smooth3> : order == Order::first ? alongRow<First3> : alongRow<Second3>;
+    case Operator::sobel5:
+      return order == Order::smooth ? alongRow<Smooth5> : order == Order::first ? alongRow<First5> : alongRow<Second5>;
+    default:
+      return order == Order::smooth ? alongRow<ScharrSmooth> : alongRow<First3>;
+  }
+}
+
+FloatColumns floatColumns(Operator op, Order order) {
+  switch (op) {
+    case Operator::sobel3:
+      return order == Order::smooth  ? downColumns<Smooth3>
+             : order == Order::first ? downColumns<First3>
+                                     : downColumns<Second3>;
+    case Operator::sobel5:
+      return order == Order::smooth  ? downColumns<Smooth5>
+             : order == Order::first ? downColumns<First5>
+                                     : downColumns<Second5>;
+    default:
+      return order == Order::smooth ? downColumns<ScharrSmoothDown> : downColumns<First3>;
+  }
+}
+
+}  // namespace zeb
