@@ -21,5 +21,6 @@
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"
 #include "zebcv/segment.h"
+#include "zebcv/statistics.h"
 
 #endif
