@@ -84,7 +84,7 @@ template <class T, class... Records>
 constexpr bool isOneOf = (... || std::is_same_v<std::remove_const_t<T>, Records>);
 template <class T>
 constexpr bool isState =
-    isOneOf<T, ZebiFGGaussianState, ZebiFGHistogramState, ZebiFGMixtureState, ZebiFilterGaussianState,
+    isOneOf<T, ZebiFGGaussianState, ZebiFGHistogramState, ZebiFGMixtureState, ZebiFastNState, ZebiFilterGaussianState,
             ZebiHaarClassifier, ZebiHoughProbSpec, ZebiInpaintState, ZebiMorphAdvState, ZebiMorphGrayState,
             ZebiMorphState, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
 

@@ -55,6 +55,11 @@ std::vector<Zeb8u> bytesOf(const State* state, size_t count) {
   return {bytes, bytes + count};
 }
 
+// The step of an image of one channel in a function of three.
+auto stepOf(const Image<Zeb8u>& image, ZebiSize size) {
+  return orElse(image.step(), size.width - 1, zebStsErrStep, Check::step);
+}
+
 // The head of a record, and its floats from `at` on in the body.
 template <class State>
 void requireHead(const State* state, const char (&id)[5], ZebiSize size, int frames) {
@@ -187,7 +192,7 @@ void learned(Choice& c, const char (&id)[5], int channels, size_t pixelBytes,
   forPixels(first.plane(), [&](size_t, const ref::Pixel& x) { pixels.emplace_back(p, x, channels); });
   const auto frames = [&] {
     require(test::bytesOfBlock(state) == static_cast<int>(bytes), "the record's size");
-    const int count = c.oneIn(8) ? 20 : c.within(0, 4);
+    const int count = c.oneIn(8) ? 20 : c.within(1, 4);
     for (int t = 0;; ++t) {
       requireHead(state, id, size, t);
       requireAll(pixels, state, size, channels);
@@ -200,14 +205,14 @@ void learned(Choice& c, const char (&id)[5], int channels, size_t pixelBytes,
       const auto before = bytesOf(state, bytes);
       const ZebiSize other = {size.width > 1 && c.coin() ? size.width - 1 : size.width, size.height + 1};
       foreground.refused(zebStsErrSize, src.pixels(), src.step(), dst.pixels(), dst.step(), other, state);
-      foreground.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, state);
+      foreground.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size), size, state);
       require(agree(foreground.name(), dst, want), src.describe());
       require(bytesOf(state, bytes) == before, "a call that reads changed the record");
       if (t == count) return;
       const bool masked = c.coin();
       const Image<Zeb8u> mask = c.image<Zeb8u>(size);
       if (masked) {
-        update.ok(c, src.pixels(), src.step(), keep(mask.pixels()), mask.step(), size, state);
+        update.ok(c, src.pixels(), src.step(), keep(mask.pixels()), stepOf(mask, size), size, state);
       } else {
         update.ok(c, src.pixels(), src.step(), keep<const Zeb8u*>(nullptr), keep(-c.within(0, 9)), size, state);
       }
@@ -298,7 +303,7 @@ void mixture(Choice& c) {
     forPixels(src.plane(), [&](size_t i, const ref::Pixel& x) { want.data[i] = pixels[i].foreground(p, x) ? 255 : 0; });
     const ZebiSize other = {size.width, size.height + 1};
     foreground.refused(zebStsErrSize, src.pixels(), src.step(), dst.pixels(), dst.step(), other, rate, state);
-    foreground.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
+    foreground.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size), size,
                   orElse(rate, outside(c, 0, 0.5f), zebStsErrBadArgument), state);
     require(agree(foreground.name(), dst, want), src.describe());
     if (rate == 0) {
