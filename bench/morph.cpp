@@ -102,6 +102,28 @@ Work erode8uC3(const Scene& scene) {
                       zebiErodeBorder_8u_C3R);
 }
 
+// The minimum over a square, by the function that needs no state.
+template <class T>
+using Minimum = ZebStatus (*)(const T*, int, T*, int, ZebiSize, ZebiSize, ZebiPoint, Zeb8u*);
+template <class T>
+Work minimum(const Scene& scene, int channels, int side, decltype(&zebiFilterMinGetBufferSize_8u_C1R) query,
+             Minimum<T> function) {
+  const ref::Element e = rectangle(side, side);
+  auto buffer = std::make_shared<Pixels<Zeb8u>>();
+  int bytes = 0;
+  query(scene.size.width, {side, side}, &bytes);
+  buffer->resize(static_cast<size_t>(bytes));
+  return filter<T>(
+      scene, channels, {1.0 * channels * sizeof(T), 1.0 * channels * sizeof(T)},
+      [=](const T* src, int srcStep, T* dst, int dstStep, ZebiSize size) {
+        return function(src, srcStep, dst, dstStep, size, {side, side}, {side / 2, side / 2}, buffer->data());
+      },
+      [=](const ref::Region<T>& region) { return ref::extremum(region, e, true); });
+}
+Work minimum8u(const Scene& scene, int side) {
+  return minimum<Zeb8u>(scene, 1, side, zebiFilterMinGetBufferSize_8u_C1R, zebiFilterMinBorderReplicate_8u_C1R);
+}
+
 // Opening or gradient with the same ellipse.
 Work compound(const Scene& scene, decltype(&zebiMorphOpenBorder_8u_C1R) function, bool opening) {
   const ref::Element e = ellipse7();
@@ -176,6 +198,21 @@ const Family family(
          [](const Scene& s) { return erode32f(s, rectangle(7, 7)); }},
         {"ErodeBorder 32f C1R, 7 x 7 ellipse", timesMemcpy(16), [](const Scene& s) { return erode32f(s, ellipse7()); }},
         {"ErodeBorder 8u C3R, 7 x 7 rectangle", timesMemcpy(8), erode8uC3},
+        {"FilterMin 8u C1R, 3 x 3", timesMemcpy(2.2), [](const Scene& s) { return minimum8u(s, 3); }},
+        {"FilterMin 8u C1R, 7 x 7", timesMemcpy(3), [](const Scene& s) { return minimum8u(s, 7); }},
+        {"FilterMin 8u C1R, 63 x 63", timesMemcpy(4.5), [](const Scene& s) { return minimum8u(s, 63); }},
+        {"FilterMin 8u C3R, 7 x 7", timesMemcpy(8),
+         [](const Scene& s) {
+           return minimum<Zeb8u>(s, 3, 7, zebiFilterMinGetBufferSize_8u_C3R, zebiFilterMinBorderReplicate_8u_C3R);
+         }},
+        {"FilterMin 16u C1R, 7 x 7", timesMemcpy(5),
+         [](const Scene& s) {
+           return minimum<Zeb16u>(s, 1, 7, zebiFilterMinGetBufferSize_16u_C1R, zebiFilterMinBorderReplicate_16u_C1R);
+         }},
+        {"FilterMin 32f C1R, 7 x 7", timesMemcpy(10),
+         [](const Scene& s) {
+           return minimum<Zeb32f>(s, 1, 7, zebiFilterMinGetBufferSize_32f_C1R, zebiFilterMinBorderReplicate_32f_C1R);
+         }},
         {"MorphOpenBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(10),
          [](const Scene& s) { return compound(s, zebiMorphOpenBorder_8u_C1R, true); }},
         {"MorphGradientBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(11),

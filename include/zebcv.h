@@ -9,11 +9,13 @@
 #include "zebcv/types.h"
 
 #include "zebcv/arith.h"
+#include "zebcv/background.h"
 #include "zebcv/core.h"
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"
 #include "zebcv/filter_fixed.h"
 #include "zebcv/filter_gaussian.h"
+#include "zebcv/filter_rank.h"
 #include "zebcv/morph.h"
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"

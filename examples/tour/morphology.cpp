@@ -84,6 +84,26 @@ void showPhotograph(const Scene& scene, Gallery& gallery) {
   gallery.add(picture, "Gradient with a square of nine pixels, twice as bright: edges of every direction.", ms);
 }
 
+// The smallest and the largest value of a square around every pixel.
+void showRanks(const Scene& scene, Gallery& gallery) {
+  const ZebiSize square = {9, 9};
+  const ZebiPoint centre = {4, 4};
+  const Picture& color = scene.color;
+  Picture least = color, most = color;
+  int bytes = 0;
+  requireOk(zebiFilterMinGetBufferSize_8u_C3R(color.width, square, &bytes));
+  std::vector<Zeb8u> buffer(static_cast<size_t>(bytes));
+  const auto filtered = [&](auto call, Picture& out) {
+    return bestTime([&] {
+      return call(color.pixels.data(), color.step(), out.pixels.data(), out.step(), color.size(), square, centre,
+                  buffer.data());
+    });
+  };
+  const double ms =
+      filtered(zebiFilterMinBorderReplicate_8u_C3R, least) + filtered(zebiFilterMaxBorderReplicate_8u_C3R, most);
+  gallery.add(halves(least, most), "Minimum, left, and maximum, right, over 9 x 9 pixels, channel by channel.", ms);
+}
+
 // Erosion and dilation with a disc, then with a ball that has a height at every position.
 void showBoth(const Scene& scene, Gallery& gallery) {
   constexpr int radius = 5;
@@ -190,6 +210,7 @@ void show(const Scene& scene, Gallery& gallery) {
       "Erosion and dilation take the darkest and the brightest pixel under an element. One after the other they "
       "remove what the element does not fit into and keep the rest as it was; what they removed is the hat, and "
       "their difference the gradient.");
+  showRanks(scene, gallery);
   showBoth(scene, gallery);
   showPhotograph(scene, gallery);
   showPage(gallery);

@@ -17,9 +17,6 @@ enum class StateKind : uint8_t {
   gaussian,
   fastN,
   inpaint,
-  foreground,
-  background,
-  mixture,
   houghProbabilistic,
 };
 

@@ -10,6 +10,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <type_traits>
+
 #include "core/scratch.h"
 #include "core/vec.h"
 #include "filter/border_rules.h"
@@ -122,10 +124,16 @@ class BorderedImage {
     repeatPixel(end - px, px, end, c.after);
   }
 
-  // The same in a scratch line of T with a vector of room at either end, which a usual border fills with one store.
+  // The same in a scratch line of T with a vector of room before it and two behind it, which a usual border fills with
+  // one store. Kernels compute whole vectors: floats get numbers behind the range, so that none of them is invalid.
   template <class T>
   ZEB_INLINE void completeLine(T* line, const Columns& c) const {
     constexpr int lanes = Vec<T>::lanes;
+    if constexpr (std::is_floating_point_v<T>) {
+      T* const behind = line + (c.to - c.from) * (pixelBytes_ / static_cast<int>(sizeof(T)));
+      store(behind, splat(T(0)));
+      store(behind + lanes, splat(T(0)));
+    }
     if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.before > lanes || c.after > lanes)
       return complete(reinterpret_cast<Zeb8u*>(line), c);
     T* first = line + c.before;

@@ -15,28 +15,59 @@
 
 namespace zeb {
 
-template <class T>
-struct Lowest {
+template <class T, bool lowest>
+struct Extremum {
   using Type = T;
-  // Not below any value that counts.
-  static constexpr T neutral = std::numeric_limits<T>::max();
-  static ZEB_INLINE Vec<T> pick(Vec<T> a, Vec<T> b) { return min(a, b); }
-  static ZEB_INLINE T pick(T a, T b) { return a < b ? a : b; }
+  // Not below, or not above, any value that counts.
+  static constexpr T neutral = lowest ? std::numeric_limits<T>::max() : std::numeric_limits<T>::lowest();
+
+  template <class V>
+  static ZEB_INLINE V begin(V first) {
+    return first;
+  }
+  static ZEB_INLINE Vec<T> pick(Vec<T> best, Vec<T> v) { return lowest ? min(best, v) : max(best, v); }
+  static ZEB_INLINE T pick(T best, T v) { return (lowest ? best < v : best > v) ? best : v; }
 };
 template <class T>
-struct Highest {
-  using Type = T;
-  static constexpr T neutral = std::numeric_limits<T>::lowest();
-  static ZEB_INLINE Vec<T> pick(Vec<T> a, Vec<T> b) { return max(a, b); }
-  static ZEB_INLINE T pick(T a, T b) { return a > b ? a : b; }
+struct Lowest : Extremum<T, true> {
+  using Numbers = Lowest;
 };
+template <class T>
+struct Highest : Extremum<T, false> {
+  using Numbers = Highest;
+};
+
+// Of floats, what is not a number takes no part. A comparison begins with begin(first value), where an infinity stands
+// for it, and goes on with pick(extremum so far, value): of two operands the processor's minimum and maximum give the
+// second where either is no number. What comes out are numbers, so that the first of several passes is enough.
+template <bool lowest>
+struct ExtremumOfNumbers : Extremum<Zeb32f, lowest> {
+  static constexpr Zeb32f farthest = std::numeric_limits<Zeb32f>::infinity() * (lowest ? 1 : -1);
+  static ZEB_INLINE V32f begin(V32f first) { return pick(splat(farthest), first); }
+  static ZEB_INLINE Zeb32f begin(Zeb32f first) { return pick(farthest, first); }
+  static ZEB_INLINE V32f pick(V32f best, V32f v) { return lowest ? min(v, best) : max(v, best); }
+  static ZEB_INLINE Zeb32f pick(Zeb32f best, Zeb32f v) { return (lowest ? v < best : v > best) ? v : best; }
+};
+template <>
+struct Lowest<Zeb32f> : Extremum<Zeb32f, true> {
+  using Numbers = ExtremumOfNumbers<true>;
+};
+template <>
+struct Highest<Zeb32f> : Extremum<Zeb32f, false> {
+  using Numbers = ExtremumOfNumbers<false>;
+};
+
 struct EveryBit {
   using Type = Zeb8u;
+  static ZEB_INLINE V8u begin(V8u first) { return first; }
+  static ZEB_INLINE Zeb8u begin(Zeb8u first) { return first; }
   static ZEB_INLINE V8u pick(V8u a, V8u b) { return a & b; }
   static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a & b; }
 };
 struct AnyBit {
   using Type = Zeb8u;
+  static ZEB_INLINE V8u begin(V8u first) { return first; }
+  static ZEB_INLINE Zeb8u begin(Zeb8u first) { return first; }
   static ZEB_INLINE V8u pick(V8u a, V8u b) { return a | b; }
   static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a | b; }
 };
@@ -48,7 +79,7 @@ ZEB_INLINE void combineBlock(const T* const* rows, int count, ptrdiff_t x, T* ou
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors];
   const T* first = rows[0] + x;
-  for (int k = 0; k < vectors; ++k) best[k] = load(first + k * lanes);
+  for (int k = 0; k < vectors; ++k) best[k] = Op::begin(load(first + k * lanes));
   for (int i = 1; i < count; ++i) {
     const T* p = rows[i] + x;
     for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
@@ -101,10 +132,17 @@ inline void combineRows(const T* const* rows, int count, T* out, ptrdiff_t n) {
     return;
   }
   for (; x < n; ++x) {
-    T best = rows[0][x];
+    T best = Op::begin(rows[0][x]);
     for (int i = 1; i < count; ++i) best = Op::pick(best, rows[i][x]);
     out[x] = best;
   }
+}
+
+// Behind n elements in whole vectors of floats one of numbers, where the next pass may look.
+template <class T>
+ZEB_INLINE void numbersBehind([[maybe_unused]] T* out, [[maybe_unused]] ptrdiff_t n) {
+  constexpr int lanes = Vec<T>::lanes;
+  if constexpr (std::is_floating_point_v<T>) store(out + ((n + lanes - 1) & -lanes), splat(T(0)));
 }
 
 // n rounded up to whole vectors, for scratch rows with a vector to spare. out may be rows[0] where no row starts before
@@ -113,6 +151,7 @@ template <class Op, class T = typename Op::Type>
 inline void combinePadded(const T* const* rows, int count, T* out, ptrdiff_t n) {
   const ptrdiff_t x = combineWhole<Op>(rows, count, out, n);
   if (x < n) combineBlock<Op, 1>(rows, count, x, out);
+  numbersBehind(out, n);
 }
 
 // ---- Two windows of h rows at once, h >= 2: of rows[0..h-1] and of rows[1..h] ----
@@ -122,7 +161,7 @@ ZEB_INLINE void combinePairBlock(const T* const* rows, int h, ptrdiff_t x, T* ou
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> both[vectors];
   const T* p = rows[1] + x;
-  for (int k = 0; k < vectors; ++k) both[k] = load(p + k * lanes);
+  for (int k = 0; k < vectors; ++k) both[k] = Op::begin(load(p + k * lanes));
   for (int i = 2; i < h; ++i) {
     p = rows[i] + x;
     for (int k = 0; k < vectors; ++k) both[k] = Op::pick(both[k], load(p + k * lanes));
@@ -156,10 +195,10 @@ inline void combinePair(const T* const* rows, int h, T* out0, T* out1, ptrdiff_t
 template <class Op, class T>
 ZEB_INLINE void combineQuadBlock(const T* const* rows, int h, ptrdiff_t x, T* const* out) {
   // Ends of the windows that begin early, beginnings of those that end late.
-  const Vec<T> r2 = load(rows[2] + x);
+  const Vec<T> r2 = Op::begin(load(rows[2] + x));
   const Vec<T> r12 = Op::pick(r2, load(rows[1] + x));
   const Vec<T> r012 = Op::pick(r12, load(rows[0] + x));
-  const Vec<T> s0 = load(rows[h] + x);
+  const Vec<T> s0 = Op::begin(load(rows[h] + x));
   const Vec<T> s01 = Op::pick(s0, load(rows[h + 1] + x));
   const Vec<T> s012 = Op::pick(s01, load(rows[h + 2] + x));
   if (h == 3) {
@@ -169,7 +208,7 @@ ZEB_INLINE void combineQuadBlock(const T* const* rows, int h, ptrdiff_t x, T* co
     store(out[3] + x, s012);
     return;
   }
-  Vec<T> common = load(rows[3] + x);
+  Vec<T> common = Op::begin(load(rows[3] + x));
   for (int i = 4; i < h; ++i) common = Op::pick(common, load(rows[i] + x));
   store(out[0] + x, Op::pick(common, r012));
   store(out[1] + x, Op::pick(common, Op::pick(r12, s0)));
@@ -215,7 +254,7 @@ ZEB_INLINE void suffixBlock(const T* const* rows, int count, ptrdiff_t x, T* suf
   const T* p = rows[count - 1] + x;
   T* out = suffix + (count - 1) * stride + x;
   for (int k = 0; k < vectors; ++k) {
-    best[k] = load(p + k * lanes);
+    best[k] = Op::begin(load(p + k * lanes));
     store(out + k * lanes, best[k]);
   }
   for (int i = count - 2; i >= 0; --i) {
@@ -239,7 +278,7 @@ inline void suffixRows(const T* const* rows, int count, T* suffix, ptrdiff_t str
     return;
   }
   for (; x < n; ++x) {
-    T best = rows[count - 1][x];
+    T best = Op::begin(rows[count - 1][x]);
     for (int i = count - 1; i >= 0; --i) suffix[i * stride + x] = best = Op::pick(best, rows[i][x]);
   }
 }
@@ -310,6 +349,7 @@ ZEB_INLINE void shortWindows(const T* row, T* out, ptrdiff_t n, bool exact) {
     two = next;
   }
   if (x < n) store(out + n - lanes, whole(pair(n - lanes), pair(n)));
+  if (!exact) numbersBehind(out, n);
 }
 
 // Windows of 32 pixels of one byte from those of 8, in whole vectors; out may be row.

@@ -27,7 +27,6 @@ void downColumns(const Zeb32f* const* rows, int n, Zeb32f* out) {
 }
 
 struct Corners3 {
-  static constexpr int taps = 3;
   template <class At>
   static ZEB_INLINE V32f floats(At v) {
     return v(0) + v(2);

@@ -29,6 +29,7 @@ Window withinReach(Window w, const BorderedImage& source, Sides sides) {
 template <class Op>
 class RankStrip {
   using T = typename Op::Type;
+  using Numbers = typename Op::Numbers;  // of the source, which may hold others
 
  public:
   RankStrip(const BorderedImage& source, Window window, int channels, const RowOutput<T>& output, int x, int columns,
@@ -80,7 +81,7 @@ class RankStrip {
     }
   }
   void oneRow(int y, const T* const* taps, int count) const {
-    combineRows<Op>(taps, count, columnsTo(y, 0), kept_);
+    combineRows<Numbers>(taps, count, columnsTo(y, 0), kept_);
     alongRows(y, 1);
   }
   // Rows that all pass through the one line of the output cannot be made together.
@@ -96,9 +97,9 @@ class RankStrip {
       T* out[4];
       for (int i = 0; i < group; ++i) out[i] = columnsTo(y + i, i);
       if (group == 4) {
-        combineQuad<Op>(taps, h, out, kept_);
+        combineQuad<Numbers>(taps, h, out, kept_);
       } else {
-        combinePair<Op>(taps, h, out[0], out[1], kept_);
+        combinePair<Numbers>(taps, h, out[0], out[1], kept_);
       }
       alongRows(y, group);
     }
@@ -116,13 +117,13 @@ class RankStrip {
     T* prefix = lines_[3];
     for (int64_t y = output_.firstRow; y < end; y += h) {
       rows(y, h, rows_);
-      suffixRows<Op>(rows_, h, suffixes_, stride_, kept_);
+      suffixRows<Numbers>(rows_, h, suffixes_, stride_, kept_);
       const int first = static_cast<int>(y), last = static_cast<int>(end - y < h ? end - y : h);
       const T *next[2], *suffix[2] = {suffixes_, suffixes_ + stride_};
       oneRow(first, suffix, 1);
       if (last == 1) continue;
       rows(y + h, 1, next);
-      combineRows<Op>(next, 1, prefix, kept_);
+      combineRows<Numbers>(next, 1, prefix, kept_);
       next[1] = suffix[1];
       oneRow(first + 1, next, 2);
       int j = 2;
@@ -130,12 +131,12 @@ class RankStrip {
         rows(y + h + j - 1, 2, next);
         suffix[0] = suffixes_ + j * stride_, suffix[1] = suffix[0] + stride_;
         T* out[2] = {columnsTo(first + j, 0), columnsTo(first + j + 1, 1)};
-        advanceTwoRows<Op>(next, prefix, suffix, out, kept_);
+        advanceTwoRows<Numbers>(next, prefix, suffix, out, kept_);
         alongRows(first + j, 2);
       }
       for (; j < last; ++j) {
         rows(y + h + j - 1, 1, next);
-        advanceRow<Op>(next[0], prefix, suffixes_ + j * stride_, columnsTo(first + j, 0), kept_);
+        advanceRow<Numbers>(next[0], prefix, suffixes_ + j * stride_, columnsTo(first + j, 0), kept_);
         alongRows(first + j, 1);
       }
     }

@@ -51,22 +51,4 @@ template <class Op>
 void rankRegion(const BorderedImage& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
                 Scratch scratch);
 
-// The filters with replicated border over a rectangle placed by its anchor.
-template <class T>
-inline void filterMinBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
-                                     ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
-  const int px = channels * static_cast<int>(sizeof(T));
-  rankRegion<Lowest<T>>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
-                        RowOutput<T>(Rows<T>(pDst, dstStep), 0, roi.height),
-                        Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
-}
-template <class T>
-inline void filterMaxBorderReplicate(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect,
-                                     ZebiPoint anchor, int channels, Zeb8u* pBuffer) {
-  const int px = channels * static_cast<int>(sizeof(T));
-  rankRegion<Highest<T>>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
-                         RowOutput<T>(Rows<T>(pDst, dstStep), 0, roi.height),
-                         Scratch(pBuffer, rankBufferSize(roi.width, px, rect)));
-}
-
 }  // namespace zeb

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "reference/plane.h"
 
@@ -40,24 +41,26 @@ struct Element {
   }
 };
 
-// Extremum of the pixels under the elements, the anchor on the pixel, for pixels first.. of the region. A mask without
-// elements copies.
+// Extremum of the pixels under the elements, the anchor on the pixel, for pixels first.. of the region. What is not a
+// number takes no part. A mask without elements copies.
 template <class T>
 Plane<T> extremum(const Region<T>& source, const Element& element, bool lowest, int firstX, int firstY, int width,
                   int height) {
+  using Limits = std::numeric_limits<T>;
+  const T farthest = Limits::has_infinity ? (lowest ? Limits::infinity() : -Limits::infinity())
+                                          : (lowest ? Limits::max() : Limits::lowest());
   const int channels = source.image->channels;
+  const bool copies = element.empty();
   Plane<T> out(width, height, channels);
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x)
       for (int c = 0; c < channels; ++c) {
-        bool any = false;
-        T best = source.at(firstX + x, firstY + y, c);
+        T best = copies ? source.at(firstX + x, firstY + y, c) : farthest;
         for (int r = 0; r < element.height; ++r)
           for (int q = 0; q < element.width; ++q) {
             if (!element.at(q, r)) continue;
             const T v = source.at(firstX + x + q - element.anchorX, firstY + y + r - element.anchorY, c);
-            if (!any || (lowest ? v < best : v > best)) best = v;
-            any = true;
+            if (lowest ? v < best : v > best) best = v;
           }
         out.at(x, y, c) = best;
       }

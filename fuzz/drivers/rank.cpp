@@ -1,0 +1,64 @@
+// Minimum and maximum over rectangles.
+#include "function.h"
+#include "reference/morph.h"
+
+namespace {
+
+using namespace fuzz;
+
+// Which of two zeros comes out is open.
+template <class T>
+bool alike(T a, T b) {
+  return a == b;
+}
+
+template <class T>
+void rank(Choice& c, const Function<int, ZebiSize, int*>& query,
+          const Function<const T*, int, T*, int, ZebiSize, ZebiSize, ZebiPoint, Zeb8u*>& f, bool lowest) {
+  const int channels = strstr(f.name(), "_C3R") ? 3 : strstr(f.name(), "_C4R") ? 4 : 1;
+  const ZebiSize size = c.size(70, 14);
+  const bool large = c.oneIn(8);
+  const ZebiSize rect = {c.within(1, large ? 70 : 9), c.within(1, large ? 40 : 9)};
+  const ZebiPoint anchor = {c.within(0, rect.width - 1), c.within(0, rect.height - 1)};
+  const ZebiPoint outside[] = {{-1, 0}, {0, -1}, {rect.width, 0}, {0, rect.height}};
+  const ZebiSize none[] = {{0, rect.height}, {rect.width, -1}};
+  const Image<T> src = c.image<T>(size, channels), dst = c.empty<T>(size, channels);
+  int bytes = 0, wider = 0;
+  query.ok(c, size.width, orElse(rect, c.oneOf(none), zebStsErrMaskSize), &bytes);
+  query.ok(c, keep(size.width + c.within(0, 99)), keep(ZebiSize{rect.width + c.within(0, 3), rect.height + 1}), &wider);
+  const int64_t pixel = channels * static_cast<int64_t>(sizeof(T)), area = int64_t(rect.width) * rect.height;
+  require(bytes >= 1 && bytes <= wider, "the query falls");
+  require(bytes <= (rect.height + 5) * (pixel * (size.width + 2 * rect.width) + 512) + 16 * area + 1024,
+          "the query exceeds its bound");
+  const Scratch buffer = c.scratch(bytes);
+  const ref::Element element{std::vector<Zeb8u>(static_cast<size_t>(area), 1), rect.width, rect.height, anchor.x,
+                             anchor.y};
+  const auto plane = src.plane();
+  const auto want = ref::extremum(ref::Region<T>{&plane, 0, 0, size.width, size.height}, element, lowest);
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
+       orElse(rect, c.oneOf(none), zebStsErrMaskSize, Check::own),
+       orElse(anchor, c.oneOf(outside), zebStsErrAnchor, Check::state), buffer.get());
+  require(agree(dst.plane(), want, alike<T>), std::string(f.name()) + ", " + std::to_string(rect.width) + " x " +
+                                                  std::to_string(rect.height) + " at " + std::to_string(anchor.x) +
+                                                  ", " + std::to_string(anchor.y) + ", " + src.describe());
+  require(src.intact() && dst.intact() && buffer.intact(), "wrote outside");
+}
+
+#define RANK(form, T)                                                                                                \
+  DRIVER(                                                                                                            \
+      "filters", "zebiFilterMinBorderReplicate_" #form,                                                              \
+      rank<T>(c, FUNCTION(zebiFilterMinGetBufferSize_##form), FUNCTION(zebiFilterMinBorderReplicate_##form), true)); \
+  DRIVER(                                                                                                            \
+      "filters", "zebiFilterMaxBorderReplicate_" #form,                                                              \
+      rank<T>(c, FUNCTION(zebiFilterMaxGetBufferSize_##form), FUNCTION(zebiFilterMaxBorderReplicate_##form), false))
+
+RANK(8u_C1R, Zeb8u);
+RANK(8u_C3R, Zeb8u);
+RANK(8u_C4R, Zeb8u);
+RANK(16u_C1R, Zeb16u);
+RANK(16s_C1R, Zeb16s);
+RANK(32f_C1R, Zeb32f);
+RANK(32f_C3R, Zeb32f);
+RANK(32f_C4R, Zeb32f);
+
+}  // namespace
