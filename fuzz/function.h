@@ -83,15 +83,10 @@ T* plain(Late<T> argument) {
 template <class T, class... Records>
 constexpr bool isOneOf = (... || std::is_same_v<std::remove_const_t<T>, Records>);
 template <class T>
-<<<<<<< HEAD
-constexpr bool isState = isOneOf<T, ZebiMorphState, ZebiMorphAdvState, ZebiMorphGrayState, ZebiHaarClassifier,
-                                 ZebiHoughProbSpec, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState,
-                                 ZebiPyramidUpState, ZebiFGHistogramState, ZebiFGGaussianState, ZebiFGMixtureState>;
-=======
 constexpr bool isState =
-    isOneOf<T, ZebiFilterGaussianState, ZebiMorphState, ZebiMorphAdvState, ZebiMorphGrayState, ZebiHaarClassifier,
-            ZebiHoughProbSpec, ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
->>>>>>> filters
+    isOneOf<T, ZebiFGGaussianState, ZebiFGHistogramState, ZebiFGMixtureState, ZebiFastNState, ZebiFilterGaussianState,
+            ZebiHaarClassifier, ZebiHoughProbSpec, ZebiMorphAdvState, ZebiMorphGrayState, ZebiMorphState,
+            ZebiOptFlowPyrLKState, ZebiPyramid, ZebiPyramidDownState, ZebiPyramidUpState>;
 
 // One argument, and what spoils it: another value, or another identifier in the state that it points to.
 struct Fault {

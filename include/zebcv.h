@@ -11,6 +11,7 @@
 #include "zebcv/arith.h"
 #include "zebcv/background.h"
 #include "zebcv/core.h"
+#include "zebcv/fastn.h"
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"
 #include "zebcv/filter_fixed.h"
@@ -20,5 +21,6 @@
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"
 #include "zebcv/segment.h"
+#include "zebcv/statistics.h"
 
 #endif

@@ -3,7 +3,7 @@
 //   forEachRow    calls a kernel with the rows of several images
 //   forVectors    calls a body for every vector of a row, and for what is left behind the last whole one
 //   mapRow        dst[i] = op(src[i]...) over a row
-//   reduceRows    steps of a reduction whose accumulators must be flushed before they can overflow
+//   forWhole      the vectors of a run that has no end of a row in it, the unrolled ones numbered
 //
 // A body is written once: the part it is given loads and stores a whole vector, or the first n elements of one, and
 // widens where the vector's elements are wider than the row's.
@@ -111,6 +111,18 @@ ZEB_INLINE void forVectorsAhead(int n, Body body, const T*... touched) {
   forVectors<lanes, 2>(0, n, body, [=](int x) ZEB_BODY { (fetchAhead(touched, x, n), ...); });
 }
 
+// Calls body(x, k) for the n elements of a run of whole vectors; k, known to the compiler, counts the vectors of a
+// turn, so that each may have an accumulator of its own.
+template <int lanes, int unrolled, class Body>
+ZEB_INLINE void forWhole(int n, Body body) {
+  int x = 0;
+  for (; x <= n - unrolled * lanes; x += unrolled * lanes) {
+#pragma GCC unroll 8
+    for (int k = 0; k < unrolled; ++k) body(x + k * lanes, k);
+  }
+  for (; x < n; x += lanes) body(x, 0);
+}
+
 // dst[i] = op(src[i]...); dst may be one of the sources.
 template <class Op, class T, class... S>
 ZEB_INLINE void mapRow(const Op op, T* dst, int n, const S*... src) {
@@ -135,25 +147,6 @@ template <class Kernel, class First, class... I>
 inline void forEachRow(ZebiSize size, Kernel kernel, First first, I... images) {
   static_assert((... && (First::channels == I::channels)));
   forEachRow(size, First::channels, kernel, first.rows(), images.rows()...);
-}
-
-// A reduction whose accumulators hold `room` steps: step(x, part, row pointers...) for every vector of every row, and
-// flush() before they could overflow and at the end.
-template <int lanes, class Step, class Flush, class... T>
-inline void reduceRows(ZebiSize size, int64_t room, Step step, Flush flush, Rows<const T>... images) {
-  int64_t left = room;
-  const auto row = [&](const T*... p, int n) ZEB_BODY {
-    for (int x = 0; x < n;) {
-      const int64_t whole = x + left * lanes;
-      const int end = whole < n ? static_cast<int>(whole) : n;
-      forVectors<lanes>(x, end, [&](int i, auto part) ZEB_BODY { step(i, part, p...); });
-      left -= (int64_t{end} - x + lanes - 1) / lanes;
-      if (left == 0) flush(), left = room;
-      x = end;
-    }
-  };
-  forEachRow(size, 1, row, images...);
-  flush();
 }
 
 }  // namespace zeb

@@ -36,6 +36,16 @@ ZEB_INLINE V8s splatBytePair(int first, int second) {
   return {_mm256_set1_epi16(static_cast<short>((first & 0xFF) | (second & 0xFF) << 8))};
 }
 
+// Every lane of 64 bits is the sum of |a - b| over its eight bytes.
+ZEB_INLINE V64u byteDistances(V8u a, V8u b) {
+  return {_mm256_sad_epu8(a.v, b.v)};
+}
+
+// Neighbouring lanes of 32 bits, taken as unsigned, summed in 64 bits.
+ZEB_INLINE V64u sumPairs(V32s a) {
+  return (as<uint64_t>(a) & splat(uint64_t{0xFFFFFFFF})) + shiftRight<32>(as<uint64_t>(a));
+}
+
 // a b / 32768 to the nearest integer, ties upwards.
 ZEB_INLINE V16s roundedHighProduct(V16s a, V16s b) {
   return {_mm256_mulhrs_epi16(a.v, b.v)};

@@ -1,12 +1,13 @@
 // The vector vocabulary: the one place that knows the 256-bit registers.
 //
-// V8u, V16u, V16s, V32s, V32f and V64f are vectors of that element. A kernel is written once over Vec<T>: load, store,
-// the partial forms for the last elements of a row, splat, arithmetic, comparisons (all-ones masks of the same shape)
-// and select, all of them lane by lane. Partial loads and stores touch exactly n elements. What changes the width of
-// the elements or moves them to other lanes is in core/widen.h, narrow.h, shuffle.h, reduce.h.
+// V8u, V8s, V16u, V16s, V32s, V64u, V32f and V64f are vectors of that element. A kernel is written once over Vec<T>:
+// load, store, the partial forms for the last elements of a row, splat, arithmetic, comparisons (all-ones masks of the
+// same shape) and select, all of them lane by lane. Partial loads and stores touch exactly n elements. What changes the
+// width of the elements or moves them to other lanes is in core/widen.h, narrow.h, shuffle.h, reduce.h.
 #pragma once
 
 #include <immintrin.h>
+#include <stdint.h>
 #include <string.h>
 
 #include <type_traits>
@@ -40,6 +41,7 @@ using V16s = Vec<Zeb16s>;
 using V32s = Vec<Zeb32s>;
 using V32f = Vec<Zeb32f>;
 using V64f = Vec<Zeb64f>;
+using V64u = Vec<uint64_t>;
 
 // ---- The same bits seen as another type ----
 
@@ -179,6 +181,9 @@ ZEB_INLINE V16s splat(Zeb16s x) {
 ZEB_INLINE V32s splat(Zeb32s x) {
   return {_mm256_set1_epi32(x)};
 }
+ZEB_INLINE V64u splat(uint64_t x) {
+  return {_mm256_set1_epi64x(static_cast<long long>(x))};
+}
 ZEB_INLINE V32f splat(Zeb32f x) {
   return {_mm256_set1_ps(x)};
 }
@@ -200,6 +205,9 @@ ZEB_INLINE V16s operator+(V16s a, V16s b) {
 ZEB_INLINE V32s operator+(V32s a, V32s b) {
   return {_mm256_add_epi32(a.v, b.v)};
 }
+ZEB_INLINE V64u operator+(V64u a, V64u b) {
+  return {_mm256_add_epi64(a.v, b.v)};
+}
 ZEB_INLINE V32f operator+(V32f a, V32f b) {
   return {_mm256_add_ps(a.v, b.v)};
 }
@@ -217,6 +225,9 @@ ZEB_INLINE V16s operator-(V16s a, V16s b) {
 }
 ZEB_INLINE V32s operator-(V32s a, V32s b) {
   return {_mm256_sub_epi32(a.v, b.v)};
+}
+ZEB_INLINE V64u operator-(V64u a, V64u b) {
+  return {_mm256_sub_epi64(a.v, b.v)};
 }
 ZEB_INLINE V32f operator-(V32f a, V32f b) {
   return {_mm256_sub_ps(a.v, b.v)};
@@ -303,6 +314,9 @@ ZEB_INLINE V32f approximateReciprocal(V32f a) {
 ZEB_INLINE V8u min(V8u a, V8u b) {
   return {_mm256_min_epu8(a.v, b.v)};
 }
+ZEB_INLINE V8s min(V8s a, V8s b) {
+  return {_mm256_min_epi8(a.v, b.v)};
+}
 ZEB_INLINE V16u min(V16u a, V16u b) {
   return {_mm256_min_epu16(a.v, b.v)};
 }
@@ -320,6 +334,9 @@ ZEB_INLINE V64f min(V64f a, V64f b) {
 }
 ZEB_INLINE V8u max(V8u a, V8u b) {
   return {_mm256_max_epu8(a.v, b.v)};
+}
+ZEB_INLINE V8s max(V8s a, V8s b) {
+  return {_mm256_max_epi8(a.v, b.v)};
 }
 ZEB_INLINE V16u max(V16u a, V16u b) {
   return {_mm256_max_epu16(a.v, b.v)};
@@ -364,6 +381,10 @@ template <int n>
 ZEB_INLINE V32s shiftLeft(V32s a) {
   return {_mm256_slli_epi32(a.v, n)};
 }
+template <int n>
+ZEB_INLINE V64u shiftLeft(V64u a) {
+  return {_mm256_slli_epi64(a.v, n)};
+}
 // Arithmetic for signed, logical for unsigned elements.
 template <int n>
 ZEB_INLINE V16s shiftRight(V16s a) {
@@ -376,6 +397,11 @@ ZEB_INLINE V16u shiftRight(V16u a) {
 template <int n>
 ZEB_INLINE V32s shiftRight(V32s a) {
   return {_mm256_srai_epi32(a.v, n)};
+}
+
+template <int n>
+ZEB_INLINE V64u shiftRight(V64u a) {
+  return {_mm256_srli_epi64(a.v, n)};
 }
 
 ZEB_INLINE V16s abs(V16s a) {
@@ -391,6 +417,9 @@ ZEB_INLINE V32f abs(V32f a) {
 // ---- Comparisons: all ones where true. Ordered for floats: false where one value is not a number. ----
 
 ZEB_INLINE V8u equal(V8u a, V8u b) {
+  return {_mm256_cmpeq_epi8(a.v, b.v)};
+}
+ZEB_INLINE V8s equal(V8s a, V8s b) {
   return {_mm256_cmpeq_epi8(a.v, b.v)};
 }
 ZEB_INLINE V16u equal(V16u a, V16u b) {

@@ -100,6 +100,15 @@ ZEB_INLINE V64f widenHigh(V32f a) {
   return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))};
 }
 
+// The halves of eight integers, signed, as 64 bits modulo 2^64.
+ZEB_INLINE V64u widenLow(V32s a) {
+  return {_mm256_cvtepi32_epi64(_mm256_castsi256_si128(a.v))};
+}
+
+ZEB_INLINE V64u widenHigh(V32s a) {
+  return {_mm256_cvtepi32_epi64(_mm256_extracti128_si256(a.v, 1))};
+}
+
 // Eight mask bytes as lanes: all ones where the byte is not zero.
 ZEB_INLINE V32s loadMask(const Zeb8u* p) {
   return greater(loadAs32s(p), splat(0));

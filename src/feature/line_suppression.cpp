@@ -1,0 +1,152 @@
+// Line suppression: a response goes where the strong pixels of its ring are two short runs opposite each other.
+#include "core/checks.h"
+#include "core/entry.h"
+#include "core/scratch.h"
+#include "core/shuffle.h"
+#include "filter/border.h"
+#include "zebcv/fastn.h"
+
+namespace zeb {
+
+namespace {
+
+struct Offset {
+  signed char x, y;
+};
+// Around the pixel, clockwise from the right.
+constexpr Offset nearRing[8] = {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
+constexpr Offset farRing[16] = {{2, 0},  {2, 1},   {2, 2},   {1, 2},   {0, 2},  {-1, 2}, {-2, 2}, {-2, 1},
+                                {-2, 0}, {-2, -1}, {-2, -2}, {-1, -2}, {0, -2}, {1, -2}, {2, -2}, {2, -1}};
+
+// One bit for every pattern of strong positions: whether it is that of a line.
+template <int positions>
+struct Patterns {
+  Zeb8u bits[(1 << positions) / 8] = {};
+
+  constexpr Patterns() {
+    for (int first = 0; first < positions; ++first)
+      for (int length = 1; length <= positions / 4; ++length)
+        for (int gap = 1; gap < positions - length; ++gap)
+          for (int second = 1; second <= positions / 4 && length + gap + second < positions; ++second)
+            if (opposite(length, gap, second)) set(run(first, length) | run(first + length + gap, second));
+  }
+  constexpr unsigned run(int from, int length) const {
+    unsigned marks = 0;
+    for (int i = 0; i < length; ++i) marks |= 1u << (from + i) % positions;
+    return marks;
+  }
+  // Twice the way between the middles, which must be at least 3/8 of the ring either way round.
+  static constexpr bool opposite(int length, int gap, int second) {
+    const int way = length + 2 * gap + second;
+    return way >= 2 * 3 * positions / 8 && 2 * positions - way >= 2 * 3 * positions / 8;
+  }
+  constexpr void set(unsigned marks) { bits[marks / 8] = static_cast<Zeb8u>(bits[marks / 8] | 1u << marks % 8); }
+  bool holds(unsigned marks) const { return bits[marks / 8] >> marks % 8 & 1; }
+};
+constexpr Patterns<8> nearLines;
+constexpr Patterns<16> farLines;
+
+int64_t stride(int width, int reach) {
+  return int64_t{width} + 2 * reach + 3 * V8u::lanes;
+}
+int64_t bufferBytes(int width, int reach) {
+  return (2 * reach + 1) * stride(width, reach);
+}
+
+// The strong ones of eight positions as one bit for each.
+ZEB_INLINE V8u marksOfEight(const Zeb8u* const* rows, int x, const Offset* ring, int reach, V8u least) {
+  V8u marks = splat(Zeb8u(0));
+#pragma GCC unroll 8
+  for (int i = 0; i < 8; ++i) {
+    const V8u pixels = load(rows[ring[i].y + reach] + x + ring[i].x);
+    marks = marks | (equal(max(pixels, least), pixels) & splat(static_cast<Zeb8u>(1 << i)));
+  }
+  return marks;
+}
+
+// rows: those around the row from -reach to reach, at column 0, readable a vector further than the row.
+template <int reach>
+void suppressRow(const Zeb8u* const* rows, int n, Zeb8u tolerance, Zeb8u* out) {
+  const V8u zero = splat(Zeb8u(0));
+  for (int x = 0; x < n; x += V8u::lanes) {
+    const V8u pixels = load(rows[reach] + x);
+    V8u kept = pixels;
+    unsigned left = ~topBits(equal(pixels, zero));
+    if (left != 0) {
+      const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+      alignas(32) Zeb8u values[V8u::lanes], marks[2][V8u::lanes];
+      store(values, pixels);
+      store(marks[0], marksOfEight(rows, x, reach == 1 ? nearRing : farRing, reach, least));
+      if constexpr (reach == 2) store(marks[1], marksOfEight(rows, x, farRing + 8, reach, least));
+      for (; left != 0; left &= left - 1) {
+        const int k = __builtin_ctz(left);
+        const bool line = reach == 1 ? nearLines.holds(marks[0][k])
+                                     : farLines.holds(marks[0][k] | static_cast<unsigned>(marks[reach - 1][k]) << 8);
+        values[k] = line ? Zeb8u(0) : values[k];
+      }
+      kept = load(values);
+    }
+    if (n - x >= V8u::lanes) {
+      store(out + x, kept);
+    } else {
+      storeN(out + x, kept, n - x);
+    }
+  }
+}
+
+template <int reach>
+void suppress(const BorderedImage& source, Rows<Zeb8u> dst, ZebiSize size, Zeb8u tolerance, Scratch scratch) {
+  const auto columns = source.columns(-reach, int64_t{size.width} + reach);
+  const RowRing<Zeb8u, 2 * reach + 1> ring(scratch, stride(size.width, reach));
+  for (int y = -reach; y < size.height + reach; ++y) {
+    Zeb8u* const line = ring[y];
+    source.fetch<1>(y, columns, line);
+    // What vectors see behind the row decides nothing.
+    memset(line + (columns.to - columns.from), 0, static_cast<size_t>(V8u::lanes));
+    if (y < reach) continue;
+    const Zeb8u* rows[2 * reach + 1];
+    for (int i = 0; i <= 2 * reach; ++i) rows[i] = ring[y - 2 * reach + i] + reach;
+    suppressRow<reach>(rows, size.width, tolerance, dst[y - reach]);
+  }
+}
+
+ZebStatus takesMask(int mask) {
+  return require(mask == zebMskSize3x3 || mask == zebMskSize5x5, zebStsErrMaskSize);
+}
+int reachOf(int mask) {
+  return mask == zebMskSize3x3 ? 1 : 2;
+}
+// The low three bits tell the rule.
+ZebiBorderType ruleOf(ZebiBorderType border) {
+  return border & (7 | zebBorderInMemTop | zebBorderInMemBottom | zebBorderInMemLeft | zebBorderInMemRight);
+}
+
+}  // namespace
+
+ZEB_ENTRY(zebiLineSuppressionGetBufferSize_8u_C1R)(ZebiSize roiSize, int mask, int* pBufferSize) {
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize), takesMask(mask))) return bad;
+  return reportSize(bufferBytes(roiSize.width, reachOf(mask)), pBufferSize);
+}
+
+ZEB_ENTRY(zebiLineSuppression_8u_C1R)
+(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, int mask, Zeb8u tolerance,
+ ZebiBorderType borderType, Zeb8u borderValue, Zeb8u* pBuffer) {
+  const auto dst = image(pDst, dstStep);
+  const int rule = borderType & 7;
+  if (auto bad = firstFailure(
+          checked(roiSize, image(pSrc, srcStep), dst, also(pBuffer)), takesMask(mask),
+          require(rule == zebBorderConst || rule == zebBorderRepl || rule == zebBorderInMem, zebStsErrBorder)))
+    return bad;
+  int bytes = 0;
+  if (auto bad = reportSize(bufferBytes(roiSize.width, reachOf(mask)), &bytes)) return bad;
+  const BorderedImage source(pSrc, srcStep, roiSize, 1, ruleOf(borderType), &borderValue);
+  const Scratch scratch(pBuffer, bytes);
+  if (mask == zebMskSize3x3) {
+    suppress<1>(source, dst.rows(), roiSize, tolerance, scratch);
+  } else {
+    suppress<2>(source, dst.rows(), roiSize, tolerance, scratch);
+  }
+  return zebStsOk;
+}
+
+}  // namespace zeb
