@@ -63,9 +63,7 @@ class FloatLines {
   FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch);
 
   // Of rows y - reach .. y + reach.
-  const Zeb32f* const* around(int64_t y) {
-    return results_.rows(y - reach_, 2 * reach_ + 1, [this](int64_t q, Zeb32f* out) { make(q, out); });
-  }
+  const Zeb32f* const* around(int64_t y);
 
  private:
   void make(int64_t q, Zeb32f* out) const;

@@ -27,7 +27,6 @@ void downColumns(const Zeb32f* const* rows, int n, Zeb32f* out) {
 }
 
 struct Corners3 {
-  static constexpr int taps = 3;
   template <class At>
   static ZEB_INLINE V32f floats(At v) {
     return v(0) + v(2);
@@ -78,20 +77,12 @@ FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, 
       results_(source, 2 * reach + 1, source.size().width, scratch),
       line_(scratch.take<Zeb32f>(int64_t{source.size().width} + 2 * reach, 4)) {}
 
-// Straight from the row where the taps lie inside it, from copies of its ends with their borders elsewhere.
 void FloatLines::make(int64_t q, Zeb32f* out) const {
-  const int width = source_.size().width;
-  const auto fetched = [&](int64_t from, int64_t to) {
-    source_.fetch<int(sizeof(Zeb32f))>(q, source_.columns(from - reach_, to + reach_), reinterpret_cast<Zeb8u*>(line_));
-    kernel_(line_, static_cast<int>(to - from), out + from);
-  };
-  const auto* const row = reinterpret_cast<const Zeb32f*>(source_.row(q));
-  if (row == nullptr || width < 4 * reach_) return fetched(0, width);
-  const Sides sides = source_.sides();
-  const int from = sides.left ? 0 : reach_, to = sides.right ? width : width - reach_;
-  kernel_(row + from - reach_, to - from, out + from);
-  if (from > 0) fetched(0, from);
-  if (to < width) fetched(to, width);
+  overRow<1>(source_, q, reach_, line_, [&](const Zeb32f* p, int from, int to) { kernel_(p, to - from, out + from); });
+}
+
+const Zeb32f* const* FloatLines::around(int64_t y) {
+  return results_.rows(y - reach_, 2 * reach_ + 1, [this](int64_t q, Zeb32f* out) { make(q, out); });
 }
 
 FloatRow floatRow(Operator op, Order order) {

@@ -1,0 +1,41 @@
+#include "filter/row_results.h"
+
+namespace zeb {
+
+RowWindow::RowWindow(const BorderedImage& source, int kept, int64_t stride, Scratch& scratch)
+    : top_(source.sides().top),
+      bottom_(source.sides().bottom),
+      hasConstant_(source.constant() != nullptr),
+      last_(source.size().height - 1),
+      kept_(kept),
+      stride_(static_cast<ptrdiff_t>(stride)),
+      first_(scratch.take<Zeb8u>(kept * stride)),
+      constant_(scratch.take<Zeb8u>(stride)),
+      rows_(scratch.take<const Zeb8u*>(kept)) {}
+
+RowWindow::Wanted RowWindow::move(int64_t from, int count) {
+  const int64_t to = from + count - 1;
+  const int64_t top = top_ || from > 0 ? from : 0, bottom = bottom_ || to < last_ ? to : last_;
+  if (top < begin_ || top < next_ - kept_ || top > next_) begin_ = next_ = top;
+  Wanted wanted = {next_, bottom, Wanted::none};
+  if (next_ <= bottom) next_ = bottom + 1;
+  const Zeb8u *above = slot(top), *below = slot(bottom);
+  if (hasConstant_ && (from < top || to > bottom)) {
+    if (!constantMade_) wanted.constant = from < top ? -1 : last_ + 1;
+    constantMade_ = true;
+    above = below = constant_;
+  }
+  const Zeb8u** out = rows_;
+  for (int64_t q = from; q < top; ++q) *out++ = above;
+  const Zeb8u* const end = first_ + kept_ * stride_;
+  const Zeb8u* row = slot(top);
+  for (int64_t q = top; q <= bottom; ++q) {
+    *out++ = row;
+    row += stride_;
+    if (row == end) row = first_;
+  }
+  while (out < rows_ + count) *out++ = below;
+  return wanted;
+}
+
+}  // namespace zeb
