@@ -71,27 +71,28 @@ FloatColumns meanFloatColumns(int reach) {
   return reach == 1 ? downColumns<ScaledMean<Mean3>> : downColumns<ScaledMean<Mean5>>;
 }
 
-FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch)
+FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch, Margins margins)
     : source_(source),
+      margins_(margins),
       reach_(reach),
       kernel_(kernel),
-      results_(source, 2 * reach + 1, source.size().width, scratch),
-      line_(scratch.take<Zeb32f>(int64_t{source.size().width} + 2 * reach, 4)) {}
+      results_(source, 2 * reach + 1, margins.around(source), scratch),
+      line_(scratch.take<Zeb32f>(margins.around(source) + 2 * reach, 4)) {}
 
 // Straight from the row where the taps lie inside it, from copies of its ends with their borders elsewhere.
 void FloatLines::make(int64_t q, Zeb32f* out) const {
-  const int width = source_.size().width;
+  const int width = source_.size().width, first = -margins_.before, end = width + margins_.after;
   const auto fetched = [&](int64_t from, int64_t to) {
     source_.fetch<int(sizeof(Zeb32f))>(q, source_.columns(from - reach_, to + reach_), reinterpret_cast<Zeb8u*>(line_));
-    kernel_(line_, static_cast<int>(to - from), out + from);
+    kernel_(line_, static_cast<int>(to - from), out + (from - first));
   };
   const auto* const row = reinterpret_cast<const Zeb32f*>(source_.row(q));
-  if (row == nullptr || width < 4 * reach_) return fetched(0, width);
+  if (row == nullptr || width < 4 * reach_) return fetched(first, end);
   const Sides sides = source_.sides();
-  const int from = sides.left ? 0 : reach_, to = sides.right ? width : width - reach_;
-  kernel_(row + from - reach_, to - from, out + from);
-  if (from > 0) fetched(0, from);
-  if (to < width) fetched(to, width);
+  const int from = sides.left ? first : reach_, to = sides.right ? end : width - reach_;
+  kernel_(row + from - reach_, to - from, out + (from - first));
+  if (from > first) fetched(first, from);
+  if (to < end) fetched(to, end);
 }
 
 FloatRow floatRow(Operator op, Order order) {
