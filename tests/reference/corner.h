@@ -22,23 +22,26 @@ Plane<Zeb32f> structureTensor(const Sampler<S>& at, ZebiSize roi, int filter, in
   const auto f = static_cast<Zeb32f>(1 / (ramp * ramp * window * window));
 
   Plane<Zeb32f> out(roi.width, roi.height, 3);
+  std::vector<Sum> columns(static_cast<size_t>(all.width));
   for (int y = 0; y < roi.height; ++y)
-    for (int x = 0; x < roi.width; ++x)
-      for (int k = 0; k < 3; ++k) {
-        const Plane<D>&p = k < 2 ? dx : dy, &q = k < 1 ? dx : dy;
-        Sum sum = 0;
-        for (int i = x; i < x + window; ++i) {
-          Sum column = static_cast<Sum>(p.at(i, y)) * static_cast<Sum>(q.at(i, y));
-          for (int j = y + 1; j < y + window; ++j) {
-            if constexpr (sizeof(S) == 1)
-              column += static_cast<Sum>(p.at(i, j)) * q.at(i, j);
-            else
-              column = std::fma(p.at(i, j), q.at(i, j), column);
-          }
-          sum = i == x ? column : sum + column;
+    for (int k = 0; k < 3; ++k) {
+      const Plane<D>&p = k < 2 ? dx : dy, &q = k < 1 ? dx : dy;
+      for (int x = 0; x < all.width; ++x) {
+        Sum& sum = columns[static_cast<size_t>(x)];
+        sum = static_cast<Sum>(p.at(x, y)) * static_cast<Sum>(q.at(x, y));
+        for (int j = y + 1; j < y + window; ++j) {
+          if constexpr (sizeof(S) == 1)
+            sum += static_cast<Sum>(p.at(x, j)) * q.at(x, j);
+          else
+            sum = std::fma(p.at(x, j), q.at(x, j), sum);
         }
+      }
+      for (int x = 0; x < roi.width; ++x) {
+        Sum sum = columns[static_cast<size_t>(x)];
+        for (int i = 1; i < window; ++i) sum = sum + columns[static_cast<size_t>(x + i)];
         out.at(x, y, k) = static_cast<Zeb32f>(sum) * f;
       }
+    }
   return out;
 }
 
