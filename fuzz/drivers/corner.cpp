@@ -13,7 +13,7 @@ using ref::Plane;
 template <class S>
 struct Setup {
   explicit Setup(Choice& c)
-      : window(c.oneIn(8)   ? c.within(1, 255)
+      : window(c.oneIn(24)  ? c.within(1, 255)
                : c.oneIn(6) ? c.within(1, 50)
                             : c.within(1, 8)),
         size(window > 20 ? c.size(40, 5) : c.size(70, 12)),
