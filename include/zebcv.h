@@ -11,6 +11,7 @@
 #include "zebcv/arith.h"
 #include "zebcv/background.h"
 #include "zebcv/core.h"
+#include "zebcv/corner.h"
 #include "zebcv/fastn.h"
 #include "zebcv/feature.h"
 #include "zebcv/filter.h"

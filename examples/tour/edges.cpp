@@ -67,23 +67,16 @@ void showLines(const Picture& photo, const Picture& edge, Gallery& gallery) {
   gallery.add(drawn, format("%d segments of the probabilistic transform", count), probabilistic);
 }
 
-// Determinant less a part of the squared trace of the smoothed gradient products (C. Harris and M. Stephens, 1988).
+// Of the response of C. Harris and M. Stephens.
 void showPeaks(const Picture& photo, Gallery& gallery) {
-  const int w = photo.width, h = photo.height;
-  std::vector<float> response(static_cast<size_t>(w) * h);
-  for (int y = 3; y < h - 3; ++y)
-    for (int x = 3; x < w - 3; ++x) {
-      float xx = 0, xy = 0, yy = 0;
-      for (int j = -2; j <= 2; ++j)
-        for (int i = -2; i <= 2; ++i) {
-          const float dx = static_cast<float>(*photo.at(x + i + 1, y + j) - *photo.at(x + i - 1, y + j));
-          const float dy = static_cast<float>(*photo.at(x + i, y + j + 1) - *photo.at(x + i, y + j - 1));
-          xx += dx * dx, xy += dx * dy, yy += dy * dy;
-        }
-      response[static_cast<size_t>(y) * w + x] = xx * yy - xy * xy - 0.05f * (xx + yy) * (xx + yy);
-    }
-  const float largest = *std::max_element(response.begin(), response.end());
+  const int w = photo.width;
+  std::vector<float> response(photo.pixels.size());
   int bytes = 0, count = 0;
+  requireOk(zebiHarrisCornerGetBufferSize(photo.size(), zebFilterSobel, zebMskSize3x3, 5, &bytes));
+  std::vector<Zeb8u> work(bytes);
+  requireOk(zebiHarrisCorner_8u32f_C1R(photo.pixels.data(), photo.step(), response.data(), 4 * w, photo.size(),
+                                       zebFilterSobel, zebMskSize3x3, 5, 0.05f, zebBorderRepl, 0, work.data()));
+  const float largest = *std::max_element(response.begin(), response.end());
   requireOk(zebiFindPeaks3x3GetBufferSize_32f_C1R(w, &bytes));
   std::vector<Zeb8u> scratch(bytes);
   std::vector<ZebiPoint> peaks(5000);

@@ -27,44 +27,14 @@ ZebiPoint_32f middle(ZebiSize size) {
   return {(size.width - 1) / 2.0f, (size.height - 1) / 2.0f};
 }
 
-using Taps = std::vector<Zeb32f>;  // an odd number of them
-
-// Edge pixels are repeated on all sides.
-Plane filtered(const Plane& source, const Taps& across, const Taps& down) {
-  const ZebiSize size = source.size;
-  const int taps = static_cast<int>(across.size()), rowsAtOnce = static_cast<int>(down.size());
-  Plane rows(size), out(size);
-  int rowBytes = 0, columnBytes = 0;
-  requireOk(zebiFilterRowBorderPipelineGetBufferSize_32f_C1R(size, taps, &rowBytes));
-  requireOk(zebiFilterColumnPipelineGetBufferSize_32f_C1R(size, rowsAtOnce, &columnBytes));
-  std::vector<Zeb8u> scratch(std::max(rowBytes, columnBytes));
-  std::vector<Zeb32f*> row;
-  for (int y = 0; y < size.height; ++y) row.push_back(rows.data() + static_cast<size_t>(size.width) * y);
-  requireOk(zebiFilterRowBorderPipeline_32f_C1R(source.data(), source.step(), row.data(), size, across.data(), taps,
-                                                taps / 2, zebBorderRepl, 0, scratch.data()));
-  std::vector<const Zeb32f*> stacked(rowsAtOnce / 2, row.front());
-  stacked.insert(stacked.end(), row.begin(), row.end());
-  stacked.insert(stacked.end(), rowsAtOnce / 2, row.back());
-  requireOk(zebiFilterColumnPipeline_32f_C1R(stacked.data(), out.data(), out.step(), size, down.data(), rowsAtOnce,
-                                             scratch.data()));
-  return out;
-}
-
-// The smaller eigenvalue of the products of the derivatives, averaged over the window.
+// The smaller eigenvalue of the structure tensor, over the window that is compared.
 Plane cornerResponse(const Picture& gray) {
-  const Taps difference = {-0.5f, 0, 0.5f}, scharr = {3 / 16.0f, 10 / 16.0f, 3 / 16.0f}, mean(window, 1.0f / window);
-  Plane picture(gray.size()), xx(gray.size()), xy(gray.size()), yy(gray.size());
-  std::copy(gray.pixels.begin(), gray.pixels.end(), picture.pixels.begin());
-  const Plane dx = filtered(picture, difference, scharr), dy = filtered(picture, scharr, difference);
-  requireOk(zebiAddSquare_32f_C1IR(dx.data(), dx.step(), xx.data(), xx.step(), gray.size()));
-  requireOk(zebiAddSquare_32f_C1IR(dy.data(), dy.step(), yy.data(), yy.step(), gray.size()));
-  requireOk(zebiAddProduct_32f_C1IR(dx.data(), dx.step(), dy.data(), dy.step(), xy.data(), xy.step(), gray.size()));
-  for (Plane* products : {&xx, &xy, &yy}) *products = filtered(*products, mean, mean);
   Plane response(gray.size());
-  for (size_t i = 0; i < response.pixels.size(); ++i) {
-    const float half = (xx.pixels[i] - yy.pixels[i]) / 2;
-    response.pixels[i] = (xx.pixels[i] + yy.pixels[i]) / 2 - std::hypot(half, xy.pixels[i]);
-  }
+  int bytes = 0;
+  requireOk(zebiMinEigenValGetBufferSize_8u32f_C1R(gray.size(), zebFilterScharr, zebMskSize3x3, window, &bytes));
+  std::vector<Zeb8u> scratch(bytes);
+  requireOk(zebiMinEigenVal_8u32f_C1R(gray.pixels.data(), gray.step(), response.data(), response.step(), gray.size(),
+                                      zebFilterScharr, zebMskSize3x3, window, zebBorderRepl, 0, scratch.data()));
   return response;
 }
 

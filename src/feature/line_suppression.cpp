@@ -74,10 +74,13 @@ void suppressRow(const Zeb8u* const* rows, int n, Zeb8u tolerance, Zeb8u* out) {
     unsigned left = ~topBits(equal(pixels, zero));
     if (left != 0) {
       const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+      const V8u first = marksOfEight(rows, x, reach == 1 ? nearRing : farRing, reach, least);
+      const V8u second = reach == 1 ? zero : marksOfEight(rows, x, farRing + 8, reach, least);
+      left &= ~topBits(equal(first | second, zero));  // what stands alone stays
       alignas(32) Zeb8u values[V8u::lanes], marks[2][V8u::lanes];
       store(values, pixels);
-      store(marks[0], marksOfEight(rows, x, reach == 1 ? nearRing : farRing, reach, least));
-      if constexpr (reach == 2) store(marks[1], marksOfEight(rows, x, farRing + 8, reach, least));
+      store(marks[0], first);
+      if constexpr (reach == 2) store(marks[1], second);
       for (; left != 0; left &= left - 1) {
         const int k = __builtin_ctz(left);
         const bool line = reach == 1 ? nearLines.holds(marks[0][k])

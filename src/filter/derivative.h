@@ -5,7 +5,9 @@
 //   Operator::scharr   smoothing 3 10 3     difference -1 0 1       (H. Scharr, 2000)
 //
 // dx differentiates along the row and smooths along the column, dy the other way round; dx grows to the right, dy
-// downwards. Nothing is scaled. They are those of zebiFilterSobel*Border and zebiFilterScharr*Border to the bit.
+// downwards. Nothing is scaled. They are those of zebiFilterSobel*Border and zebiFilterScharr*Border to the bit. Rows
+// and margins beside the image are those of the image extended by its border, as if it were larger; widths of scratch
+// are with the margins.
 #pragma once
 
 #include "filter/fixed.h"
@@ -24,10 +26,10 @@ class DerivativeRows<Zeb8u> {
   }
 
   // The pixels of source have so many bytes as there are channels.
-  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch)
-      : elements_(source.size().width * source.pixelBytes()),
+  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch, Margins margins = {})
+      : elements_(static_cast<int>(margins.around(source)) * source.pixelBytes()),
         channels_(source.pixelBytes()),
-        lines_(source, channels_, reachOf(op), byteColumnsOfBoth(op), scratch),
+        lines_(source, channels_, reachOf(op), byteColumnsOfBoth(op), scratch, margins),
         difference_(wordRow(op, Order::first)),
         smoothing_(wordRow(op, Order::smooth)) {}
 
@@ -44,17 +46,16 @@ class DerivativeRows<Zeb8u> {
   WordRow difference_, smoothing_;
 };
 
-// Floats of one channel. Rows are asked for in any order, one after the other best; what a kernel on row y takes must
-// touch the image.
+// Floats of one channel. Rows are asked for in any order, one after the other best.
 template <>
 class DerivativeRows<Zeb32f> {
  public:
   static int64_t scratchBytes(Operator op, int width) { return 2 * FloatLines::scratchBytes(width, reachOf(op)); }
 
-  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch)
-      : width_(source.size().width),
-        differences_(source, reachOf(op), floatRow(op, Order::first), scratch),
-        smooth_(source, reachOf(op), floatRow(op, Order::smooth), scratch),
+  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch, Margins margins = {})
+      : width_(static_cast<int>(margins.around(source))),
+        differences_(source, reachOf(op), floatRow(op, Order::first), scratch, margins),
+        smooth_(source, reachOf(op), floatRow(op, Order::smooth), scratch, margins),
         smoothing_(floatColumns(op, Order::smooth)),
         difference_(floatColumns(op, Order::first)) {}
 

@@ -9,6 +9,13 @@
 
 namespace zeb {
 
+// Columns beside the image for which results are formed as well.
+struct Margins {
+  int before = 0, after = 0;
+
+  int64_t around(const BorderedImage& source) const { return int64_t{source.size().width} + before + after; }
+};
+
 // ---- Bytes ----
 
 // Sums down n columns of rows, to one line or two.
@@ -20,16 +27,18 @@ struct ByteColumns {
 // The column sums around one row at a time, extended beside the image.
 class ByteLines {
  public:
+  // width: with the margins.
   static int64_t scratchBytes(int width, int channels, int reach) {
     const int64_t n = (int64_t{width} + 2 * reach) * channels;
     return 2 * n * static_cast<int64_t>(sizeof(Zeb16s)) + n + 64;
   }
 
-  ByteLines(const BorderedImage& source, int channels, int reach, ByteColumns kernel, Scratch& scratch);
+  ByteLines(const BorderedImage& source, int channels, int reach, ByteColumns kernel, Scratch& scratch,
+            Margins margins = {});
 
   // The sums of row y, which is in the image or beside it.
   void form(int64_t y);
-  // Line 0 or 1 at column -reach; a filter may work in it.
+  // Line 0 or 1, reach columns before the first result; a filter may work in it.
   Zeb16s* line(int k) const { return lines_[k]; }
 
  private:
@@ -55,12 +64,13 @@ using FloatColumns = void (*)(const Zeb32f* const* rows, int n, Zeb32f* out);
 // The row sums around one row at a time.
 class FloatLines {
  public:
+  // width: with the margins.
   static int64_t scratchBytes(int width, int reach) {
     return RowResults<Zeb32f>::scratchBytes(2 * reach + 1, width) +
            (int64_t{width} + 2 * reach) * static_cast<int64_t>(sizeof(Zeb32f));
   }
 
-  FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch);
+  FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch, Margins margins = {});
 
   // Of rows y - reach .. y + reach.
   const Zeb32f* const* around(int64_t y);
@@ -69,6 +79,7 @@ class FloatLines {
   void make(int64_t q, Zeb32f* out) const;
 
   BorderedImage source_;
+  Margins margins_;
   int reach_;
   FloatRow kernel_;
   RowResults<Zeb32f> results_;

@@ -169,13 +169,14 @@ void laplacianRow5(const ByteLines& lines, int n, Zeb16s* out) {
   });
 }
 
-ByteLines::ByteLines(const BorderedImage& source, int channels, int reach, ByteColumns kernel, Scratch& scratch)
+ByteLines::ByteLines(const BorderedImage& source, int channels, int reach, ByteColumns kernel, Scratch& scratch,
+                     Margins margins)
     : source_(source),
-      columns_(source.columns(-reach, int64_t{source.size().width} + reach)),
+      columns_(source.columns(-margins.before - reach, int64_t{source.size().width} + margins.after + reach)),
       channels_(channels),
       reach_(reach),
       kernel_(kernel) {
-  const int64_t n = (int64_t{source.size().width} + 2 * reach) * channels;
+  const int64_t n = (margins.around(source) + 2 * reach) * channels;
   for (Zeb16s*& line : lines_) line = scratch.take<Zeb16s>(n);
   constantRow_ = scratch.take<Zeb8u>(n, 1);
   if (const Zeb8u* const value = source.constant()) {

@@ -70,15 +70,17 @@ FloatColumns meanFloatColumns(int reach) {
   return reach == 1 ? downColumns<ScaledMean<Mean3>> : downColumns<ScaledMean<Mean5>>;
 }
 
-FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch)
+FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch, Margins margins)
     : source_(source),
+      margins_(margins),
       reach_(reach),
       kernel_(kernel),
-      results_(source, 2 * reach + 1, source.size().width, scratch),
-      line_(scratch.take<Zeb32f>(int64_t{source.size().width} + 2 * reach, 4)) {}
+      results_(source, 2 * reach + 1, margins.around(source), scratch),
+      line_(scratch.take<Zeb32f>(margins.around(source) + 2 * reach, 4)) {}
 
 void FloatLines::make(int64_t q, Zeb32f* out) const {
-  overRow<1>(source_, q, reach_, line_, [&](const Zeb32f* p, int from, int to) { kernel_(p, to - from, out + from); });
+  const auto run = [&](const Zeb32f* p, int from, int to) { kernel_(p, to - from, out + (from + margins_.before)); };
+  overRow<1>(source_, q, reach_, line_, run, margins_.before, margins_.after);
 }
 
 const Zeb32f* const* FloatLines::around(int64_t y) {

@@ -9,6 +9,8 @@ namespace zeb {
 // Which rows have to be made for a window of rows, and where each of the window's rows lies.
 class RowWindow {
  public:
+  static constexpr int farthest = 256;  // rows above the image, or as many as are kept
+
   RowWindow(const BorderedImage& source, int kept, int64_t stride, Scratch& scratch);
 
   struct Wanted {
@@ -19,7 +21,8 @@ class RowWindow {
   Wanted move(int64_t from, int count);
 
   Zeb8u* slot(int64_t row) const {
-    return first_ + static_cast<ptrdiff_t>(static_cast<unsigned>(row + kept_) % static_cast<unsigned>(kept_)) * stride_;
+    const auto shifted = static_cast<unsigned>(row + int64_t{farthest} * kept_);  // not below 0
+    return first_ + static_cast<ptrdiff_t>(shifted % static_cast<unsigned>(kept_)) * stride_;
   }
   Zeb8u* constant() const { return constant_; }
   const Zeb8u* const* rows() const { return rows_; }
@@ -46,9 +49,9 @@ class RowResults {
   RowResults(const BorderedImage& source, int kept, int64_t elements, Scratch& scratch)
       : window_(source, kept, stride(elements), scratch) {}
 
-  // The results of count rows from `from` on, each of which is in the image or beside it as its border rule says; one
-  // of them at least is in the image or in memory. make(q, out) computes those of source row q: never twice where rows
-  // are asked for from above to below, and once for all constant rows.
+  // The results of count rows from `from` on, each of which is in the image or beside it as its border rule says, at
+  // most RowWindow::farthest rows above it or as many as are kept. make(q, out) computes those of source row q: never
+  // twice where rows are asked for from above to below, and once for all constant rows.
   template <class Make>
   const R* const* rows(int64_t from, int count, Make make) {
     const auto wanted = window_.move(from, count);
@@ -64,12 +67,12 @@ class RowResults {
   RowWindow window_;
 };
 
-// Runs a filter over one row of an image: run(p, from, to) makes the results of columns from..to-1 with p at column
-// from - reach. Straight from the row where the taps lie inside it, from copies of its ends with their borders
-// elsewhere. line: room for the row with its borders.
+// Runs a filter over one row of an image and so many columns before and after it: run(p, from, to) makes the results of
+// columns from..to-1 with p at column from - reach. Straight from the row where the taps lie inside it, from copies of
+// its ends with their borders elsewhere. line: room for the row with its borders.
 template <int channels, class T, class Run>
-void overRow(const BorderedImage& source, int64_t q, int reach, T* line, Run run) {
-  const int width = source.size().width;
+void overRow(const BorderedImage& source, int64_t q, int reach, T* line, Run run, int before = 0, int after = 0) {
+  const int width = source.size().width, first = -before, end = width + after;
   const auto* const row = reinterpret_cast<const T*>(source.row(q));
   struct Piece {
     int from, to;
@@ -77,13 +80,13 @@ void overRow(const BorderedImage& source, int64_t q, int reach, T* line, Run run
   } pieces[3];
   int count = 0;
   if (row == nullptr || width / 4 < reach) {
-    pieces[count++] = {0, width, true};
+    pieces[count++] = {first, end, true};
   } else {
     const Sides sides = source.sides();
-    const int from = sides.left ? 0 : reach, to = sides.right ? width : width - reach;
-    if (from > 0) pieces[count++] = {0, from, true};
+    const int from = sides.left ? first : reach, to = sides.right ? end : width - reach;
+    if (from > first) pieces[count++] = {first, from, true};
     pieces[count++] = {from, to, false};
-    if (to < width) pieces[count++] = {to, width, true};
+    if (to < end) pieces[count++] = {to, end, true};
   }
   for (int i = 0; i < count; ++i) {
     const Piece piece = pieces[i];
