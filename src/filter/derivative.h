@@ -3,6 +3,7 @@
 //   Operator::sobel3   smoothing 1 2 1      difference -1 0 1
 //   Operator::sobel5   smoothing 1 4 6 4 1  difference -1 -2 0 2 1
 //   Operator::scharr   smoothing 3 10 3     difference -1 0 1       (H. Scharr, 2000)
+//   Operator::prewitt  smoothing 1 1 1      difference -1 0 1       (J. Prewitt, 1970)
 //
 // dx differentiates along the row and smooths along the column, dy the other way round; dx grows to the right, dy
 // downwards. Nothing is scaled. They are those of zebiFilterSobel*Border and zebiFilterScharr*Border to the bit.
@@ -23,11 +24,15 @@ class DerivativeRows<Zeb8u> {
     return ByteLines::scratchBytes(width, channels, reachOf(op));
   }
 
-  // The pixels of source have so many bytes as there are channels.
-  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch)
+  // The pixels of source have so many bytes as there are channels. One of the derivatives may be told to be never asked
+  // for.
+  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch, bool alongX = true, bool alongY = true)
       : elements_(source.size().width * source.pixelBytes()),
         channels_(source.pixelBytes()),
-        lines_(source, channels_, reachOf(op), byteColumnsOfBoth(op), scratch),
+        lineOfY_(alongX ? 1 : 0),
+        lines_(source, channels_, reachOf(op),
+               alongX && alongY ? byteColumnsOfBoth(op) : byteColumns(op, alongX ? Order::smooth : Order::first),
+               scratch),
         difference_(wordRow(op, Order::first)),
         smoothing_(wordRow(op, Order::smooth)) {}
 
@@ -35,11 +40,11 @@ class DerivativeRows<Zeb8u> {
   void form(int64_t y, Zeb16s* dx, Zeb16s* dy) {
     lines_.form(y);
     if (dx) difference_(lines_.line(0), channels_, elements_, dx);
-    if (dy) smoothing_(lines_.line(1), channels_, elements_, dy);
+    if (dy) smoothing_(lines_.line(lineOfY_), channels_, elements_, dy);
   }
 
  private:
-  int elements_, channels_;
+  int elements_, channels_, lineOfY_;
   ByteLines lines_;
   WordRow difference_, smoothing_;
 };
@@ -51,7 +56,7 @@ class DerivativeRows<Zeb32f> {
  public:
   static int64_t scratchBytes(Operator op, int width) { return 2 * FloatLines::scratchBytes(width, reachOf(op)); }
 
-  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch)
+  DerivativeRows(Operator op, const BorderedImage& source, Scratch& scratch, bool = true, bool = true)
       : width_(source.size().width),
         differences_(source, reachOf(op), floatRow(op, Order::first), scratch),
         smooth_(source, reachOf(op), floatRow(op, Order::smooth), scratch),
