@@ -88,7 +88,7 @@ class FloatLines {
 
 // ---- Derivatives ----
 
-enum class Operator { sobel3, sobel5, scharr };
+enum class Operator { sobel3, sobel5, scharr, prewitt };
 constexpr int reachOf(Operator op) {
   return op == Operator::sobel5 ? 2 : 1;
 }

@@ -93,6 +93,8 @@ FloatRow floatRow(Operator op, Order order) {
       return order == Order::smooth ? alongRow<Smooth3> : order == Order::first ? alongRow<First3> : alongRow<Second3>;
     case Operator::sobel5:
       return order == Order::smooth ? alongRow<Smooth5> : order == Order::first ? alongRow<First5> : alongRow<Second5>;
+    case Operator::prewitt:
+      return order == Order::smooth ? alongRow<Mean3> : alongRow<First3>;
     default:
       return order == Order::smooth ? alongRow<ScharrSmooth> : alongRow<First3>;
   }
@@ -108,6 +110,8 @@ FloatColumns floatColumns(Operator op, Order order) {
       return order == Order::smooth  ? downColumns<Smooth5>
              : order == Order::first ? downColumns<First5>
                                      : downColumns<Second5>;
+    case Operator::prewitt:
+      return order == Order::smooth ? downColumns<Mean3> : downColumns<First3>;
     default:
       return order == Order::smooth ? downColumns<ScharrSmoothDown> : downColumns<First3>;
   }
