@@ -18,6 +18,8 @@
 #include "zebcv/filter_fixed.h"
 #include "zebcv/filter_gaussian.h"
 #include "zebcv/filter_rank.h"
+#include "zebcv/geometry.h"
+#include "zebcv/gradient.h"
 #include "zebcv/morph.h"
 #include "zebcv/morph_compound.h"
 #include "zebcv/motion.h"

@@ -81,13 +81,14 @@ void cannyBorder(Choice& c) {
   const int norm = c.coin() ? zebNormL1 : zebNormL2;
   const ZebiBorderType refused[] = {zebBorderWrap, zebBorderMirror, zebBorderMirrorR, 5};
   int bytes = 0;
-  FUNCTION(zebiCannyBorderGetSize).ok(c, size, filter, orElse(mask, 53), keep(zeb8u), &bytes);
+  FUNCTION(zebiCannyBorderGetSize).ok(c, size, filter, orElse(mask, 53, zebStsErrMaskSize), keep(zeb8u), &bytes);
   const Scratch scratch = c.scratch(bytes);
   // Its steps are taken as they are, so a region may be spoiled by sizes without an area only.
   const ZebiSize noArea = {size.width, c.within(-9, 0)};
-  f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()), orElse(size, noArea),
-       orElse(filter, 3), orElse(mask, 35), orElse(border, c.oneOf(refused)), value, orElse(t.low, t.bad), t.high,
-       orElse(norm, int(zebNormInf)), scratch.get());
+  f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()),
+       orElse(size, noArea, zebStsErrSize), orElse(filter, 3, zebStsErrBadArgument),
+       orElse(mask, 35, zebStsErrMaskSize), orElse(border, c.oneOf(refused), zebStsErrBorder), value,
+       orElse(t.low, t.bad), t.high, orElse(norm, int(zebNormInf), zebStsErrBadArgument), scratch.get());
   const auto g = ref::gradient<Zeb8u, Zeb16s>(ref::bordered<Zeb8u>(all, left, top, size, border, value), size, filter,
                                               2 * reach + 1);
   const auto want = ref::canny(g, t.low, t.high, norm == zebNormL1 ? CannyKind::borderL1 : CannyKind::borderL2);
@@ -163,19 +164,21 @@ void houghLine(Choice& c, bool inRegion) {
   inverted[0].y += 1;
   int bytes = 0, count = -1;
   FUNCTION(zebiHoughLineGetSize_8u_C1R)
-      .ok(c, l.size, orElse(l.grid.delta, l.badDelta), orElse(l.most, INT32_MAX), &bytes);
+      .ok(c, l.size, orElse(l.grid.delta, l.badDelta), orElse(l.most, INT32_MAX, zebStsErrOverflow, Check::state),
+          &bytes);
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint_32f> list(l.most);
-  const auto size = orElse(l.size, l.noArea(c));
-  const auto delta = orElse(l.grid.delta, l.badDelta);
+  const auto size = orElse(l.size, l.noArea(c), zebStsErrSize);
+  const auto delta = orElse(l.grid.delta, l.badDelta, zebStsErrBadArgument, Check::state);
   if (inRegion) {
     FUNCTION(zebiHoughLine_Region_8u32f_C1R)
-        .ok(c, l.src.pixels(), l.src.step(), size, list.get(), orElse(region, inverted), orElse(l.most, 0), &count,
-            delta, orElse(threshold, 0), scratch.get());
+        .ok(c, l.src.pixels(), l.src.step(), size, list.get(),
+            orElse(region, inverted, zebStsErrRange, Check::anywhere), orElse(l.most, 0, zebStsErrSize), &count, delta,
+            orElse(threshold, 0, zebStsErrBadArgument, Check::state), scratch.get());
   } else {
     FUNCTION(zebiHoughLine_8u32f_C1R)
-        .ok(c, l.src.pixels(), l.src.step(), size, delta, orElse(threshold, 0), list.get(), orElse(l.most, 0), &count,
-            scratch.get());
+        .ok(c, l.src.pixels(), l.src.step(), size, delta, orElse(threshold, 0, zebStsErrBadArgument, Check::state),
+            list.get(), orElse(l.most, 0, zebStsErrSize), &count, scratch.get());
   }
   const auto want =
       ref::houghLines(l.src.plane(), l.grid, threshold, static_cast<size_t>(l.most), inRegion ? region : nullptr);
@@ -197,8 +200,10 @@ void houghSegments(Choice& c) {
   const List<ZebiRect> list(l.most);
   const auto want = ref::houghSegments(l.src.plane(), l.grid, threshold, length, gap, static_cast<size_t>(l.most));
   const ZebStatus status = FUNCTION(zebiHoughProbLine_8u32f_C1R)(
-      c, l.src.pixels(), keep(l.src.step()), orElse(l.size, l.noArea(c)), orElse(threshold, 0), orElse(length, -1),
-      orElse(gap, -1), list.get(), orElse(l.most, 0), &count, scratch.get(), spec);
+      c, l.src.pixels(), keep(l.src.step()), orElse(l.size, l.noArea(c), zebStsErrSize, Check::size),
+      orElse(threshold, 0, zebStsErrBadArgument), orElse(length, -1, zebStsErrBadArgument),
+      orElse(gap, -1, zebStsErrBadArgument), list.get(), orElse(l.most, 0, zebStsErrSize, Check::size), &count,
+      scratch.get(), spec);
   require(status == (want.truncated ? zebStsWarnLinesTruncated : zebStsOk),
           l.what + ": status " + std::to_string(status));
   list.check(count, want.segments, l.what);
@@ -230,8 +235,9 @@ void peaks(Choice& c, Function<int, int*> query,
     return;
   }
   const int border = c.within(1, widest);
-  f.ok(c, src.pixels(), src.step(), size, threshold, list.get(), orElse(most, 0), &count, orElse(norm, int(zebiNormL2)),
-       orElse(border, c.coin() ? 0 : widest + 1), scratch.get());
+  f.ok(c, src.pixels(), src.step(), size, threshold, list.get(), orElse(most, 0, zebStsErrSize), &count,
+       orElse(norm, int(zebiNormL2), zebStsErrBadArgument), orElse(border, c.coin() ? 0 : widest + 1, zebStsErrSize),
+       scratch.get());
   list.check(count, ref::peaks(src.plane(), threshold, norm == zebiNormInf, border, static_cast<size_t>(most)),
              "norm " + std::to_string(norm) + ", " + src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");

@@ -100,14 +100,15 @@ void flow(Choice& c, Function<ZebiOptFlowPyrLKState**, ZebiSize, int, int> make,
       error(n * sizeof(Zeb32f), test::Place::back);
   memcpy(next.data(), guess.data(), next.size());
   ZebiOptFlowPyrLKState* state = nullptr;
-  make.ok(c, &state, size, orElse(s.window, 0), c.within(0, 2));
+  make.ok(c, &state, size, orElse(s.window, -c.within(0, 1), zebStsErrSize), c.within(0, 2));
   const auto* found = reinterpret_cast<const ZebiPoint_32f*>(next.data());
   const auto* lost = reinterpret_cast<const Zeb8s*>(status.data());
   const auto* errors = reinterpret_cast<const Zeb32f*>(error.data());
   track.ok(c, pair.pyramids[0], pair.pyramids[1], prev.data(), reinterpret_cast<ZebiPoint_32f*>(next.data()),
-           reinterpret_cast<Zeb8s*>(status.data()), reinterpret_cast<Zeb32f*>(error.data()), orElse(points, 0),
-           orElse(s.window, s.window + 1), orElse(pair.deepest, c.coin() ? -1 : INT32_MAX), orElse(s.iterations, 0),
-           orElse(s.threshold, -0.1f), state);
+           reinterpret_cast<Zeb8s*>(status.data()), reinterpret_cast<Zeb32f*>(error.data()),
+           orElse(points, 0, zebStsErrSize, Check::size), orElse(s.window, s.window + 1, zebStsErrSize, Check::size),
+           orElse(pair.deepest, c.coin() ? -1 : INT32_MAX, zebStsErrBadArgument),
+           orElse(s.iterations, 0, zebStsErrBadArgument), orElse(s.threshold, -0.1f), state);
   release.ok(c, state);
   for (size_t i = 0; i < n; ++i) {
     const std::string what = "point " + std::to_string(i) + ", window " + std::to_string(s.window) + ": ";

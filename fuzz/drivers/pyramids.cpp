@@ -20,7 +20,7 @@ void resize(Choice& c, Function<int, ZebDataType, int, int*> query,
       channels);
   const ZebDataType type = sizeof(T) == 4 ? zeb32f : std::is_signed_v<T> ? zeb8s : zeb8u;
   int bytes = 0;
-  query.ok(c, size.width, orElse(type, zeb16u), orElse(channels, 2), &bytes);
+  query.ok(c, size.width, orElse(type, zeb16u, zebStsErrDataType), orElse(channels, 2, zebStsErrNumChannels), &bytes);
   const Scratch scratch = c.scratch(bytes);
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
   // So wide that the bytes of scratch would not fit their count.
@@ -86,7 +86,8 @@ void record(Choice& c) {
   const Zeb32f rate = anyRate(c);
   const int level = c.oneIn(4) ? c.within(1, 2000) : c.within(1, 5);
   ZebiPyramid* pyramid = nullptr;
-  FUNCTION(zebiPyramidInitAlloc).ok(c, &pyramid, orElse(level, 0), size, orElse(rate, badRate(c)));
+  FUNCTION(zebiPyramidInitAlloc)
+      .ok(c, &pyramid, orElse(level, 0, zebStsErrBadArgument), size, orElse(rate, badRate(c)));
   bool good = pyramid->level <= level && pyramid->pState == nullptr;
   double scale = 1;
   ZebiSize expected = size;
@@ -133,7 +134,8 @@ void layer(Choice& c, Function<State**, ZebiSize, Zeb32f, const K*, int, int> ma
   // A state that serves larger sources, too, may know another chain of levels and is not asked here.
   State* state = nullptr;
   const ZebStatus made = make(c, &state, size, orElse(rate, badRate(c)), kernel.data(),
-                              orElse(static_cast<int>(kernel.size()), 4), orElse(zebInterLinear, 1));
+                              orElse(static_cast<int>(kernel.size()), c.coin() ? 4 : 1, zebStsErrBadArgument),
+                              orElse(zebInterLinear, 1, zebStsErrBadArgument));
   require(made == (symmetric ? zebStsOk : zebStsWarnKernelNotSymmetric), "status of the state");
   const ZebiSize wrong = {down ? out.width + 1 : largest.width + 1, out.height};
   f.ok(c, src.pixels(), src.step(), size, dst.pixels(), dst.step(), orElse(out, wrong), state);

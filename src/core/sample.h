@@ -21,6 +21,19 @@ struct WeightedSum {
   }
 };
 
+// From s to t at a fraction, and s itself where that is 0. There t may be anything where the samples are those of floats,
+// and must be s where they are integers, which need no selection then: they have no infinity and no zero of another
+// sign.
+template <class T>
+ZEB_INLINE V32f between(V32f s, V32f t, V32f fraction) {
+  const V32f blend = FromFirst()(s, t, fraction);
+  if constexpr (std::is_floating_point_v<T>) {
+    return select(equal(fraction, splat(0.0f)), s, blend);
+  } else {
+    return blend;
+  }
+}
+
 // From the pixels of a row to their right neighbours.
 template <class T>
 ZEB_INLINE V32f betweenNeighbours(const T* p, V32f fraction) {

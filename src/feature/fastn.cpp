@@ -66,7 +66,7 @@ int64_t lineBytes(int width) {
   return int64_t{width} + 3 * V8u::lanes;
 }
 // Rows of pixels that are narrower than a vector and its circle are copied to where they may be read by vectors.
-constexpr int narrow = V8u::lanes + 2 * mostRadius, narrowStride = 2 * V8u::lanes + 2 * mostRadius;
+constexpr int narrowStride = 2 * V8u::lanes + 2 * mostRadius;
 constexpr int64_t narrowBytes = (2 * mostRadius + 1) * narrowStride;
 int64_t bufferBytes(int width) {
   return 6 * lineBytes(width) + narrowBytes;

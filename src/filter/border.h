@@ -202,17 +202,14 @@ class BorderedImage {
   Sides sides_;
 };
 
+// fetch() once for all who need not have it in their loops; of pixels of 1, 4 and 12 bytes.
+template <int pixelBytes>
+void fetchPixels(const BorderedImage& source, int64_t y, const BorderedImage::Columns& c, void* out);
+
 // What was computed from the kept columns, in its place in a line: the rest of the range repeats the first and the last
 // of it, or a given pixel.
 template <class T>
-void completeEnds(T* line, const BorderedImage::Columns& c, int channels, const T* pixel) {
-  const int bytes = channels * static_cast<int>(sizeof(T));
-  T* const kept = line + c.before * channels;
-  T* const end = kept + c.keptCount() * channels;
-  repeatPixel(reinterpret_cast<const Zeb8u*>(pixel ? pixel : kept), bytes, reinterpret_cast<Zeb8u*>(line), c.before);
-  repeatPixel(reinterpret_cast<const Zeb8u*>(pixel ? pixel : end - channels), bytes, reinterpret_cast<Zeb8u*>(end),
-              c.after);
-}
+void completeEnds(T* line, const BorderedImage::Columns& c, int channels, const T* pixel);
 
 // The last `count` rows of a sequence, each with room for a number of elements: row y stands where row y - count stood.
 // Rows may have numbers from -count on. A count of 0 is told when the ring is made.

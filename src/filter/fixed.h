@@ -73,9 +73,7 @@ class FloatLines {
   FloatLines(const BorderedImage& source, int reach, FloatRow kernel, Scratch& scratch, Margins margins = {});
 
   // Of rows y - reach .. y + reach.
-  const Zeb32f* const* around(int64_t y) {
-    return results_.rows(y - reach_, 2 * reach_ + 1, [this](int64_t q, Zeb32f* out) { make(q, out); });
-  }
+  const Zeb32f* const* around(int64_t y);
 
  private:
   void make(int64_t q, Zeb32f* out) const;
@@ -90,7 +88,7 @@ class FloatLines {
 
 // ---- Derivatives ----
 
-enum class Operator { sobel3, sobel5, scharr };
+enum class Operator { sobel3, sobel5, scharr, prewitt };
 constexpr int reachOf(Operator op) {
   return op == Operator::sobel5 ? 2 : 1;
 }

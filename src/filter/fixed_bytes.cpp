@@ -210,6 +210,8 @@ ByteColumns byteColumns(Operator op, Order order) {
       return order == Order::smooth  ? downColumns<Smooth5>
              : order == Order::first ? downColumns<First5>
                                      : downColumns<Second5>;
+    case Operator::prewitt:
+      return order == Order::smooth ? downColumns<Mean3> : downColumns<First3>;
     default:
       return order == Order::smooth ? downColumns<ScharrSmooth> : downColumns<First3>;
   }
@@ -221,6 +223,8 @@ ByteColumns byteColumnsOfBoth(Operator op) {
       return downColumns<Smooth3, First3>;
     case Operator::sobel5:
       return downColumns<Smooth5, First5>;
+    case Operator::prewitt:
+      return downColumns<Mean3, First3>;
     default:
       return downColumns<ScharrSmooth, First3>;
   }
@@ -232,6 +236,8 @@ WordRow wordRow(Operator op, Order order) {
       return order == Order::smooth ? alongRow<Smooth3> : order == Order::first ? alongRow<First3> : alongRow<Second3>;
     case Operator::sobel5:
       return order == Order::smooth ? alongRow<Smooth5> : order == Order::first ? alongRow<First5> : alongRow<Second5>;
+    case Operator::prewitt:
+      return order == Order::smooth ? alongRow<Mean3> : alongRow<First3>;
     default:
       return order == Order::smooth ? alongRow<ScharrSmooth> : alongRow<First3>;
   }

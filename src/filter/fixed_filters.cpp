@@ -120,7 +120,7 @@ void lowpass(const Job<Zeb8u, Zeb8u>& job, int mask) {
   Zeb8u* const line = scratch.take<Zeb8u>(wholeBlocks(width) + 2 * reach, 1);
   const auto columns = job.source.columns(-reach, int64_t{width} + reach);
   const auto make = [&](int64_t q, Zeb16s* out) {
-    job.source.fetch<1>(q, columns, line);
+    fetchPixels<1>(job.source, q, columns, line);
     meanRow(reach, line, width, out);
   };
   // Two rows of means have all their rows of sums but one in common.
@@ -140,8 +140,9 @@ void lowpass(const Job<Zeb32f, Zeb32f>& job, int mask) {
 // ---- Checks ----
 
 template <class T, class D>
-ZebStatus filtered(const T* pSrc, int srcStep, D* pDst, int dstStep, ZebiSize roi, int mask, ZebiBorderType border,
-                   T value, Zeb8u* pBuffer, BufferBytes bytes, typename Job<T, D>::Filter filter) {
+__attribute__((noinline)) ZebStatus filtered(const T* pSrc, int srcStep, D* pDst, int dstStep, ZebiSize roi, int mask,
+                                             ZebiBorderType border, T value, Zeb8u* pBuffer, BufferBytes bytes,
+                                             typename Job<T, D>::Filter filter) {
   const auto src = image(pSrc, srcStep);
   const auto dst = image(pDst, dstStep);
   const int base = border & ~borderSideFlags;
@@ -159,18 +160,15 @@ ZebStatus filtered(const T* pSrc, int srcStep, D* pDst, int dstStep, ZebiSize ro
 
 // The coefficients of (z - 1)^order (z + 1)^(size - 1 - order).
 constexpr int mostTaps = 63;
-struct SobelTaps {
-  SobelTaps(int size, int order, int sign) {
-    taps[0] = sign < 0 ? -1 : 1;
-    for (int k = 1; k < size; ++k) {
-      const int64_t constant = k <= order ? -1 : 1;
-      taps[k] = taps[k - 1];
-      for (int i = k - 1; i > 0; --i) taps[i] = taps[i - 1] + constant * taps[i];
-      taps[0] *= constant;
-    }
+__attribute__((noinline)) void makeTaps(int size, int order, int sign, int64_t* taps) {
+  taps[0] = sign < 0 ? -1 : 1;
+  for (int k = 1; k < size; ++k) {
+    const int64_t constant = k <= order ? -1 : 1;
+    taps[k] = taps[k - 1];
+    for (int i = k - 1; i > 0; --i) taps[i] = taps[i - 1] + constant * taps[i];
+    taps[0] *= constant;
   }
-  int64_t taps[mostTaps];
-};
+}
 
 ZebStatus takesTaps(const void* pDst, int kernelSize, int order) {
   return firstFailure(require(pDst != nullptr, zebStsErrNullPointer),
@@ -225,15 +223,17 @@ SCHARR_BOTH(Vert, Order::smooth, Order::first)
 
 ZEB_ENTRY(zebiGenSobelKernel_16s)(Zeb16s* pDst, int kernelSize, int order, int sign) {
   if (auto bad = takesTaps(pDst, kernelSize, order)) return bad;
-  const SobelTaps kernel(kernelSize, order, sign);
+  int64_t taps[mostTaps];
+  makeTaps(kernelSize, order, sign, taps);
   for (int i = 0; i < kernelSize; ++i)
-    if (kernel.taps[i] != static_cast<Zeb16s>(kernel.taps[i])) return zebStsErrOverflow;
-  for (int i = 0; i < kernelSize; ++i) pDst[i] = static_cast<Zeb16s>(kernel.taps[i]);
+    if (taps[i] != static_cast<Zeb16s>(taps[i])) return zebStsErrOverflow;
+  for (int i = 0; i < kernelSize; ++i) pDst[i] = static_cast<Zeb16s>(taps[i]);
   return zebStsOk;
 }
 ZEB_ENTRY(zebiGenSobelKernel_32f)(Zeb32f* pDst, int kernelSize, int order, int sign) {
   if (auto bad = takesTaps(pDst, kernelSize, order)) return bad;
-  const SobelTaps kernel(kernelSize, order, sign);
-  for (int i = 0; i < kernelSize; ++i) pDst[i] = static_cast<Zeb32f>(kernel.taps[i]);
+  int64_t taps[mostTaps];
+  makeTaps(kernelSize, order, sign, taps);
+  for (int i = 0; i < kernelSize; ++i) pDst[i] = static_cast<Zeb32f>(taps[i]);
   return zebStsOk;
 }

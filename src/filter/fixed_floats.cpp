@@ -27,7 +27,6 @@ void downColumns(const Zeb32f* const* rows, int n, Zeb32f* out) {
 }
 
 struct Corners3 {
-  static constexpr int taps = 3;
   template <class At>
   static ZEB_INLINE V32f floats(At v) {
     return v(0) + v(2);
@@ -79,20 +78,13 @@ FloatLines::FloatLines(const BorderedImage& source, int reach, FloatRow kernel, 
       results_(source, 2 * reach + 1, margins.around(source), scratch),
       line_(scratch.take<Zeb32f>(margins.around(source) + 2 * reach, 4)) {}
 
-// Straight from the row where the taps lie inside it, from copies of its ends with their borders elsewhere.
 void FloatLines::make(int64_t q, Zeb32f* out) const {
-  const int width = source_.size().width, first = -margins_.before, end = width + margins_.after;
-  const auto fetched = [&](int64_t from, int64_t to) {
-    source_.fetch<int(sizeof(Zeb32f))>(q, source_.columns(from - reach_, to + reach_), reinterpret_cast<Zeb8u*>(line_));
-    kernel_(line_, static_cast<int>(to - from), out + (from - first));
-  };
-  const auto* const row = reinterpret_cast<const Zeb32f*>(source_.row(q));
-  if (row == nullptr || width < 4 * reach_) return fetched(first, end);
-  const Sides sides = source_.sides();
-  const int from = sides.left ? first : reach_, to = sides.right ? end : width - reach_;
-  kernel_(row + from - reach_, to - from, out + (from - first));
-  if (from > first) fetched(first, from);
-  if (to < end) fetched(to, end);
+  const auto run = [&](const Zeb32f* p, int from, int to) { kernel_(p, to - from, out + (from + margins_.before)); };
+  overRow<1>(source_, q, reach_, line_, run, margins_.before, margins_.after);
+}
+
+const Zeb32f* const* FloatLines::around(int64_t y) {
+  return results_.rows(y - reach_, 2 * reach_ + 1, [this](int64_t q, Zeb32f* out) { make(q, out); });
 }
 
 FloatRow floatRow(Operator op, Order order) {
@@ -101,6 +93,8 @@ FloatRow floatRow(Operator op, Order order) {
       return order == Order::smooth ? alongRow<Smooth3> : order == Order::first ? alongRow<First3> : alongRow<Second3>;
     case Operator::sobel5:
       return order == Order::smooth ? alongRow<Smooth5> : order == Order::first ? alongRow<First5> : alongRow<Second5>;
+    case Operator::prewitt:
+      return order == Order::smooth ? alongRow<Mean3> : alongRow<First3>;
     default:
       return order == Order::smooth ? alongRow<ScharrSmooth> : alongRow<First3>;
   }
@@ -116,6 +110,8 @@ FloatColumns floatColumns(Operator op, Order order) {
       return order == Order::smooth  ? downColumns<Smooth5>
              : order == Order::first ? downColumns<First5>
                                      : downColumns<Second5>;
+    case Operator::prewitt:
+      return order == Order::smooth ? downColumns<Mean3> : downColumns<First3>;
     default:
       return order == Order::smooth ? downColumns<ScharrSmoothDown> : downColumns<First3>;
   }

@@ -209,7 +209,14 @@ void smooth(const Job<S, channels>& job, const State* state) {
   const WideRows<S, channels> wide(job.source, reach, line);
   auto* const taps = scratch.take<Zeb32f>(k);
   takeTaps(state, k, taps);
-  const auto make = [&](int64_t q, Zeb32f* out) { correlateRow<channels>(wide.row(q), taps, k, out, n); };
+  const auto make = [&](int64_t q, Zeb32f* out) {
+    if constexpr (std::is_same_v<S, Zeb32f>)
+      overRow<channels>(job.source, q, reach, line, [=](const Zeb32f* p, int from, int to) {
+        correlateRow<channels>(p, taps, k, out + from * channels, (to - from) * channels);
+      });
+    else
+      correlateRow<channels>(wide.row(q), taps, k, out, n);
+  };
   for (int y = 0; y < roi.height; ++y) {
     const Zeb32f* const* rows = results.rows(int64_t{y} - reach, k, make);
     if constexpr (std::is_same_v<S, Zeb32f>) {

@@ -6,82 +6,98 @@
 
 namespace zeb {
 
+// Which rows have to be made for a window of rows, and where each of the window's rows lies.
+class RowWindow {
+ public:
+  static constexpr int farthest = 256;  // rows above the image, or as many as are kept
+
+  RowWindow(const BorderedImage& source, int kept, int64_t stride, Scratch& scratch);
+
+  struct Wanted {
+    int64_t from, to;  // source rows to make now, the last one included
+    int64_t constant;  // a constant row to make now, or `none`
+    static constexpr int64_t none = INT64_MIN;
+  };
+  Wanted move(int64_t from, int count);
+
+  Zeb8u* slot(int64_t row) const {
+    const auto shifted = static_cast<unsigned>(row + int64_t{farthest} * kept_);  // not below 0
+    return first_ + static_cast<ptrdiff_t>(shifted % static_cast<unsigned>(kept_)) * stride_;
+  }
+  Zeb8u* constant() const { return constant_; }
+  const Zeb8u* const* rows() const { return rows_; }
+
+ private:
+  bool top_, bottom_, hasConstant_;  // in memory; wanted but not made
+  int64_t last_;
+  int kept_;
+  ptrdiff_t stride_;
+  Zeb8u *first_, *constant_;
+  const Zeb8u** rows_;
+  int64_t begin_ = 0, next_ = 0;  // what is made
+  bool constantMade_ = false;
+};
+
 template <class R>
 class RowResults {
  public:
-  static constexpr int farthest = 256;  // rows above the image
-
   static int64_t scratchBytes(int64_t kept, int64_t elements) {
-    return (kept + 1) * stride(elements) * static_cast<int64_t>(sizeof(R)) + kept * static_cast<int64_t>(sizeof(R*)) +
-           64;
+    return (kept + 1) * stride(elements) + kept * static_cast<int64_t>(sizeof(R*)) + 64;
   }
 
   // Keeps so many rows of so many results.
   RowResults(const BorderedImage& source, int kept, int64_t elements, Scratch& scratch)
-      : source_(source),
-        kept_(kept),
-        stride_(static_cast<ptrdiff_t>(stride(elements))),
-        first_(scratch.take<R>(kept * stride(elements))),
-        constant_(scratch.take<R>(stride(elements))),
-        rows_(scratch.take<const R*>(kept)) {}
+      : window_(source, kept, stride(elements), scratch) {}
 
-  // The results of count rows from `from` >= -farthest on, each of which is in the image or beside it as its border
-  // rule says. make(q, out) computes those of source row q: never twice where rows are asked for from above to below,
-  // and once for all constant rows.
+  // The results of count rows from `from` on, each of which is in the image or beside it as its border rule says, at
+  // most RowWindow::farthest rows above it or as many as are kept. make(q, out) computes those of source row q: never
+  // twice where rows are asked for from above to below, and once for all constant rows.
   template <class Make>
   const R* const* rows(int64_t from, int count, Make make) {
-    const int64_t to = from + count - 1, last = source_.size().height - 1;
-    const Sides sides = source_.sides();
-    if (to < 0 && !sides.top) return copies(0, -1, count, make);
-    if (from > last && !sides.bottom) return copies(last, last + 1, count, make);
-    const int64_t top = sides.top || from > 0 ? from : 0, bottom = sides.bottom || to < last ? to : last;
-    if (top < begin_ || top < next_ - kept_ || top > next_) begin_ = next_ = top;
-    for (; next_ <= bottom; ++next_) make(next_, slot(next_));
-    const R *above = slot(top), *below = slot(bottom);
-    if (source_.constant() && (from < top || to > bottom)) above = below = constant(from < top ? -1 : last + 1, make);
-    const R** out = rows_;
-    for (int64_t q = from; q < top; ++q) *out++ = above;
-    const R* const end = first_ + kept_ * stride_;
-    const R* row = slot(top);
-    for (int64_t q = top; q <= bottom; ++q) {
-      *out++ = row;
-      row += stride_;
-      if (row == end) row = first_;
-    }
-    while (out < rows_ + count) *out++ = below;
-    return rows_;
+    const auto wanted = window_.move(from, count);
+    for (int64_t q = wanted.from; q <= wanted.to; ++q) make(q, reinterpret_cast<R*>(window_.slot(q)));
+    if (wanted.constant != RowWindow::Wanted::none) make(wanted.constant, reinterpret_cast<R*>(window_.constant()));
+    return reinterpret_cast<const R* const*>(window_.rows());
   }
 
  private:
-  // Rows a power of two apart would share their places in the cache.
-  static int64_t stride(int64_t elements) { return (elements + 31) / 16 * 16; }
+  // Bytes, with a vector to spare. Rows a power of two apart would share their places in the cache.
+  static int64_t stride(int64_t elements) { return (elements * static_cast<int64_t>(sizeof(R)) + 95) / 32 * 32; }
 
-  template <class Make>
-  const R* constant(int64_t outside, Make make) {
-    if (!hasConstant_) make(outside, constant_);
-    hasConstant_ = true;
-    return constant_;
-  }
-  // All rows beyond one side: those of the row at the edge, or of the constant.
-  template <class Make>
-  const R* const* copies(int64_t edge, int64_t outside, int count, Make make) {
-    const R* const row = source_.constant() ? constant(outside, make) : rows(edge, 1, make)[0];
-    for (int i = 0; i < count; ++i) rows_[i] = row;
-    return rows_;
-  }
-
-  R* slot(int64_t q) const {
-    const auto shifted = static_cast<unsigned>(q + farthest * kept_);  // not below 0
-    return first_ + static_cast<ptrdiff_t>(shifted % static_cast<unsigned>(kept_)) * stride_;
-  }
-
-  BorderedImage source_;
-  int kept_;
-  ptrdiff_t stride_;
-  R *first_, *constant_;
-  const R** rows_;
-  int64_t begin_ = 0, next_ = 0;  // what is made
-  bool hasConstant_ = false;
+  RowWindow window_;
 };
+
+// Runs a filter over one row of an image and so many columns before and after it: run(p, from, to) makes the results of
+// columns from..to-1 with p at column from - reach. Straight from the row where the taps lie inside it, from copies of
+// its ends with their borders elsewhere. line: room for the row with its borders.
+template <int channels, class T, class Run>
+void overRow(const BorderedImage& source, int64_t q, int reach, T* line, Run run, int before = 0, int after = 0) {
+  const int width = source.size().width, first = -before, end = width + after;
+  const auto* const row = reinterpret_cast<const T*>(source.row(q));
+  struct Piece {
+    int from, to;
+    bool copied;
+  } pieces[3];
+  int count = 0;
+  if (row == nullptr || width / 4 < reach) {
+    pieces[count++] = {first, end, true};
+  } else {
+    const Sides sides = source.sides();
+    const int from = sides.left ? first : reach, to = sides.right ? end : width - reach;
+    if (from > first) pieces[count++] = {first, from, true};
+    pieces[count++] = {from, to, false};
+    if (to < end) pieces[count++] = {to, end, true};
+  }
+  for (int i = 0; i < count; ++i) {
+    const Piece piece = pieces[i];
+    const T* p = line;
+    if (piece.copied)
+      fetchPixels<channels* int(sizeof(T))>(
+          source, q, source.columns(int64_t{piece.from} - reach, int64_t{piece.to} + reach), line);
+    else
+      p = row + static_cast<ptrdiff_t>(piece.from - reach) * channels;
+    run(p, piece.from, piece.to);
+  }
+}
 
 }  // namespace zeb

@@ -89,6 +89,14 @@ struct Second3 {
 };
 struct Mean3 {
   static constexpr int taps = 3;
+  template <class Half, class At>
+  static ZEB_INLINE V16s bytes(At v) {
+    return weighted<Half, 1, 1>(v(0), v(1)) + widened<Half>(v(2));
+  }
+  template <class At>
+  static ZEB_INLINE V16s words(At v) {
+    return (v(0) + v(1)) + v(2);
+  }
   template <class At>
   static ZEB_INLINE V32f floats(At v) {
     return (v(0) + v(1)) + v(2);
