@@ -13,10 +13,10 @@ using ref::Plane;
 template <class S>
 struct Setup {
   explicit Setup(Choice& c)
-      : window(c.oneIn(24)  ? c.within(1, 255)
-               : c.oneIn(6) ? c.within(1, 50)
+      : window(c.oneIn(64)  ? c.within(1, 255)
+               : c.oneIn(8) ? c.within(1, 40)
                             : c.within(1, 8)),
-        size(window > 20 ? c.size(40, 5) : c.size(70, 12)),
+        size(window > 12 ? c.size(20, 4) : c.size(70, 8)),
         filter(c.oneIn(3) ? zebFilterScharr : zebFilterSobel),
         taps(filter == zebFilterSobel && c.coin() ? 5 : 3),
         border(rule(c) | c.within(0, 15) << 4),
