@@ -124,10 +124,10 @@ void gaussian(Choice& c, const F& f, ZebDataType type) {
 
   // Where a width is spoiled, a step that was too small may hold it.
   const ZebiSize flat = {size.width, c.within(-9, 0)};
-  const auto call = [&](auto value) {
+  const auto call = [&](auto value, auto types) {
     const auto run = [&](auto spec) {
-      f.ok(c, src.pixels(), src.image.step(), dst.pixels(), dst.step(), orElse(size, flat, zebStsErrSize), src.types(),
-           value, spec, buffer.get());
+      f.ok(c, src.pixels(), src.image.step(), dst.pixels(), dst.step(), orElse(size, flat, zebStsErrSize), types, value,
+           spec, buffer.get());
     };
     const ZebiFilterGaussianState* const spec = state(memory);
     if (c.coin())
@@ -135,12 +135,15 @@ void gaussian(Choice& c, const F& f, ZebDataType type) {
     else
       run(orElse(spec, state(other), zebStsErrContextMatch));
   };
+  // The value must be there under the constant rule only, so not both are spoiled.
   if constexpr (channels == 1)
-    call(src.value[0]);
+    call(src.value[0], src.types());
+  else if ((src.border & 15) == zebBorderConst && c.coin())
+    call(static_cast<const S*>(src.value), keep(src.border));
   else if ((src.border & 15) == zebBorderConst)
-    call(static_cast<const S*>(src.value));
+    call(keep(static_cast<const S*>(src.value)), src.types());
   else
-    call(keep(c.coin() ? static_cast<const S*>(nullptr) : src.value));
+    call(keep(c.coin() ? static_cast<const S*>(nullptr) : src.value), src.types());
   const auto want =
       src.template each<S>([&](const ref::Sampler<S>& at) { return ref::gaussian<S>(at, size, n, sigma); });
   require(agree(f.name(), dst, want), std::to_string(n) + " taps, sigma " + test::shown(sigma) + ", border " +

@@ -53,19 +53,27 @@ typedef struct ZebiFGHistogramParam {
   Zeb32f threshold;    /**< least weight of background: 1/1024..1/2; typically 0.05 */
 } ZebiFGHistogramParam;
 
+/** Makes a record of the first frame; one channel. */
 ZebStatus zebiFGHistogramInitAlloc_8u_C1R(ZebiFGHistogramState** ppState, const Zeb8u* pSrc, int srcStep,
                                           ZebiSize roiSize, const ZebiFGHistogramParam* pParam);
+/** Tells the foreground of a frame. */
 ZebStatus zebiFGHistogramForeground_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                            const ZebiFGHistogramState* pState);
+/** Learns a frame, or the pixels of it under a mask. */
 ZebStatus zebiFGHistogramUpdate_8u_C1R(const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep,
                                        ZebiSize roiSize, ZebiFGHistogramState* pState);
+/** Releases a record. */
 ZebStatus zebiFGHistogramFree_8u_C1R(ZebiFGHistogramState* pState);
+/** Makes a record of the first frame; three channels. */
 ZebStatus zebiFGHistogramInitAlloc_8u_C3R(ZebiFGHistogramState** ppState, const Zeb8u* pSrc, int srcStep,
                                           ZebiSize roiSize, const ZebiFGHistogramParam* pParam);
+/** Tells the foreground of a frame. */
 ZebStatus zebiFGHistogramForeground_8u_C3R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                            const ZebiFGHistogramState* pState);
+/** Learns a frame, or the pixels of it under a mask. */
 ZebStatus zebiFGHistogramUpdate_8u_C3R(const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep,
                                        ZebiSize roiSize, ZebiFGHistogramState* pState);
+/** Releases a record. */
 ZebStatus zebiFGHistogramFree_8u_C3R(ZebiFGHistogramState* pState);
 /** @} */
 
@@ -81,8 +89,13 @@ ZebStatus zebiFGHistogramFree_8u_C3R(ZebiFGHistogramState* pState);
  *
  * alpha = max(learningRate, 1 / (t + 1)), where t counts the calls of update, this one included, up to 65535.
  *
- * Frames, map, mask, threads and statuses are those of the histogram model; the record has 128 + 8 x channels x
- * (width rounded up to a multiple of 8) x height bytes.
+ * Frames, map, mask and threads are those of the histogram model; the record has 128 + 8 x channels x (width rounded up
+ * to a multiple of 8) x height bytes.
+ *
+ * Status of InitAlloc, in this order: zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrBadArgument (a
+ * parameter outside its interval or no number); zebStsErrOverflow; zebStsErrMemAlloc; zebStsOk. Status of foreground
+ * and update: zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrContextMatch; zebStsErrSize (roiSize is not
+ * the record's); zebStsOk. Free: zebStsErrNullPointer; zebStsErrContextMatch; zebStsOk.
  *
  * After: C. Wren, A. Azarbayejani, T. Darrell, A. Pentland, 1997.
  * @{
@@ -97,19 +110,27 @@ typedef struct ZebiFGGaussianParam {
   Zeb32f minVariance;  /**< 1/64..65025; typically 4 */
 } ZebiFGGaussianParam;
 
+/** Makes a record of the first frame; one channel. */
 ZebStatus zebiFGGaussianInitAlloc_8u_C1R(ZebiFGGaussianState** ppState, const Zeb8u* pSrc, int srcStep,
                                          ZebiSize roiSize, const ZebiFGGaussianParam* pParam);
+/** Tells the foreground of a frame. */
 ZebStatus zebiFGGaussianForeground_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                           const ZebiFGGaussianState* pState);
+/** Learns a frame, or the pixels of it under a mask. */
 ZebStatus zebiFGGaussianUpdate_8u_C1R(const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep,
                                       ZebiSize roiSize, ZebiFGGaussianState* pState);
+/** Releases a record. */
 ZebStatus zebiFGGaussianFree_8u_C1R(ZebiFGGaussianState* pState);
+/** Makes a record of the first frame; three channels. */
 ZebStatus zebiFGGaussianInitAlloc_8u_C3R(ZebiFGGaussianState** ppState, const Zeb8u* pSrc, int srcStep,
                                          ZebiSize roiSize, const ZebiFGGaussianParam* pParam);
+/** Tells the foreground of a frame. */
 ZebStatus zebiFGGaussianForeground_8u_C3R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                           const ZebiFGGaussianState* pState);
+/** Learns a frame, or the pixels of it under a mask. */
 ZebStatus zebiFGGaussianUpdate_8u_C3R(const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep,
                                       ZebiSize roiSize, ZebiFGGaussianState* pState);
+/** Releases a record. */
 ZebStatus zebiFGGaussianFree_8u_C3R(ZebiFGGaussianState* pState);
 /** @} */
 
@@ -161,11 +182,15 @@ typedef struct ZebiFGMixtureParam {
   Zeb32f maxVariance;         /**< 1/64..195075; typically 300 */
 } ZebiFGMixtureParam;
 
+/** Bytes of a record. */
 ZebStatus zebiFGMixtureGetBufferSize_8u_C3R(ZebiSize roiSize, int maxComponents, int* pBufferSize);
+/** Builds a record of the first frame. */
 ZebStatus zebiFGMixtureInit_8u_C3R(const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, const ZebiFGMixtureParam* pParam,
                                    ZebiFGMixtureState* pState);
+/** Tells the foreground of a frame, then learns it. */
 ZebStatus zebiFGMixtureForeground_8u_C3R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                          Zeb32f learningRate, ZebiFGMixtureState* pState);
+/** Writes the background. */
 ZebStatus zebiFGMixtureBackground_8u_C3R(Zeb8u* pDst, int dstStep, ZebiSize roiSize, const ZebiFGMixtureState* pState);
 /** @} */
 

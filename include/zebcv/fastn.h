@@ -54,9 +54,13 @@ enum {
   zebFastNNonMax = 2 /**< keep local maxima of the score only */
 };
 
+/** Bytes of a state: 32. */
 ZebStatus zebiFastNGetSize(int circleRadius, int arcLength, int* pSpecSize);
+/** Builds a state. */
 ZebStatus zebiFastNInit(int circleRadius, int arcLength, int threshold, int options, ZebiFastNState* pSpec);
+/** Bytes of scratch for a region of this width. */
 ZebStatus zebiFastNGetBufferSize(ZebiSize roiSize, const ZebiFastNState* pSpec, int* pBufferSize);
+/** Corners and, where wanted, their orientations. */
 ZebStatus zebiFastN_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, Zeb8u* pOrient, int orientStep,
                            ZebiSize roiSize, const ZebiFastNState* pSpec, Zeb8u* pBuffer);
 /** @} */
