@@ -275,9 +275,9 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   const auto step = [](const auto& image, int elements) {
     return orElse(image.step(), (elements - 1) * static_cast<int>(sizeof(*image.pixels())), zebStsErrStep, Check::step);
   };
-  const auto call = [&](auto value) {
+  const auto call = [&](auto value, auto types) {
     const auto with = [&](auto... outputs) {
-      f.ok(c, src.pixels(), src.image.step(), outputs..., size, mask, choice, src.types(), value, buffer.get());
+      f.ok(c, src.pixels(), src.image.step(), outputs..., size, mask, choice, types, value, buffer.get());
     };
     const int w = size.width, none = c.within(-9, 9);
     if (kind == 0) {
@@ -295,11 +295,13 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
     }
   };
   if constexpr (channels == 1)
-    call(src.value[0]);
+    call(src.value[0], src.types());
+  else if ((src.border & 15) == zebBorderConst && c.coin())
+    call(static_cast<const S*>(src.value), keep(src.border));
   else if ((src.border & 15) == zebBorderConst)
-    call(static_cast<const S*>(src.value));
+    call(keep(static_cast<const S*>(src.value)), src.types());
   else
-    call(keep(c.coin() ? static_cast<const S*>(nullptr) : src.value));
+    call(keep(c.coin() ? static_cast<const S*>(nullptr) : src.value), src.types());
 
   Plane<D> all[3] = {gx.plane(), gy.plane(), magnitude.plane()};
   Plane<Zeb32f> angles = angle.plane();
