@@ -13,7 +13,7 @@ using ref::Plane;
 class Camera {
  public:
   Camera(Choice& c, ZebiSize size, int channels)
-      : size_(size), channels_(channels), noise_(c.within(0, 12)), colours_(c.within(1, 10)), random_(c.random()) {
+      : channels_(channels), noise_(c.within(0, 12)), colours_(c.within(1, 10)), random_(c.random()) {
     for (int i = 0; i < colours_; ++i) scenes_.push_back(c.plane<Zeb8u>(size.width, size.height, channels));
   }
   Image<Zeb8u> frame(Choice& c) {
@@ -31,7 +31,6 @@ class Camera {
   }
 
  private:
-  ZebiSize size_;
   int channels_, noise_, colours_;
   Random random_;
   std::vector<Plane<Zeb8u>> scenes_;
