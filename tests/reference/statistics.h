@@ -92,6 +92,27 @@ Zeb64f normRel(Norm kind, const Plane<T>& a, const Plane<T>& b, const Selected& 
   return numerator > 0 ? std::numeric_limits<Zeb64f>::infinity() : std::numeric_limits<Zeb64f>::quiet_NaN();
 }
 
+// a b - c d, not below 0, of numbers below 2^63: exact in 128 bits, then rounded once. What is shifted out at the end
+// is told by the last bit.
+inline Zeb64f differenceOfProducts(int64_t a, int64_t b, int64_t c, int64_t d) {
+  struct Wide {
+    uint64_t high, low;
+  };
+  const auto product = [](uint64_t x, uint64_t y) {
+    const uint64_t x0 = x & 0xFFFFFFFF, x1 = x >> 32, y0 = y & 0xFFFFFFFF, y1 = y >> 32;
+    const uint64_t middle = x1 * y0 + (x0 * y0 >> 32), other = x0 * y1 + (middle & 0xFFFFFFFF);
+    return Wide{x1 * y1 + (middle >> 32) + (other >> 32), x * y};
+  };
+  const Wide p = product(static_cast<uint64_t>(a), static_cast<uint64_t>(b));
+  const Wide q = product(static_cast<uint64_t>(c), static_cast<uint64_t>(d));
+  const uint64_t low = p.low - q.low, high = p.high - q.high - (p.low < q.low);
+  if (high == 0) return static_cast<Zeb64f>(low);
+  const int shift = __builtin_clzll(high);
+  uint64_t top = shift ? high << shift | low >> (64 - shift) : high;
+  if (low << shift) top |= 1;
+  return std::ldexp(static_cast<Zeb64f>(top), 64 - shift);
+}
+
 struct MeanAndDeviation {
   Zeb64f mean = 0, deviation = 0;
 };
@@ -106,10 +127,8 @@ MeanAndDeviation meanAndDeviation(const Plane<T>& a, const Selected& selected) {
     s1 += v;
     s2 += v * v;
   });
-  // 113 bits hold every product.
-  const __float128 variance = static_cast<__float128>(n) * s2 - static_cast<__float128>(s1) * s1;
-  return {static_cast<Zeb64f>(s1) / static_cast<Zeb64f>(n),
-          std::sqrt(static_cast<Zeb64f>(variance)) / static_cast<Zeb64f>(n)};
+  const Zeb64f variance = differenceOfProducts(n, s2, s1, s1);
+  return {static_cast<Zeb64f>(s1) / static_cast<Zeb64f>(n), std::sqrt(variance) / static_cast<Zeb64f>(n)};
 }
 
 inline MeanAndDeviation meanAndDeviation(const Plane<Zeb32f>& a, const Selected& selected) {
