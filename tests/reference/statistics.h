@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "reference/accumulate.h"
@@ -127,7 +128,7 @@ MeanAndDeviation meanAndDeviation(const Plane<T>& a, const Selected& selected) {
     s1 += v;
     s2 += v * v;
   });
-  const Zeb64f variance = differenceOfProducts(n, s2, s1, s1);
+  const Zeb64f variance = differenceOfProducts(n, s2, std::abs(s1), std::abs(s1));
   return {static_cast<Zeb64f>(s1) / static_cast<Zeb64f>(n), std::sqrt(variance) / static_cast<Zeb64f>(n)};
 }
 
