@@ -87,29 +87,28 @@ const ZebiFGHistogramParam histogramParam = {5, 1, 0.01f, 0.05f};
 const ZebiFGGaussianParam gaussianParam = {0.005f, 3.5f, 100, 4};
 const ZebiFGMixtureParam mixtureParam = {5, 3, 4, 0.9f, 0.05f, 100, 12, 300};
 
+using Histogram = Model<ZebiFGHistogramState, ZebiFGHistogramParam>;
+using Gaussian = Model<ZebiFGGaussianState, ZebiFGGaussianParam>;
+const Histogram histograms[] = {{zebiFGHistogramInitAlloc_8u_C1R, zebiFGHistogramForeground_8u_C1R,
+                                 zebiFGHistogramUpdate_8u_C1R, zebiFGHistogramFree_8u_C1R},
+                                {zebiFGHistogramInitAlloc_8u_C3R, zebiFGHistogramForeground_8u_C3R,
+                                 zebiFGHistogramUpdate_8u_C3R, zebiFGHistogramFree_8u_C3R}};
+const Gaussian gaussians[] = {{zebiFGGaussianInitAlloc_8u_C1R, zebiFGGaussianForeground_8u_C1R,
+                               zebiFGGaussianUpdate_8u_C1R, zebiFGGaussianFree_8u_C1R},
+                              {zebiFGGaussianInitAlloc_8u_C3R, zebiFGGaussianForeground_8u_C3R,
+                               zebiFGGaussianUpdate_8u_C3R, zebiFGGaussianFree_8u_C3R}};
+
+// keeps: the bytes of a pixel in the record.
+Bytes bytesOf(int channels, bool learning, double keeps) {
+  return learning ? Bytes{1.0 * channels, 0, keeps} : Bytes{keeps + channels, 1};
+}
 Work histogram(const Scene& s, int channels, bool learning) {
-  const Bytes bytes = learning ? Bytes{1.0 * channels, 0, 32} : Bytes{32.0 + channels, 1};
-  if (channels == 1)
-    return learned<ref::HistogramPixel, ZebiFGHistogramState, ZebiFGHistogramParam>(
-        s, 1, learning, bytes, histogramParam,
-        {zebiFGHistogramInitAlloc_8u_C1R, zebiFGHistogramForeground_8u_C1R, zebiFGHistogramUpdate_8u_C1R,
-         zebiFGHistogramFree_8u_C1R});
-  return learned<ref::HistogramPixel, ZebiFGHistogramState, ZebiFGHistogramParam>(
-      s, 3, learning, bytes, histogramParam,
-      {zebiFGHistogramInitAlloc_8u_C3R, zebiFGHistogramForeground_8u_C3R, zebiFGHistogramUpdate_8u_C3R,
-       zebiFGHistogramFree_8u_C3R});
+  return learned<ref::HistogramPixel>(s, channels, learning, bytesOf(channels, learning, 32), histogramParam,
+                                      histograms[channels / 3]);
 }
 Work gaussian(const Scene& s, int channels, bool learning) {
-  const Bytes bytes = learning ? Bytes{1.0 * channels, 0, 8.0 * channels} : Bytes{9.0 * channels, 1};
-  if (channels == 1)
-    return learned<ref::GaussianPixel, ZebiFGGaussianState, ZebiFGGaussianParam>(
-        s, 1, learning, bytes, gaussianParam,
-        {zebiFGGaussianInitAlloc_8u_C1R, zebiFGGaussianForeground_8u_C1R, zebiFGGaussianUpdate_8u_C1R,
-         zebiFGGaussianFree_8u_C1R});
-  return learned<ref::GaussianPixel, ZebiFGGaussianState, ZebiFGGaussianParam>(
-      s, 3, learning, bytes, gaussianParam,
-      {zebiFGGaussianInitAlloc_8u_C3R, zebiFGGaussianForeground_8u_C3R, zebiFGGaussianUpdate_8u_C3R,
-       zebiFGGaussianFree_8u_C3R});
+  return learned<ref::GaussianPixel>(s, channels, learning, bytesOf(channels, learning, 8.0 * channels), gaussianParam,
+                                     gaussians[channels / 3]);
 }
 
 // Most pixels keep one component.

@@ -25,6 +25,22 @@ struct Source {
   }
   const S* pixels() const { return image.pixels(left, top); }
   auto types() const { return orElse(border, badBorder, zebStsErrBorder); }
+  // call(value, type) with the border value as a function of so many channels takes it. A pointer to it must be there
+  // under the constant rule only, so not both are spoiled.
+  template <class Call>
+  void withValue(Choice& c, Call call) const {
+    if constexpr (channels == 1) {
+      call(value[0], types());
+    } else {
+      const S* const pointer = value;
+      if ((border & 15) == zebBorderConst && c.coin())
+        call(pointer, keep(border));
+      else if ((border & 15) == zebBorderConst)
+        call(keep(pointer), types());
+      else
+        call(keep(c.coin() ? nullptr : pointer), types());
+    }
+  }
   // use(samplers) with one for each channel.
   template <class Use>
   void withSamplers(Use use) const {

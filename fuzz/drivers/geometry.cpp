@@ -294,14 +294,7 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
            keep(static_cast<Zeb32f*>(nullptr)), keep(none));
     }
   };
-  if constexpr (channels == 1)
-    call(src.value[0], src.types());
-  else if ((src.border & 15) == zebBorderConst && c.coin())
-    call(static_cast<const S*>(src.value), keep(src.border));
-  else if ((src.border & 15) == zebBorderConst)
-    call(keep(static_cast<const S*>(src.value)), src.types());
-  else
-    call(keep(c.coin() ? static_cast<const S*>(nullptr) : src.value), src.types());
+  src.withValue(c, call);
 
   Plane<D> all[3] = {gx.plane(), gy.plane(), magnitude.plane()};
   Plane<Zeb32f> angles = angle.plane();

@@ -135,15 +135,7 @@ void gaussian(Choice& c, const F& f, ZebDataType type) {
     else
       run(orElse(spec, state(other), zebStsErrContextMatch));
   };
-  // The value must be there under the constant rule only, so not both are spoiled.
-  if constexpr (channels == 1)
-    call(src.value[0], src.types());
-  else if ((src.border & 15) == zebBorderConst && c.coin())
-    call(static_cast<const S*>(src.value), keep(src.border));
-  else if ((src.border & 15) == zebBorderConst)
-    call(keep(static_cast<const S*>(src.value)), src.types());
-  else
-    call(keep(c.coin() ? static_cast<const S*>(nullptr) : src.value), src.types());
+  src.withValue(c, call);
   const auto want =
       src.template each<S>([&](const ref::Sampler<S>& at) { return ref::gaussian<S>(at, size, n, sigma); });
   require(agree(f.name(), dst, want), std::to_string(n) + " taps, sigma " + test::shown(sigma) + ", border " +

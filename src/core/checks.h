@@ -32,6 +32,16 @@ constexpr ZebStatus wholeElements(int step) {
   return step % static_cast<int>(sizeof(T)) == 0 ? zebStsOk : zebStsErrNotEvenStep;
 }
 
+// Square kernels come in two sizes.
+constexpr ZebStatus isMaskSize(int mask) {
+  return mask == zebMskSize3x3 || mask == zebMskSize5x5 ? zebStsOk : zebStsErrMaskSize;
+}
+
+// Neighbours of a pixel: the eight of the chessboard metric or the four of the city block.
+constexpr ZebStatus isNeighbourhood(ZebiNorm norm, ZebStatus otherwise = zebStsErrNorm) {
+  return norm == zebiNormInf || norm == zebiNormL1 ? zebStsOk : otherwise;
+}
+
 // A rule of a family's own: its condition and the status of breaking it.
 constexpr ZebStatus require(bool condition, ZebStatus otherwise) {
   return condition ? zebStsOk : otherwise;
@@ -54,6 +64,24 @@ struct Mandatory {
 template <class... Pointer>
 constexpr Mandatory also(const Pointer*... pointers) {
   return {(... && (pointers != nullptr))};
+}
+
+// An image that may be missing; its rules hold where it is there.
+template <class T, int channels>
+struct Optional {
+  Image<T, channels> image;
+
+  bool isPresent() const { return true; }
+  bool holdsRow(int width) const { return !*this || image.holdsRow(width); }
+  bool holdsWholeElements() const { return !*this || image.holdsWholeElements(); }
+
+  explicit operator bool() const { return image.isPresent(); }
+  // Null where there is no image.
+  T* row(int y) const { return *this ? image.rows()[y] : nullptr; }
+};
+template <class T, int channels>
+constexpr Optional<T, channels> optional(Image<T, channels> image) {
+  return {image};
 }
 
 // The standard order: pointers, the region's area, the minimum of every step, whole elements in every step.

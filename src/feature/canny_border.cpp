@@ -70,30 +70,24 @@ void detect(Operator op, const Request& image, Zeb32f lowThresh, Zeb32f highThre
 }  // namespace
 
 ZEB_ENTRY(zebiCannyBorderGetSize)(ZebiSize roiSize, int, int mask, int, int* pBufferSize) {
-  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize),
-                              require(mask == zebMskSize3x3 || mask == zebMskSize5x5, zebStsErrMaskSize)))
-    return bad;
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize), isMaskSize(mask))) return bad;
   return reportSize(bufferSize(roiSize, mask), pBufferSize);
 }
 
 ZEB_ENTRY(zebiCannyBorder_8u_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, int filterType, int mask,
  ZebiBorderType borderType, Zeb8u borderValue, Zeb32f lowThresh, Zeb32f highThresh, int norm, Zeb8u* pBuffer) {
-  const bool maskFits = mask == zebMskSize3x3 || (mask == zebMskSize5x5 && filterType != zebFilterScharr);
-  const int base = borderBase(borderType);
   if (auto bad = firstFailure(
-          require(maskFits, zebStsErrMaskSize), present(pSrc, pDst, pBuffer), hasArea(roiSize),
+          isMaskSize(mask), require(mask == zebMskSize3x3 || filterType != zebFilterScharr, zebStsErrMaskSize),
+          present(pSrc, pDst, pBuffer), hasArea(roiSize),
           require(filterType == zebFilterSobel || filterType == zebFilterScharr, zebStsErrBadArgument),
           require(norm == zebNormL1 || norm == zebNormL2, zebStsErrBadArgument),
-          orderedThresholds(lowThresh, highThresh),
-          require(base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem, zebStsErrBorder)))
+          orderedThresholds(lowThresh, highThresh), takesBorder(borderBase(borderType))))
     return bad;
   const int64_t size = bufferSize(roiSize, mask);
   if (size > INT32_MAX) return zebStsErrOverflow;
   const Request image = {BorderedImage(pSrc, srcStep, roiSize, 1, borderType, &borderValue), Rows(pDst, dstStep)};
-  const Operator op = filterType == zebFilterScharr ? Operator::scharr
-                      : mask == zebMskSize3x3       ? Operator::sobel3
-                                                    : Operator::sobel5;
-  (norm == zebNormL1 ? detect<Sum> : detect<RootOfSquares>)(op, image, lowThresh, highThresh, pBuffer, size);
+  (norm == zebNormL1 ? detect<Sum> : detect<RootOfSquares>)(operatorOf(filterType, mask), image, lowThresh, highThresh,
+                                                            pBuffer, size);
   return zebStsOk;
 }

@@ -75,17 +75,10 @@ void eigenValsVecs(const TensorBlock& tensors, int n, Zeb32f, Zeb32f* out) {
 // ---- Checks and sizes ----
 
 ZebStatus fits(int filterType, int mask, int window) {
-  return firstFailure(
-      require(filterType == zebFilterSobel || filterType == zebFilterScharr, zebStsErrFilterType),
-      require(mask == zebMskSize3x3 || (mask == zebMskSize5x5 && filterType == zebFilterSobel), zebStsErrMaskSize),
-      require(window >= 1 && window <= 255, zebStsErrMaskSize));
-}
-
-TensorForm formOf(int filterType, int mask, int window) {
-  return {filterType == zebFilterScharr ? Operator::scharr
-          : mask == zebMskSize3x3       ? Operator::sobel3
-                                        : Operator::sobel5,
-          window};
+  return firstFailure(require(filterType == zebFilterSobel || filterType == zebFilterScharr, zebStsErrFilterType),
+                      isMaskSize(mask),
+                      require(mask == zebMskSize3x3 || filterType == zebFilterSobel, zebStsErrMaskSize),
+                      require(window >= 1 && window <= 255, zebStsErrMaskSize));
 }
 
 using Bytes = int64_t (*)(TensorForm form, int width);
@@ -98,7 +91,7 @@ int64_t bytesOfEither(TensorForm form, int width) {
 
 ZebStatus bufferSize(ZebiSize roi, int filterType, int mask, int window, int* pSize, Bytes bytes) {
   if (auto bad = firstFailure(present(pSize), hasArea(roi), fits(filterType, mask, window))) return bad;
-  return reportSize(bytes(formOf(filterType, mask, window), roi.width), pSize);
+  return reportSize(bytes({operatorOf(filterType, mask), window}, roi.width), pSize);
 }
 
 // ---- The operation ----
@@ -119,7 +112,7 @@ struct Request {
 template <class T>
 void respond(const Request<T>& job, TensorForm form, int64_t bytes, int floats, Response response, Zeb32f k) {
   Scratch scratch(job.pBuffer, bytes);
-  const BorderedImage source(job.pSrc, job.srcStep, job.roi, sizeof(T), job.border & ~8, &job.borderValue);
+  const BorderedImage source(job.pSrc, job.srcStep, job.roi, sizeof(T), ofThreeBits(job.border), &job.borderValue);
   TensorRows<T> tensors(form, source, scratch);
   const Rows<Zeb32f> dst(job.pDst, job.dstStep);
   TensorBlock block;
@@ -136,13 +129,12 @@ void respond(const Request<T>& job, TensorForm form, int64_t bytes, int floats, 
 
 template <int floats, class T>
 ZebStatus corners(const Request<T>& job, Response response, Zeb32f k = 0) {
-  const int base = job.border & 7;
   if (auto bad = firstFailure(
           checked(job.roi, image(job.pSrc, job.srcStep), image<floats>(job.pDst, job.dstStep), also(job.pBuffer)),
           fits(job.filterType, job.mask, job.window), require(k >= 0 && k <= 1, zebStsErrBadArgument),
-          require(base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem, zebStsErrBorder)))
+          takesBorder(borderBase(ofThreeBits(job.border)))))
     return bad;
-  const TensorForm form = formOf(job.filterType, job.mask, job.window);
+  const TensorForm form = {operatorOf(job.filterType, job.mask), job.window};
   const int64_t bytes = TensorRows<T>::scratchBytes(form, job.roi.width);
   if (bytes > INT32_MAX) return zebStsErrOverflow;
   respond(job, form, bytes, floats, response, k);

@@ -6,6 +6,7 @@
 #include "core/scratch.h"
 #include "core/shuffle.h"
 #include "core/state_id.h"
+#include "feature/circles.h"
 
 struct ZebiFastNState {
   uint32_t id;
@@ -21,30 +22,8 @@ namespace {
 using State = ZebiFastNState;
 
 constexpr uint32_t id = stateId(StateKind::fastN, zeb8u, 1);
-constexpr int mostPositions = 16, mostRadius = 3, quarters = 4;
+constexpr int quarters = 4;
 
-struct Offset {
-  signed char x, y;
-};
-constexpr Offset circles[mostRadius][mostPositions] = {
-    {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}},
-    {{2, 0}, {2, 1}, {1, 2}, {0, 2}, {-1, 2}, {-2, 1}, {-2, 0}, {-2, -1}, {-1, -2}, {0, -2}, {1, -2}, {2, -1}},
-    {{3, 0},
-     {3, 1},
-     {2, 2},
-     {1, 3},
-     {0, 3},
-     {-1, 3},
-     {-2, 2},
-     {-3, 1},
-     {-3, 0},
-     {-3, -1},
-     {-2, -2},
-     {-1, -3},
-     {0, -3},
-     {1, -3},
-     {2, -2},
-     {3, -1}}};
 constexpr int positionsOf(int radius) {
   return 4 + 4 * radius;
 }
@@ -218,11 +197,10 @@ class SegmentTest {
     copy_ = scratch.take<Zeb8u>(narrowBytes, 1);
   }
 
-  void run(Rows<Zeb8u> dst, Zeb8u* pOrient, int orientStep) {
-    const Rows<Zeb8u> orient(pOrient, orientStep);
+  void run(Rows<Zeb8u> dst, Optional<Zeb8u, 1> orient) {
     for (int y = 0; y <= size_.height; ++y) {
       if (y < size_.height) form(y);
-      if (y > 0) finish(y - 1, dst[y - 1], pOrient == nullptr ? nullptr : orient[y - 1]);
+      if (y > 0) finish(y - 1, dst[y - 1], orient.row(y - 1));
     }
   }
 
@@ -317,24 +295,23 @@ ZEB_ENTRY(zebiFastN_8u_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, Zeb8u* pOrient, int orientStep, ZebiSize roiSize,
  const ZebiFastNState* pSpec, Zeb8u* pBuffer) {
   const auto src = image(pSrc, srcStep);
-  const auto dst = image(pDst, dstStep), orient = image(pOrient, orientStep);
+  const auto dst = image(pDst, dstStep);
+  const auto orient = optional(image(pOrient, orientStep));
   int bytes = 0;
-  if (auto bad = firstFailure(checked(roiSize, src, dst, also(pSpec, pBuffer)),
-                              require(pOrient == nullptr || orient.holdsRow(roiSize.width), zebStsErrStep)))
-    return bad;
+  if (auto bad = checked(roiSize, src, dst, orient, also(pSpec, pBuffer))) return bad;
   const State state = read(pSpec);
   if (auto bad = firstFailure(isState(state.id, id), reportSize(bufferBytes(roiSize.width), &bytes))) return bad;
-  SegmentTest(state, src.rows(), roiSize, Scratch(pBuffer, bytes)).run(dst.rows(), pOrient, orientStep);
+  SegmentTest(state, src.rows(), roiSize, Scratch(pBuffer, bytes)).run(dst.rows(), orient);
   return zebStsOk;
 }
 
 ZEB_ENTRY(zebiFastN2DToVec_8u)
 (const Zeb8u* pSrc, int srcStep, const Zeb8u* pOrient, int orientStep, ZebiSize roiSize, ZebiFastNCorner* pCorner,
  int maxCount, int* pCount, const ZebiFastNState* pSpec) {
-  const auto src = image(pSrc, srcStep), orient = image(pOrient, orientStep);
+  const auto src = image(pSrc, srcStep);
+  const auto orient = optional(image(pOrient, orientStep));
   if (auto bad = firstFailure(present(pSrc, pCorner, pCount, pSpec), hasArea(roiSize), atLeastOne(maxCount),
-                              require(src.holdsRow(roiSize.width), zebStsErrStep),
-                              require(pOrient == nullptr || orient.holdsRow(roiSize.width), zebStsErrStep)))
+                              require(src.holdsRow(roiSize.width) && orient.holdsRow(roiSize.width), zebStsErrStep)))
     return bad;
   const State state = read(pSpec);
   if (auto bad = isState(state.id, id)) return bad;
@@ -347,7 +324,7 @@ ZEB_ENTRY(zebiFastN2DToVec_8u)
       for (unsigned left = ~topBits(equal(pixels, splat(Zeb8u(0)))); left != 0 && count < maxCount; left &= left - 1) {
         const int at = x + __builtin_ctz(left);
         ZebiFastNCorner corner = {at, y, row[at], 0, 0};
-        const int code = pOrient == nullptr ? 0 : orient.rows()[y][at], direction = (code & 127) - 1;
+        const int code = orient ? orient.row(y)[at] : 0, direction = (code & 127) - 1;
         if (direction >= 0 && direction < 2 * state.positions) {
           corner.polarity = code >= 128 ? -1 : 1;
           corner.angle = static_cast<Zeb32f>(direction * 180) / static_cast<Zeb32f>(state.positions);

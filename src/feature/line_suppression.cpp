@@ -3,20 +3,13 @@
 #include "core/entry.h"
 #include "core/scratch.h"
 #include "core/shuffle.h"
+#include "feature/circles.h"
 #include "filter/border.h"
 #include "zebcv/fastn.h"
 
 namespace zeb {
 
 namespace {
-
-struct Offset {
-  signed char x, y;
-};
-// Around the pixel, clockwise from the right.
-constexpr Offset nearRing[8] = {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
-constexpr Offset farRing[16] = {{2, 0},  {2, 1},   {2, 2},   {1, 2},   {0, 2},  {-1, 2}, {-2, 2}, {-2, 1},
-                                {-2, 0}, {-2, -1}, {-2, -2}, {-1, -2}, {0, -2}, {1, -2}, {2, -2}, {2, -1}};
 
 // One bit for every pattern of strong positions: whether it is that of a line.
 template <int positions>
@@ -74,8 +67,8 @@ void suppressRow(const Zeb8u* const* rows, int n, Zeb8u tolerance, Zeb8u* out) {
     unsigned left = ~topBits(equal(pixels, zero));
     if (left != 0) {
       const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
-      const V8u first = marksOfEight(rows, x, reach == 1 ? nearRing : farRing, reach, least);
-      const V8u second = reach == 1 ? zero : marksOfEight(rows, x, farRing + 8, reach, least);
+      const V8u first = marksOfEight(rows, x, reach == 1 ? circles[0] : squareRing, reach, least);
+      const V8u second = reach == 1 ? zero : marksOfEight(rows, x, squareRing + 8, reach, least);
       left &= ~topBits(equal(first | second, zero));  // what stands alone stays
       alignas(32) Zeb8u values[V8u::lanes], marks[2][V8u::lanes];
       store(values, pixels);
@@ -113,21 +106,14 @@ void suppress(const BorderedImage& source, Rows<Zeb8u> dst, ZebiSize size, Zeb8u
   }
 }
 
-ZebStatus takesMask(int mask) {
-  return require(mask == zebMskSize3x3 || mask == zebMskSize5x5, zebStsErrMaskSize);
-}
 int reachOf(int mask) {
   return mask == zebMskSize3x3 ? 1 : 2;
-}
-// The low three bits tell the rule.
-ZebiBorderType ruleOf(ZebiBorderType border) {
-  return border & (7 | zebBorderInMemTop | zebBorderInMemBottom | zebBorderInMemLeft | zebBorderInMemRight);
 }
 
 }  // namespace
 
 ZEB_ENTRY(zebiLineSuppressionGetBufferSize_8u_C1R)(ZebiSize roiSize, int mask, int* pBufferSize) {
-  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize), takesMask(mask))) return bad;
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize), isMaskSize(mask))) return bad;
   return reportSize(bufferBytes(roiSize.width, reachOf(mask)), pBufferSize);
 }
 
@@ -135,14 +121,12 @@ ZEB_ENTRY(zebiLineSuppression_8u_C1R)
 (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, int mask, Zeb8u tolerance,
  ZebiBorderType borderType, Zeb8u borderValue, Zeb8u* pBuffer) {
   const auto dst = image(pDst, dstStep);
-  const int rule = borderType & 7;
-  if (auto bad = firstFailure(
-          checked(roiSize, image(pSrc, srcStep), dst, also(pBuffer)), takesMask(mask),
-          require(rule == zebBorderConst || rule == zebBorderRepl || rule == zebBorderInMem, zebStsErrBorder)))
+  if (auto bad = firstFailure(checked(roiSize, image(pSrc, srcStep), dst, also(pBuffer)), isMaskSize(mask),
+                              takesBorder(borderBase(ofThreeBits(borderType)))))
     return bad;
   int bytes = 0;
   if (auto bad = reportSize(bufferBytes(roiSize.width, reachOf(mask)), &bytes)) return bad;
-  const BorderedImage source(pSrc, srcStep, roiSize, 1, ruleOf(borderType), &borderValue);
+  const BorderedImage source(pSrc, srcStep, roiSize, 1, ofThreeBits(borderType), &borderValue);
   const Scratch scratch(pBuffer, bytes);
   if (mask == zebMskSize3x3) {
     suppress<1>(source, dst.rows(), roiSize, tolerance, scratch);

@@ -148,7 +148,7 @@ ZebStatus peaksOf(const T* pSrc, int srcStep, ZebiSize roi, T threshold, ZebiPoi
   if (auto bad = firstFailure(
           present(pSrc, pPeak, pPeakCount, pBuffer), hasArea(roi), atLeastOne(maxPeakCount), atLeastOne(border),
           require(int64_t{2} * border <= roi.width && int64_t{2} * border <= roi.height, zebStsErrSize),
-          checked(roi, src), require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
+          checked(roi, src), isNeighbourhood(norm, zebStsErrBadArgument),
           require(bufferSize(roi.width) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const auto find = norm == zebiNormInf ? findPeaks<8, T> : findPeaks<4, T>;

@@ -24,6 +24,19 @@ constexpr bool isBorderType(ZebiBorderType type) {
   return known && ((type & ~borderBaseMask) == 0 || (type & borderSideFlags) != 0);
 }
 
+// What filters take: a constant, the edge repeated, or what is in memory, told by the bits of a border type that a
+// family looks at. withoutSides(): all but the side flags. ofThreeBits(): the type with the base rule that its low
+// three bits tell.
+constexpr ZebStatus takesBorder(int base, ZebStatus otherwise = zebStsErrBorder) {
+  return base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem ? zebStsOk : otherwise;
+}
+constexpr int withoutSides(ZebiBorderType type) {
+  return type & ~borderSideFlags;
+}
+constexpr ZebiBorderType ofThreeBits(ZebiBorderType type) {
+  return type & ~8;
+}
+
 // The base rule of one side: in memory where the side's flag is set.
 constexpr int borderOnSide(ZebiBorderType type, int sideFlag) {
   return type & sideFlag ? static_cast<int>(zebBorderInMem) : borderBase(type);

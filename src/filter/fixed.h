@@ -92,6 +92,13 @@ enum class Operator { sobel3, sobel5, scharr, prewitt };
 constexpr int reachOf(Operator op) {
   return op == Operator::sobel5 ? 2 : 1;
 }
+// Of a mask that is one.
+constexpr Operator sobelOf(int mask) {
+  return mask == zebMskSize3x3 ? Operator::sobel3 : Operator::sobel5;
+}
+constexpr Operator operatorOf(int filterType, int mask) {
+  return filterType == zebFilterScharr ? Operator::scharr : sobelOf(mask);
+}
 enum class Order { smooth, first, second };
 
 // Second orders are those of the Sobel operators.

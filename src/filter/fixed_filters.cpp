@@ -11,10 +11,7 @@ using namespace zeb;
 // ---- Scratch ----
 
 constexpr int reachOf(int mask) {
-  return mask == zebMskSize3x3 ? 1 : 2;
-}
-constexpr bool isMask(int mask) {
-  return mask == zebMskSize3x3 || mask == zebMskSize5x5;
+  return zeb::reachOf(sobelOf(mask));
 }
 
 int64_t bytesOfWords(int width, int reach) {
@@ -37,7 +34,7 @@ int64_t bytesOfMeans(int width, int reach) {
 using BufferBytes = int64_t (*)(int width, int reach);
 
 ZebStatus bufferSize(ZebiSize roi, int mask, int* pBufferSize, BufferBytes bytes) {
-  if (auto bad = firstFailure(present(pBufferSize), hasArea(roi), require(isMask(mask), zebStsErrMaskSize))) return bad;
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roi), isMaskSize(mask))) return bad;
   return reportSize(bytes(roi.width, reachOf(mask)), pBufferSize);
 }
 
@@ -73,7 +70,7 @@ void derive(const Job<Zeb32f, Zeb32f>& job, Operator op, Order x, Order y) {
 
 template <Order x, Order y, class T, class D>
 void sobel(const Job<T, D>& job, int mask) {
-  derive(job, mask == zebMskSize3x3 ? Operator::sobel3 : Operator::sobel5, x, y);
+  derive(job, sobelOf(mask), x, y);
 }
 template <Order x, Order y, class T, class D>
 void scharr(const Job<T, D>& job, int) {
@@ -145,10 +142,8 @@ __attribute__((noinline)) ZebStatus filtered(const T* pSrc, int srcStep, D* pDst
                                              typename Job<T, D>::Filter filter) {
   const auto src = image(pSrc, srcStep);
   const auto dst = image(pDst, dstStep);
-  const int base = border & ~borderSideFlags;
-  if (auto bad = firstFailure(
-          checked(roi, src, dst, also(pBuffer)), require(isMask(mask), zebStsErrMaskSize),
-          require(base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem, zebStsErrBorder)))
+  if (auto bad =
+          firstFailure(checked(roi, src, dst, also(pBuffer)), isMaskSize(mask), takesBorder(withoutSides(border))))
     return bad;
   const int64_t size = bytes(roi.width, reachOf(mask));
   if (size > INT32_MAX) return zebStsErrOverflow;

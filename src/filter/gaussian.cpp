@@ -233,13 +233,11 @@ ZebStatus gaussian(const S* pSrc, int srcStep, S* pDst, int dstStep, ZebiSize ro
                    const S* value, const State* pSpec, Zeb8u* pBuffer, int dataType) {
   const auto src = image<channels>(pSrc, srcStep);
   const auto dst = image<channels>(pDst, dstStep);
-  const int base = border & ~borderSideFlags;
-  if (auto bad = firstFailure(
-          present(pSrc, pDst, pSpec, pBuffer),
-          require(value != nullptr || borderBase(border) != zebBorderConst, zebStsErrNullPointer),
-          require(src.holdsRow(roi.width) && dst.holdsRow(roi.width), zebStsErrStep),
-          require(src.holdsWholeElements() && dst.holdsWholeElements(), zebStsErrNotEvenStep), hasArea(roi),
-          require(base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem, zebStsErrBorder)))
+  if (auto bad = firstFailure(present(pSrc, pDst, pSpec, pBuffer),
+                              require(value != nullptr || borderBase(border) != zebBorderConst, zebStsErrNullPointer),
+                              require(src.holdsRow(roi.width) && dst.holdsRow(roi.width), zebStsErrStep),
+                              require(src.holdsWholeElements() && dst.holdsWholeElements(), zebStsErrNotEvenStep),
+                              hasArea(roi), takesBorder(withoutSides(border))))
     return bad;
   State state;
   memcpy(&state, pSpec, sizeof(state));

@@ -10,9 +10,12 @@ ZebStatus takesRectangle(ZebiSize rect) {
   return require(rect.width >= 1 && rect.height >= 1, zebStsErrMaskSize);
 }
 
-template <class Op, int channels, class T = typename Op::Type>
-ZebStatus rankFilter(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiSize rect, ZebiPoint anchor,
-                     Zeb8u* pBuffer) {
+template <class T>
+using Region = void (*)(const BorderedImage&, Window, int, const RowOutput<T>&, Scratch);
+
+template <int channels, class T>
+__attribute__((noinline)) ZebStatus rankFilter(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi,
+                                               ZebiSize rect, ZebiPoint anchor, Zeb8u* pBuffer, Region<T> region) {
   constexpr int px = channels * static_cast<int>(sizeof(T));
   const bool inside = anchor.x >= 0 && anchor.x < rect.width && anchor.y >= 0 && anchor.y < rect.height;
   int bytes = 0;
@@ -21,8 +24,8 @@ ZebStatus rankFilter(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize 
                        takesRectangle(rect), require(inside, zebStsErrAnchor)))
     return bad;
   if (auto bad = reportSize(rankBufferSize(roi.width, px, rect), &bytes)) return bad;
-  rankRegion<Op>(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
-                 RowOutput<T>(Rows<T>(pDst, dstStep), 0, roi.height), Scratch(pBuffer, bytes));
+  region(BorderedImage(pSrc, srcStep, roi, px), windowOf(rect, anchor), channels,
+         RowOutput<T>(Rows<T>(pDst, dstStep), 0, roi.height), Scratch(pBuffer, bytes));
   return zebStsOk;
 }
 
@@ -33,14 +36,14 @@ ZebStatus rankFilterSize(int roiWidth, int pixelBytes, ZebiSize rect, int* pBuff
 
 }  // namespace
 
-#define RANK_FILTER(filter, query, Op, T, channels)                                                         \
-  ZEB_ENTRY(filter)                                                                                         \
-  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiSize maskSize, ZebiPoint anchor, \
-   Zeb8u* pBuffer) {                                                                                        \
-    return rankFilter<Op<T>, channels>(pSrc, srcStep, pDst, dstStep, roiSize, maskSize, anchor, pBuffer);   \
-  }                                                                                                         \
-  ZEB_ENTRY(query)(int roiWidth, ZebiSize maskSize, int* pBufferSize) {                                     \
-    return rankFilterSize(roiWidth, channels * static_cast<int>(sizeof(T)), maskSize, pBufferSize);         \
+#define RANK_FILTER(filter, query, Op, T, channels)                                                                   \
+  ZEB_ENTRY(filter)                                                                                                   \
+  (const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roiSize, ZebiSize maskSize, ZebiPoint anchor,           \
+   Zeb8u* pBuffer) {                                                                                                  \
+    return rankFilter<channels>(pSrc, srcStep, pDst, dstStep, roiSize, maskSize, anchor, pBuffer, rankRegion<Op<T>>); \
+  }                                                                                                                   \
+  ZEB_ENTRY(query)(int roiWidth, ZebiSize maskSize, int* pBufferSize) {                                               \
+    return rankFilterSize(roiWidth, channels * static_cast<int>(sizeof(T)), maskSize, pBufferSize);                   \
   }
 
 RANK_FILTER(zebiFilterMinBorderReplicate_8u_C1R, zebiFilterMinGetBufferSize_8u_C1R, Lowest, Zeb8u, 1)

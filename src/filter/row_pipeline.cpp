@@ -249,11 +249,9 @@ ZebStatus runnable(const Image<const S, channels>& src, D** ppDst, ZebiSize roi,
           firstFailure(present(src.pixels, ppDst, pKernel, pBuffer),
                        require(pBorderValue || borderType != zebBorderConst, zebStsErrNullPointer), hasArea(roi)))
     return bad;
-  return firstFailure(
-      rowsPresent(ppDst, roi.height), atLeastOne(kernelSize),
-      require(xAnchor >= 0 && xAnchor < kernelSize, zebStsErrAnchor), checked(roi, src),
-      require(borderType == zebBorderConst || borderType == zebBorderRepl || borderType == zebBorderInMem,
-              zebStsErrBadArgument));
+  return firstFailure(rowsPresent(ppDst, roi.height), atLeastOne(kernelSize),
+                      require(xAnchor >= 0 && xAnchor < kernelSize, zebStsErrAnchor), checked(roi, src),
+                      takesBorder(borderType, zebStsErrBadArgument));
 }
 
 // No kernel has a divisor of 0, nor one of unsigned elements a negative one.

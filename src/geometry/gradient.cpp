@@ -9,10 +9,6 @@ namespace {
 
 using namespace zeb;
 
-constexpr bool isMask(int mask) {
-  return mask == zebMskSize3x3 || mask == zebMskSize5x5;
-}
-
 // The derivatives of a row in all channels where there are three, and those of the pixels.
 template <class T>
 int64_t bufferBytes(Operator op, int width, int channels) {
@@ -24,23 +20,10 @@ int64_t bufferBytes(Operator op, int width, int channels) {
   }
 }
 
-// An image that need not be there; its step counts where it is.
-template <class T>
-struct Wanted {
-  Image<T> image;
-
-  bool isPresent() const { return true; }
-  bool holdsRow(int width) const { return !*this || image.holdsRow(width); }
-  bool holdsWholeElements() const { return !*this || image.holdsWholeElements(); }
-
-  explicit operator bool() const { return image.pixels != nullptr; }
-  T* row(int y) const { return image.rows()[y]; }
-};
-
 template <class D>
 struct Outputs {
-  Wanted<D> gx, gy, magnitude;
-  Wanted<Zeb32f> angle;
+  Optional<D, 1> gx, gy, magnitude;
+  Optional<Zeb32f, 1> angle;
 
   bool any() const { return gx || gy || magnitude || angle; }
   bool beyondDerivatives() const { return magnitude || angle; }
@@ -80,16 +63,15 @@ void formVectors(const BorderedImage& source, const Outputs<D>& out, Kind kind, 
 template <int channels, class T, class D>
 ZebStatus vectors(const T* pSrc, int srcStep, const Outputs<D>& out, ZebiSize roi, bool sobel, Kind kind, int mask,
                   ZebiBorderType border, const T* value, Zeb8u* pBuffer) {
-  const int base = border & ~borderSideFlags;
   const bool valued = borderBase(border) != zebBorderConst || value != nullptr;
   if (auto bad = firstFailure(
           require(out.any() && valued, zebStsErrNullPointer),
           checked(roi, image<channels>(pSrc, srcStep), out.gx, out.gy, out.magnitude, out.angle, also(pBuffer)),
-          require(mask == zebMskSize3x3 || (mask == zebMskSize5x5 && sobel), zebStsErrMaskSize),
+          isMaskSize(mask), require(sobel || mask == zebMskSize3x3, zebStsErrMaskSize),
           require(kind.norm == zebNormInf || kind.norm == zebNormL1 || kind.norm == zebNormL2, zebStsErrNorm),
-          require(base == zebBorderConst || base == zebBorderRepl || base == zebBorderInMem, zebStsErrBorder)))
+          takesBorder(withoutSides(border))))
     return bad;
-  if (sobel) kind.op = mask == zebMskSize3x3 ? Operator::sobel3 : Operator::sobel5;
+  if (sobel) kind.op = sobelOf(mask);
   if (bufferBytes<T>(kind.op, roi.width, channels) > INT32_MAX) return zebStsErrOverflow;
   formVectors<channels, T>(BorderedImage(pSrc, srcStep, roi, channels * static_cast<int>(sizeof(T)), border, value),
                            out, kind, pBuffer);
@@ -100,12 +82,12 @@ ZebStatus vectors(const T* pSrc, int srcStep, const Outputs<D>& out, ZebiSize ro
 
 ZEB_ENTRY(zebiGradientVectorGetBufferSize)
 (ZebiSize roiSize, int maskSize, ZebDataType dataType, int numChannels, int* pBufferSize) {
-  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize), require(isMask(maskSize), zebStsErrMaskSize),
+  if (auto bad = firstFailure(present(pBufferSize), hasArea(roiSize), isMaskSize(maskSize),
                               require(dataType == zeb8u || dataType == zeb32f, zebStsErrDataType),
                               require(numChannels == 1 || numChannels == 3, zebStsErrNumChannels),
                               require(numChannels == 1 || dataType == zeb8u, zebStsErrChannelCount)))
     return bad;
-  const Operator op = maskSize == zebMskSize3x3 ? Operator::sobel3 : Operator::sobel5;
+  const Operator op = sobelOf(maskSize);
   return reportSize(dataType == zeb8u ? bufferBytes<Zeb8u>(op, roiSize.width, numChannels)
                                       : bufferBytes<Zeb32f>(op, roiSize.width, 1),
                     pBufferSize);

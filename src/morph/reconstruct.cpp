@@ -414,8 +414,7 @@ ZebStatus reconstruction(const T* pSrc, int srcStep, T* pSrcDst, int srcDstStep,
                          ZebiNorm norm) {
   if (auto bad = firstFailure(
           checked(roi, image(pSrc, srcStep).ofAnyStep(), image(pSrcDst, srcDstStep).ofAnyStep(), also(pBuf)),
-          require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrBadArgument),
-          require(bufferSize<T>(roi) <= INT32_MAX, zebStsErrOverflow)))
+          isNeighbourhood(norm, zebStsErrBadArgument), require(bufferSize<T>(roi) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   Scratch scratch(pBuf, bufferSize<T>(roi));
   Zeb8u* flags = scratch.take<Zeb8u>(roi.height, 1);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/checks.h"
+#include "core/entry.h"
 #include "core/memory.h"
 #include "core/narrow.h"
 #include "zebcv/background.h"
@@ -58,6 +59,19 @@ inline ZebStatus fits(const State* state, uint32_t id, ZebiSize size) {
   return require(same, zebStsErrSize);
 }
 
+template <int channels, class State>
+inline ZebStatus takesFrame(Image<const Zeb8u, channels> src, Image<Zeb8u> dst, ZebiSize roi, const State* state,
+                            uint32_t id) {
+  if (auto bad = checked(roi, src, dst, also(state))) return bad;
+  return fits(state, id, roi);
+}
+template <int channels, class State>
+inline ZebStatus takesLesson(Image<const Zeb8u, channels> src, Optional<const Zeb8u, 1> mask, ZebiSize roi,
+                             const State* state, uint32_t id) {
+  if (auto bad = checked(roi, src, mask, also(state))) return bad;
+  return fits(state, id, roi);
+}
+
 // One more frame is learned; how many there were, this one and the first included.
 inline int countFrame(SceneHead& head) {
   if (head.frames < mostFrames) ++head.frames;
@@ -100,5 +114,23 @@ inline ZebStatus releaseScene(State* state, uint32_t id) {
   releaseState(state, state->head.id);
   return zebStsOk;
 }
+
+// The functions of a model whose file has start, foreground, update and id for each channel count.
+#define SCENE_MODEL(initAlloc, foregroundOf, updateOf, freeOf, State, Param, channels)                          \
+  ZEB_ENTRY(initAlloc)                                                                                          \
+  (State * *ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roiSize, const Param* pParam) {                   \
+    return start<channels>(ppState, image<channels>(pSrc, srcStep), roiSize, pParam);                           \
+  }                                                                                                             \
+  ZEB_ENTRY(foregroundOf)                                                                                       \
+  (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, const State* pState) {           \
+    return foreground<channels>(image<channels>(pSrc, srcStep), image(pDst, dstStep), roiSize, pState);         \
+  }                                                                                                             \
+  ZEB_ENTRY(updateOf)                                                                                           \
+  (const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, State* pState) {         \
+    return update<channels>(image<channels>(pSrc, srcStep), optional(image(pMask, maskStep)), roiSize, pState); \
+  }                                                                                                             \
+  ZEB_ENTRY(freeOf)(State * pState) {                                                                           \
+    return releaseScene(pState, id<channels>);                                                                  \
+  }
 
 }  // namespace zeb

@@ -1,6 +1,5 @@
 // The Gaussian model of a scene: a mean and a variance for every channel of every pixel.
 // After: C. Wren, A. Azarbayejani, T. Darrell, A. Pentland, "Pfinder: real-time tracking of the human body", 1997.
-#include "core/entry.h"
 #include "core/loops.h"
 #include "motion/eight_pixels.h"
 #include "motion/scene.h"
@@ -79,8 +78,7 @@ ptrdiff_t rowOf(ZebiSize roi) {
 }
 
 template <int channels>
-ZebStatus start(State** ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roi, const ZebiFGGaussianParam* p) {
-  const auto src = image<channels>(pSrc, srcStep);
+ZebStatus start(State** ppState, Image<const Zeb8u, channels> src, ZebiSize roi, const ZebiFGGaussianParam* p) {
   if (auto bad = checked(roi, src, also(p, ppState))) return bad;
   const auto parameters =
       firstFailure(aboveZero(p->learningRate, 0.5f), within(p->threshold, 0.125f, 64),
@@ -103,8 +101,7 @@ ZebStatus start(State** ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roi, c
 
 template <int channels>
 ZebStatus foreground(Image<const Zeb8u, channels> src, Image<Zeb8u> dst, ZebiSize roi, const State* state) {
-  if (auto bad = checked(roi, src, dst, also(state))) return bad;
-  if (auto bad = fits(state, id<channels>, roi)) return bad;
+  if (auto bad = takesFrame(src, dst, roi, state, id<channels>)) return bad;
   const auto* body = bodyOf<EightElements>(state);
   const V32f threshold = splat(state->squaredThreshold);
   for (int y = 0; y < roi.height; ++y, body += rowOf<channels>(roi))
@@ -113,16 +110,14 @@ ZebStatus foreground(Image<const Zeb8u, channels> src, Image<Zeb8u> dst, ZebiSiz
 }
 
 template <int channels>
-ZebStatus update(Image<const Zeb8u, channels> src, Image<const Zeb8u> mask, ZebiSize roi, State* state) {
-  if (auto bad = checked(roi, src, also(state))) return bad;
-  if (auto bad = require(!mask.isPresent() || mask.holdsRow(roi.width), zebStsErrStep)) return bad;
-  if (auto bad = fits(state, id<channels>, roi)) return bad;
+ZebStatus update(Image<const Zeb8u, channels> src, Optional<const Zeb8u, 1> mask, ZebiSize roi, State* state) {
+  if (auto bad = takesLesson(src, mask, roi, state, id<channels>)) return bad;
   const Zeb32f rate = learningRateNow(state->head, state->learningRate), least = state->minVariance;
   auto* body = bodyOf<EightElements>(state);
   for (int y = 0; y < roi.height; ++y, body += rowOf<channels>(roi)) {
     const Zeb8u* const row = src.rows()[y];
-    if (mask.isPresent()) {
-      updateRow<channels, true>(rate, least, row, mask.rows()[y], roi.width, body);
+    if (mask) {
+      updateRow<channels, true>(rate, least, row, mask.row(y), roi.width, body);
     } else {
       updateRow<channels, false>(rate, least, row, nullptr, roi.width, body);
     }
@@ -132,27 +127,9 @@ ZebStatus update(Image<const Zeb8u, channels> src, Image<const Zeb8u> mask, Zebi
 
 }  // namespace
 
-#define GAUSSIAN(initAlloc, foregroundOf, updateOf, freeOf, channels)                                                 \
-  ZEB_ENTRY(initAlloc)                                                                                                \
-  (ZebiFGGaussianState * *ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roiSize,                                  \
-   const ZebiFGGaussianParam* pParam) {                                                                               \
-    return start<channels>(ppState, pSrc, srcStep, roiSize, pParam);                                                  \
-  }                                                                                                                   \
-  ZEB_ENTRY(foregroundOf)                                                                                             \
-  (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, const ZebiFGGaussianState* pState) {   \
-    return foreground<channels>(image<channels>(pSrc, srcStep), image(pDst, dstStep), roiSize, pState);               \
-  }                                                                                                                   \
-  ZEB_ENTRY(updateOf)                                                                                                 \
-  (const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, ZebiFGGaussianState* pState) { \
-    return update<channels>(image<channels>(pSrc, srcStep), image(pMask, maskStep), roiSize, pState);                 \
-  }                                                                                                                   \
-  ZEB_ENTRY(freeOf)(ZebiFGGaussianState * pState) {                                                                   \
-    return releaseScene(pState, id<channels>);                                                                        \
-  }
-
-GAUSSIAN(zebiFGGaussianInitAlloc_8u_C1R, zebiFGGaussianForeground_8u_C1R, zebiFGGaussianUpdate_8u_C1R,
-         zebiFGGaussianFree_8u_C1R, 1)
-GAUSSIAN(zebiFGGaussianInitAlloc_8u_C3R, zebiFGGaussianForeground_8u_C3R, zebiFGGaussianUpdate_8u_C3R,
-         zebiFGGaussianFree_8u_C3R, 3)
+SCENE_MODEL(zebiFGGaussianInitAlloc_8u_C1R, zebiFGGaussianForeground_8u_C1R, zebiFGGaussianUpdate_8u_C1R,
+            zebiFGGaussianFree_8u_C1R, ZebiFGGaussianState, ZebiFGGaussianParam, 1)
+SCENE_MODEL(zebiFGGaussianInitAlloc_8u_C3R, zebiFGGaussianForeground_8u_C3R, zebiFGGaussianUpdate_8u_C3R,
+            zebiFGGaussianFree_8u_C3R, ZebiFGGaussianState, ZebiFGGaussianParam, 3)
 
 }  // namespace zeb

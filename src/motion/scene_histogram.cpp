@@ -1,7 +1,6 @@
 // The histogram model of a scene: for every pixel eight entries of a quantised colour and its weight, all in integers.
 // After: A. Godbehere, A. Matsukawa, K. Goldberg, "Visual tracking of human visitors under variable-lighting conditions
 // for a responsive audio art installation", 2012.
-#include "core/entry.h"
 #include "core/loops.h"
 #include "motion/eight_pixels.h"
 #include "motion/scene.h"
@@ -156,8 +155,7 @@ template <int channels>
 constexpr uint32_t id = sceneId('H', channels);
 
 template <int channels>
-ZebStatus start(State** ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roi, const ZebiFGHistogramParam* p) {
-  const auto src = image<channels>(pSrc, srcStep);
+ZebStatus start(State** ppState, Image<const Zeb8u, channels> src, ZebiSize roi, const ZebiFGHistogramParam* p) {
   if (auto bad = checked(roi, src, also(p, ppState))) return bad;
   const auto parameters =
       firstFailure(within(p->levelBits, 1, channels == 1 ? 8 : 5), within(p->reach, 0, 3),
@@ -174,8 +172,7 @@ ZebStatus start(State** ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roi, c
 
 template <int channels>
 ZebStatus foreground(Image<const Zeb8u, channels> src, Image<Zeb8u> dst, ZebiSize roi, const State* state) {
-  if (auto bad = checked(roi, src, dst, also(state))) return bad;
-  if (auto bad = fits(state, id<channels>, roi)) return bad;
+  if (auto bad = takesFrame(src, dst, roi, state, id<channels>)) return bad;
   const Levels<channels> levels(*state);
   const auto* body = bodyOf<Entries>(state);
   const Words threshold = Words::all(static_cast<unsigned>(state->threshold));
@@ -185,42 +182,22 @@ ZebStatus foreground(Image<const Zeb8u, channels> src, Image<Zeb8u> dst, ZebiSiz
 }
 
 template <int channels>
-ZebStatus update(Image<const Zeb8u, channels> src, Image<const Zeb8u> mask, ZebiSize roi, State* state) {
-  if (auto bad = checked(roi, src, also(state))) return bad;
-  if (auto bad = require(!mask.isPresent() || mask.holdsRow(roi.width), zebStsErrStep)) return bad;
-  if (auto bad = fits(state, id<channels>, roi)) return bad;
+ZebStatus update(Image<const Zeb8u, channels> src, Optional<const Zeb8u, 1> mask, ZebiSize roi, State* state) {
+  if (auto bad = takesLesson(src, mask, roi, state, id<channels>)) return bad;
   const int average = one / countFrame(state->head);
   const int rate = average > state->rate ? average : state->rate;
   const Levels<channels> levels(*state);
   auto* body = bodyOf<Entries>(state);
   for (int y = 0; y < roi.height; ++y, body += roi.width)
-    updateRow(levels, rate, src.rows()[y], mask.isPresent() ? mask.rows()[y] : nullptr, roi.width, body);
+    updateRow(levels, rate, src.rows()[y], mask.row(y), roi.width, body);
   return zebStsOk;
 }
 
 }  // namespace
 
-#define HISTOGRAM(initAlloc, foregroundOf, updateOf, freeOf, channels)                                                 \
-  ZEB_ENTRY(initAlloc)                                                                                                 \
-  (ZebiFGHistogramState * *ppState, const Zeb8u* pSrc, int srcStep, ZebiSize roiSize,                                  \
-   const ZebiFGHistogramParam* pParam) {                                                                               \
-    return start<channels>(ppState, pSrc, srcStep, roiSize, pParam);                                                   \
-  }                                                                                                                    \
-  ZEB_ENTRY(foregroundOf)                                                                                              \
-  (const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize, const ZebiFGHistogramState* pState) {   \
-    return foreground<channels>(image<channels>(pSrc, srcStep), image(pDst, dstStep), roiSize, pState);                \
-  }                                                                                                                    \
-  ZEB_ENTRY(updateOf)                                                                                                  \
-  (const Zeb8u* pSrc, int srcStep, const Zeb8u* pMask, int maskStep, ZebiSize roiSize, ZebiFGHistogramState* pState) { \
-    return update<channels>(image<channels>(pSrc, srcStep), image(pMask, maskStep), roiSize, pState);                  \
-  }                                                                                                                    \
-  ZEB_ENTRY(freeOf)(ZebiFGHistogramState * pState) {                                                                   \
-    return releaseScene(pState, id<channels>);                                                                         \
-  }
-
-HISTOGRAM(zebiFGHistogramInitAlloc_8u_C1R, zebiFGHistogramForeground_8u_C1R, zebiFGHistogramUpdate_8u_C1R,
-          zebiFGHistogramFree_8u_C1R, 1)
-HISTOGRAM(zebiFGHistogramInitAlloc_8u_C3R, zebiFGHistogramForeground_8u_C3R, zebiFGHistogramUpdate_8u_C3R,
-          zebiFGHistogramFree_8u_C3R, 3)
+SCENE_MODEL(zebiFGHistogramInitAlloc_8u_C1R, zebiFGHistogramForeground_8u_C1R, zebiFGHistogramUpdate_8u_C1R,
+            zebiFGHistogramFree_8u_C1R, ZebiFGHistogramState, ZebiFGHistogramParam, 1)
+SCENE_MODEL(zebiFGHistogramInitAlloc_8u_C3R, zebiFGHistogramForeground_8u_C3R, zebiFGHistogramUpdate_8u_C3R,
+            zebiFGHistogramFree_8u_C3R, ZebiFGHistogramState, ZebiFGHistogramParam, 3)
 
 }  // namespace zeb

@@ -56,8 +56,7 @@ void markRow(T* row, const T* below, int width, T value) {
 template <class T>
 ZebStatus boundSegments(T* pMarker, int markerStep, ZebiSize roi, T val, ZebiNorm norm) {
   const auto marker = image(pMarker, markerStep);
-  if (auto bad = firstFailure(checked(roi, marker), require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrNorm)))
-    return bad;
+  if (auto bad = firstFailure(checked(roi, marker), isNeighbourhood(norm))) return bad;
   const Rows<T> rows = marker.rows();
   const auto kernel = norm == zebiNormInf ? markRow<Reach::around, T> : markRow<Reach::below, T>;
   for (int y = 0; y + 1 < roi.height; ++y) kernel(rows[y], rows[y + 1], roi.width, val);

@@ -77,8 +77,7 @@ class OneLabel {
 
 // The checks that follow those of the images.
 inline ZebStatus floodChecks(ZebiNorm norm, int flag, int64_t bytes) {
-  return firstFailure(require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrNorm),
-                      require(flag == 0 || flag == zebSegmentBoundary, zebStsErrBadArgument),
+  return firstFailure(isNeighbourhood(norm), require(flag == 0 || flag == zebSegmentBoundary, zebStsErrBadArgument),
                       require(bytes <= INT32_MAX, zebStsErrOverflow));
 }
 

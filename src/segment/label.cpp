@@ -115,8 +115,7 @@ ZebStatus labelMarkers(T* pMarker, int markerStep, ZebiSize roi, int minLabel, i
   const int64_t bytes = bufferBytes(roi);
   if (auto bad = firstFailure(checked(roi, marker, also(pNumber, pBuffer)),
                               require(minLabel >= 1 && maxLabel <= largest, zebStsErrOutOfRange),
-                              require(minLabel <= maxLabel, zebStsErrRange),
-                              require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrNorm),
+                              require(minLabel <= maxLabel, zebStsErrRange), isNeighbourhood(norm),
                               require(bytes <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const Rows<T> rows = marker.rows();

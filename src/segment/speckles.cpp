@@ -172,8 +172,7 @@ template <class T, class D>
 ZebStatus speckleChecks(T* pSrcDst, int srcDstStep, ZebiSize roi, int maxSize, D maxDiff, ZebiNorm norm,
                         const Zeb8u* pBuffer) {
   return firstFailure(checked(roi, image(pSrcDst, srcDstStep), also(pBuffer)), atLeastOne(maxSize),
-                      require(maxDiff >= 0, zebStsErrBadArgument),
-                      require(norm == zebiNormInf || norm == zebiNormL1, zebStsErrNorm),
+                      require(maxDiff >= 0, zebStsErrBadArgument), isNeighbourhood(norm),
                       require(bufferBytes(roi) <= INT32_MAX, zebStsErrOverflow));
 }
 
