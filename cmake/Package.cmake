@@ -16,7 +16,7 @@ set(runtime_package libzebcv${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 # The newest symbol version of libc and libm that the libraries use; tools/check_package.sh compares.
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.2)")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.29)")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "Shared libraries. Plain C functions that work on the rows of the caller's images; needs AVX2 and FMA.")
