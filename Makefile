@@ -32,7 +32,7 @@ docs: build/release/CMakeCache.txt
 
 test: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS)
-	@ctest --test-dir build/release -j$(JOBS) --output-on-failure
+	@tools/run_tests.sh build/release -j$(JOBS)
 
 bench: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv_bench
@@ -46,7 +46,7 @@ endif
 
 clang debug clang-debug sanitize: %: build/%/CMakeCache.txt
 	@cmake --build build/$@ -j$(JOBS)
-	@ctest --test-dir build/$@ -j$(JOBS) --output-on-failure
+	@tools/run_tests.sh build/$@ -j$(JOBS)
 
 # One target after the other; what it finds is left in build/fuzz as crash-*.
 FUZZ_GROUPS = $(notdir $(wildcard fuzz/corpus/*))
@@ -59,7 +59,10 @@ fuzz: build/fuzz/CMakeCache.txt
 	done
 
 install: all
-	@DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX)
+	@DESTDIR='$(DESTDIR)' cmake --install build/release --prefix '$(PREFIX)' > build/install.log || { cat build/install.log; exit 1; }
+ifeq ($(DESTDIR),)
+	@tools/finish_install.sh '$(PREFIX)'
+endif
 
 package: build/package/CMakeCache.txt
 	@cmake --build build/package -j$(JOBS)

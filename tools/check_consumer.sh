@@ -23,7 +23,7 @@ run() { # PROGRAM EXPECTED
 grown="9 9 9 9 9 9 9 9 9 zebCV AVX2 (q7)"
 
 export PKG_CONFIG_LIBDIR="$libraries/pkgconfig"
-flags=$(pkg-config --cflags --libs "zebcv >= 1.0")
+flags=$(pkg-config --cflags --libs "zebcv >= 1.1")
 # shellcheck disable=SC2086
 gcc -m32 -std=c99 -Wall -Werror "$root/examples/first.c" $flags $linker -o "$work/c"
 # shellcheck disable=SC2086

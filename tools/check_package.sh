@@ -10,7 +10,8 @@ field() { dpkg-deb -f "$1" "$2"; }
 
 version=$(sed -n 's/^project(zebcv VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
 major=${version%%.*}
-runtime=$packages/libzebcv${major}_${version}_i386.deb
+name=libzebcvq7-$major
+runtime=$packages/${name}_${version}_i386.deb
 development=$packages/libzebcv-dev_${version}_i386.deb
 for package in "$runtime" "$development"; do
   [ -f "$package" ] || fail "no package $package"
@@ -18,12 +19,12 @@ for package in "$runtime" "$development"; do
   [ "$(field "$package" Version)" = "$version" ] || fail "$package has another version"
   dpkg-deb -x "$package" "$work/$(basename "$package" .deb)"
   dpkg-deb --fsys-tarfile "$package" | tar -tv | grep -v ' root/root ' && fail "$package has files that are not root's"
-  dpkg-deb --fsys-tarfile "$package" | tar -t | grep -vE '^\./(usr/((lib|include)/.*)?)?$' && fail "$package has stray files"
+  dpkg-deb --fsys-tarfile "$package" | tar -t | grep -vE '^\./(usr/((lib|include)/.*|share/(doc/([^/]*/(changelog\.gz)?)?)?)?)?$' && fail "$package has stray files"
 done
-[ "$(field "$development" Depends)" = "libzebcv$major (= $version)" ] || fail "libzebcv-dev needs its own library only"
+[ "$(field "$development" Depends)" = "$name (= $version)" ] || fail "libzebcv-dev needs its own library only"
 
 # The runtime package: real files and SONAME links, nothing of a developer's. The other one: the rest.
-inside=$work/libzebcv${major}_${version}_i386/usr/lib/i386-linux-gnu
+inside=$work/${name}_${version}_i386/usr/lib/i386-linux-gnu
 listed=$(cd "$inside" && find . ! -type d | LC_ALL=C sort | tr '\n' ' ')
 [ "$listed" = "./libzebcore.so.$major ./libzebcore.so.$version ./libzebcvq7.so.$major ./libzebcvq7.so.$version " ] ||
   fail "the runtime package holds: $listed"
@@ -35,11 +36,19 @@ ctrl=$work/control
 dpkg-deb -e "$runtime" "$ctrl"
 grep -q '^activate-noawait ldconfig$' "$ctrl/triggers" || fail "the linker's cache is not renewed"
 
+for library in libzebcvq7 libzebcore; do
+  grep -qxF "$library $major $name (>= $version)" "$ctrl/shlibs" || fail "the shlibs do not name $library"
+done
+for changelog in "$work"/*/usr/share/doc/*/changelog.gz; do
+  first=$(gzip -dc "$changelog" | head -n 1)
+  [ "$first" = "zebcv ($version) unstable; urgency=medium" ] || fail "the newest entry of $changelog is: $first"
+done
+
 # The stated libc is the oldest that has every symbol version in use.
 used=$(readelf -VW "$inside"/*."$version" | grep -oE 'GLIBC_[0-9.]+' | sed 's/GLIBC_//' | sort -V | tail -n 1)
 [ "$(field "$runtime" Depends)" = "libc6 (>= $used)" ] || fail "depends on $(field "$runtime" Depends), uses libc $used"
 
 mkdir "$work/tree"
-cp -a "$work/libzebcv${major}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/tree/"
+cp -a "$work/${name}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/tree/"
 "$root/tools/check_consumer.sh" "$work/tree/usr" lib/i386-linux-gnu path
 echo "packages work: $(basename "$runtime") $(basename "$development")"
