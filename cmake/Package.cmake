@@ -25,7 +25,7 @@ endforeach()
 file(WRITE ${PROJECT_BINARY_DIR}/shlibs "${shlibs}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/triggers ${PROJECT_BINARY_DIR}/shlibs)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-    "Shared libraries. Plain C functions that work on the rows of the caller's images; needs AVX2 and FMA.")
+    "Shared libraries. Plain C functions that work on the rows of\nthe caller's images; needs AVX2 and FMA.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzebcv-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
