@@ -25,7 +25,7 @@ setup:
 
 demo: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target zebcv tour
-	@build/release/bin/tour $(PHOTO)
+	@build/release/bin/tour $(if $(PHOTO),'$(PHOTO)')
 
 docs: build/release/CMakeCache.txt
 	@cmake --build build/release -j$(JOBS) --target docs

@@ -167,6 +167,12 @@ class Site {
 
   // The picture of a section of the tour whose caption holds these words, with its whole caption.
   std::string figure(const std::string& caption, const std::string& section) {
+    if (section == "hero") {
+      fs::copy_file(fs::path(sources_.tour) / "hero.png", fs::path(sources_.out) / "hero.png",
+                    fs::copy_options::overwrite_existing);
+      return "<figure class=\"hero\"><img src=\"hero.png\" alt=\"" + escaped(caption) + "\"><figcaption>" +
+             escaped(caption) + "</figcaption></figure>\n";
+    }
     const std::string mark = "src=\"" + section + "-";
     for (size_t at = tourPage_.find(mark); at != std::string::npos; at = tourPage_.find(mark, at + 1)) {
       const std::string file = tourPage_.substr(at + 5, tourPage_.find('"', at + 5) - at - 5);
