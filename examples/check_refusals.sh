@@ -39,4 +39,7 @@ if (ulimit -f 16; trap '' XFSZ; "$tour" 'my holiday.png' --out older >printed 2>
 grep -qF 'cannot write older.draft/' said || fail "says of a full disk: $(cat said)"
 [ "$(ls)" = "$(printf '%s\n' dot.png empty.jpg 'my holiday.png' older printed ribbon.png said words.jpg)" ] || fail "left: $(ls)"
 [ "$(ls older) $(cat older/index.html)" = "index.html an older gallery" ] || fail "touched the older gallery"
+# A black picture with a blank in its name is a picture, and an older gallery is replaced by a whole one.
+"$tour" 'my holiday.png' --out older >printed || fail "refuses a black picture"
+[ -s older/hero.png ] && grep -q '<h1>zebCV' older/index.html || fail "did not replace the older gallery"
 "$tour" --help | grep -q '^usage: tour' || fail "--help does not help"
