@@ -21,9 +21,8 @@ struct WeightedSum {
   }
 };
 
-// From s to t at a fraction, and s itself where that is 0. There t may be anything where the samples are those of
-// floats, and must be s where they are integers, which need no selection then: they have no infinity and no zero of
-// another sign.
+// From s to t at a fraction, and s itself where that is 0, where t may be anything. Samples of images of T: integers
+// need no selection, since they have no infinity and no zero of another sign.
 template <class T>
 ZEB_INLINE V32f between(V32f s, V32f t, V32f fraction) {
   const V32f blend = FromFirst()(s, t, fraction);
@@ -35,9 +34,9 @@ ZEB_INLINE V32f between(V32f s, V32f t, V32f fraction) {
 }
 
 // From the pixels of a row to their right neighbours.
-template <class T>
-ZEB_INLINE V32f betweenNeighbours(const T* p, V32f fraction) {
-  return FromFirst()(loadAsFloat(p), loadAsFloat(p + 1), fraction);
+template <class T, class P>
+ZEB_INLINE V32f betweenNeighbours(const P* p, V32f fraction) {
+  return between<T>(loadAsFloat(p), loadAsFloat(p + 1), fraction);
 }
 
 // Floats of a work row that whole vectors may be stored to.
