@@ -90,9 +90,14 @@ void fastN(Choice& c) {
   auto* const list = reinterpret_cast<ZebiFastNCorner*>(corners.get());
   int count = -1;
   const auto toVec = FUNCTION(zebiFastN2DToVec_8u);
-  toVec.ok(c, listed.pixels(), listed.step(), keep(oriented ? turned.pixels() : nullptr),
-           keep(oriented ? turned.step() : -7), size, list, orElse(most, -c.within(0, 3), zebStsErrSize, Check::size),
-           &count, stateIn(spec));
+  const auto list2D = [&](auto codesAt, auto codesStep) {
+    toVec.ok(c, listed.pixels(), listed.step(), codesAt, codesStep, size, list,
+             orElse(most, -c.within(0, 3), zebStsErrSize, Check::size), &count, stateIn(spec));
+  };
+  if (oriented)
+    list2D(keep(turned.pixels()), stepOf(turned, size.width));
+  else
+    list2D(keep<const Zeb8u*>(nullptr), keep(-7));
   require(count == static_cast<int>(expected), "the count of corners");
   require(expected == 0 || memcmp(list, want.data(), expected * sizeof(ZebiFastNCorner)) == 0, "a corner");
   require(listed.intact() && turned.intact() && corners.intact(), "wrote outside");
