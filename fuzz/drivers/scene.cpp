@@ -9,11 +9,16 @@ namespace {
 using namespace fuzz;
 using ref::Plane;
 
-// Frames in which every pixel shows one of a few colours, a little changed, or anything.
+// Frames in which every pixel shows one of a few colours, a little changed, or anything. Changes by multiples of 4 lead
+// to squared distances that are those of a threshold, exactly.
 class Camera {
  public:
   Camera(Choice& c, ZebiSize size, int channels)
-      : channels_(channels), noise_(c.within(0, 12)), colours_(c.within(1, 10)), random_(c.random()) {
+      : channels_(channels),
+        step_(c.coin() ? 4 : 1),
+        noise_(c.within(0, 12) / step_),
+        colours_(c.within(1, 10)),
+        random_(c.random()) {
     for (int i = 0; i < colours_; ++i) scenes_.push_back(c.plane<Zeb8u>(size.width, size.height, channels));
   }
   Image<Zeb8u> frame(Choice& c) {
@@ -23,7 +28,7 @@ class Camera {
       for (int x = 0; x < p.width; ++x) {
         const auto& other = scenes_[static_cast<size_t>(mixed ? random_.within(0, colours_ - 1) : 0)];
         for (int k = 0; k < channels_; ++k) {
-          const int v = (mixed ? other : p).at(x, y, k) + random_.within(-noise_, noise_);
+          const int v = (mixed ? other : p).at(x, y, k) + step_ * random_.within(-noise_, noise_);
           p.at(x, y, k) = static_cast<Zeb8u>(std::clamp(v, 0, 255));
         }
       }
@@ -31,7 +36,7 @@ class Camera {
   }
 
  private:
-  int channels_, noise_, colours_;
+  int channels_, step_, noise_, colours_;
   Random random_;
   std::vector<Plane<Zeb8u>> scenes_;
 };
@@ -285,6 +290,8 @@ ZebiFGMixtureParam mixtureParameters(Choice& c, ZebiFGMixtureParam* bad) {
   p.minVariance = c.coin() ? 12 : parameter(c, 1.0f / 64, 500);
   p.maxVariance = parameter(c, p.minVariance, c.coin() ? 195075 : p.minVariance + 300);
   p.initVariance = parameter(c, p.minVariance, p.maxVariance);
+  if (c.oneIn(3))
+    p.matchThreshold = 3, p.backgroundThreshold = 4, p.minVariance = p.initVariance = 16, p.maxVariance = 300;
   *bad = p;
   Zeb32f* const fields[] = {&bad->matchThreshold, &bad->backgroundThreshold, &bad->backgroundRatio,
                             &bad->complexityPrior, &bad->initVariance};
