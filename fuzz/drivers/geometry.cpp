@@ -367,6 +367,7 @@ struct ObservationCase : ref::Observation {
     if (c.oneIn(4)) at = {1, 0, 0, 0, 1, 0};
     if (c.oneIn(8)) at[static_cast<size_t>(c.within(0, 5))] = c.coin() ? 1e300 : 1e308;
     if (c.oneIn(8)) at[2] = -0.5 * c.within(0, 4);
+    if (c.oneIn(8)) at[2] = at[5] = 0x1.fffffffffffffp-2;  // 1/2 more is 1 by its rounding
     psf.resize(static_cast<size_t>(n * n));
     const bool usual = !c.oneIn(6);
     for (Zeb32f& w : psf) {
