@@ -119,7 +119,7 @@ void fastN(Choice& c) {
   require(listed.intact() && turned.intact() && corners.intact(), "wrote outside");
 }
 // Many circles, arcs and options.
-DRIVER("corners", "zebiFastN_8u_C1R", for (int i = 0; i < 4; ++i) fastN(c));
+DRIVER("corners", "zebiFastN_8u_C1R", for (int i = 0; i < 2; ++i) fastN(c));
 
 void lineSuppression(Choice& c) {
   const ZebiSize size = c.size(70, 14);
