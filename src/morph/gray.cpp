@@ -15,7 +15,7 @@ struct ZebiMorphGrayState {
   int anchorX, anchorY;
   int roiWidth, roiHeight;
 };
-static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphGrayState) == 28);
+static_assert(zeb::widePointers || sizeof(ZebiMorphGrayState) == 28);
 
 namespace {
 
@@ -222,7 +222,7 @@ ZebStatus release(ZebiMorphGrayState* pState) {
   if (auto bad = present(pState)) return bad;
   if (auto bad = isGrayState(*pState)) return bad;
   pState->weights = nullptr;
-  q7_zebsFree(pState);
+  zebsFree(pState);
   return zebStsOk;
 }
 

@@ -343,7 +343,7 @@ ZebStatus newState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anc
       *state = made;
     }
   }
-  q7_zebsFree(room);
+  zebsFree(room);
   return status;
 }
 

@@ -4,6 +4,7 @@
 #include <stddef.h>
 
 #include "core/state_id.h"
+#include "core/variant.h"
 #include "filter/rank.h"
 #include "zebcv/morph.h"
 
@@ -46,11 +47,11 @@ struct ZebiMorphState {
 namespace zeb {
 
 constexpr int stateHeaderBytes = 80;
-static_assert(sizeof(void*) > 4 ||
+static_assert(zeb::widePointers ||
               (sizeof(ZebiMorphState) == stateHeaderBytes && offsetof(ZebiMorphState, width) == 20 &&
                offsetof(ZebiMorphState, rightReach) == 36 && offsetof(ZebiMorphState, scratchSize) == 48 &&
                offsetof(ZebiMorphState, shapeClass) == 68));
-static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphShape) == 48);
+static_assert(zeb::widePointers || sizeof(ZebiMorphShape) == 48);
 
 // Element types as the state records them; bit-packed images have no data type of their own.
 constexpr int typeCodeBits = 0;
