@@ -2,14 +2,15 @@
 // print the same numbers.
 #include <inttypes.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 #include "support/compare.h"
 #include "target.h"
 
-int main() {
+int main(int argc, char** argv) {
   fuzz::nameCaseOnSignals();
   const ZebiSize sizes[] = {{1, 1}, {6, 5}, {17, 4}, {40, 13}, {131, 7}};
-  constexpr uint64_t casesPerSize = 3;
+  const uint64_t casesPerSize = argc > 1 ? strtoull(argv[1], nullptr, 10) : 3;
   int faults = 0;
   for (const fuzz::Target& target : fuzz::targets()) {
     test::digestOfResults() = {};

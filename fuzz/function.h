@@ -346,7 +346,7 @@ class Function : public Named {
   void digestOutput(T argument) const {
     if constexpr (std::is_pointer_v<T>) {
       using Pointee = std::remove_pointer_t<T>;
-      if constexpr (!std::is_const_v<Pointee> && std::is_arithmetic_v<Pointee> && sizeof(Pointee) > 1) {
+      if constexpr (!std::is_const_v<Pointee> && isOneOf<Pointee, Zeb16u, Zeb16s, Zeb32s, Zeb32f, Zeb64f>) {
         if (!argument || strstr(name(), "Size")) return;
         Pointee value;
         memcpy(&value, argument, sizeof(value));

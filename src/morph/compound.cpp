@@ -25,8 +25,8 @@ namespace {
 
 using namespace zeb;
 
-constexpr int recordBytes = 32;
-static_assert(zeb::widePointers || sizeof(ZebiMorphAdvState) == recordBytes);
+constexpr int recordBytes = sizeof(ZebiMorphAdvState);
+static_assert(zeb::widePointers || recordBytes == 32);
 
 int64_t upTo32(int64_t n) {
   return (n + 31) & ~int64_t(31);

@@ -176,7 +176,7 @@ ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize 
 // ---- States ----
 
 int64_t stateBytes(ZebiSize mask) {
-  return 4 * int64_t(mask.width) * mask.height + 28;
+  return 4 * int64_t(mask.width) * mask.height + static_cast<int64_t>(sizeof(ZebiMorphGrayState));
 }
 
 template <class W>
