@@ -21,4 +21,11 @@ inline void mayBeLookedAt(const void* start, size_t bytes) {
   VALGRIND_MAKE_MEM_DEFINED(start, bytes);
 }
 
+// The same of the rows of an image, some of which a call may leave as they are.
+template <class Image>
+void mayBeLookedAt(const Image& image) {
+  const auto *first = image.pixels(), *end = image.pixels(image.size().width, image.size().height - 1);
+  mayBeLookedAt(first, static_cast<size_t>(reinterpret_cast<const char*>(end) - reinterpret_cast<const char*>(first)));
+}
+
 }  // namespace test
