@@ -20,5 +20,5 @@ done
 if remembered=$(grep -rlaF -e "$root" -e "$stage" -e /opt/zebcv "$tree"); then
   fail "a place is remembered in: $remembered"
 fi
-"$root/tools/check_consumer.sh" "$tree" lib rpath
+"$root/tools/check_consumer.sh" "$tree" lib rpath 32
 echo "installed tree works where it was moved"

@@ -12,6 +12,6 @@
   }                                    \
   extern "C" __attribute__((visibility("hidden"))) ZebStatus ZEB_OWN(name)
 
-// Declares an internal function with a C name, which carries the variant's prefix as well: zebsFree stands as q7_zebsFree.
+// Declares an internal function with a C name. It carries the variant's prefix as well: zebsFree stands as q7_zebsFree.
 #define ZEB_INTERNAL(result, name, ...) \
   extern "C" __attribute__((visibility("hidden"))) result name(__VA_ARGS__) __asm__(ZEB_TEXT(ZEB_OWN(name)))
