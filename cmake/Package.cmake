@@ -1,4 +1,4 @@
-# Two Debian packages for i386: the shared libraries, named after their major version so that two majors can be installed
+# Two Debian packages for i386 or amd64: the shared libraries, named after their major version so that two majors can be installed
 # side by side, and what a developer needs on top.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zebcv)
@@ -10,7 +10,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${ZEBCV_ARCHITECTURE})
 
 set(runtime_package libzebcv${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})

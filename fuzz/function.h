@@ -175,7 +175,7 @@ class Named {
   // As the name says; 0 where a row may be shorter than the region.
   int channels() const;
   // Makes a call and looks at what it left behind.
-  ZebStatus call(const void* function, const std::vector<uint32_t>& words, size_t shift, bool ordinary) const;
+  ZebStatus call(const void* function, const std::vector<Argument>& arguments, size_t shift, bool ordinary) const;
   void expect(ZebStatus want, ZebStatus got, const char* what) const;
   void expectRefusal(const Probe& probe, ZebStatus status, const std::string& label, ZebStatus want = 0) const;
   // A valid call has ended well: notes it, showing the size of the region or not.
@@ -339,21 +339,9 @@ class Function : public Named {
 
   // ---- Valid calls ----
 
-  // Arguments are whole words; small ones are widened.
-  template <class T>
-  static void push(std::vector<uint32_t>& words, T value) {
-    if constexpr (sizeof(T) < sizeof(uint32_t)) {
-      words.push_back(static_cast<uint32_t>(static_cast<int32_t>(value)));
-    } else {
-      static_assert(sizeof(T) % sizeof(uint32_t) == 0, "arguments are whole words");
-      words.resize(words.size() + sizeof(T) / sizeof(uint32_t));
-      memcpy(words.data() + words.size() - sizeof(T) / sizeof(uint32_t), &value, sizeof(T));
-    }
-  }
   ZebStatus invoke(const Arguments& arguments, size_t shift, bool ordinary = false) const {
-    std::vector<uint32_t> words;
-    std::apply([&](const A&... a) { (push(words, a), ...); }, arguments);
-    return call(reinterpret_cast<const void*>(function_), words, shift, ordinary);
+    const auto listed = std::apply([](const A&... a) { return std::vector<Argument>{Argument::of(a)...}; }, arguments);
+    return call(reinterpret_cast<const void*>(function_), listed, shift, ordinary);
   }
 
   ZebStatus perform(const Choice& c, const Arguments& arguments) const {
@@ -370,9 +358,28 @@ class Function : public Named {
     }
     const int allocations = core.mallocCalls;
     const ZebStatus status = invoke(arguments, c.shift(), c.ordinary());
+    test::digestOfResults().add(status);
+    if (status >= 0) std::apply([this](const A&... a) { (digestOutput(a), ...); }, arguments);
     if (watch().noting && status >= 0)
       note(std::apply([](const A&... a) { return showsSize(a...); }, arguments), core.mallocCalls - allocations);
     return status;
+  }
+
+  // The first of what an argument may have been written to. Bytes are often scratch; sizes of states grow with
+  // pointers.
+  template <class T>
+  void digestOutput(T argument) const {
+    if constexpr (std::is_pointer_v<T>) {
+      using Pointee = std::remove_pointer_t<T>;
+      if constexpr (!std::is_const_v<Pointee> && isOneOf<Pointee, Zeb16u, Zeb16s, Zeb32s, Zeb32f, Zeb64f>) {
+        if (!argument || strstr(name(), "Size")) return;
+        Pointee value;
+        memcpy(&value, argument, sizeof(value));
+        test::digestOfResults().add(value);
+      }
+    } else {
+      (void)argument;
+    }
   }
 
   // One of the sizes, or the width that stands first, is the region's; functions without a size have none to show.

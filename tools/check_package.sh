@@ -41,5 +41,5 @@ used=$(readelf -VW "$inside"/*."$version" | grep -oE 'GLIBC_[0-9.]+' | sed 's/GL
 
 mkdir "$work/tree"
 cp -a "$work/libzebcv${major}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/tree/"
-"$root/tools/check_consumer.sh" "$work/tree/usr" lib/i386-linux-gnu path
+"$root/tools/check_consumer.sh" "$work/tree/usr" lib/i386-linux-gnu path 32
 echo "packages work: $(basename "$runtime") $(basename "$development")"

@@ -3,6 +3,7 @@
 
 #include "bordered.h"
 #include "function.h"
+#include "support/memcheck.h"
 
 namespace {
 
@@ -61,6 +62,7 @@ void window(Choice& c, const F& f, Scale... scale) {
   }
   const Image<T> src = c.image<T>(size);
   const Image<D> dst = c.empty<D>(part);
+  test::mayBeLookedAt(dst);  // what lies beyond the source stays
   const Scratch memory = c.scratch(sizeof(ZebiRect));
   const Zeb32f cx = centre(c, size.width), cy = centre(c, size.height);
   Plane<D> want = dst.plane();
@@ -253,6 +255,8 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   const auto choice = orElse(norm, c.oneOf(noNorms), zebStsErrNorm);
   const Image<D> gx = c.empty<D>(size), gy = c.empty<D>(size), magnitude = c.empty<D>(size);
   const Image<Zeb32f> angle = c.empty<Zeb32f>(size);
+  for (const auto* image : {&gx, &gy, &magnitude}) test::mayBeLookedAt(*image);  // those that are not asked for stay
+  test::mayBeLookedAt(angle);
   const ZebDataType type = sizeof(S) == 1 ? zeb8u : zeb32f;
   const int element = sizeof(S) == 1 ? 2 : 4;
   const int64_t most = (4 * reach + 8) * ((int64_t{size.width} + 2 * reach) * channels * element + 512) + 1024;

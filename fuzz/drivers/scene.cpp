@@ -3,6 +3,7 @@
 
 #include "function.h"
 #include "reference/scene.h"
+#include "support/memcheck.h"
 
 namespace {
 
@@ -55,8 +56,10 @@ T wordOf(const State* state, int index) {
 }
 template <class State>
 std::vector<Zeb8u> bytesOf(const State* state, size_t count) {
-  const auto* bytes = reinterpret_cast<const Zeb8u*>(state);
-  return {bytes, bytes + count};
+  const auto* first = reinterpret_cast<const Zeb8u*>(state);
+  const std::vector<Zeb8u> bytes(first, first + count);
+  test::mayBeLookedAt(bytes.data(), count);  // with what stands between the pixels and behind a row
+  return bytes;
 }
 
 // What follows in the head: the parameters as the model works with them, then zeros.

@@ -2,6 +2,7 @@
 #include "reference/statistics.h"
 
 #include "function.h"
+#include "support/memcheck.h"
 
 namespace {
 
@@ -67,7 +68,10 @@ ZebStatus call(Choice& c, const Function<A...>& f, const Scene<T>& s, Out... out
 template <class V>
 class Result {
  public:
-  explicit Result(Choice& c) : memory_(c.scratch(sizeof(V))) { memcpy(before_, memory_.get(), sizeof(V)); }
+  explicit Result(Choice& c) : memory_(c.scratch(sizeof(V))) {
+    test::mayBeLookedAt(memory_.get(), sizeof(V));  // it may be left as it is
+    memcpy(before_, memory_.get(), sizeof(V));
+  }
   V* place() const { return reinterpret_cast<V*>(memory_.get()); }
   // The very bits; what is not a number has its bits stated.
   bool is(V want) const {

@@ -386,7 +386,7 @@ ZebStatus makeState(ZebiOptFlowPyrLKState** ppState, ZebiSize roi, int winSize, 
 ZebStatus freeState(ZebiOptFlowPyrLKState* pState, uint32_t id) {
   if (auto bad = present(pState)) return bad;
   if (auto bad = isState(pState->id, id)) return bad;
-  q7_zebsFree(pState->pBuffer);
+  zebsFree(pState->pBuffer);
   releaseState(pState, pState->id);
   return zebStsOk;
 }
