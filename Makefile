@@ -4,16 +4,19 @@ MAKEFLAGS += --no-print-directory
 PREFIX ?= /usr/local
 DESTDIR ?=
 JOBS ?= $(shell nproc)
+# 64 for the builds of 64-bit programs, in directories of their own: build/release64.
+WIDTH ?= 32
+W = $(filter 64,$(WIDTH))
 PHOTO ?=
 # The bench's options; with AGAINST, a revision or a library, it compares instead.
 AGAINST ?=
 BENCH ?= $(if $(AGAINST),,--sizes)
 FUZZ_SECONDS ?= 30
 
-.PHONY: all setup demo docs test bench sanitize clang debug fuzz install package baseline format format-check clean
+.PHONY: all setup demo docs test bench sanitize clang debug threads memory widths fuzz install package baseline format format-check clean
 
-all: build/release/CMakeCache.txt
-	@cmake --build build/release -j$(JOBS) --target zebcv zebcore
+all: build/release$(W)/CMakeCache.txt
+	@cmake --build build/release$(W) -j$(JOBS) --target zebcv zebcore
 
 build/%/CMakeCache.txt: | setup
 	@cmake --preset $* > build/$*.log 2>&1 || { cat build/$*.log; rm -f $@; exit 1; }
@@ -23,30 +26,50 @@ setup:
 	@mkdir -p build
 	@tools/setup.sh
 
-demo: build/release/CMakeCache.txt
-	@cmake --build build/release -j$(JOBS) --target zebcv tour
-	@build/release/bin/tour $(if $(PHOTO),'$(PHOTO)')
+demo: build/release$(W)/CMakeCache.txt
+	@cmake --build build/release$(W) -j$(JOBS) --target zebcv tour
+	@build/release$(W)/bin/tour $(if $(PHOTO),'$(PHOTO)')
 
-docs: build/release/CMakeCache.txt
-	@cmake --build build/release -j$(JOBS) --target docs
+docs: build/release$(W)/CMakeCache.txt
+	@cmake --build build/release$(W) -j$(JOBS) --target docs
 
-test: build/release/CMakeCache.txt
-	@cmake --build build/release -j$(JOBS)
-	@tools/run_tests.sh build/release -j$(JOBS)
+test: build/release$(W)/CMakeCache.txt
+	@cmake --build build/release$(W) -j$(JOBS)
+	@tools/run_tests.sh build/release$(W) -j$(JOBS)
 
-bench: build/release/CMakeCache.txt
-	@cmake --build build/release -j$(JOBS) --target zebcv_bench
-ifeq ($(AGAINST),)
-	@build/release/bin/zebcv_bench --json build/bench.json $(BENCH)
+# WIDTH=both: the times of both widths side by side.
+bench: build/release$(W)/CMakeCache.txt
+	@cmake --build build/release$(W) -j$(JOBS) --target zebcv_bench
+ifeq ($(WIDTH),both)
+	@$(MAKE) build/release64/CMakeCache.txt
+	@cmake --build build/release64 -j$(JOBS) --target zebcv_bench
+	@build/release64/bin/zebcv_bench --json build/widths.json --beside build/release/bin/zebcv_bench $(filter-out --sizes,$(BENCH))
+else ifeq ($(AGAINST),)
+	@build/release$(W)/bin/zebcv_bench --json build/bench.json $(BENCH)
 else
 	@if [ -f '$(AGAINST)' ]; then against='$(AGAINST)'; \
-	  else echo 'building $(AGAINST)'; against=$$(JOBS=$(JOBS) tools/build_revision.sh '$(AGAINST)') || exit 1; fi; \
-	build/release/bin/zebcv_bench --json build/against.json --against "$$against" $(BENCH)
+	  else echo 'building $(AGAINST)'; against=$$(JOBS=$(JOBS) WIDTH=$(WIDTH) tools/build_revision.sh '$(AGAINST)') || exit 1; fi; \
+	build/release$(W)/bin/zebcv_bench --json build/against.json --against "$$against" $(BENCH)
 endif
 
-clang debug clang-debug sanitize: %: build/%/CMakeCache.txt
-	@cmake --build build/$@ -j$(JOBS)
-	@tools/run_tests.sh build/$@ -j$(JOBS)
+clang debug clang-debug sanitize: %: build/%$(W)/CMakeCache.txt
+	@cmake --build build/$@$(W) -j$(JOBS)
+	@tools/run_tests.sh build/$@$(W) -j$(JOBS)
+
+# What only 64 bits have room or tools for: the thread checker over what runs in several threads, and the memory checker.
+threads: build/threads64/CMakeCache.txt
+	@cmake --build build/threads64 -j$(JOBS) --target zebcv_tests zebcv_every_function
+	@ctest --test-dir build/threads64 -R '^(Threads\.|EveryFunction\.FromSeveralThreads)' --no-tests=error --output-on-failure
+
+memory: build/release64/CMakeCache.txt
+	@cmake --build build/release64 -j$(JOBS) --target zebcv_digest tour
+	@tools/check_memory.sh build/release64
+
+# Both widths compute the same.
+widths: build/release/CMakeCache.txt build/release64/CMakeCache.txt
+	@cmake --build build/release -j$(JOBS) --target zebcv_digest
+	@cmake --build build/release64 -j$(JOBS) --target zebcv_digest
+	@tools/check_widths.sh build/release build/release64
 
 # One target after the other; what it finds is left in build/fuzz as crash-*.
 FUZZ_GROUPS = $(notdir $(wildcard fuzz/corpus/*))
@@ -59,20 +82,20 @@ fuzz: build/fuzz/CMakeCache.txt
 	done
 
 install: all
-	@DESTDIR='$(DESTDIR)' cmake --install build/release --prefix '$(PREFIX)' > build/install.log || { cat build/install.log; exit 1; }
+	@DESTDIR='$(DESTDIR)' cmake --install build/release$(W) --prefix '$(PREFIX)' > build/install.log || { cat build/install.log; exit 1; }
 ifeq ($(DESTDIR),)
 	@tools/finish_install.sh '$(PREFIX)'
 endif
 
-package: build/package/CMakeCache.txt
-	@cmake --build build/package -j$(JOBS)
-	@rm -f build/package/*.deb
-	@cd build/package && cpack > cpack.log || { cat cpack.log; exit 1; }
-	@tools/check_package.sh build/package
+package: build/package$(W)/CMakeCache.txt
+	@cmake --build build/package$(W) -j$(JOBS)
+	@rm -f build/package$(W)/*.deb
+	@cd build/package$(W) && cpack > cpack.log || { cat cpack.log; exit 1; }
+	@tools/check_package.sh build/package$(W) $(WIDTH)
 
 # Writes what is new in the public headers into abi/; refuses what would break programs that are built already.
-baseline: build/release/CMakeCache.txt
-	@cmake --build build/release --target baseline
+baseline: build/release$(W)/CMakeCache.txt
+	@cmake --build build/release$(W) --target baseline
 
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 format:

@@ -10,7 +10,7 @@ asm(".pushsection .data\n"
     ".p2align 6\n"
     ".globl bench_slots\n"
     "bench_slots:\n"
-#define ENTRY(name) ".Lslot_" #name ": .long 0\n"
+#define ENTRY(name) ".Lslot_" #name ": .dc.a 0\n"
 #include "entries.inc"
 #undef ENTRY
     ".popsection\n"

@@ -1,4 +1,4 @@
-// Times the cases of all families and prints one table; or compares two builds of the library.
+// Times the cases of all families and prints one table; or compares two builds of the library, or its two widths.
 //
 // Every case first has to give the reference's answer.
 #include <algorithm>
@@ -25,6 +25,8 @@ int run(bench::Options options) {
   const support::Photograph photo = support::openPhotograph(options.photo);
   bench.photo = support::gray(photo.picture);
   bench.source = photo.source;
+  if (options.inTurn) return answerInTurn(bench), 0;
+  if (!options.beside.empty()) return !runWidths(bench);
   return options.against.empty() ? !runTable(bench) : !runAgainst(bench);
 }
 

@@ -12,6 +12,8 @@ const char usage[] =
     "  TEXT, --filter TEXT  only the cases whose name contains TEXT (any of several)\n"
     "  --library FILE       the build to measure (the one this program was built with)\n"
     "  --against FILE       another build; prints old time / new time instead of times\n"
+    "  --beside PROGRAM     this program for the other width; prints its times beside the own ones\n"
+    "  --in-turn            for that: measures the next case whenever a line comes in\n"
     "  --fail-losses        with --against: status 1 when a row is marked\n"
     "  --json FILE          also write the results as JSON\n"
     "  --size WxH           this size only (the targets hold for 1920x1080)\n"
@@ -65,6 +67,10 @@ Options parse(int count, char** words) {
       options.library = value();
     } else if (word == "--against") {
       options.against = value();
+    } else if (word == "--beside") {
+      options.beside = value();
+    } else if (word == "--in-turn") {
+      options.inTurn = true;
     } else if (word == "--fail-losses") {
       options.failLosses = true;
     } else if (word == "--size") {

@@ -15,11 +15,13 @@ struct Options {
   std::string photo;
   std::string library;  // the build that is measured
   std::string against;  // the build that it is compared with; none if empty
+  std::string beside;   // this program for the other width; none if empty
   std::optional<ZebiSize> size;
   double seconds = 0.3;
   bool sizes = false;
   bool quick = false;
   bool failLosses = false;
+  bool inTurn = false;
 
   bool wants(const std::string& name) const;
 };

@@ -41,10 +41,25 @@ struct Bench {
   int nameWidth = 0;
 };
 
+// What a case takes at a place.
+struct Result {
+  double nanoseconds = 0;  // per pixel or per call
+  double ratio = 0;        // to memcpy; 0 where the unit is the call
+  double bare = 0;         // to the bare loop; 0 where there is none
+  double bareNanoseconds = 0;
+  std::string verdict = "-";
+  std::string fault;
+};
+Result resultOf(const Case& row, const Scene& scene, double seconds);
+
 // The times of all cases, printed as they come, and the growth table. False when a result is wrong.
 bool runTable(Bench& bench);
 // The ratios to another build. False when a result is wrong or, if the options ask, a row is marked.
 bool runAgainst(Bench& bench);
+// The times of all cases beside those of the other width's program. False when a result is wrong.
+bool runWidths(Bench& bench);
+// What that program does: a cell's time for every line that it is sent.
+void answerInTurn(Bench& bench);
 
 std::string number(double value, int decimals);
 std::string quoted(const std::string& text);

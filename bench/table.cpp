@@ -14,37 +14,8 @@ constexpr ZebiSize columnSizes[] = {{64, 64}, {640, 480}, fullSize, {3840, 2160}
 constexpr int columnCount = 4;
 constexpr double allowedGrowth = 1.5;
 
-struct Result {
-  double nanoseconds = 0;  // per pixel or per call
-  double ratio = 0;        // to memcpy; 0 where the unit is the call
-  double bare = 0;         // to the bare loop; 0 where there is none
-  double bareNanoseconds = 0;
-  std::string verdict = "-";
-  std::string fault;
-};
-
 bool perCall(const Case& row) {
   return row.target.unit == Target::nanosecondsPerCall;
-}
-
-Result resultOf(const Case& row, const Scene& scene, double seconds) {
-  Result result;
-  restartPlacement();
-  const Work work = row.prepare(scene);
-  if (const auto fault = work.check()) {
-    result.verdict = "WRONG";
-    result.fault = *fault;
-    return result;
-  }
-  const Times times = measure(work, scene, seconds);
-  const bool hasBare = work.bytes.total() > 0;
-  result.nanoseconds = times.run / (perCall(row) ? work.callsPerRun : scene.count());
-  result.ratio = perCall(row) ? 0 : times.run / times.copy;
-  result.bare = hasBare ? times.run / times.bare : 0;
-  result.bareNanoseconds = hasBare ? times.bare / scene.count() : 0;
-  if (row.target.limit && same(scene.size, fullSize))
-    result.verdict = (perCall(row) ? result.nanoseconds : result.ratio) <= *row.target.limit ? "ok" : "over";
-  return result;
 }
 
 std::string orDash(double value, int decimals) {
@@ -118,6 +89,26 @@ std::vector<SizeRow> sizeTable(const Bench& bench) {
 }
 
 }  // namespace
+
+Result resultOf(const Case& row, const Scene& scene, double seconds) {
+  Result result;
+  restartPlacement();
+  const Work work = row.prepare(scene);
+  if (const auto fault = work.check()) {
+    result.verdict = "WRONG";
+    result.fault = *fault;
+    return result;
+  }
+  const Times times = measure(work, scene, seconds);
+  const bool hasBare = work.bytes.total() > 0;
+  result.nanoseconds = times.run / (perCall(row) ? work.callsPerRun : scene.count());
+  result.ratio = perCall(row) ? 0 : times.run / times.copy;
+  result.bare = hasBare ? times.run / times.bare : 0;
+  result.bareNanoseconds = hasBare ? times.bare / scene.count() : 0;
+  if (row.target.limit && same(scene.size, fullSize))
+    result.verdict = (perCall(row) ? result.nanoseconds : result.ratio) <= *row.target.limit ? "ok" : "over";
+  return result;
+}
 
 bool runTable(Bench& bench) {
   bench.library.use();

@@ -1,9 +1,10 @@
 # Makes the exported stubs, the entry table, the linker's version script and the name list from the public headers.
 #
-# cmake -DHEADERS=a.h,b.h -DOUT=dir -P EntryTable.cmake
+# cmake -DHEADERS=a.h,b.h -DOUT=dir -DWIDTH=32|64 -DVARIANT=q7 -P EntryTable.cmake
 #
 # Slot k holds the address of the k-th implementation, names in descending order, filled by one relative relocation each
-# when the library is loaded. A stub makes one indirect jump through its slot; eax carries no argument.
+# when the library is loaded. A stub makes one indirect jump through its slot; in 32 bits, where an instruction cannot
+# address memory from its own place, it asks for that place first: eax carries no argument.
 string(REPLACE "," ";" HEADERS "${HEADERS}")
 set(names)
 foreach(header IN LISTS HEADERS)
@@ -23,16 +24,29 @@ if(NOT total EQUAL distinct)
 endif()
 list(SORT names ORDER DESCENDING)
 
+if(WIDTH EQUAL 64)
+  set(jump "    jmp *.Ltable + @offset@(%rip)\n")
+  set(own_place "")
+  set(slot_bytes 8)
+  set(slot .quad)
+else()
+  set(jump "    call .Lpc\n1:  jmp *(.Ltable + @offset@ - 1b)(%eax)\n")
+  set(own_place "    .p2align 4\n.Lpc:\n    movl (%esp), %eax\n    ret\n")
+  set(slot_bytes 4)
+  set(slot .long)
+endif()
+
 set(stubs "")
 set(slots "")
 set(map "")
 set(inc "")
 set(k 0)
 foreach(name IN LISTS names)
-  math(EXPR offset "4 * ${k}")
-  string(APPEND stubs "    .p2align 4\n    .globl ${name}\n    .type ${name}, @function\n${name}:\n    call .Lpc\n"
-                      "1:  jmp *(.Ltable + ${offset} - 1b)(%eax)\n    .size ${name}, . - ${name}\n")
-  string(APPEND slots "    .hidden q7_${name}\n    .long q7_${name}\n")
+  math(EXPR offset "${slot_bytes} * ${k}")
+  string(CONFIGURE "${jump}" body @ONLY)
+  string(APPEND stubs "    .p2align 4\n    .globl ${name}\n    .type ${name}, @function\n${name}:\n${body}"
+                      "    .size ${name}, . - ${name}\n")
+  string(APPEND slots "    .hidden ${VARIANT}_${name}\n    ${slot} ${VARIANT}_${name}\n")
   string(APPEND map "    ${name};\n")
   string(APPEND inc "ENTRY(${name})\n")
   math(EXPR k "${k} + 1")
@@ -40,13 +54,9 @@ endforeach()
 
 file(WRITE ${OUT}/entries.S
 "    .section .text.entries, \"ax\", @progbits
-    .p2align 4
-.Lpc:
-    movl (%esp), %eax
-    ret
-${stubs}
+${own_place}${stubs}
     .data
-    .p2align 2
+    .p2align 3
 .Ltable:
 ${slots}
     .section .note.GNU-stack, \"\", @progbits

@@ -13,8 +13,9 @@ install(DIRECTORY include/zebcv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONEN
 install(EXPORT zebcvTargets NAMESPACE zebcv:: DESTINATION ${package_dir} COMPONENT development)
 configure_package_config_file(cmake/zebcvConfig.cmake.in ${PROJECT_BINARY_DIR}/zebcvConfig.cmake
                               INSTALL_DESTINATION ${package_dir} NO_SET_AND_CHECK_MACRO)
-# The compiler makes 32-bit code by an option of this project, which its detection at configuration does not know of.
-set(CMAKE_SIZEOF_VOID_P 4)
+# The version file turns projects of the other width down, so that find_package() goes on to where that one is. The
+# width comes from an option of this project, which the compiler's detection at configuration does not know of.
+math(EXPR CMAKE_SIZEOF_VOID_P "${ZEBCV_WIDTH} / 8")
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/zebcvConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/zebcvConfig.cmake ${PROJECT_BINARY_DIR}/zebcvConfigVersion.cmake
         DESTINATION ${package_dir} COMPONENT development)

@@ -1,5 +1,5 @@
-# Two Debian packages for i386: the shared libraries, named after the object name so that two majors can be installed side
-# by side, and what a developer needs on top.
+# Two Debian packages for i386 or amd64: the shared libraries, named after the object name so that two majors can be
+# installed side by side, and what a developer needs on top.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zebcv)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -10,16 +10,16 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${ZEBCV_ARCHITECTURE})
 
-set(runtime_package libzebcvq7-${PROJECT_VERSION_MAJOR})
+set(runtime_package libzebcv${ZEBCV_VARIANT}-${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 # The newest symbol version of libc and libm that the libraries use; tools/check_package.sh compares.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.29)")
 # What a package built against a library depends on.
 set(shlibs "")
-foreach(library libzebcvq7 libzebcore)
+foreach(library libzebcv${ZEBCV_VARIANT} libzebcore)
   string(APPEND shlibs "${library} ${PROJECT_VERSION_MAJOR} ${runtime_package} (>= ${PROJECT_VERSION})\n")
 endforeach()
 file(WRITE ${PROJECT_BINARY_DIR}/shlibs "${shlibs}")

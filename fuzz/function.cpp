@@ -2,6 +2,8 @@
 
 #include <sys/mman.h>
 
+#include "support/memcheck.h"
+
 namespace fuzz {
 namespace {
 
@@ -81,9 +83,11 @@ uint32_t* Probe::identifier(const void* state) {
   if (bytes == 0) bytes = static_cast<size_t>(test::bytesOfBlock(state));
   for (size_t at = 0; at + sizeof(uint32_t) <= bytes; at += sizeof(uint32_t)) {
     auto* word = reinterpret_cast<uint32_t*>(static_cast<Zeb8u*>(const_cast<void*>(state)) + at);
-    if ((*word & markBits) == mark) return word;
+    const uint32_t value = *word;
+    test::mayBeLookedAt(&value, sizeof(value));
+    if ((value & markBits) == mark) return word;
     // Models of a scene begin with four letters.
-    if (at == 0 && (*word & 0xFFFF) == ('F' | 'G' << 8)) return word;
+    if (at == 0 && (value & 0xFFFF) == ('F' | 'G' << 8)) return word;
   }
   return nullptr;
 }
@@ -155,8 +159,8 @@ int Named::channels() const {
   return says("_1u_") ? 0 : says("_C3") ? 3 : says("_C4") ? 4 : 1;
 }
 
-ZebStatus Named::call(const void* function, const std::vector<uint32_t>& words, size_t shift, bool ordinary) const {
-  const Outcome outcome = callAtWorst(function, words.data(), words.size(), shift);
+ZebStatus Named::call(const void* function, const std::vector<Argument>& arguments, size_t shift, bool ordinary) const {
+  const Outcome outcome = callAtWorst(function, arguments, shift);
   require(!outcome.broken, std::string(name_) + " did not keep " + (outcome.broken ? outcome.broken : ""));
   // Small results may be denormal numbers, or vanish.
   constexpr unsigned silent = invalidOperation | divisionByZero | overflow;

@@ -52,6 +52,15 @@ template <class T, class B>
 Spoilable<T, B> orElse(T value, B bad, ZebStatus want = usualStatus<T>, Check check = Check::own) {
   return {value, bad, want, check};
 }
+// The step of an image whose rows have another length than the size and the function's name tell.
+template <class T>
+struct StepOf {
+  int step, elements;
+};
+template <class T>
+StepOf<T> stepOf(const Image<T>& image, int elements) {
+  return {image.step(), elements};
+}
 // A pointer that is looked at after the sizes and steps.
 template <class T>
 struct Late {
@@ -77,6 +86,10 @@ T plain(Spoilable<T, B> argument) {
 template <class T>
 T* plain(Late<T> argument) {
   return argument.value;
+}
+template <class T>
+int plain(StepOf<T> argument) {
+  return argument.step;
 }
 
 // Records that tell what they are to every function that takes them.
@@ -162,7 +175,7 @@ class Named {
   // As the name says; 0 where a row may be shorter than the region.
   int channels() const;
   // Makes a call and looks at what it left behind.
-  ZebStatus call(const void* function, const std::vector<uint32_t>& words, size_t shift, bool ordinary) const;
+  ZebStatus call(const void* function, const std::vector<Argument>& arguments, size_t shift, bool ordinary) const;
   void expect(ZebStatus want, ZebStatus got, const char* what) const;
   void expectRefusal(const Probe& probe, ZebStatus status, const std::string& label, ZebStatus want = 0) const;
   // A valid call has ended well: notes it, showing the size of the region or not.
@@ -259,6 +272,19 @@ class Function : public Named {
     using P = std::tuple_element_t<I, Arguments>;
     probe.fault<P>("null", std::get<I>(a), nullptr, Check::own, zebStsErrNullPointer);
   }
+  template <size_t I, class T>
+  void addFaults(Probe& probe, Choice& c, bool, bool& stepped, Arguments& a, StepOf<T> v) const {
+    stepped = true;
+    addStepFaults<sizeof(T)>(probe, c, std::get<I>(a), v.elements);
+  }
+  template <size_t bytes>
+  static void addStepFaults(Probe& probe, Choice& c, int& step, int elements) {
+    constexpr int element = bytes;
+    probe.fault<int>("a step", step, belowOne(c), Check::step, zebStsErrStep);
+    if (elements > 0)
+      probe.fault<int>("a step too small by an element", step, (elements - 1) * element, Check::step, zebStsErrStep);
+    if (element > 1) probe.fault<int>("an uneven step", step, step + 1, Check::evenStep, zebStsErrNotEvenStep);
+  }
   template <size_t I, class V>
   void addFaults(Probe& probe, Choice& c, [[maybe_unused]] bool builds, bool& stepped, Arguments& a, V) const {
     using P = std::tuple_element_t<I, Arguments>;
@@ -278,11 +304,10 @@ class Function : public Named {
       if (stepped) probe.fault<P>("a huge width", argument, {huge, argument.height}, Check::step, zebStsErrStep);
     } else if constexpr (followsPixels<I>() && sizeFollows<I>()) {
       stepped = true;
-      probe.fault<P>("a step", argument, belowOne(c), Check::step, zebStsErrStep);
-      constexpr int element = sizeof(std::remove_pointer_t<std::tuple_element_t<I - 1, Arguments>>);
-      if (argument == rowOf<I>(a) * element)
-        probe.fault<P>("a step too small by an element", argument, argument - element, Check::step, zebStsErrStep);
-      if (element > 1) probe.fault<P>("an uneven step", argument, argument + 1, Check::evenStep, zebStsErrNotEvenStep);
+      constexpr size_t element = sizeof(std::remove_pointer_t<std::tuple_element_t<I - 1, Arguments>>);
+      // Where the step is not that of such rows, the rows are others.
+      const int elements = rowOf<I>(a);
+      addStepFaults<element>(probe, c, argument, argument == elements * static_cast<int>(element) ? elements : 0);
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
       probe.fault<P>("a count", argument, belowOne(c), Check::size, zebStsErrSize);
     }
@@ -314,21 +339,9 @@ class Function : public Named {
 
   // ---- Valid calls ----
 
-  // Arguments are whole words; small ones are widened.
-  template <class T>
-  static void push(std::vector<uint32_t>& words, T value) {
-    if constexpr (sizeof(T) < sizeof(uint32_t)) {
-      words.push_back(static_cast<uint32_t>(static_cast<int32_t>(value)));
-    } else {
-      static_assert(sizeof(T) % sizeof(uint32_t) == 0, "arguments are whole words");
-      words.resize(words.size() + sizeof(T) / sizeof(uint32_t));
-      memcpy(words.data() + words.size() - sizeof(T) / sizeof(uint32_t), &value, sizeof(T));
-    }
-  }
   ZebStatus invoke(const Arguments& arguments, size_t shift, bool ordinary = false) const {
-    std::vector<uint32_t> words;
-    std::apply([&](const A&... a) { (push(words, a), ...); }, arguments);
-    return call(reinterpret_cast<const void*>(function_), words, shift, ordinary);
+    const auto listed = std::apply([](const A&... a) { return std::vector<Argument>{Argument::of(a)...}; }, arguments);
+    return call(reinterpret_cast<const void*>(function_), listed, shift, ordinary);
   }
 
   ZebStatus perform(const Choice& c, const Arguments& arguments) const {
@@ -345,9 +358,28 @@ class Function : public Named {
     }
     const int allocations = core.mallocCalls;
     const ZebStatus status = invoke(arguments, c.shift(), c.ordinary());
+    test::digestOfResults().add(status);
+    if (status >= 0) std::apply([this](const A&... a) { (digestOutput(a), ...); }, arguments);
     if (watch().noting && status >= 0)
       note(std::apply([](const A&... a) { return showsSize(a...); }, arguments), core.mallocCalls - allocations);
     return status;
+  }
+
+  // The first of what an argument may have been written to. Bytes are often scratch; sizes of states grow with
+  // pointers.
+  template <class T>
+  void digestOutput(T argument) const {
+    if constexpr (std::is_pointer_v<T>) {
+      using Pointee = std::remove_pointer_t<T>;
+      if constexpr (!std::is_const_v<Pointee> && isOneOf<Pointee, Zeb16u, Zeb16s, Zeb32s, Zeb32f, Zeb64f>) {
+        if (!argument || strstr(name(), "Size")) return;
+        Pointee value;
+        memcpy(&value, argument, sizeof(value));
+        test::digestOfResults().add(value);
+      }
+    } else {
+      (void)argument;
+    }
   }
 
   // One of the sizes, or the width that stands first, is the region's; functions without a size have none to show.

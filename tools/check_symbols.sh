@@ -11,6 +11,12 @@ support=$2
 entries=$3
 shift 3
 fail() { echo "$1" >&2; exit 1; }
+# The variant's code ends the library's name; in 64 bits a pointer is moved or fetched by relocations of other names.
+variant=$(basename "$library" | sed 's/^libzebcv\(.*\)\.so.*/\1/')
+case $(readelf -h "$library") in
+  *ELF32*) kind=R_386_ ;;
+  *) kind=R_X86_64_ ;;
+esac
 
 wanted=$(sed 's/ENTRY(\(.*\))/\1/' "$entries" | LC_ALL=C sort)
 found=$(nm -D --defined-only "$library" | awk '{print $3}' | LC_ALL=C sort)
@@ -26,13 +32,13 @@ for file in "$library" "$support"; do
   readelf -lW "$file" | grep GNU_STACK | grep -q E && fail "$file wants an executable stack"
   readelf -d "$file" | grep SONAME | grep -q '\[lib.*\.so\.[0-9]*\]' || fail "$file has no versioned SONAME"
 done
-# R_386_RELATIVE moves a pointer, GLOB_DAT and JUMP_SLOT fetch what libzebcore, libc and libm export.
-other=$(readelf -rW "$library" | awk '/R_386_/ && $3 !~ /R_386_(RELATIVE|GLOB_DAT|JUMP_SLOT)/ {print $3, $5}')
+# RELATIVE moves a pointer, GLOB_DAT and JUMP_SLOT fetch what libzebcore, libc and libm export.
+other=$(readelf -rW "$library" | grep -o "$kind.*" | grep -vE "^$kind(RELATIVE|GLOB_DAT|JUMP_SLOT)" || true)
 [ -z "$other" ] || fail "$library has relocations of other kinds: $other"
-readelf -rW "$library" | awk '/R_386_(GLOB_DAT|JUMP_SLOT)/ {print $5}' | grep '^zeb' |
+readelf -rW "$library" | awk '/_(GLOB_DAT|JUMP_SLOT)/ {print $5}' | grep '^zeb' |
   grep -vE '^zeb(Malloc|Free|GetMaxCacheSizeB|GetCpuFeatures|GetEnabledCpuFeatures)(@.*)?$' && fail "$library binds these late"
 count=$(printf '%s\n' "$wanted" | wc -l)
-relative=$(readelf -rW "$library" | grep -c R_386_RELATIVE)
+relative=$(readelf -rW "$library" | grep -c "${kind}RELATIVE")
 [ "$relative" -ge "$count" ] || fail "$library has $relative relative relocations for $count slots"
 for file in "$library" "$support" "$@"; do
   path=$(readelf -d "$file" | sed -n 's/.*(R\(UN\)\{0,1\}PATH).*\[\(.*\)\]/:\2:/p')
@@ -54,8 +60,8 @@ instructions() {
     END { print seen, all + 0 }'
 }
 early="$wanted
-q7_ownInitialise
-q7_zebcvGetLibVersion
+${variant}_ownInitialise
+${variant}_zebcvGetLibVersion
 _ZN3zeb15detectProcessorEv"
 looked=$(instructions "$support" "")
 case $looked in *:*) fail "$support: $looked" ;; esac

@@ -70,6 +70,21 @@ void show(const Scene& scene, Gallery& gallery) {
          zebMskSize3x3, 300, "Sobel, 3 × 3, along x (FilterSobelHorizBorder): edges that stand upright.");
   derive(gray, gallery, zebiFilterSobelVertGetBufferSize_8u16s_C1R, zebiFilterSobelVertBorder_8u16s_C1R, zebMskSize3x3,
          300, "Sobel, 3 × 3, along y (FilterSobelVertBorder): edges that lie.");
+  // Scharr kernels come in one size.
+  derive(
+      gray, gallery,
+      [](ZebiSize size, int, int* bytes) { return zebiFilterScharrVertGetBufferSize_8u16s_C1R(size, bytes); },
+      [](const Zeb8u* src, int srcStep, Zeb16s* dst, int dstStep, ZebiSize size, int, ZebiBorderType border,
+         Zeb8u value, Zeb8u* buffer) {
+        return zebiFilterScharrVertBorder_8u16s_C1R(src, srcStep, dst, dstStep, size, border, value, buffer);
+      },
+      zebMskSize3x3, 1200, "Scharr along y: the same edges, with directions that are truer.");
+  derive(gray, gallery, zebiFilterSobelHorizSecondGetBufferSize_8u16s_C1R, zebiFilterSobelHorizSecondBorder_8u16s_C1R,
+         zebMskSize3x3, 300, "Second derivative, 3 × 3, along x: thin upright lines.");
+  derive(gray, gallery, zebiFilterSobelVertSecondGetBufferSize_8u16s_C1R, zebiFilterSobelVertSecondBorder_8u16s_C1R,
+         zebMskSize3x3, 300, "Second derivative, 3 × 3, along y: thin lying lines.");
+  derive(gray, gallery, zebiFilterSobelCrossGetBufferSize_8u16s_C1R, zebiFilterSobelCrossBorder_8u16s_C1R,
+         zebMskSize5x5, 600, "Along x and y at once, 5 × 5: corners and slanting lines.");
   derive(gray, gallery, zebiFilterLaplacianGetBufferSize_8u16s_C1R, zebiFilterLaplacianBorder_8u16s_C1R, zebMskSize5x5,
          2000, "Laplacian, 5 × 5 (FilterLaplacianBorder): lines and spots against their surroundings.");
   showLowpass(gray, gallery);

@@ -2,6 +2,7 @@
 #include "reference/statistics.h"
 
 #include "function.h"
+#include "support/memcheck.h"
 
 namespace {
 
@@ -56,10 +57,10 @@ auto argumentsIf(V... values) {
 template <bool pair, bool masked, bool channel, class T, class... A, class... Out>
 ZebStatus call(Choice& c, const Function<A...>& f, const Scene<T>& s, Out... outputs) {
   const int wrongChannel = c.coin() ? c.within(4, INT32_MAX) : c.within(-INT32_MAX, 0);
-  const auto arguments = std::tuple_cat(
-      std::tuple(s.a.pixels(), s.a.step()), argumentsIf<pair>(s.b().pixels(), s.b().step()),
-      argumentsIf<masked>(s.mask.pixels(), orElse(s.mask.step(), s.size.width - 1, zebStsErrStep, Check::step)),
-      std::tuple(s.size), argumentsIf<channel>(orElse(s.coi, wrongChannel, zebStsErrChannel)), std::tuple(outputs...));
+  const auto arguments =
+      std::tuple_cat(std::tuple(s.a.pixels(), s.a.step()), argumentsIf<pair>(s.b().pixels(), s.b().step()),
+                     argumentsIf<masked>(s.mask.pixels(), stepOf(s.mask, s.size.width)), std::tuple(s.size),
+                     argumentsIf<channel>(orElse(s.coi, wrongChannel, zebStsErrChannel)), std::tuple(outputs...));
   return std::apply([&](auto... v) { return f(c, v...); }, arguments);
 }
 
@@ -67,7 +68,10 @@ ZebStatus call(Choice& c, const Function<A...>& f, const Scene<T>& s, Out... out
 template <class V>
 class Result {
  public:
-  explicit Result(Choice& c) : memory_(c.scratch(sizeof(V))) { memcpy(before_, memory_.get(), sizeof(V)); }
+  explicit Result(Choice& c) : memory_(c.scratch(sizeof(V))) {
+    test::mayBeLookedAt(memory_.get(), sizeof(V));  // it may be left as it is
+    memcpy(before_, memory_.get(), sizeof(V));
+  }
   V* place() const { return reinterpret_cast<V*>(memory_.get()); }
   // The very bits; what is not a number has its bits stated.
   bool is(V want) const {

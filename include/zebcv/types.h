@@ -79,8 +79,8 @@ typedef struct ZebLibraryVersion {
   int minor;             /**< minor version */
   int majorBuild;        /**< update number */
   int build;             /**< source revision number */
-  char targetCpu[4];     /**< variant code, zero-padded: "q7" */
-  const char* Name;      /**< "zebCV AVX2 (q7)" */
+  char targetCpu[4];     /**< variant code, zero-padded: "q7", in 64 bits "x7" */
+  const char* Name;      /**< "zebCV AVX2 (q7)" or "zebCV AVX2 (x7)" */
   const char* Version;   /**< the numbers above as text, for example "3.1.4 (r12345)" */
   const char* BuildDate; /**< month, day in two places, year, for example "Jan  5 2031" */
 } ZebLibraryVersion;

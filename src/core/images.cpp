@@ -52,30 +52,30 @@ void convertRow(const Zeb16u* src, Zeb32f* dst, int count, bool streaming) {
 
 }  // namespace
 
-ZebStatus q7_zebiCopy_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiCopy_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize) {
   return copy(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZebStatus q7_zebiCopy_16s_C1R(const Zeb16s* pSrc, int srcStep, Zeb16s* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiCopy_16s_C1R(const Zeb16s* pSrc, int srcStep, Zeb16s* pDst, int dstStep, ZebiSize roiSize) {
   return copy(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZebStatus q7_zebiCopy_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiCopy_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize) {
   return copy(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-ZebStatus q7_zebiSet_8u_C1R(Zeb8u value, Zeb8u* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiSet_8u_C1R(Zeb8u value, Zeb8u* pDst, int dstStep, ZebiSize roiSize) {
   if (auto bad = fillable(pDst, dstStep, roiSize)) return bad;
   return fill(value, pDst, dstStep, roiSize, streamsImage(area(roiSize), 0x600000, 1));
 }
-ZebStatus q7_zebiSet_16s_C1R(Zeb16s value, Zeb16s* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiSet_16s_C1R(Zeb16s value, Zeb16s* pDst, int dstStep, ZebiSize roiSize) {
   if (auto bad = fillable(pDst, dstStep, roiSize)) return bad;
   return fill(value, pDst, dstStep, roiSize, streamsImage(area(roiSize), 0x300000, 2));
 }
-ZebStatus q7_zebiSet_32f_C1R(Zeb32f value, Zeb32f* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiSet_32f_C1R(Zeb32f value, Zeb32f* pDst, int dstStep, ZebiSize roiSize) {
   if (auto bad = fillable(pDst, dstStep, roiSize)) return bad;
   return fill(value, pDst, dstStep, roiSize, streamsImage(area(roiSize) * 4, 0x600000, 1));
 }
 
-ZebStatus q7_zebiConvert_16u32f_C1R(const Zeb16u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize) {
+ZebStatus zebiConvert_16u32f_C1R(const Zeb16u* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize) {
   if (auto bad = firstFailure(present(pSrc, pDst), hasArea(roiSize), require(srcStep >= 1, zebStsErrStep),
                               require(dstStep >= 1, zebStsErrStep)))
     return bad;

@@ -15,6 +15,6 @@ void detectProcessor() {
 
 }  // namespace zeb
 
-extern "C" __attribute__((constructor)) void q7_ownInitialise(void) {
+extern "C" __attribute__((constructor)) void ZEB_OWN(ownInitialise)(void) {
   zeb::detectProcessor();
 }

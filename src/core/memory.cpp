@@ -12,27 +12,27 @@ T* allocate(int count) {
 
 }  // namespace
 
-Zeb8u* q7_zebsMalloc_8u(int count) {
+Zeb8u* zebsMalloc_8u(int count) {
   return allocate<Zeb8u>(count);
 }
-Zeb16u* q7_zebsMalloc_16u(int count) {
+Zeb16u* zebsMalloc_16u(int count) {
   return allocate<Zeb16u>(count);
 }
-Zeb32s* q7_zebsMalloc_32s(int count) {
+Zeb32s* zebsMalloc_32s(int count) {
   return allocate<Zeb32s>(count);
 }
-Zeb32f* q7_zebsMalloc_32f(int count) {
+Zeb32f* zebsMalloc_32f(int count) {
   return allocate<Zeb32f>(count);
 }
-void q7_zebsFree(void* pointer) {
+void zebsFree(void* pointer) {
   zebFree(pointer);
 }
 
-int q7_owncvGetMaxNumThreads(void) {
+int owncvGetMaxNumThreads(void) {
   return 1;
 }
 
-int q7_owncvGetCacheSize(void) {
+int owncvGetCacheSize(void) {
   int size = 0;
   zebGetMaxCacheSizeB(&size);
   return size;

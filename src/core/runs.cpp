@@ -36,66 +36,66 @@ void maxEvery(const T* src, T* dst, int count) {
 
 }  // namespace
 
-void q7_zebsSet_8u(Zeb8u value, Zeb8u* pDst, int count) {
+void zebsSet_8u(Zeb8u value, Zeb8u* pDst, int count) {
   fill(value, pDst, count);
 }
-void q7_zebsSet_16s(Zeb16s value, Zeb16s* pDst, int count) {
+void zebsSet_16s(Zeb16s value, Zeb16s* pDst, int count) {
   fill(value, pDst, count);
 }
-void q7_zebsSet_32s(Zeb32s value, Zeb32s* pDst, int count) {
+void zebsSet_32s(Zeb32s value, Zeb32s* pDst, int count) {
   fill(value, pDst, count);
 }
-void q7_zebsSet_32f(Zeb32f value, Zeb32f* pDst, int count) {
+void zebsSet_32f(Zeb32f value, Zeb32f* pDst, int count) {
   fill(value, pDst, count);
 }
-void q7_zebsZero_8u(Zeb8u* pDst, int count) {
+void zebsZero_8u(Zeb8u* pDst, int count) {
   fill(Zeb8u(0), pDst, count);
 }
-void q7_zebsZero_16s(Zeb16s* pDst, int count) {
+void zebsZero_16s(Zeb16s* pDst, int count) {
   fill(Zeb16s(0), pDst, count);
 }
-void q7_zebsZero_32s(Zeb32s* pDst, int count) {
+void zebsZero_32s(Zeb32s* pDst, int count) {
   fill(Zeb32s(0), pDst, count);
 }
-void q7_zebsZero_32f(Zeb32f* pDst, int count) {
+void zebsZero_32f(Zeb32f* pDst, int count) {
   fill(Zeb32f(0), pDst, count);
 }
 
-void q7_zebsCopy_8u(const Zeb8u* pSrc, Zeb8u* pDst, int count) {
+void zebsCopy_8u(const Zeb8u* pSrc, Zeb8u* pDst, int count) {
   copy(pSrc, pDst, count);
 }
-void q7_zebsCopy_16s(const Zeb16s* pSrc, Zeb16s* pDst, int count) {
+void zebsCopy_16s(const Zeb16s* pSrc, Zeb16s* pDst, int count) {
   copy(pSrc, pDst, count);
 }
-void q7_zebsCopy_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
+void zebsCopy_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
   copy(pSrc, pDst, count);
 }
 
-void q7_zebsMinEvery_8u(const Zeb8u* pSrc, Zeb8u* pSrcDst, int count) {
+void zebsMinEvery_8u(const Zeb8u* pSrc, Zeb8u* pSrcDst, int count) {
   minEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMinEvery_16u(const Zeb16u* pSrc, Zeb16u* pSrcDst, int count) {
+void zebsMinEvery_16u(const Zeb16u* pSrc, Zeb16u* pSrcDst, int count) {
   minEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMinEvery_32f(const Zeb32f* pSrc, Zeb32f* pSrcDst, int count) {
+void zebsMinEvery_32f(const Zeb32f* pSrc, Zeb32f* pSrcDst, int count) {
   minEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMinEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
+void zebsMinEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
   minEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMaxEvery_8u(const Zeb8u* pSrc, Zeb8u* pSrcDst, int count) {
+void zebsMaxEvery_8u(const Zeb8u* pSrc, Zeb8u* pSrcDst, int count) {
   maxEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMaxEvery_16u(const Zeb16u* pSrc, Zeb16u* pSrcDst, int count) {
+void zebsMaxEvery_16u(const Zeb16u* pSrc, Zeb16u* pSrcDst, int count) {
   maxEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMaxEvery_32f(const Zeb32f* pSrc, Zeb32f* pSrcDst, int count) {
+void zebsMaxEvery_32f(const Zeb32f* pSrc, Zeb32f* pSrcDst, int count) {
   maxEvery(pSrc, pSrcDst, count);
 }
-void q7_zebsMaxEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
+void zebsMaxEvery_64f(const Zeb64f* pSrc, Zeb64f* pSrcDst, int count) {
   maxEvery(pSrc, pSrcDst, count);
 }
 
-void q7_zebsSqrt_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
+void zebsSqrt_32f(const Zeb32f* pSrc, Zeb32f* pDst, int count) {
   mapRow([](V32f a) ZEB_BODY { return sqrt(a); }, pDst, count, pSrc);
 }

@@ -3,9 +3,6 @@
 
 #include "core/entry.h"
 
-#define ZEB_TEXT(x) #x
-#define ZEB_NUMBER_TEXT(x) ZEB_TEXT(x)
-
 namespace {
 
 const ZebLibraryVersion libraryVersion = {
@@ -13,22 +10,21 @@ const ZebLibraryVersion libraryVersion = {
     ZEBCV_MINOR,
     ZEBCV_UPDATE,
     ZEBCV_REVISION,
-    {'q', '7', 0, 0},
-    "zebCV AVX2 (q7)",
-    ZEB_NUMBER_TEXT(ZEBCV_MAJOR) "." ZEB_NUMBER_TEXT(ZEBCV_MINOR) "." ZEB_NUMBER_TEXT(
-        ZEBCV_UPDATE) " (r" ZEB_NUMBER_TEXT(ZEBCV_REVISION) ")",
+    ZEB_TEXT(ZEB_VARIANT),
+    "zebCV AVX2 (" ZEB_TEXT(ZEB_VARIANT) ")",
+    ZEB_TEXT(ZEBCV_MAJOR) "." ZEB_TEXT(ZEBCV_MINOR) "." ZEB_TEXT(ZEBCV_UPDATE) " (r" ZEB_TEXT(ZEBCV_REVISION) ")",
     ZEBCV_BUILD_DATE,
 };
 
-static_assert(offsetof(ZebLibraryVersion, targetCpu) == 16 && offsetof(ZebLibraryVersion, Name) == 20 &&
-                  sizeof(ZebLibraryVersion) == 20 + 3 * sizeof(void*),
+static_assert(offsetof(ZebLibraryVersion, targetCpu) == 16 &&
+                  (zeb::widePointers || (offsetof(ZebLibraryVersion, Name) == 20 && sizeof(ZebLibraryVersion) == 32)),
               "the version record is part of the binary contract");
 
 }  // namespace
 
 extern "C" {
-extern decltype(zebcvGetLibVersion) q7_zebcvGetLibVersion;
+extern decltype(zebcvGetLibVersion) ZEB_OWN(zebcvGetLibVersion);
 }
-extern "C" __attribute__((visibility("hidden"))) const ZebLibraryVersion* q7_zebcvGetLibVersion(void) {
+extern "C" __attribute__((visibility("hidden"))) const ZebLibraryVersion* ZEB_OWN(zebcvGetLibVersion)(void) {
   return &libraryVersion;
 }

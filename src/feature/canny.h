@@ -34,7 +34,7 @@ inline int64_t cannyMapBytes(ZebiSize roi) {
 inline CannyMap takeCannyMap(Scratch& scratch, ZebiSize roi) {
   const int64_t bytes = cannyMapBytes(roi);
   Zeb8u* map = scratch.take<Zeb8u>(bytes, 1);
-  q7_zebsZero_8u(map, static_cast<int>(bytes));
+  zebsZero_8u(map, static_cast<int>(bytes));
   return {map + roi.width + 3, roi.width + 2};
 }
 

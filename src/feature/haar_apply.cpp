@@ -216,14 +216,14 @@ ZebStatus apply(const Call<S, N>& call, Row row) {
   Offsets* offsets = nullptr;
   if (call.pState->rectangles > 0) {
     if (call.pState->rectangles > INT32_MAX / static_cast<int>(sizeof(Offsets))) return zebStsErrMemAlloc;
-    offsets = reinterpret_cast<Offsets*>(q7_zebsMalloc_32s(4 * call.pState->rectangles));
+    offsets = reinterpret_cast<Offsets*>(zebsMalloc_32s(4 * call.pState->rectangles));
     if (!offsets) return zebStsErrMemAlloc;
     fillOffsets(*call.pState, call.mixed, call.srcStep / 4, call.tiltStep / 4, offsets);
   }
   int count = 0;
   for (int y = 0; y < call.roi.height; ++y)
     count += row(Tables<S>{{src.rows()[y], tilt.rows()[y]}}, norm.rows()[y], mask.rows()[y], offsets);
-  q7_zebsFree(offsets);
+  zebsFree(offsets);
   *call.pPositive = count;
   return zebStsOk;
 }

@@ -176,7 +176,7 @@ ZebStatus release(ZebiHaarClassifier* pState) {
   if (auto bad = present(pState)) return bad;
   if (auto bad = isStage(pState)) return bad;
   pState->classifiers = nullptr;
-  q7_zebsFree(pState);
+  zebsFree(pState);
   return zebStsOk;
 }
 

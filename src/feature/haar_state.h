@@ -4,6 +4,7 @@
 #include <stddef.h>
 
 #include "core/checks.h"
+#include "core/variant.h"
 #include "zebcv.h"
 
 namespace zeb {
@@ -60,8 +61,10 @@ inline ZebStatus isStage(const ZebiHaarClassifier* state) {
 
 }  // namespace zeb
 
-static_assert(sizeof(ZebiHaarClassifier) == 48 && offsetof(ZebiHaarClassifier, tilt) == 28 &&
-                  offsetof(ZebiHaarClassifier, firstWeightsAreMinusOne) == 44,
+static_assert(zeb::widePointers || (sizeof(ZebiHaarClassifier) == 48 && offsetof(ZebiHaarClassifier, tilt) == 28 &&
+                                    offsetof(ZebiHaarClassifier, firstWeightsAreMinusOne) == 44),
               "twelve words");
-static_assert(sizeof(zeb::HaarClassifierRecord) == 24 && offsetof(zeb::HaarClassifierRecord, index) == 20, "six words");
+static_assert(zeb::widePointers ||
+                  (sizeof(zeb::HaarClassifierRecord) == 24 && offsetof(zeb::HaarClassifierRecord, index) == 20),
+              "six words");
 static_assert(sizeof(zeb::HaarRectangle) == 36 && offsetof(zeb::HaarRectangle, weight) == 32, "nine words");

@@ -73,10 +73,10 @@ Workspace carve(Zeb8u* pBuffer, const Grid& grid, int maxLineCount) {
   Workspace work;
   for (auto& row : work.row) {
     row = scratch.take<Zeb32s>(grid.cells + 16, 4) + 8;
-    q7_zebsZero_32s(row - 8, grid.cells + 16);
+    zebsZero_32s(row - 8, grid.cells + 16);
   }
   work.second = scratch.take<Zeb32s>(grid.cells, 4);
-  q7_zebsZero_32s(work.second, grid.cells);
+  zebsZero_32s(work.second, grid.cells);
   work.lines = scratch.take<Line>(maxLineCount, 4);
   work.pixels = scratch.take<Zeb32s>(int64_t{grid.roi.width} * grid.roi.height, 4);
   return work;
@@ -190,7 +190,7 @@ struct Window {
 
 void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int listed,
                 int angle, const Direction d, Zeb32s* row) {
-  q7_zebsZero_32s(row, grid.cells);
+  zebsZero_32s(row, grid.cells);
   if (angle < window.firstAngle || angle > window.lastAngle) return;
   if (listed >= 0) {
     voteListed(work.pixels, listed, d, grid, row, work.second);
@@ -203,8 +203,8 @@ void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, 
   } else {
     voteImage(src, d, grid, row);
   }
-  q7_zebsZero_32s(row, window.firstCell);
-  if (window.lastCell < grid.cells - 1) q7_zebsZero_32s(row + window.lastCell + 1, grid.cells - 1 - window.lastCell);
+  zebsZero_32s(row, window.firstCell);
+  if (window.lastCell < grid.cells - 1) zebsZero_32s(row + window.lastCell + 1, grid.cells - 1 - window.lastCell);
 }
 
 bool fits16(const Grid& grid) {
@@ -225,7 +225,7 @@ int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, co
     if (k + 1 < grid.angles)
       accumulate(src, grid, work, window, listed, k + 1, directions.next(), next);
     else
-      q7_zebsZero_32s(next, grid.cells);
+      zebsZero_32s(next, grid.cells);
     searchRow(previous, row, next, grid.cells, k, threshold, strongest);
     Zeb32s* oldest = previous;
     previous = row, row = next, next = oldest;

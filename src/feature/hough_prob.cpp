@@ -300,7 +300,7 @@ ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
                       normals(pSpec)};
   const int64_t maskBytes = maskStep(roiSize) * roiSize.height;
   Zeb8u* bits = pBuffer + (size - maskBytes);
-  q7_zebsZero_8u(bits, static_cast<int>(maskBytes));
+  zebsZero_8u(bits, static_cast<int>(maskBytes));
   EdgeMask mask(bits, roiSize);
   auto* list = reinterpret_cast<Anywhere<Zeb32s>*>(bits - 4 * static_cast<int64_t>(roiSize.width) * roiSize.height);
   const unsigned count = collect(Rows(pSrc, srcStep), roiSize, mask, list);

@@ -128,7 +128,8 @@ void setsRow(const Step<T>* steps, int count, ptrdiff_t n) {
 int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes, ZebiSize mask) {
   return ColumnPlan::roomFor(mask) +
          boundedProduct(plan.sets, scratchStrideBound(width + plan.right - plan.left, pixelBytes)) +
-         int64_t(sizeof(Step<Zeb8u>)) * plan.taps + 4 * (int64_t(plan.columns) + mask.height) + 96;
+         int64_t(sizeof(Step<Zeb8u>)) * plan.taps +
+         static_cast<int64_t>(sizeof(void*)) * (int64_t(plan.columns) + mask.height) + 96;
 }
 
 template <class Op>

@@ -25,8 +25,8 @@ namespace {
 
 using namespace zeb;
 
-constexpr int recordBytes = 32;
-static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphAdvState) == recordBytes);
+constexpr int recordBytes = sizeof(ZebiMorphAdvState);
+static_assert(zeb::widePointers || recordBytes == 32);
 
 int64_t upTo32(int64_t n) {
   return (n + 31) & ~int64_t(31);
@@ -88,7 +88,7 @@ ZebStatus release(ZebiMorphAdvState* state) {
   if (auto bad = firstFailure(isOfKind(state->id, StateKind::morphAdvanced),
                               require(state->image != nullptr, zebStsErrContextMatch)))
     return bad;
-  q7_zebsFree(state->image);
+  zebsFree(state->image);
   releaseState(state->dilate, state->dilate->id);
   releaseState(state->erode, state->erode->id);
   releaseState(state, state->id);
@@ -115,9 +115,9 @@ ZebStatus initAlloc(MorphKind kind, ZebiMorphAdvState** ppState, ZebiSize roi, c
     if (state == nullptr) status = zebStsErrMemAlloc;
   }
   if (status != zebStsOk) {
-    if (made.image != nullptr) q7_zebsFree(made.image);
-    if (made.dilate != nullptr) q7_zebsFree(made.dilate);
-    if (made.erode != nullptr) q7_zebsFree(made.erode);
+    if (made.image != nullptr) zebsFree(made.image);
+    if (made.dilate != nullptr) zebsFree(made.dilate);
+    if (made.erode != nullptr) zebsFree(made.erode);
     return status;
   }
   *state = made;

@@ -15,7 +15,7 @@ struct ZebiMorphGrayState {
   int anchorX, anchorY;
   int roiWidth, roiHeight;
 };
-static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphGrayState) == 28);
+static_assert(zeb::widePointers || sizeof(ZebiMorphGrayState) == 28);
 
 namespace {
 
@@ -176,7 +176,7 @@ ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize 
 // ---- States ----
 
 int64_t stateBytes(ZebiSize mask) {
-  return 4 * int64_t(mask.width) * mask.height + 28;
+  return 4 * int64_t(mask.width) * mask.height + static_cast<int64_t>(sizeof(ZebiMorphGrayState));
 }
 
 template <class W>
@@ -222,7 +222,7 @@ ZebStatus release(ZebiMorphGrayState* pState) {
   if (auto bad = present(pState)) return bad;
   if (auto bad = isGrayState(*pState)) return bad;
   pState->weights = nullptr;
-  q7_zebsFree(pState);
+  zebsFree(pState);
   return zebStsOk;
 }
 

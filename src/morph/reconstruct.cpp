@@ -290,7 +290,7 @@ class Reconstruction {
 
   void run() {
     const int h = size_.height;
-    q7_zebsSet_8u(aboveChanged | belowChanged, flags_, h);
+    zebsSet_8u(aboveChanged | belowChanged, flags_, h);
     for (int y = 0; y < h; ++y) {
       flags_[y] = belowChanged;
       closeRow<Op, eight>(marker_[y], mask_[y], y > 0 ? marker_[y - 1] : static_cast<T*>(nullptr), size_.width);

@@ -190,7 +190,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
     if (shape.reach[j] > left) left = shape.reach[j];
     if (r > right) right = r;
   }
-  SlidingRows<T>* rings = scratch.take<SlidingRows<T>>(lengths, alignof(int));
+  SlidingRows<T>* rings = scratch.take<SlidingRows<T>>(lengths, alignof(SlidingRows<T>));
   const T** taps = scratch.take<const T*>(shape.rows, alignof(const T*));
   const auto kept = [&](int j) {
     int first = 0;

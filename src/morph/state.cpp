@@ -231,14 +231,17 @@ int64_t maskBytes(ZebiSize mask) {
   return (boundedProduct(mask.width, mask.height) + 15) & ~int64_t(15);
 }
 
+// A set element of a mask as the paths list it: where it is, and the pointer that reads there.
+constexpr int64_t elementBytes = 8 + sizeof(void*);
+
 int64_t generalScratchSize(int64_t width, int pixelBytes, ZebiSize mask) {
   return boundedProduct(mask.height, scratchStrideBound(width + mask.width - 1, pixelBytes)) +
-         boundedProduct(12, boundedProduct(mask.width, mask.height)) + 96;
+         boundedProduct(elementBytes, boundedProduct(mask.width, mask.height)) + 96;
 }
 
 int64_t tightScratchSize(int64_t width, int pixelBytes, ZebiSize mask) {
   return boundedProduct(mask.height, boundedProduct(width + mask.width - 1, pixelBytes)) +
-         boundedProduct(12, boundedProduct(mask.width, mask.height)) + 16;
+         boundedProduct(elementBytes, boundedProduct(mask.width, mask.height)) + 16;
 }
 
 int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& shape) {
@@ -251,15 +254,16 @@ int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& 
     while (shape.lengthIndex[first] != j) ++first;
     rows += shape.height - shape.rowOffset[first];
   }
-  return boundedProduct(rows, scratchStrideBound(width + left + right, pixelBytes)) + 4 * int64_t(shape.rows) +
-         16 * int64_t(shape.lengths) + 96;
+  return boundedProduct(rows, scratchStrideBound(width + left + right, pixelBytes)) +
+         static_cast<int64_t>(sizeof(void*)) * shape.rows +
+         (8 + 2 * static_cast<int64_t>(sizeof(void*))) * shape.lengths + 96;
 }
 
 int64_t bitScratchSize(int64_t width, ZebiSize mask) {
   // Eight phases of every row of the mask, and lines for the fetched row, the windows along it and the result.
   return boundedProduct(8 * int64_t(mask.height) + 4,
                         scratchStrideBound(bytesOfBits(width + 2 * (int64_t(mask.width) - 1)) + 9, 1)) +
-         boundedProduct(12, boundedProduct(mask.width, mask.height)) + 96;
+         boundedProduct(elementBytes, boundedProduct(mask.width, mask.height)) + 96;
 }
 
 int64_t morphScratchSize(MorphKind kind, int roiWidth, ZebiSize mask) {
@@ -274,7 +278,8 @@ int64_t morphScratchSize(MorphKind kind, int roiWidth, ZebiSize mask) {
 int64_t morphStateSize(MorphKind kind, int roiWidth, ZebiSize mask) {
   const int64_t r = maskBytes(mask);
   if (kind.typeCode == typeCodeBits) return 3 * r + stateHeaderBytes;
-  return 33 * r + 16 * int64_t(mask.height) + 128 + morphScratchSize(kind, roiWidth, mask);
+  return 33 * r + 16 * int64_t(mask.height) + stateHeaderBytes + static_cast<int64_t>(sizeof(ZebiMorphShape)) +
+         morphScratchSize(kind, roiWidth, mask);
 }
 
 ZebStatus buildable(int roiWidth, ZebiSize mask, ZebiPoint anchor) {
@@ -343,7 +348,7 @@ ZebStatus newState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anc
       *state = made;
     }
   }
-  q7_zebsFree(room);
+  zebsFree(room);
   return status;
 }
 

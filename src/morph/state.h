@@ -4,6 +4,7 @@
 #include <stddef.h>
 
 #include "core/state_id.h"
+#include "core/variant.h"
 #include "filter/rank.h"
 #include "zebcv/morph.h"
 
@@ -45,12 +46,12 @@ struct ZebiMorphState {
 
 namespace zeb {
 
-constexpr int stateHeaderBytes = 80;
-static_assert(sizeof(void*) > 4 ||
-              (sizeof(ZebiMorphState) == stateHeaderBytes && offsetof(ZebiMorphState, width) == 20 &&
+constexpr int stateHeaderBytes = sizeof(ZebiMorphState);
+static_assert(zeb::widePointers ||
+              (stateHeaderBytes == 80 && offsetof(ZebiMorphState, width) == 20 &&
                offsetof(ZebiMorphState, rightReach) == 36 && offsetof(ZebiMorphState, scratchSize) == 48 &&
                offsetof(ZebiMorphState, shapeClass) == 68));
-static_assert(sizeof(void*) > 4 || sizeof(ZebiMorphShape) == 48);
+static_assert(zeb::widePointers || sizeof(ZebiMorphShape) == 48);
 
 // Element types as the state records them; bit-packed images have no data type of their own.
 constexpr int typeCodeBits = 0;
@@ -104,7 +105,7 @@ int64_t maskBytes(ZebiSize mask);
 int64_t morphScratchSize(MorphKind kind, int roiWidth, ZebiSize mask);
 // Of a state in the caller's memory.
 int64_t morphStateSize(MorphKind kind, int roiWidth, ZebiSize mask);
-// Of the rows of one path.
+// Of the rows of one path, and its lists of pointers.
 int64_t generalScratchSize(int64_t width, int pixelBytes, ZebiSize mask);
 int64_t tightScratchSize(int64_t width, int pixelBytes, ZebiSize mask);  // the same without a byte to spare
 int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& shape);

@@ -109,7 +109,7 @@ ZebStatus layerUp(const T* pSrc, int srcStep, ZebiSize srcSize, T* pDst, int dst
   Zeb8u* const block = allocateState(Enlarger<T, channels>::bytes(*pState, srcSize, dstSize));
   if (!block) return zebStsErrMemAlloc;
   Enlarger<T, channels>(*pState, src.rows(), srcSize, dstSize, block).run(dst.rows());
-  q7_zebsFree(block);
+  zebsFree(block);
   return zebStsOk;
 }
 

@@ -84,7 +84,7 @@ ZEB_ENTRY(zebiPyramidInitAlloc)(ZebiPyramid** ppPyr, int level, ZebiSize roiSize
   const int64_t levels =
       forEachLevel(roiSize, rate, int64_t{level} + 1, [=](int64_t i, ZebiSize size) { sizes[i] = size; });
   ZebiPyramid* const record = makeRecord(sizes, static_cast<int>(levels - 1), rate);
-  q7_zebsFree(sizes);
+  zebsFree(sizes);
   if (!record) return zebStsErrMemAlloc;
   *ppPyr = record;
   return zebStsOk;

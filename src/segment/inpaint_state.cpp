@@ -115,7 +115,7 @@ ZebStatus make(ZebiInpaintState** ppState, const Zeb8u* pMask, int maskStep, Zeb
   if (!block) return zebStsErrMemAlloc;
   Scratch scratch(block, bytes);
   InpaintState* const state = scratch.take<InpaintState>(1, 1);
-  Zeb8u* const work = q7_zebsMalloc_8u(static_cast<int>(temporary));
+  Zeb8u* const work = zebsMalloc_8u(static_cast<int>(temporary));
   if (!work) {
     releaseState(block, state->id);
     return zebStsErrMemAlloc;
@@ -129,8 +129,8 @@ ZebStatus make(ZebiInpaintState** ppState, const Zeb8u* pMask, int maskStep, Zeb
   fillWeights(*state);
   march(mask, Rows(t, roi.width * static_cast<int>(sizeof(Zeb32f))), roi, radius + 2, work);
   sortByDistance(mask, *state, work);
-  q7_zebsFree(work);
-  q7_zebsSet_32s(-1, rank, static_cast<int>(pixels));
+  zebsFree(work);
+  zebsSet_32s(-1, rank, static_cast<int>(pixels));
   for (int k = 0; k < masked; ++k) rank[state->order[k]] = k;
   *ppState = reinterpret_cast<ZebiInpaintState*>(state);
   return zebStsOk;

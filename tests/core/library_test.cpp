@@ -13,8 +13,8 @@ TEST(Library, VersionRecord) {
   const ZebLibraryVersion* v = zebcvGetLibVersion();
   ASSERT_NE(v, nullptr);
   EXPECT_EQ(v, zebcvGetLibVersion());
-  EXPECT_EQ(memcmp(v->targetCpu, "q7\0\0", 4), 0);
-  EXPECT_STREQ(v->Name, "zebCV AVX2 (q7)");
+  EXPECT_EQ(memcmp(v->targetCpu, ZEBCV_VARIANT "\0", 4), 0);
+  EXPECT_STREQ(v->Name, "zebCV AVX2 (" ZEBCV_VARIANT ")");
   char text[64];
   snprintf(text, sizeof(text), "%d.%d.%d (r%d)", v->major, v->minor, v->majorBuild, v->build);
   EXPECT_STREQ(v->Version, text);

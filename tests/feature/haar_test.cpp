@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "support/image.h"
+#include "support/record.h"
 #include "support/zebcore_double.h"
 
 namespace {
@@ -74,33 +75,32 @@ TEST(Haar, StateLayout) {
   stage.weights = {-1.5f, 1, 1, -1, 2, -1, -1.25f, 3};
   stage.thresholds = {10, 20, 30, 40}, stage.values1 = {1, 2, 3, 4}, stage.values2 = {5, 6, 7, 8};
   ZebiHaarClassifier* state = build(stage);
-  EXPECT_EQ(core.lastLength, 48 + 24 * 4 + 36 * 8);
-  const auto* words = reinterpret_cast<const int*>(state);
+  const Record head = haarStage(state);
+  EXPECT_EQ(core.lastLength, static_cast<int64_t>(head.bytes() + haarClassifier(nullptr).bytes() * 4 + 36 * 8));
   const auto word = [](const void* p, int i) {
     int v;
     memcpy(&v, static_cast<const char*>(p) + 4 * i, 4);
     return v;
   };
-  EXPECT_EQ(words[0], 4);
-  EXPECT_EQ(words[1], 8);
-  EXPECT_EQ(words[3], 2);  // least x
-  EXPECT_EQ(words[4], 2);  // least y
-  EXPECT_EQ(words[7], 0);  // tilt
-  EXPECT_EQ(words[8], 2);  // pairs
-  EXPECT_EQ(words[9], 3);  // pairs and triples
-  EXPECT_EQ(words[10], 8);
-  EXPECT_EQ(words[11], 1);  // all first weights truncate to -1
-  const char* records = reinterpret_cast<const char*>(words[2]);
+  EXPECT_EQ(head.word(0), 4);
+  EXPECT_EQ(head.word(1), 8);
+  EXPECT_EQ(head.word(3), 2);  // least x
+  EXPECT_EQ(head.word(4), 2);  // least y
+  EXPECT_EQ(head.word(7), 0);  // tilt
+  EXPECT_EQ(head.word(8), 2);  // pairs
+  EXPECT_EQ(head.word(9), 3);  // pairs and triples
+  EXPECT_EQ(head.word(10), 8);
+  EXPECT_EQ(head.word(11), 1);  // all first weights truncate to -1
+  const void* next = head.pointer<void>(2);
   const int order[] = {1, 3, 0, 2};
   for (int i = 0; i < 4; ++i) {
-    const char* record = records + 24 * i;
     const int from = order[i];
-    EXPECT_EQ(word(record, 0), stage.counts[from]);
-    Zeb32f threshold;
-    memcpy(&threshold, record + 8, 4);
-    EXPECT_EQ(threshold, stage.thresholds[from]);
-    EXPECT_EQ(word(record, 5), from << 8);
-    const char* rectangle = reinterpret_cast<const char*>(word(record, 1));
+    const Record record = haarClassifier(next);
+    next = record.end();
+    EXPECT_EQ(record.word(0), stage.counts[from]);
+    EXPECT_EQ(record.word<Zeb32f>(2), stage.thresholds[from]);
+    EXPECT_EQ(record.word(5), from << 8);
+    const char* rectangle = record.pointer<char>(1);
     const ZebiRect& f = stage.features[stage.firstFeature(from)];
     const int corners[8] = {f.x + f.width, f.y + f.height, f.x, f.y + f.height, f.x + f.width, f.y, f.x, f.y};
     for (int k = 0; k < 8; ++k) EXPECT_EQ(word(rectangle, k), corners[k]);
@@ -116,7 +116,7 @@ TEST(Haar, StateLayout) {
 
   stage.weights[6] = -2.0f;  // no longer truncates to -1
   state = build(stage);
-  EXPECT_EQ(reinterpret_cast<const int*>(state)[11], 0);
+  EXPECT_EQ(haarStage(state).word(11), 0);
   zebiHaarClassifierFree_32f(state);
   EXPECT_EQ(core.liveBlocks, 0);
 }
@@ -142,9 +142,9 @@ TEST(Haar, WhatIsNotTilted) {
   const Zeb32f ones[] = {1, 1}, half[] = {0.5f, 0.5f}, values[] = {2, 2}, none[] = {0, 0};
   const int counts[] = {1, 1};
   ASSERT_EQ(zebiTiltedHaarClassifierInitAlloc_32f(&state, features, ones, half, none, values, counts, 2), zebStsOk);
-  const auto* records = reinterpret_cast<const int*>(state) + 12;
-  EXPECT_EQ(records[5], 0);
-  EXPECT_EQ(records[11], 1 << 8);
+  const Record first = haarClassifier(haarStage(state).end());
+  EXPECT_EQ(first.word(5), 0);
+  EXPECT_EQ(haarClassifier(first.end()).word(5), 1 << 8);
   const Image<Zeb32f> zeros(Plane<Zeb32f>(4, 4), {});
   Plane<Zeb32f> top(4, 4);
   top.at(1, 0) = 1;  // the top corner of both rectangles

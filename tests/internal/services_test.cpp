@@ -26,21 +26,21 @@ TEST(Initialiser, StoresTheVariantIndex) {
 TEST(Services, Allocation) {
   auto& core = zebcore();
   core.reset();
-  EXPECT_EQ(q7_zebsMalloc_32f(0), nullptr);
-  EXPECT_EQ(q7_zebsMalloc_32f(-5), nullptr);
-  EXPECT_EQ(q7_zebsMalloc_8u(-1), nullptr);
+  EXPECT_EQ(zebsMalloc_32f(0), nullptr);
+  EXPECT_EQ(zebsMalloc_32f(-5), nullptr);
+  EXPECT_EQ(zebsMalloc_8u(-1), nullptr);
   EXPECT_EQ(core.mallocCalls, 0);
   const auto allocates = [&](auto* p, int bytes) {
     EXPECT_NE(p, nullptr);
     EXPECT_EQ(core.lastLength, bytes);
-    q7_zebsFree(p);
+    zebsFree(p);
   };
-  allocates(q7_zebsMalloc_8u(7), 7);
-  allocates(q7_zebsMalloc_16u(7), 14);
-  allocates(q7_zebsMalloc_32s(7), 28);
-  allocates(q7_zebsMalloc_32f(7), 28);
+  allocates(zebsMalloc_8u(7), 7);
+  allocates(zebsMalloc_16u(7), 14);
+  allocates(zebsMalloc_32s(7), 28);
+  allocates(zebsMalloc_32f(7), 28);
   core.failMallocAt = 0;
-  EXPECT_EQ(q7_zebsMalloc_32s(1), nullptr);
+  EXPECT_EQ(zebsMalloc_32s(1), nullptr);
   EXPECT_EQ(core.liveBlocks, 0);
 }
 
@@ -48,8 +48,8 @@ TEST(Services, Questions) {
   auto& core = zebcore();
   core.reset();
   core.cacheSize = 12345;
-  EXPECT_EQ(q7_owncvGetCacheSize(), 12345);
-  EXPECT_EQ(q7_owncvGetMaxNumThreads(), 1);
+  EXPECT_EQ(owncvGetCacheSize(), 12345);
+  EXPECT_EQ(owncvGetMaxNumThreads(), 1);
 }
 
 // A fill at every small length and address, then at the lengths where the decision turns.
@@ -69,10 +69,10 @@ void fills(void (*set)(T, T*, int), void (*zero)(T*, int)) {
 }
 
 TEST(Services, Fills) {
-  fills<Zeb8u>(q7_zebsSet_8u, q7_zebsZero_8u);
-  fills<Zeb16s>(q7_zebsSet_16s, q7_zebsZero_16s);
-  fills<Zeb32s>(q7_zebsSet_32s, q7_zebsZero_32s);
-  fills<Zeb32f>(q7_zebsSet_32f, q7_zebsZero_32f);
+  fills<Zeb8u>(zebsSet_8u, zebsZero_8u);
+  fills<Zeb16s>(zebsSet_16s, zebsZero_16s);
+  fills<Zeb32s>(zebsSet_32s, zebsZero_32s);
+  fills<Zeb32f>(zebsSet_32f, zebsZero_32f);
 }
 
 // Large fills: when the cache size is asked, that the result is the same for either kind of store, and that a failing
@@ -88,11 +88,11 @@ TEST(Services, LargeFillsAskForTheCacheSize) {
   GuardedBytes bytes(threshold + 64, Place::odd, 3);
   Zeb8u* p = bytes.data();
   auto* p32 = reinterpret_cast<Zeb32s*>(p);
-  EXPECT_EQ(asks([&] { q7_zebsSet_8u(9, p, threshold); }), 0);
-  EXPECT_EQ(asks([&] { q7_zebsSet_8u(9, p, threshold + 1); }), 1);
-  EXPECT_EQ(asks([&] { q7_zebsZero_32s(p32, threshold / 4); }), 0);
-  EXPECT_EQ(asks([&] { q7_zebsSet_32s(9, p32, threshold / 4 + 1); }), 1);
-  EXPECT_EQ(asks([&] { q7_zebsZero_16s(reinterpret_cast<Zeb16s*>(p), threshold / 2 + 1); }), 1);
+  EXPECT_EQ(asks([&] { zebsSet_8u(9, p, threshold); }), 0);
+  EXPECT_EQ(asks([&] { zebsSet_8u(9, p, threshold + 1); }), 1);
+  EXPECT_EQ(asks([&] { zebsZero_32s(p32, threshold / 4); }), 0);
+  EXPECT_EQ(asks([&] { zebsSet_32s(9, p32, threshold / 4 + 1); }), 1);
+  EXPECT_EQ(asks([&] { zebsZero_16s(reinterpret_cast<Zeb16s*>(p), threshold / 2 + 1); }), 1);
 
   for (int offset : {0, 4, 36, 3}) {
     for (ZebStatus status : {zebStsOk, zebStsErr}) {
@@ -103,7 +103,7 @@ TEST(Services, LargeFillsAskForTheCacheSize) {
       memset(p, 0x11, bytes.size());
       const int room = static_cast<int>((p + bytes.size() - start) / 4);
       const int n = count < room - 1 ? count : room - 1;
-      q7_zebsSet_32s(0x01020304, reinterpret_cast<Zeb32s*>(start), n);
+      zebsSet_32s(0x01020304, reinterpret_cast<Zeb32s*>(start), n);
       EXPECT_EQ(core.cacheCalls, n * 4 > threshold ? 1 : 0);
       int wrong = 0;
       for (Zeb8u* q = p; q < p + bytes.size(); ++q) {
@@ -122,7 +122,7 @@ TEST(Services, TwoDimensionalFillsAskForTheCacheSize) {
   Image<Zeb8u> d(width, 2098, 1, {Place::odd, 0, 1});
   for (int height : {2097, 2098}) {  // on either side of 0x600000 bytes
     core.reset();
-    ASSERT_EQ(q7_zebiSet_8u_C1R(Zeb8u(height), d.pixels(), d.step(), {width, height}), zebStsOk);
+    ASSERT_EQ(zebiSet_8u_C1R(Zeb8u(height), d.pixels(), d.step(), {width, height}), zebStsOk);
     EXPECT_EQ(core.cacheCalls, height == 2098 ? 1 : 0);
     EXPECT_EQ(*d.pixels(0, 0), Zeb8u(height));
     EXPECT_EQ(*d.pixels(width - 1, height - 1), Zeb8u(height));
@@ -144,9 +144,9 @@ void copies(void (*copy)(const T*, T*, int)) {
 }
 
 TEST(Services, Copies) {
-  copies<Zeb8u>(q7_zebsCopy_8u);
-  copies<Zeb16s>(q7_zebsCopy_16s);
-  copies<Zeb32f>(q7_zebsCopy_32f);
+  copies<Zeb8u>(zebsCopy_8u);
+  copies<Zeb16s>(zebsCopy_16s);
+  copies<Zeb32f>(zebsCopy_32f);
 }
 
 template <class T>
@@ -166,10 +166,10 @@ void everyElement(void (*least)(const T*, T*, int), void (*most)(const T*, T*, i
 }
 
 TEST(Services, MinimumAndMaximum) {
-  everyElement<Zeb8u>(q7_zebsMinEvery_8u, q7_zebsMaxEvery_8u);
-  everyElement<Zeb16u>(q7_zebsMinEvery_16u, q7_zebsMaxEvery_16u);
-  everyElement<Zeb32f>(q7_zebsMinEvery_32f, q7_zebsMaxEvery_32f);
-  everyElement<Zeb64f>(q7_zebsMinEvery_64f, q7_zebsMaxEvery_64f);
+  everyElement<Zeb8u>(zebsMinEvery_8u, zebsMaxEvery_8u);
+  everyElement<Zeb16u>(zebsMinEvery_16u, zebsMaxEvery_16u);
+  everyElement<Zeb32f>(zebsMinEvery_32f, zebsMaxEvery_32f);
+  everyElement<Zeb64f>(zebsMinEvery_64f, zebsMaxEvery_64f);
 }
 
 TEST(Services, SquareRoot) {
@@ -178,7 +178,7 @@ TEST(Services, SquareRoot) {
     Image<Zeb32f> d(count, 1, 1, Layout::random<Zeb32f>(random), allContents[count % 8], random);
     auto want = d.plane();
     for (auto& v : want.data) v = std::sqrt(v);
-    q7_zebsSqrt_32f(d.pixels(), d.pixels(), count);
+    zebsSqrt_32f(d.pixels(), d.pixels(), count);
     ASSERT_TRUE(agree("square root", d, want));
   }
 }
@@ -203,9 +203,9 @@ void copyImage(const char* name, ZebStatus (*copy)(const T*, int, T*, int, ZebiS
 }
 
 TEST(Services, ImageCopies) {
-  copyImage("8u", q7_zebiCopy_8u_C1R);
-  copyImage("16s", q7_zebiCopy_16s_C1R);
-  copyImage("32f", q7_zebiCopy_32f_C1R);
+  copyImage("8u", zebiCopy_8u_C1R);
+  copyImage("16s", zebiCopy_16s_C1R);
+  copyImage("32f", zebiCopy_32f_C1R);
 }
 
 TEST(Services, Convert16uToFloat) {
@@ -219,9 +219,9 @@ TEST(Services, Convert16uToFloat) {
     const auto from = s.plane();
     for (size_t i = 0; i < want.data.size(); ++i) want.data[i] = from.data[i];
     core.reset();
-    ASSERT_EQ(q7_zebiConvert_16u32f_C1R(s.pixels(), s.step(), d.pixels(), d.step(), d.size()), zebStsOk);
+    ASSERT_EQ(zebiConvert_16u32f_C1R(s.pixels(), s.step(), d.pixels(), d.step(), d.size()), zebStsOk);
     EXPECT_EQ(core.cacheCalls, height == 300 ? 1 : 0);
-    ASSERT_TRUE(agree("q7_zebiConvert_16u32f_C1R", d, want));
+    ASSERT_TRUE(agree("zebiConvert_16u32f_C1R", d, want));
   }
 }
 

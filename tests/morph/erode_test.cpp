@@ -1,5 +1,6 @@
 #include "reference/morph.h"
 #include "support/compare.h"
+#include "support/record.h"
 
 namespace {
 
@@ -77,11 +78,6 @@ TEST(Erode, StripsOfColumns) {
 
 // ---- The state ----
 
-struct Words {
-  unsigned w[18];
-  explicit Words(const void* state) { memcpy(w, state, sizeof w); }
-};
-
 TEST(Morphology, StateHeader) {
   struct Expected {
     int width, height;
@@ -114,33 +110,33 @@ TEST(Morphology, StateHeader) {
     ZebiMorphState* state = nullptr;
     const ZebiSize size{c.width, c.height};
     ASSERT_EQ(zebiMorphologyInitAlloc_8u_C3R(50, mask.data(), size, {c.anchorX, c.anchorY}, &state), zebStsOk);
-    const Words h(state);
-    EXPECT_EQ(h.w[17], c.shape);
-    EXPECT_EQ(h.w[0] % 16, 0u);
-    EXPECT_EQ(memcmp(reinterpret_cast<const void*>(h.w[0]), mask.data(), mask.size()), 0);
+    const Record h = morphState(state);
+    EXPECT_EQ(h.word<unsigned>(17), c.shape);
+    EXPECT_EQ(h.address(0) % 16, 0u);
+    EXPECT_EQ(memcmp(h.pointer<void>(0), mask.data(), mask.size()), 0);
     const bool general = c.shape == 0;
-    EXPECT_EQ(h.w[1] != 0, general);
-    EXPECT_EQ(h.w[2] != 0, general);
-    EXPECT_NE(h.w[3], 0u);
-    EXPECT_EQ(h.w[4] != 0, !general);
-    EXPECT_EQ(h.w[5], c.headWidth);
-    EXPECT_EQ(h.w[6], c.headHeight);
-    EXPECT_EQ(static_cast<int>(h.w[7]), c.headX);
-    EXPECT_EQ(static_cast<int>(h.w[8]), c.headY);
-    EXPECT_EQ(h.w[9], c.rightReach);
-    EXPECT_EQ(h.w[10], c.lowerReach);
-    EXPECT_EQ(h.w[11], c.lengths);
+    EXPECT_EQ(h.address(1) != 0, general);
+    EXPECT_EQ(h.address(2) != 0, general);
+    EXPECT_NE(h.address(3), 0u);
+    EXPECT_EQ(h.address(4) != 0, !general);
+    EXPECT_EQ(h.word<unsigned>(5), c.headWidth);
+    EXPECT_EQ(h.word<unsigned>(6), c.headHeight);
+    EXPECT_EQ(h.word(7), c.headX);
+    EXPECT_EQ(h.word(8), c.headY);
+    EXPECT_EQ(h.word<unsigned>(9), c.rightReach);
+    EXPECT_EQ(h.word<unsigned>(10), c.lowerReach);
+    EXPECT_EQ(h.word<unsigned>(11), c.lengths);
     if (c.shape == 2) {
-      EXPECT_EQ(h.w[12], (c.headHeight * c.lengths + 1) * (50 * 3 + 32) + 20 * c.headHeight + 36);
+      EXPECT_EQ(h.word<unsigned>(12), (c.headHeight * c.lengths + 1) * (50 * 3 + 32) + 20 * c.headHeight + 36);
     }
-    EXPECT_EQ(h.w[13], 1u);
-    EXPECT_EQ(h.w[14], 3u);
-    EXPECT_EQ(h.w[15], 50u);
-    EXPECT_EQ(h.w[16], 0xFFFFFFFFu);
+    EXPECT_EQ(h.word<unsigned>(13), 1u);
+    EXPECT_EQ(h.word<unsigned>(14), 3u);
+    EXPECT_EQ(h.word<unsigned>(15), 50u);
+    EXPECT_EQ(h.word<unsigned>(16), 0xFFFFFFFFu);
     for (size_t i = 0; general && i < mask.size(); ++i)
       for (int k = 0; k < 16; ++k) {
-        EXPECT_EQ(reinterpret_cast<const Zeb8u*>(h.w[1])[16 * i + k], mask[i] ? 0 : 0xFF);
-        EXPECT_EQ(reinterpret_cast<const Zeb8u*>(h.w[2])[16 * i + k], mask[i] ? 0xFF : 0);
+        EXPECT_EQ(h.pointer<Zeb8u>(1)[16 * i + k], mask[i] ? 0 : 0xFF);
+        EXPECT_EQ(h.pointer<Zeb8u>(2)[16 * i + k], mask[i] ? 0xFF : 0);
       }
     zebiMorphologyFree(state);
   }
@@ -151,13 +147,13 @@ TEST(Morphology, ShapeRecord) {
   const Zeb8u cross[] = {0, 1, 0, 1, 1, 1, 0, 1, 0};
   ZebiMorphState* state = nullptr;
   ASSERT_EQ(zebiMorphologyInitAlloc_32f_C1R(20, cross, {3, 3}, {1, 1}, &state), zebStsOk);
-  const unsigned* record = reinterpret_cast<const unsigned*>(Words(state).w[4]);
+  const Record record = morphShape(morphState(state).pointer<void>(4));
   const unsigned head[] = {3, 3, 1, 1, 0, 0, 3, 2};
-  for (int i = 0; i < 8; ++i) EXPECT_EQ(record[i], head[i]) << i;
+  for (size_t i = 0; i < 8; ++i) EXPECT_EQ(record.word<unsigned>(i), head[i]) << i;
   const int lists[4][3] = {{0, 1, 2}, {1, 0, 1}, {3, 1, 0}, {1, 0, 0}};
-  for (int list = 0; list < 4; ++list)
+  for (size_t list = 0; list < 4; ++list)
     for (int i = 0; i < (list < 2 ? 3 : 2); ++i)
-      EXPECT_EQ(reinterpret_cast<const int*>(record[8 + list])[i], lists[list][i]) << list << " " << i;
+      EXPECT_EQ(record.pointer<int>(8 + list)[i], lists[list][i]) << list << " " << i;
   zebiMorphologyFree(state);
 }
 
@@ -168,12 +164,12 @@ TEST(Morphology, FloatThresholdsAndTables) {
     mask.front() = 0;
     ZebiMorphState* state = nullptr;
     EXPECT_EQ(initAlloc(10, mask.data(), size, ZebiPoint{size.width / 2, size.height / 2}, &state), zebStsOk);
-    const unsigned shape = Words(state).w[17];
+    const unsigned shape = morphState(state).word<unsigned>(17);
     if (shape == 0) {
-      const float* erode = reinterpret_cast<const float*>(Words(state).w[1]);
+      const float* erode = morphState(state).pointer<float>(1);
       EXPECT_EQ(erode[0], std::numeric_limits<float>::max());
       EXPECT_EQ(erode[4], std::numeric_limits<float>::lowest());
-      EXPECT_EQ(reinterpret_cast<const float*>(Words(state).w[2])[7], std::numeric_limits<float>::max());
+      EXPECT_EQ(morphState(state).pointer<float>(2)[7], std::numeric_limits<float>::max());
     }
     zebiMorphologyFree(state);
     return shape;
@@ -193,17 +189,17 @@ TEST(Morphology, WordsOfFormulas) {
   mask[0] = 0;
   ZebiMorphState* state = nullptr;
   ASSERT_EQ(zebiMorphologyInitAlloc_32f_C1R(1, mask.data(), {61, 2}, {30, 0}, &state), zebStsOk);
-  const Words wide(state);
-  EXPECT_EQ(wide.w[17], 2u);
-  EXPECT_EQ(wide.w[12], (2u * 2 + 1) * (1 * 4 + 32) + 20 * 2 + 36);
+  const Record wide = morphState(state);
+  EXPECT_EQ(wide.word<unsigned>(17), 2u);
+  EXPECT_EQ(wide.word<unsigned>(12), (2u * 2 + 1) * (1 * 4 + 32) + 20 * 2 + 36);
   EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
   int spec = 0, buffer = 0;
   ASSERT_EQ(zebiMorphologyBorderGetSize_1u_C1R(9, {61, 2}, &spec, &buffer), zebStsOk);
   const Scratch bits(spec), scratch(buffer);
   ASSERT_EQ(zebiMorphologyBorderInit_1u_C1R(9, mask.data(), {61, 2}, stateIn(bits), scratch.get()), zebStsOk);
-  const Words packed(bits.get());
-  EXPECT_EQ(packed.w[9], 30u);
-  EXPECT_EQ(packed.w[10], 1u);
+  const Record packed = morphState(bits.get());
+  EXPECT_EQ(packed.word<unsigned>(9), 30u);
+  EXPECT_EQ(packed.word<unsigned>(10), 1u);
 }
 
 TEST(Morphology, SizesFollowTheFormula) {
@@ -212,11 +208,12 @@ TEST(Morphology, SizesFollowTheFormula) {
   ASSERT_EQ(zebiMorphologyGetSize_8u_C3R(100, mask, {5, 7}, &state), zebStsOk);
   ASSERT_EQ(zebiMorphologyBorderGetSize_8u_C3R(100, {5, 7}, &spec, &buffer), zebStsOk);
   EXPECT_EQ(state, spec);
-  EXPECT_EQ(spec, 33 * 48 + 16 * 7 + 128 + buffer);
+  const int headers = static_cast<int>(morphState(nullptr).bytes() + morphShape(nullptr).bytes());
+  EXPECT_EQ(spec, 33 * 48 + 16 * 7 + headers + buffer);
   // This mask's ellipse term is the largest.
   EXPECT_EQ(buffer, (7 * 7 + 1) * (100 * 3 + 32) + 20 * 7 + 36 + 176 + 48 + ((16 * 7 + 63) & ~15));
   ASSERT_EQ(zebiMorphologyBorderGetSize_1u_C1R(100, {5, 7}, &spec, &buffer), zebStsOk);
-  EXPECT_EQ(spec, 3 * 48 + 80);
+  EXPECT_EQ(spec, 3 * 48 + static_cast<int>(morphState(nullptr).bytes()));
   int untouched = 77;
   EXPECT_EQ(zebiMorphologyGetSize_32f_C4R(0x7FFFFFFF, mask, {5, 7}, &untouched), zebStsErrOverflow);
   EXPECT_EQ(zebiMorphologyBorderGetSize_1u_C1R(5, {0x7FFFFFFF, 0x7FFFFFFF}, &untouched, &untouched), zebStsErrOverflow);

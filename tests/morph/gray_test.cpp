@@ -1,6 +1,7 @@
 #include "reference/gray.h"
 
 #include "support/compare.h"
+#include "support/record.h"
 
 namespace {
 
@@ -59,14 +60,14 @@ TEST(MorphGray, StateHeader) {
   const Zeb32s weights[] = {1, 2, 3, 4, 5, 6};
   int size = 0;
   ASSERT_EQ(zebiMorphGrayGetSize_8u_C1R({13, 4}, weights, {3, 2}, &size), zebStsOk);
-  EXPECT_EQ(size, 4 * 3 * 2 + 28);
+  EXPECT_EQ(size, 4 * 3 * 2 + static_cast<int>(morphGrayState(nullptr).bytes()));
   EXPECT_EQ(zebiMorphGrayGetSize_8u_C1R({13, 4}, weights, {INT32_MAX, INT32_MAX}, &size), zebStsErrOverflow);
   ZebiMorphGrayState* state = nullptr;
   ASSERT_EQ(zebiMorphGrayInitAlloc_8u_C1R(&state, {13, 4}, weights, {3, 2}, {2, 0}), zebStsOk);
-  const unsigned* words = reinterpret_cast<const unsigned*>(state);
-  const unsigned head[] = {3, 2, 2, 0, 13, 4};
-  for (int i = 0; i < 6; ++i) EXPECT_EQ(words[1 + i], head[i]);
-  EXPECT_EQ(memcmp(reinterpret_cast<const void*>(words[0]), weights, sizeof weights), 0);
+  const Record record = morphGrayState(state);
+  const int head[] = {3, 2, 2, 0, 13, 4};
+  for (size_t i = 0; i < 6; ++i) EXPECT_EQ(record.word(1 + i), head[i]);
+  EXPECT_EQ(memcmp(record.pointer<void>(0), weights, sizeof weights), 0);
   Zeb8u pixels[70];
   for (const ZebiSize wide : {ZebiSize{14, 3}, ZebiSize{13, 5}})
     EXPECT_EQ(zebiGrayErodeBorder_8u_C1R(pixels, 14, pixels, 14, wide, zebBorderRepl, state), zebStsErrSize);

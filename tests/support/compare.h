@@ -19,6 +19,29 @@ bool same(T a, T b) {
   return memcmp(&a, &b, sizeof(T)) == 0;
 }
 
+// The results that a thread has seen so far as one number, the same wherever the same is computed. All values that are
+// not numbers count as one.
+class Digest {
+ public:
+  template <class T>
+  void add(T v) {
+    if constexpr (std::is_floating_point_v<T>) {
+      if (std::isnan(v)) v = std::numeric_limits<T>::quiet_NaN();
+    }
+    Zeb8u bytes[sizeof(T)];
+    memcpy(bytes, &v, sizeof(T));
+    for (const Zeb8u b : bytes) value_ = (value_ ^ b) * 0x100000001B3u;
+  }
+  uint64_t value() const { return value_; }
+
+ private:
+  uint64_t value_ = 0xCBF29CE484222325u;
+};
+inline Digest& digestOfResults() {
+  thread_local Digest digest;
+  return digest;
+}
+
 // Within an absolute tolerance; equal infinities pass, a value that is not a number meets only its like.
 template <class T>
 bool near(T a, T b, double tolerance) {
@@ -46,6 +69,7 @@ testing::AssertionResult agree(const ref::Plane<T>& got, const ref::Plane<T>& wa
   if (got.width != want.width || got.height != want.height || got.channels != want.channels)
     return testing::AssertionFailure() << "shapes differ: " << got.width << " x " << got.height << " x " << got.channels
                                        << " and " << want.width << " x " << want.height << " x " << want.channels;
+  for (const T v : got.data) digestOfResults().add(v);
   const auto differs = [&](int x, int y) {
     for (int c = 0; c < got.channels; ++c)
       if (!equal(got.at(x, y, c), want.at(x, y, c))) return true;

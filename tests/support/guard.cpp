@@ -9,6 +9,8 @@
 #include <map>
 #include <vector>
 
+#include "support/memcheck.h"
+
 namespace test {
 namespace {
 
@@ -117,6 +119,7 @@ bool GuardedBytes::intactMargins() const {
 void GuardedBytes::fillWithJunk() {
   const size_t before = static_cast<size_t>(data_ - pages_);
   fillJunk(before, before + size_);
+  holdsNothing(data_, size_);
 }
 
 size_t GuardedBytes::bytesFrom(const void* at) {
@@ -136,6 +139,7 @@ uint64_t GuardedBytes::digestOfAll() {
       digest = (digest ^ word) * 0x100000001B3u;
     }
   }
+  mayBeLookedAt(&digest, sizeof(digest));
   return digest;
 }
 

@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "support/memcheck.h"
+
 test::ZebcoreDouble& test::zebcore() {
   thread_local ZebcoreDouble state = [] {
     ZebcoreDouble first;
@@ -24,6 +26,7 @@ extern "C" void* zebMalloc(int length) {
   ++state.liveBlocks;
   memcpy(block, &length, sizeof(length));
   memset(block + 4, 0xCD, static_cast<size_t>(length));
+  test::holdsNothing(block + 4, static_cast<size_t>(length));
   return block + 4;
 }
 

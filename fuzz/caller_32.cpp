@@ -1,21 +1,12 @@
-#include "caller.h"
+// The call of 32-bit programs: all arguments are words on the stack.
+#include <vector>
 
-#include <emmintrin.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-#include <sys/mman.h>
+#include "painted_stack.h"
 
 namespace fuzz {
 namespace {
 
-// The stack is aligned to its size, so that it is found from any stack pointer in it: its first word tells the frame.
-// The page behind that word cannot be accessed.
-constexpr size_t stackBytes = 1 << 18, page = 4096, lowest = 2 * page, roomForArguments = 256;
 constexpr uint32_t junkEbx = 0xB0B1B2B3, junkEsi = 0x51525354, junkEdi = 0xD0D1D2D3;
-
-// Half of an even double, and of an odd one: signalling as floats in the even words, as doubles in pairs.
-constexpr uint32_t junkWords[4] = {0x7FB5A5A5, 0x7FF5A5A5, 0x7FB5A5A5, 0x7FF5A5A5};
 
 // Known to the assembly below by offsets.
 struct Frame {
@@ -117,51 +108,20 @@ fuzzCallFrame:
     .size fuzzCallFrame, . - fuzzCallFrame
 )");
 
-class Stack {
- public:
-  Stack() {
-    void* all = mmap(nullptr, 2 * stackBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    mapped_ = static_cast<uint8_t*>(all);
-    bytes_ = mapped_ + (stackBytes - reinterpret_cast<uintptr_t>(mapped_) % stackBytes);
-    if (all == MAP_FAILED || mprotect(bytes_ + page, page, PROT_NONE) != 0) {
-      perror("stack");
-      abort();
-    }
-    paint(bytes_ + lowest);
-  }
-  ~Stack() { munmap(mapped_, 2 * stackBytes); }
-  Stack(const Stack&) = delete;
-  Stack& operator=(const Stack&) = delete;
-
-  uint8_t* top() const { return bytes_ + stackBytes - roomForArguments; }
-  // The lowest byte that is not as it was painted, to 16 bytes.
-  uint8_t* deepest() const {
-    const __m128i paint = _mm_loadu_si128(reinterpret_cast<const __m128i*>(junkWords));
-    const auto* at = reinterpret_cast<const __m128i*>(bytes_ + lowest);
-    for (;; at += 4) {
-      const __m128i a = _mm_and_si128(_mm_cmpeq_epi32(at[0], paint), _mm_cmpeq_epi32(at[1], paint));
-      const __m128i b = _mm_and_si128(_mm_cmpeq_epi32(at[2], paint), _mm_cmpeq_epi32(at[3], paint));
-      if (_mm_movemask_epi8(_mm_and_si128(a, b)) != 0xFFFF) break;
-    }
-    while (memcmp(at, junkWords, sizeof(junkWords)) == 0) ++at;
-    return reinterpret_cast<uint8_t*>(const_cast<__m128i*>(at));
-  }
-  void paint(uint8_t* from) {
-    for (; from < bytes_ + stackBytes; from += sizeof(junkWords)) memcpy(from, junkWords, sizeof(junkWords));
-  }
-
- private:
-  uint8_t *mapped_, *bytes_;
-};
-
 }  // namespace
 
-Outcome callAtWorst(const void* function, const uint32_t* words, size_t count, size_t shift) {
-  thread_local Stack stack;
+Outcome callAtWorst(const void* function, const std::vector<Argument>& arguments, size_t shift) {
+  std::vector<uint32_t> words;
+  for (const Argument& a : arguments) {
+    uint32_t halves[4];
+    memcpy(halves, a.words, sizeof(halves));
+    words.insert(words.end(), halves, halves + a.bytes / sizeof(uint32_t));
+  }
+  thread_local PaintedStack stack;
   Frame f = {};
   f.function = function;
-  f.words = words;
-  f.count = count;
+  f.words = words.data();
+  f.count = words.size();
   f.stack = stack.top() + shift;
   f.avx = __builtin_cpu_supports("avx") != 0;
   memcpy(f.junk, junkWords, sizeof(junkWords));

@@ -1,0 +1,60 @@
+// The stack on which the calls of the drivers are made, for callers of either width.
+#pragma once
+
+#include <emmintrin.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+
+#include "caller.h"
+#include "support/memcheck.h"
+
+namespace fuzz {
+
+// The stack is aligned to its size, so that it is found from any stack pointer in it: its first word tells the frame.
+// The page behind that word cannot be accessed.
+constexpr size_t stackBytes = 1 << 18, page = 4096, lowest = 2 * page, roomForArguments = 512;
+
+// Half of an even double, and of an odd one: signalling as floats in the even words, as doubles in pairs.
+constexpr uint32_t junkWords[4] = {0x7FB5A5A5, 0x7FF5A5A5, 0x7FB5A5A5, 0x7FF5A5A5};
+
+class PaintedStack {
+ public:
+  PaintedStack() {
+    void* all = mmap(nullptr, 2 * stackBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    mapped_ = static_cast<uint8_t*>(all);
+    bytes_ = mapped_ + (stackBytes - reinterpret_cast<uintptr_t>(mapped_) % stackBytes);
+    if (all == MAP_FAILED || mprotect(bytes_ + page, page, PROT_NONE) != 0) {
+      perror("stack");
+      abort();
+    }
+    paint(bytes_ + lowest);
+  }
+  ~PaintedStack() { munmap(mapped_, 2 * stackBytes); }
+  PaintedStack(const PaintedStack&) = delete;
+  PaintedStack& operator=(const PaintedStack&) = delete;
+
+  uint8_t* top() const { return bytes_ + stackBytes - roomForArguments; }
+  // The lowest byte that is not as it was painted, to 16 bytes.
+  uint8_t* deepest() const {
+    test::mayBeLookedAt(bytes_ + lowest, stackBytes - lowest);
+    const __m128i paint = _mm_loadu_si128(reinterpret_cast<const __m128i*>(junkWords));
+    const auto* at = reinterpret_cast<const __m128i*>(bytes_ + lowest);
+    for (;; at += 4) {
+      const __m128i a = _mm_and_si128(_mm_cmpeq_epi32(at[0], paint), _mm_cmpeq_epi32(at[1], paint));
+      const __m128i b = _mm_and_si128(_mm_cmpeq_epi32(at[2], paint), _mm_cmpeq_epi32(at[3], paint));
+      if (_mm_movemask_epi8(_mm_and_si128(a, b)) != 0xFFFF) break;
+    }
+    while (memcmp(at, junkWords, sizeof(junkWords)) == 0) ++at;
+    return reinterpret_cast<uint8_t*>(const_cast<__m128i*>(at));
+  }
+  void paint(uint8_t* from) {
+    for (; from < bytes_ + stackBytes; from += sizeof(junkWords)) memcpy(from, junkWords, sizeof(junkWords));
+  }
+
+ private:
+  uint8_t *mapped_, *bytes_;
+};
+
+}  // namespace fuzz
