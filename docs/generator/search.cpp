@@ -95,10 +95,10 @@ const char searchBox[] =
     "<ol id=\"found\" hidden></ol></div>";
 
 const char searchStyle[] = R"(
-.filter { position: relative; flex: 0 1 22em; }
+.filter { flex: 1 1 12em; max-width: 24em; }
 .filter input { width: 100%; font: inherit; font-size: .9em; padding: .3rem .7rem; border: 1px solid var(--line);
   border-radius: 8px; background: var(--paper); color: var(--ink); }
-#found { position: absolute; right: 0; z-index: 2; width: min(38em, 92vw); max-height: 70vh; overflow-y: auto; margin: .3rem 0 0;
+#found { position: absolute; right: clamp(1rem, 4vw, 2.5rem); z-index: 2; width: min(44em, calc(100% - 2rem)); max-height: 70vh; overflow-y: auto; margin: .3rem 0 0;
   padding: .4rem 0; list-style: none; background: var(--card); border: 1px solid var(--line); border-radius: 8px;
   box-shadow: 0 8px 30px rgba(0, 0, 0, .18); font-size: .85em; }
 #found li { display: flex; justify-content: space-between; gap: 1rem; }

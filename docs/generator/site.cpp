@@ -21,9 +21,9 @@ using support::escaped;
 
 const char style[] = R"(
 header { border-bottom: 1px solid var(--line); background: var(--card); }
-header nav { display: flex; flex-wrap: wrap; gap: .4rem 1rem; justify-content: space-between; align-items: center; }
+header nav { position: relative; display: flex; flex-wrap: wrap; gap: .4rem 1rem; justify-content: space-between; align-items: center; }
 header nav, main, footer { max-width: 1080px; margin: auto; padding: .8rem clamp(1rem, 4vw, 2.5rem); }
-header nav > div > a { margin-right: 1.1rem; white-space: nowrap; display: inline-block; }
+header nav > div > a { margin-right: .9rem; white-space: nowrap; display: inline-block; }
 header a.here { color: var(--ink); font-weight: 600; }
 main { padding-top: 2rem; overflow-wrap: break-word; }
 main > p, main > ul { max-width: 46em; }
