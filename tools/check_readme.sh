@@ -64,7 +64,6 @@ inside() {
       echo "not run, for libc6:i386 does not install here: the lines that install the Debian packages"
       return
     fi
-    dpkg --remove-architecture i386
     rm -rf /usr/local/lib/libzeb* /usr/local/include/zeb* /usr/local/lib/pkgconfig/zebcv.pc && ldconfig
     run sh < <(block 'make package')
     return
