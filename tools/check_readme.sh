@@ -58,11 +58,12 @@ inside() {
   rm -f first first64
   if [ "$1" = packages ]; then
     dpkg --add-architecture i386
-    if ! { apt-get update -qq && apt-get -s install libc6:i386; } >/dev/null 2>&1; then
-      echo "not run, for there is no mirror with libc6:i386: the lines that install the Debian packages"
+    # A second architecture needs a mirror that has the same versions of both.
+    if ! timeout 180 sh -c 'apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq libc6:i386' \
+      >/dev/null 2>&1; then
+      echo "not run, for libc6:i386 does not install here: the lines that install the Debian packages"
       return
     fi
-    dpkg --remove-architecture i386
     rm -rf /usr/local/lib/libzeb* /usr/local/include/zeb* /usr/local/lib/pkgconfig/zebcv.pc && ldconfig
     run sh < <(block 'make package')
     return
