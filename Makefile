@@ -88,7 +88,7 @@ package: build/package$(W)/CMakeCache.txt
 	@cmake --build build/package$(W) -j$(JOBS)
 	@rm -f build/package$(W)/*.deb
 	@cd build/package$(W) && cpack > cpack.log || { cat cpack.log; exit 1; }
-	@tools/check_package.sh build/package$(W)
+	@tools/check_package.sh build/package$(W) $(WIDTH)
 
 # Writes what is new in the public headers into abi/; refuses what would break programs that are built already.
 baseline: build/release$(W)/CMakeCache.txt

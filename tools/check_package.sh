@@ -1,5 +1,5 @@
 #!/bin/sh
-# check_package.sh DIRECTORY: looks into the Debian packages there and uses what they hold.
+# check_package.sh DIRECTORY WIDTH: looks into the Debian packages there and uses what they hold.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 packages=$1
@@ -7,14 +7,19 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "$1" >&2; exit 1; }
 field() { dpkg-deb -f "$1" "$2"; }
+width=$2
+case $width in
+  32) architecture=i386 triplet=i386-linux-gnu variant=q7 ;;
+  64) architecture=amd64 triplet=x86_64-linux-gnu variant=x7 ;;
+esac
 
 version=$(sed -n 's/^project(zebcv VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
 major=${version%%.*}
-runtime=$packages/libzebcv${major}_${version}_i386.deb
-development=$packages/libzebcv-dev_${version}_i386.deb
+runtime=$packages/libzebcv${major}_${version}_$architecture.deb
+development=$packages/libzebcv-dev_${version}_$architecture.deb
 for package in "$runtime" "$development"; do
   [ -f "$package" ] || fail "no package $package"
-  [ "$(field "$package" Architecture)" = i386 ] || fail "$package is not for i386"
+  [ "$(field "$package" Architecture)" = $architecture ] || fail "$package is not for $architecture"
   [ "$(field "$package" Version)" = "$version" ] || fail "$package has another version"
   dpkg-deb -x "$package" "$work/$(basename "$package" .deb)"
   dpkg-deb --fsys-tarfile "$package" | tar -tv | grep -v ' root/root ' && fail "$package has files that are not root's"
@@ -23,9 +28,9 @@ done
 [ "$(field "$development" Depends)" = "libzebcv$major (= $version)" ] || fail "libzebcv-dev needs its own library only"
 
 # The runtime package: real files and SONAME links, nothing of a developer's. The other one: the rest.
-inside=$work/libzebcv${major}_${version}_i386/usr/lib/i386-linux-gnu
+inside=$work/libzebcv${major}_${version}_$architecture/usr/lib/$triplet
 listed=$(cd "$inside" && find . ! -type d | LC_ALL=C sort | tr '\n' ' ')
-[ "$listed" = "./libzebcore.so.$major ./libzebcore.so.$version ./libzebcvq7.so.$major ./libzebcvq7.so.$version " ] ||
+[ "$listed" = "./libzebcore.so.$major ./libzebcore.so.$version ./libzebcv$variant.so.$major ./libzebcv$variant.so.$version " ] ||
   fail "the runtime package holds: $listed"
 for library in "$inside"/*."$version"; do
   readelf -d "$library" | grep -qE 'RPATH|RUNPATH' && fail "$library has a search path"
@@ -40,6 +45,6 @@ used=$(readelf -VW "$inside"/*."$version" | grep -oE 'GLIBC_[0-9.]+' | sed 's/GL
 [ "$(field "$runtime" Depends)" = "libc6 (>= $used)" ] || fail "depends on $(field "$runtime" Depends), uses libc $used"
 
 mkdir "$work/tree"
-cp -a "$work/libzebcv${major}_${version}_i386/." "$work/libzebcv-dev_${version}_i386/." "$work/tree/"
-"$root/tools/check_consumer.sh" "$work/tree/usr" lib/i386-linux-gnu path 32
+cp -a "$work/libzebcv${major}_${version}_$architecture/." "$work/libzebcv-dev_${version}_$architecture/." "$work/tree/"
+"$root/tools/check_consumer.sh" "$work/tree/usr" lib/$triplet path "$width"
 echo "packages work: $(basename "$runtime") $(basename "$development")"
