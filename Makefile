@@ -28,14 +28,14 @@ setup:
 
 demo: build/release$(W)/CMakeCache.txt
 	@cmake --build build/release$(W) -j$(JOBS) --target zebcv tour
-	@build/release$(W)/bin/tour $(PHOTO)
+	@build/release$(W)/bin/tour $(if $(PHOTO),'$(PHOTO)')
 
 docs: build/release$(W)/CMakeCache.txt
 	@cmake --build build/release$(W) -j$(JOBS) --target docs
 
 test: build/release$(W)/CMakeCache.txt
 	@cmake --build build/release$(W) -j$(JOBS)
-	@ctest --test-dir build/release$(W) -j$(JOBS) --output-on-failure
+	@tools/run_tests.sh build/release$(W) -j$(JOBS)
 
 # WIDTH=both: the times of both widths side by side.
 bench: build/release$(W)/CMakeCache.txt
@@ -54,7 +54,7 @@ endif
 
 clang debug clang-debug sanitize: %: build/%$(W)/CMakeCache.txt
 	@cmake --build build/$@$(W) -j$(JOBS)
-	@ctest --test-dir build/$@$(W) -j$(JOBS) --output-on-failure
+	@tools/run_tests.sh build/$@$(W) -j$(JOBS)
 
 # What only 64 bits have room or tools for: the thread checker over what runs in several threads, and the memory checker.
 threads: build/threads64/CMakeCache.txt
@@ -82,7 +82,10 @@ fuzz: build/fuzz/CMakeCache.txt
 	done
 
 install: all
-	@DESTDIR=$(DESTDIR) cmake --install build/release$(W) --prefix $(PREFIX)
+	@DESTDIR='$(DESTDIR)' cmake --install build/release$(W) --prefix '$(PREFIX)' > build/install.log || { cat build/install.log; exit 1; }
+ifeq ($(DESTDIR),)
+	@tools/finish_install.sh '$(PREFIX)'
+endif
 
 package: build/package$(W)/CMakeCache.txt
 	@cmake --build build/package$(W) -j$(JOBS)

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "bench.h"
+#include "motion/tracker.h"
 #include "reference/flow.h"
 #include "reference/gauss_pyramid.h"
 #include "reference/history.h"
@@ -87,46 +88,49 @@ Work layerDown(const Scene& scene) {
 }
 
 // The photograph and the photograph moved by (3, 2); 1000 points on a grid.
-Work flow(const Scene& scene) {
+template <class T, class Down>
+Work flow(const Scene& scene, ZebDataType type, Down down, const test::Tracker<T>& tracker) {
   constexpr int levels = 4, window = 11, moveX = 3, moveY = 2;
   struct State {
     ZebiPyramid* pyramids[2] = {};
     ZebiOptFlowPyrLKState* tracker = nullptr;
-    Image<Zeb8u> images[2][levels];
+    Image<T> images[2][levels];
     std::vector<ZebiPoint_32f> prev, next;
     std::vector<Zeb8s> status;
     std::vector<Zeb32f> error;
+    ZebStatus (*release)(ZebiOptFlowPyrLKState*) = nullptr;
     ~State() {
       for (ZebiPyramid* pyramid : pyramids) zebiPyramidFree(pyramid);
-      zebiOpticalFlowPyrLKFree_8u_C1R(tracker);
+      release(tracker);
     }
   };
   auto state = std::make_shared<State>();
+  state->release = tracker.release;
   const ZebiSize size = scene.size;
   int bytes = 0;
-  zebiPyrDownGetBufSize_Gauss5x5(size.width, zeb8u, 1, &bytes);
+  zebiPyrDownGetBufSize_Gauss5x5(size.width, type, 1, &bytes);
   Pixels<Zeb8u> scratch(bytes);
   for (int side : {0, 1}) {
     zebiPyramidInitAlloc(&state->pyramids[side], levels - 1, size, 2.0f);
     auto& images = state->images[side];
-    images[0] = scene.image<Zeb8u>();
+    images[0] = scene.image<T>();
     for (int y = 0; y < size.height; ++y)
       for (int x = 0; x < size.width; ++x)
-        images[0].row(y)[x] = scene.photo[std::clamp(y - side * moveY, 0, size.height - 1) * size.width +
-                                          std::clamp(x - side * moveX, 0, size.width - 1)];
+        images[0].row(y)[x] = static_cast<T>(scene.photo[std::clamp(y - side * moveY, 0, size.height - 1) * size.width +
+                                                         std::clamp(x - side * moveX, 0, size.width - 1)]);
     const ZebiPyramid& pyramid = *state->pyramids[side];
     for (int l = 0; l <= pyramid.level; ++l) {
       const ZebiSize roi = pyramid.pRoi[l];
       if (l > 0) {
-        images[l] = Image<Zeb8u>(roi, (scene.stride + (1 << l) - 1) >> l);
-        zebiPyrDown_Gauss5x5_8u_C1R(images[l - 1].data(), images[l - 1].step(), images[l].data(), images[l].step(),
-                                    pyramid.pRoi[l - 1], scratch.data());
+        images[l] = Image<T>(roi, (scene.stride + (1 << l) - 1) >> l);
+        down(images[l - 1].data(), images[l - 1].step(), images[l].data(), images[l].step(), pyramid.pRoi[l - 1],
+             scratch.data());
       }
-      pyramid.pImage[l] = images[l].data();
+      pyramid.pImage[l] = reinterpret_cast<Zeb8u*>(images[l].data());
       pyramid.pStep[l] = images[l].step();
     }
   }
-  zebiOpticalFlowPyrLKInitAlloc_8u_C1R(&state->tracker, size, window, 0);
+  tracker.make(&state->tracker, size, window, 0);
   const int margin = std::min(40, size.height / 4);
   for (int i = 0; i < 1000; ++i)
     state->prev.push_back({static_cast<float>(margin) + static_cast<float>(i % 40 * (size.width - 2 * margin)) / 39,
@@ -135,11 +139,10 @@ Work flow(const Scene& scene) {
   state->status.resize(1000);
   state->error.resize(1000);
   Work work;
-  work.run = [=] {
+  work.run = [=, track = tracker.track] {
     state->next = state->prev;
-    return zebiOpticalFlowPyrLK_8u_C1R(state->pyramids[0], state->pyramids[1], state->prev.data(), state->next.data(),
-                                       state->status.data(), state->error.data(), 1000, window, levels - 1, 10, 0.03f,
-                                       state->tracker);
+    return track(state->pyramids[0], state->pyramids[1], state->prev.data(), state->next.data(), state->status.data(),
+                 state->error.data(), 1000, window, levels - 1, 10, 0.03f, state->tracker);
   };
   work.check = [=]() -> std::optional<std::string> {
     if (auto bad = failure(work.run())) return bad;
@@ -189,7 +192,10 @@ const Family family(
      {"PyrUp Gauss5x5 32f C1R", timesMemcpy(22),
       [](const Scene& s) { return resize(s, zebiPyrUp_Gauss5x5_32f_C1R, zebiPyrUpGetBufSize_Gauss5x5, 1, false); }},
      {"PyramidLayerDown 8u C1R, rate 1.5, 5 taps", timesMemcpy(25), layerDown},
-     {"OpticalFlowPyrLK 8u, 1000 points, window 11", timesMemcpy(35), flow},
+     {"OpticalFlowPyrLK 8u, 1000 points, window 11", timesMemcpy(35),
+      [](const Scene& s) { return flow(s, zeb8u, zebiPyrDown_Gauss5x5_8u_C1R, test::bytes); }},
+     {"OpticalFlowPyrLK 32f, 1000 points, window 11", noTarget(),
+      [](const Scene& s) { return flow(s, zeb32f, zebiPyrDown_Gauss5x5_32f_C1R, test::floats); }},
      {"UpdateMotionHistory 8u32f", timesMemcpy(2.8), history}});
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <stdio.h>
 
 #include "zebcv.h"
+#include "zebcv/status.h"
 
 int main(void) {
   const Zeb8u frames[3][2][4] = {
@@ -11,7 +12,10 @@ int main(void) {
   int k;
   for (k = 0; k < 3; ++k) { /* steps are in bytes */
     ZebStatus status = zebiAddWeighted_8u32f_C1IR(frames[k][0], 4, mean[0], sizeof mean[0], size, 1.0f / (k + 1));
-    if (status != zebStsOk) return 1;
+    if (status != zebStsOk) {
+      fprintf(stderr, "%s: %s\n", zebStatusName(status), zebStatusText(status));
+      return 1;
+    }
   }
   for (k = 0; k < 2; ++k) printf("%6.2f %6.2f %6.2f %6.2f\n", mean[k][0], mean[k][1], mean[k][2], mean[k][3]);
   const ZebLibraryVersion* v = zebcvGetLibVersion();

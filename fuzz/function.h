@@ -52,6 +52,15 @@ template <class T, class B>
 Spoilable<T, B> orElse(T value, B bad, ZebStatus want = usualStatus<T>, Check check = Check::own) {
   return {value, bad, want, check};
 }
+// The step of an image whose rows have another length than the size and the function's name tell.
+template <class T>
+struct StepOf {
+  int step, elements;
+};
+template <class T>
+StepOf<T> stepOf(const Image<T>& image, int elements) {
+  return {image.step(), elements};
+}
 // A pointer that is looked at after the sizes and steps.
 template <class T>
 struct Late {
@@ -77,6 +86,10 @@ T plain(Spoilable<T, B> argument) {
 template <class T>
 T* plain(Late<T> argument) {
   return argument.value;
+}
+template <class T>
+int plain(StepOf<T> argument) {
+  return argument.step;
 }
 
 // Records that tell what they are to every function that takes them.
@@ -259,6 +272,19 @@ class Function : public Named {
     using P = std::tuple_element_t<I, Arguments>;
     probe.fault<P>("null", std::get<I>(a), nullptr, Check::own, zebStsErrNullPointer);
   }
+  template <size_t I, class T>
+  void addFaults(Probe& probe, Choice& c, bool, bool& stepped, Arguments& a, StepOf<T> v) const {
+    stepped = true;
+    addStepFaults<sizeof(T)>(probe, c, std::get<I>(a), v.elements);
+  }
+  template <size_t bytes>
+  static void addStepFaults(Probe& probe, Choice& c, int& step, int elements) {
+    constexpr int element = bytes;
+    probe.fault<int>("a step", step, belowOne(c), Check::step, zebStsErrStep);
+    if (elements > 0)
+      probe.fault<int>("a step too small by an element", step, (elements - 1) * element, Check::step, zebStsErrStep);
+    if (element > 1) probe.fault<int>("an uneven step", step, step + 1, Check::evenStep, zebStsErrNotEvenStep);
+  }
   template <size_t I, class V>
   void addFaults(Probe& probe, Choice& c, [[maybe_unused]] bool builds, bool& stepped, Arguments& a, V) const {
     using P = std::tuple_element_t<I, Arguments>;
@@ -278,11 +304,10 @@ class Function : public Named {
       if (stepped) probe.fault<P>("a huge width", argument, {huge, argument.height}, Check::step, zebStsErrStep);
     } else if constexpr (followsPixels<I>() && sizeFollows<I>()) {
       stepped = true;
-      probe.fault<P>("a step", argument, belowOne(c), Check::step, zebStsErrStep);
-      constexpr int element = sizeof(std::remove_pointer_t<std::tuple_element_t<I - 1, Arguments>>);
-      if (argument == rowOf<I>(a) * element)
-        probe.fault<P>("a step too small by an element", argument, argument - element, Check::step, zebStsErrStep);
-      if (element > 1) probe.fault<P>("an uneven step", argument, argument + 1, Check::evenStep, zebStsErrNotEvenStep);
+      constexpr size_t element = sizeof(std::remove_pointer_t<std::tuple_element_t<I - 1, Arguments>>);
+      // Where the step is not that of such rows, the rows are others.
+      const int elements = rowOf<I>(a);
+      addStepFaults<element>(probe, c, argument, argument == elements * static_cast<int>(element) ? elements : 0);
     } else if constexpr (followsPixels<I>() || (I == 0 && std::is_same_v<P, int>)) {
       probe.fault<P>("a count", argument, belowOne(c), Check::size, zebStsErrSize);
     }

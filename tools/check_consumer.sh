@@ -29,7 +29,7 @@ run() { # PROGRAM EXPECTED
 grown="9 9 9 9 9 9 9 9 9 zebCV AVX2 ($variant)"
 
 export PKG_CONFIG_LIBDIR="$libraries/pkgconfig"
-flags=$(pkg-config --cflags --libs "zebcv >= 1.0")
+flags=$(pkg-config --cflags --libs "zebcv >= 1.1")
 # shellcheck disable=SC2086
 gcc -m$width -std=c99 -Wall -Werror "$root/examples/first.c" $flags $linker -o "$work/c"
 # shellcheck disable=SC2086

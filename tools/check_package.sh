@@ -15,7 +15,8 @@ esac
 
 version=$(sed -n 's/^project(zebcv VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
 major=${version%%.*}
-runtime=$packages/libzebcv${major}_${version}_$architecture.deb
+name=libzebcv$variant-$major
+runtime=$packages/${name}_${version}_$architecture.deb
 development=$packages/libzebcv-dev_${version}_$architecture.deb
 for package in "$runtime" "$development"; do
   [ -f "$package" ] || fail "no package $package"
@@ -23,12 +24,12 @@ for package in "$runtime" "$development"; do
   [ "$(field "$package" Version)" = "$version" ] || fail "$package has another version"
   dpkg-deb -x "$package" "$work/$(basename "$package" .deb)"
   dpkg-deb --fsys-tarfile "$package" | tar -tv | grep -v ' root/root ' && fail "$package has files that are not root's"
-  dpkg-deb --fsys-tarfile "$package" | tar -t | grep -vE '^\./(usr/((lib|include)/.*)?)?$' && fail "$package has stray files"
+  dpkg-deb --fsys-tarfile "$package" | tar -t | grep -vE '^\./(usr/((lib|include)/.*|share/(doc/([^/]*/(changelog\.gz)?)?)?)?)?$' && fail "$package has stray files"
 done
-[ "$(field "$development" Depends)" = "libzebcv$major (= $version)" ] || fail "libzebcv-dev needs its own library only"
+[ "$(field "$development" Depends)" = "$name (= $version)" ] || fail "libzebcv-dev needs its own library only"
 
 # The runtime package: real files and SONAME links, nothing of a developer's. The other one: the rest.
-inside=$work/libzebcv${major}_${version}_$architecture/usr/lib/$triplet
+inside=$work/${name}_${version}_$architecture/usr/lib/$triplet
 listed=$(cd "$inside" && find . ! -type d | LC_ALL=C sort | tr '\n' ' ')
 [ "$listed" = "./libzebcore.so.$major ./libzebcore.so.$version ./libzebcv$variant.so.$major ./libzebcv$variant.so.$version " ] ||
   fail "the runtime package holds: $listed"
@@ -40,11 +41,19 @@ ctrl=$work/control
 dpkg-deb -e "$runtime" "$ctrl"
 grep -q '^activate-noawait ldconfig$' "$ctrl/triggers" || fail "the linker's cache is not renewed"
 
+for library in libzebcv$variant libzebcore; do
+  grep -qxF "$library $major $name (>= $version)" "$ctrl/shlibs" || fail "the shlibs do not name $library"
+done
+for changelog in "$work"/*/usr/share/doc/*/changelog.gz; do
+  first=$(gzip -dc "$changelog" | head -n 1)
+  [ "$first" = "zebcv ($version) unstable; urgency=medium" ] || fail "the newest entry of $changelog is: $first"
+done
+
 # The stated libc is the oldest that has every symbol version in use.
 used=$(readelf -VW "$inside"/*."$version" | grep -oE 'GLIBC_[0-9.]+' | sed 's/GLIBC_//' | sort -V | tail -n 1)
 [ "$(field "$runtime" Depends)" = "libc6 (>= $used)" ] || fail "depends on $(field "$runtime" Depends), uses libc $used"
 
 mkdir "$work/tree"
-cp -a "$work/libzebcv${major}_${version}_$architecture/." "$work/libzebcv-dev_${version}_$architecture/." "$work/tree/"
+cp -a "$work/${name}_${version}_$architecture/." "$work/libzebcv-dev_${version}_$architecture/." "$work/tree/"
 "$root/tools/check_consumer.sh" "$work/tree/usr" lib/$triplet path "$width"
 echo "packages work: $(basename "$runtime") $(basename "$development")"

@@ -17,19 +17,19 @@ std::string squeezed(const std::string& text) {
   return first == std::string::npos ? "" : one.substr(first, one.find_last_not_of(' ') - first + 1);
 }
 
-// "const Zeb8u newVal[3]" -> "const Zeb8u*"
-std::string parameterType(const std::string& parameter) {
+// "const Zeb8u newVal[3]" -> "const Zeb8u*", "newVal"
+Parameter parameterOf(const std::string& text) {
   std::smatch m;
-  if (!std::regex_match(parameter, m, std::regex(R"(((?:\w+ )*\w+)(?: | ?(\*+) ?)\w+(\[\d*\])?)"))) {
-    if (parameter == "void") return parameter;
-    throw std::runtime_error("not a parameter: " + parameter);
+  if (!std::regex_match(text, m, std::regex(R"(((?:\w+ )*\w+)(?: | ?(\*+) ?)(\w+)(\[\d*\])?)"))) {
+    if (text == "void") return {text, ""};
+    throw std::runtime_error("not a parameter: " + text);
   }
-  return m[1].str() + m[2].str() + (m[3].length() ? "*" : "");
+  return {m[1].str() + m[2].str() + (m[4].length() ? "*" : ""), m[3]};
 }
 
 // Enumerators as "name = value" and records as their members; both are part of the binary interface.
 Declaration declaration(const std::string& text) {
-  static const std::regex function(R"(((?:\w+ )*\w+)(?: | ?(\*+) ?)(zeb\w+) ?\((.*)\);)");
+  static const std::regex function(R"((static inline )?((?:\w+ )*\w+)(?: | ?(\*+) ?)(zeb\w+) ?\((.*)\);)");
   static const std::regex opaque(R"(typedef struct (\w+) (\w+);)");
   static const std::regex record(R"(typedef struct (\w+) \{(.*)\} \w+;)");
   static const std::regex alias(R"(typedef ([\w ]+) (\w+);)");
@@ -40,12 +40,16 @@ Declaration declaration(const std::string& text) {
   std::smatch m;
   if (std::regex_match(line, m, function)) {
     d.function = true;
-    d.name = m[3];
-    d.returnsStatus = m[1] == "ZebStatus";
-    d.binary = m[1].str() + m[2].str() + " (";
-    std::stringstream parameters(m[4]);
-    for (std::string one; std::getline(parameters, one, ',');)
-      d.binary += (d.binary.back() == '(' ? "" : ", ") + parameterType(squeezed(one));
+    d.exported = !m[1].matched;
+    d.name = m[4];
+    d.returnsStatus = m[2] == "ZebStatus";
+    d.binary = m[2].str() + m[3].str() + " (";
+    std::stringstream parameters(m[5]);
+    for (std::string one; std::getline(parameters, one, ',');) {
+      const Parameter parameter = parameterOf(squeezed(one));
+      d.binary += (d.binary.back() == '(' ? "" : ", ") + parameter.type;
+      if (!parameter.name.empty()) d.parameters.push_back(parameter);
+    }
     d.binary += ")";
   } else if (std::regex_match(line, m, opaque)) {
     d.name = m[2];
@@ -96,7 +100,9 @@ class Reader {
       } else if (line.empty()) {
         ++at_;
         if (!shared_) comment_.clear();  // a comment speaks for the lines right below it
-      } else if (line[0] == '#' || line == "}" || line.rfind("extern \"C\"", 0) == 0) {
+      } else if (line[0] == '#') {
+        while (lines_[at_++].back() == '\\') continue;
+      } else if (line == "}" || line.rfind("extern \"C\"", 0) == 0) {
         ++at_;
       } else {
         takeDeclaration();
@@ -159,6 +165,7 @@ class Reader {
       for (char c : std::regex_replace(line, comments, "")) depth += (c == '{') - (c == '}');
     } while (at_ < lines_.size() && (depth > 0 || text.find(';') == std::string::npos));
     text.pop_back();
+    if (text.rfind("static inline ", 0) == 0) text = text.substr(0, text.find(" {")) + ";";
     Declaration d = declaration(text);
     d.comment = comment_;
     d.group = group_;
@@ -200,6 +207,7 @@ std::map<std::string, std::string> binaryInterface(const std::vector<Header>& he
   for (const Header& header : headers)
     for (const Piece& piece : header.pieces)
       for (const Declaration& d : piece.declared) {
+        if (d.function && !d.exported) continue;
         if (!d.name.empty()) {
           out[d.name] = d.binary;
           continue;

@@ -7,12 +7,18 @@
 
 namespace docs {
 
+struct Parameter {
+  std::string type, name;
+};
+
 struct Declaration {
   std::string name;    // of the function or type; of an unnamed enumeration empty
   std::string text;    // as it stands in the header
   std::string binary;  // what callers were compiled against: types of result and parameters, or the layout of a record
   bool function = false;
+  bool exported = false;  // a function of the library, not one that is compiled into its callers
   bool returnsStatus = false;
+  std::vector<Parameter> parameters;
   std::string comment;  // the one right above, or of the group where a whole group shares one
   std::string group;    // the comment of the group
 };

@@ -38,6 +38,8 @@ std::string linked(const std::string& text, const Hooks& hooks) {
   return out;
 }
 
+}  // namespace
+
 std::string line(const std::string& text, const Hooks& hooks) {
   static const std::regex mark(R"(`([^`]+)`|\*\*([^*]+)\*\*|\[([^\]]+)\]\(([^)]+)\))");
   std::string out;
@@ -50,6 +52,8 @@ std::string line(const std::string& text, const Hooks& hooks) {
   }
   return out + linked({rest, text.cend()}, hooks);
 }
+
+namespace {
 
 // x_i, x_{ij}, 2^n, 2^{n+1}
 std::string formula(const std::string& text, const Hooks& hooks) {

@@ -16,6 +16,7 @@ struct Hooks {
   std::function<std::string(const std::string& caption, const std::string& section)> figure;
 };
 
+std::string line(const std::string& text, const Hooks& hooks);
 std::string block(const std::string& text, const Hooks& hooks);
 std::string code(const std::string& text, const Hooks& hooks);
 

@@ -4,9 +4,14 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 
+#include "comment.h"
+#include "group.h"
 #include "html.h"
+#include "page.h"
+#include "search.h"
 
 namespace docs {
 namespace {
@@ -16,8 +21,9 @@ using support::escaped;
 
 const char style[] = R"(
 header { border-bottom: 1px solid var(--line); background: var(--card); }
+header nav { display: flex; flex-wrap: wrap; gap: .4rem 1rem; justify-content: space-between; align-items: center; }
 header nav, main, footer { max-width: 1080px; margin: auto; padding: .8rem clamp(1rem, 4vw, 2.5rem); }
-header a { margin-right: 1.2rem; white-space: nowrap; display: inline-block; }
+header nav > div > a { margin-right: 1.1rem; white-space: nowrap; display: inline-block; }
 header a.here { color: var(--ink); font-weight: 600; }
 main { padding-top: 2rem; overflow-wrap: break-word; }
 main > p, main > ul { max-width: 46em; }
@@ -32,7 +38,18 @@ code { font-size: .88em; }
 pre.text { background: none; }
 pre.c { border-left: 3px solid var(--accent); }
 .proto { font-size: .8em; line-height: 1.45; padding: .25rem 0 .25rem 2em; text-indent: -2em; scroll-margin-top: 1rem; }
-.proto:target, pre:target { background: color-mix(in srgb, var(--accent) 18%, transparent); }
+.signature { border-left: 3px solid var(--line); padding-left: 1rem; margin: .7rem 0; }
+.signature p { margin: .1rem 0 0; line-height: 1.7; }
+a.form { font: .78em ui-monospace, "DejaVu Sans Mono", monospace; border: 1px solid var(--line); border-radius: 6px;
+  padding: .05rem .4rem; white-space: nowrap; scroll-margin-top: 5rem; }
+h3 { font-size: 1em; margin: 1.6rem 0 .3rem; overflow-wrap: anywhere; }
+details { background: var(--card); border: 1px solid var(--line); border-radius: 8px; padding: .4rem 1rem; margin: .6rem 0; }
+summary { cursor: pointer; color: var(--soft); }
+p.status { margin-bottom: .2rem; }
+ol.status { margin-top: 0; font-size: .92em; }
+.hero img { border-radius: 12px; }
+.hero { max-width: 100%; margin: 0 0 1.5rem; }
+.proto:target, pre:target, a.form:target { background: color-mix(in srgb, var(--accent) 18%, transparent); }
 .protos { border-left: 3px solid var(--line); padding-left: 1rem; margin: .8rem 0 1.6rem; }
 .wide { overflow-x: auto; margin: 1rem 0; }
 table { border-collapse: collapse; font-size: .88em; }
@@ -53,48 +70,6 @@ figcaption { color: var(--soft); font-size: .88em; padding-top: .4rem; }
 footer { color: var(--soft); font-size: .85em; padding: 2rem clamp(1rem, 4vw, 2.5rem); }
 )";
 
-struct Page {
-  std::string id;  // its file is id + ".html"
-  std::string title, summary, body;
-  std::vector<std::string> patterns;  // "zebiAdd*" of its functions
-  std::vector<const Declaration*> functions;
-};
-
-bool matches(const std::string& name, const std::string& pattern) {
-  const bool open = pattern.back() == '*';
-  return open ? name.compare(0, pattern.size() - 1, pattern, 0, pattern.size() - 1) == 0 : name == pattern;
-}
-
-std::vector<std::string> words(const std::string& text) {
-  std::vector<std::string> out;
-  static const std::regex word(R"(\S+)");
-  for (std::sregex_iterator i(text.begin(), text.end(), word), end; i != end; ++i) out.push_back(i->str());
-  return out;
-}
-
-// "# Title", then "functions: pattern..." and "summary: text" where they stand, then the text.
-Page readPage(const fs::path& path) {
-  Page page;
-  page.id = path.stem().string();
-  const std::string text = readFile(path.string());
-  std::smatch m;
-  if (!std::regex_search(text, m, std::regex("^# ([^\n]*)\n(functions: ([^\n]*)\n)?(summary: ([^\n]*)\n)?")))
-    throw std::runtime_error(path.string() + " does not begin with its title");
-  page.title = m[1];
-  page.patterns = words(m[3]);
-  page.summary = m[5];
-  page.body = m.suffix();
-  return page;
-}
-
-std::vector<fs::path> sorted(const std::string& folder, const std::string& extension) {
-  std::vector<fs::path> out;
-  for (const auto& entry : fs::directory_iterator(folder))
-    if (entry.path().extension() == extension) out.push_back(entry.path());
-  std::sort(out.begin(), out.end());
-  return out;
-}
-
 class Site {
  public:
   explicit Site(const Sources& sources) : sources_(sources) {
@@ -103,6 +78,7 @@ class Site {
     for (const fs::path& path : sorted(sources.include + "/zebcv", ".h")) headers_.push_back(readHeader(path.string()));
     headers_.push_back(readHeader(sources.include + "/zebcore.h"));
     for (const fs::path& path : sorted(sources.docs + "/families", ".md")) families_.push_back(readPage(path));
+    for (const fs::path& path : sorted(sources.docs + "/recipes", ".md")) recipes_.push_back(readPage(path));
     for (const fs::path& path : sorted(sources.docs + "/pages", ".md")) pages_.push_back(readPage(path));
     for (const Header& header : headers_) index(header);
     tourPage_ = readFile(sources.tour + "/index.html");
@@ -110,11 +86,16 @@ class Site {
   }
 
   std::vector<std::string> write() {
+    readSentences();
+    readParameters();
     assignFamilies();
     for (const Page& family : families_) writeFamily(family);
     for (const Header& header : headers_) writeReference(header);
     writeFunctions();
+    for (const Page& recipe : recipes_) writeRecipe(recipe);
     for (const Page& page : pages_) writePlain(page);
+    writeSearch();
+    checkLinks();
     return problems_;
   }
 
@@ -130,7 +111,7 @@ class Site {
       for (const Declaration& d : piece.declared) {
         if (!d.name.empty()) addresses_[d.name] = referencePage(header) + "#" + d.name;
         if (d.function) documented(d);
-        if (d.function && header.file != "zebcore.h") {
+        if (d.exported && header.file != "zebcore.h") {
           functions_[d.name] = &d;
           order_.emplace(d.name, order_.size());
         }
@@ -138,6 +119,32 @@ class Site {
     // Enumerators, whose list stands in one piece.
     for (const auto& [name, meaning] : binaryInterface({header}))
       if (!addresses_.count(name)) addresses_[name] = referencePage(header) + "#" + name;
+  }
+
+  // The sentences that programs print are those of the reference.
+  void readSentences() {
+    const auto pairs = [this](const char* file, const char* pattern) {
+      const std::string text = readFile(sources_.include + "/zebcv/" + file);
+      const std::regex pair(pattern);
+      std::map<std::string, std::string> out;
+      for (std::sregex_iterator i(text.begin(), text.end(), pair), end; i != end; ++i) out[(*i)[1]] = (*i)[2];
+      return out;
+    };
+    const auto stated = pairs("types.h", R"re((zebSts\w+) = -?\d+,? */\*\*< ([^*]*[^* ]) \*/)re");
+    const auto printed = pairs("status.h", R"re(X\((zebSts\w+), "([^"]*)"\))re");
+    if (stated.empty()) problem("types.h states no status");
+    for (const auto& [name, sentence] : stated)
+      if (!printed.count(name) || printed.at(name) != sentence) problem("status.h tells something else of " + name);
+    if (printed.size() != stated.size()) problem("status.h and types.h do not list the same codes");
+    lore_.statuses = stated;
+  }
+
+  void readParameters() {
+    std::istringstream table(readFile(sources_.docs + "/parameters.md"));
+    static const std::regex row(R"(\| ([\w/]+) \| (.*) \|)");
+    std::smatch m;
+    for (std::string one; std::getline(table, one);)
+      if (std::regex_match(one, m, row)) lore_.parameters[m[1]] = m[2];
   }
 
   void documented(const Declaration& d) {
@@ -160,6 +167,12 @@ class Site {
 
   // The picture of a section of the tour whose caption holds these words, with its whole caption.
   std::string figure(const std::string& caption, const std::string& section) {
+    if (section == "hero") {
+      fs::copy_file(fs::path(sources_.tour) / "hero.png", fs::path(sources_.out) / "hero.png",
+                    fs::copy_options::overwrite_existing);
+      return "<figure class=\"hero\"><img src=\"hero.png\" alt=\"" + escaped(caption) + "\"><figcaption>" +
+             escaped(caption) + "</figcaption></figure>\n";
+    }
     const std::string mark = "src=\"" + section + "-";
     for (size_t at = tourPage_.find(mark); at != std::string::npos; at = tourPage_.find(mark, at + 1)) {
       const std::string file = tourPage_.substr(at + 5, tourPage_.find('"', at + 5) - at - 5);
@@ -195,6 +208,13 @@ class Site {
         problem(name + (owners.empty() ? " is on no page" : " is on several pages:" + owners));
     }
     for (const std::string& pattern : unused) problem(pattern);
+    lore_.prototypes = addresses_;
+    for (Page& family : families_) {
+      std::stable_sort(
+          family.functions.begin(), family.functions.end(),
+          [this](const Declaration* a, const Declaration* b) { return order_[a->name] < order_[b->name]; });
+      for (const Declaration* d : family.functions) addresses_[d->name] = "family-" + family.id + ".html#" + d->name;
+    }
     // Pages in the order in which the headers declare their first functions.
     const auto place = [this](const Page& page) {
       size_t first = order_.size();
@@ -244,10 +264,11 @@ class Site {
     place_ = family.id + ".md";
     for (const char* language : {"formula", "c"})
       if (fenced(family.body, language).empty()) problem("no block of " + std::string(language));
-    const std::string body = block(family.body, hooks_);
+    here_ = "family-" + family.id + ".html";
+    const std::string body = groupBody(family, lore_, hooks_, [this](const std::string& text) { problem(text); });
     if (body.find("<img ") == std::string::npos) problem("no picture");
-    save("family-" + family.id + ".html", "Families", family.title,
-         "<p class=\"lead\">" + escaped(family.summary) + "</p>\n" + body + "<h2>Functions</h2>\n" + shapes(family));
+    save(here_, "Families", family.title, "<p class=\"lead\">" + escaped(family.summary) + "</p>\n" + body);
+    here_.clear();
   }
 
   // Declarations of functions as lines to link to, all others as they stand in the header.
@@ -281,7 +302,7 @@ class Site {
         contents += "<p><a href=\"#" + id + "\">" + escaped(piece.text) + "</a></p>";
         body += "<h2 id=\"" + id + "\">" + escaped(piece.text) + "</h2>\n";
       }
-      if (piece.kind == Piece::comment) body += block(piece.text, hooks_);
+      if (piece.kind == Piece::comment) body += folded(piece.text, hooks_);
       body += declared(piece.declared);
     }
     save(here_, "Reference", "<code>" + header.file + "</code>",
@@ -304,10 +325,11 @@ class Site {
 
   std::string cards(const std::string& list) {
     std::string out = "<div class=\"cards\">\n";
-    if (list == "families")
-      for (const Page& one : families_)
-        out += "<p><a href=\"family-" + one.id + ".html\">" + escaped(one.title) + "</a><br>" + escaped(one.summary) +
-               "</p>\n";
+    const bool recipes = list == "recipes";
+    if (recipes || list == "families")
+      for (const Page& one : recipes ? recipes_ : families_)
+        out += std::string("<p><a href=\"") + (recipes ? "recipe-" : "family-") + one.id + ".html\">" +
+               escaped(one.title) + "</a><br>" + escaped(one.summary) + "</p>\n";
     else
       for (const Header& one : headers_)
         out += "<p><a href=\"" + referencePage(one) + "\"><code>" + one.file + "</code></a><br>" + escaped(one.title) +
@@ -315,11 +337,72 @@ class Site {
     return out + "</div>\n";
   }
 
+  void writeRecipe(const Page& page) {
+    place_ = page.id + ".md";
+    save("recipe-" + page.id + ".html", "Recipes", page.title,
+         "<p class=\"lead\">" + escaped(page.summary) + "</p>\n" + block(page.body, hooks_));
+  }
+
+  void writeSearch() {
+    for (const Page& family : families_) {
+      entries_.push_back({family.title, "family-" + family.id + ".html", "family", family.summary});
+      for (const Declaration* d : family.functions) {
+        std::string codes;
+        for (const std::string& one : statuses(d->comment.find("zebSts") == std::string::npos ? d->group : d->comment))
+          codes += one + " ";
+        entries_.push_back({d->name, addresses_[d->name], family.title, codes});
+      }
+    }
+    for (const Page& one : recipes_)
+      entries_.push_back({one.title, "recipe-" + one.id + ".html", "recipe", one.summary});
+    for (const Page& one : pages_) entries_.push_back({one.title, one.id + ".html", "page", one.summary});
+    for (const auto& [name, target] : addresses_) {
+      if (functions_.count(name) && target.rfind("family-", 0) == 0) continue;
+      const auto sentence = lore_.statuses.find(name);
+      const bool status = sentence != lore_.statuses.end();
+      const bool type = name.rfind("Zeb", 0) == 0;
+      entries_.push_back({name, target,
+                          status ? "status"
+                          : type ? "type"
+                                 : "constant or function",
+                          status ? sentence->second : ""});
+    }
+    std::ofstream out(fs::path(sources_.out) / "search.js");
+    out << searchScript(entries_);
+    out.close();
+    if (!out) throw std::runtime_error("cannot write search.js");
+  }
+
+  // Every link, picture and entry of the filter box leads somewhere.
+  void checkLinks() {
+    place_.clear();
+    static const std::regex mark("(id|href|src)=\"([^\"]*)\"");
+    std::map<std::string, std::set<std::string>> marks;
+    std::vector<std::pair<std::string, std::string>> links;
+    for (const auto& [file, text] : written_)
+      for (std::sregex_iterator i(text.begin(), text.end(), mark), end; i != end; ++i) {
+        if ((*i)[1] == "id" && !marks[file].insert((*i)[2]).second) problem(file + " has two places #" + (*i)[2].str());
+        if ((*i)[1] != "id") links.emplace_back(file, (*i)[2]);
+      }
+    for (const Entry& entry : entries_) links.emplace_back("search.js", entry.address);
+    for (const auto& [file, link] : links) {
+      const size_t hash = link.find('#');
+      const std::string target = hash == 0 ? file : link.substr(0, hash);
+      const bool there = hash == std::string::npos ? fs::exists(fs::path(sources_.out) / target)
+                                                   : marks[target].count(link.substr(hash + 1)) > 0;
+      if (!there) problem(file + " leads to " + link + ", which is not there");
+    }
+    std::set<std::string> listed;
+    for (const Entry& entry : entries_) listed.insert(entry.name);
+    for (const auto& [name, d] : functions_)
+      if (!listed.count(name)) problem("the filter box does not know " + name);
+  }
+
   void writePlain(const Page& page) {
     place_ = page.id + ".md";
     if (page.id == "guarantees") checkTests(page.body);
     std::string body = block(page.body, hooks_);
-    for (const char* list : {"families", "headers"}) {
+    for (const char* list : {"families", "recipes", "headers"}) {
       const std::string mark = "<p>{{" + std::string(list) + "}}</p>";
       const size_t at = body.find(mark);
       if (at != std::string::npos) body.replace(at, mark.size(), cards(list));
@@ -344,22 +427,29 @@ class Site {
   }
 
   void save(const std::string& file, const std::string& section, const std::string& title, const std::string& body) {
-    static const std::vector<std::pair<std::string, std::string>> places = {
-        {"Start", "index.html"},         {"Families", "families.html"},     {"Functions", "functions.html"},
-        {"Reference", "reference.html"}, {"Guarantees", "guarantees.html"}, {"Compatibility", "compatibility.html"}};
+    static const std::vector<std::pair<std::string, std::string>> places = {{"Start", "index.html"},
+                                                                            {"Families", "families.html"},
+                                                                            {"Functions", "functions.html"},
+                                                                            {"Recipes", "recipes.html"},
+                                                                            {"Reference", "reference.html"},
+                                                                            {"Guarantees", "guarantees.html"},
+                                                                            {"Compatibility", "compatibility.html"}};
     std::string nav;
     for (const auto& [name, target] : places) {
       const bool here = target == file || name == section;
       nav += std::string("<a") + (here ? " class=\"here\"" : "") + " href=\"" + target + "\">" + name + "</a>";
     }
     const std::string plain = std::regex_replace(title, std::regex("<[^>]*>"), "");
+    std::string& text = written_[file];
+    text =
+        "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
+        plain + " - zebCV</title>\n<link rel=\"stylesheet\" href=\"style.css\">\n</head>\n<body>\n<header><nav><div>" +
+        nav + "</div>" + searchBox + "</nav></header>\n<main>\n<h1>" + title + "</h1>\n" + body +
+        "</main>\n<footer>zebCV " ZEBCV_VERSION "</footer>\n<script src=\"search.js\"></script>\n</body>\n</html>\n";
     std::ofstream out(fs::path(sources_.out) / file);
-    out << "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-        << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" << plain
-        << " - zebCV</title>\n<link rel=\"stylesheet\" href=\"style.css\">\n</head>\n<body>\n<header><nav>" << nav
-        << "</nav></header>\n<main>\n<h1>" << title << "</h1>\n"
-        << body << "</main>\n<footer>zebCV " << ZEBCV_VERSION << "</footer>\n</body>\n</html>\n";
-    std::ofstream(fs::path(sources_.out) / "style.css") << support::baseStyle << style;
+    out << text;
+    std::ofstream(fs::path(sources_.out) / "style.css") << support::baseStyle << style << searchStyle;
     out.close();
     if (!out) throw std::runtime_error("cannot write " + file);
   }
@@ -367,28 +457,18 @@ class Site {
   const Sources& sources_;
   Hooks hooks_;
   std::vector<Header> headers_;
-  std::vector<Page> families_, pages_;
+  std::vector<Page> families_, recipes_, pages_;
   std::map<std::string, const Declaration*> functions_;
   std::map<std::string, size_t> order_;
   std::map<std::string, std::string> addresses_;
+  Lore lore_;
+  std::vector<Entry> entries_;
+  std::map<std::string, std::string> written_;  // pages by file
   std::string tourPage_, here_, place_;
   std::vector<std::string> problems_;
 };
 
 }  // namespace
-
-Shape::Shape(const std::string& name) {
-  static const std::regex typed(R"((.*)_(\d+[usf])((?:\d+[usf])*)(?:_(C\d\w*))?)");
-  std::smatch m;
-  if (!std::regex_match(name, m, typed)) {
-    stem = name;
-    return;
-  }
-  stem = m[1];
-  source = m[2];
-  others = m[3];
-  descriptor = m[4];
-}
 
 std::vector<std::string> writeSite(const Sources& sources) {
   return Site(sources).write();

@@ -18,13 +18,6 @@ struct Sources {
   const std::set<std::string>* tests = nullptr;  // the names of all tests, where they are known
 };
 
-// Where a function belongs, from its name: zebiAdd_8u32f_C1IMR has the stem zebiAdd, the source type 8u, the other
-// types 32f and the descriptor C1IMR. Functions without a type have a stem only.
-struct Shape {
-  explicit Shape(const std::string& name);
-  std::string stem, source, others, descriptor;
-};
-
 // Writes the site and returns what is wrong with the documents, one line each.
 std::vector<std::string> writeSite(const Sources& sources);
 

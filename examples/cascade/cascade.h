@@ -41,12 +41,23 @@ struct Search {
   double milliseconds = 0;      // of the library's calls
 };
 
+// Objects in a picture, each a square.
+struct Placed {
+  float x, y, side;
+};
+
+// Draws the object at four sizes, where the picture has room for it, and returns where.
+std::vector<Placed> place(Picture& gray);
+
+// Which of the objects was detected: index into placed, -1 for a false alarm.
+int objectOf(const Detection& detection, const std::vector<Placed>& placed);
+
 class Detector {
  public:
   explicit Detector(const std::vector<Stage>& stages);
 
   // Looks for the object in a gray picture, from one window's size up in steps of a factor.
-  Search find(const Picture& gray, float factor = 1.2f) const;
+  Search find(const Picture& gray, float factor = 1.1f) const;
 
   // The mask of one scale: 1 where a window passes every stage. Adds to the counts of left.
   std::vector<Zeb8u> passing(const Picture& gray, ZebiSize& positions, std::vector<long long>& left) const;

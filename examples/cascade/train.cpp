@@ -1,51 +1,90 @@
 // Boosting of a small cascade on rendered examples.
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include "cascade.h"
 
 namespace cascade {
 namespace {
 
-constexpr int objects = 500;
+constexpr int objects = 1000;
 constexpr int backgrounds = 2000;
-constexpr int mostClassifiers = 10;
+constexpr int mostClassifiers = 40;
 
 float uniform(std::mt19937& engine, float low, float high) {
   return std::uniform_real_distribution<float>(low, high)(engine);
 }
 
-// A texture without the object: a slope, some bars and discs, noise.
+// A grid of random heights, read between its points: the soft shapes of cloth, skin and clouds.
+struct Clouds {
+  Clouds(std::mt19937& engine, float c, float strength) : cell(c), heights(lattice * lattice) {
+    for (float& h : heights) h = uniform(engine, -strength, strength);
+  }
+  float at(int x, int y) const {
+    const float u = x / cell, v = y / cell;
+    const int left = static_cast<int>(u), top = static_cast<int>(v);
+    const auto height = [&](int i, int j) { return heights[(top + j) % lattice * lattice + (left + i) % lattice]; };
+    const float fx = u - left, fy = v - top;
+    return (height(0, 0) * (1 - fx) + height(1, 0) * fx) * (1 - fy) +
+           (height(0, 1) * (1 - fx) + height(1, 1) * fx) * fy;
+  }
+
+  static constexpr int lattice = 32;
+  float cell;
+  std::vector<float> heights;
+};
+
+// A disc or a bar around a centre, with half sides a and b.
+void drawShape(Picture& p, float x, float y, float a, float b, float level, bool disc) {
+  for (int py = std::max(0, static_cast<int>(y - b)); py < std::min<float>(p.height, y + b + 1); ++py)
+    for (int px = std::max(0, static_cast<int>(x - a)); px < std::min<float>(p.width, x + a + 1); ++px) {
+      const float u = (px - x) / a, v = (py - y) / b;
+      if (disc ? u * u + v * v < 1 : std::fabs(u) < 1 && std::fabs(v) < 1) *p.at(px, py) = support::level(level);
+    }
+}
+
+// What looks much like the object and is not: discs one inside the other, of any proportions and light.
+void drawLure(Picture& p, std::mt19937& engine) {
+  const float x = uniform(engine, 0, static_cast<float>(p.width)), y = uniform(engine, 0, static_cast<float>(p.height));
+  const float flat = uniform(engine, 0.7f, 1.4f);
+  float radius = uniform(engine, 7, 20);
+  for (int ring = static_cast<int>(uniform(engine, 1, 4)); ring > 0; --ring) {
+    const float off = uniform(engine, -0.2f, 0.2f) * radius;
+    drawShape(p, x + off, y, radius * flat, radius, uniform(engine, 0, 255), true);
+    radius *= uniform(engine, 0.3f, 0.9f);
+  }
+}
+
+// A texture without the object: a slope, some bars and discs, clouds, lures, noise.
 Picture background(std::mt19937& engine, int side) {
   Picture p(side, side, 1);
   const float base = uniform(engine, 20, 230), dx = uniform(engine, -4, 4), dy = uniform(engine, -4, 4);
   const float noise = uniform(engine, 0, 12);
-  struct Shape {
-    float x, y, a, b, level, disc;
-  };
-  std::vector<Shape> shapes;
-  const int count = static_cast<int>(uniform(engine, 2, 4.0f + side / 6.0f));
-  for (int i = 0; i < count; ++i)
-    shapes.push_back({uniform(engine, -4, side + 4.0f), uniform(engine, -4, side + 4.0f), uniform(engine, 1, 14),
-                      uniform(engine, 1, 14), uniform(engine, 0, 255), uniform(engine, 0, 1)});
-  for (int y = 0; y < side; ++y) {
+  const bool cloudy = uniform(engine, 0, 1) < 0.6f;
+  std::vector<Clouds> clouds;
+  for (float cell : {24.0f, 11.0f, 5.0f}) clouds.emplace_back(engine, cell, cloudy ? uniform(engine, 0, 90) : 0.0f);
+  for (int y = 0; y < side; ++y)
     for (int x = 0; x < side; ++x) {
-      float v = base + dx * x + dy * y;
-      for (const Shape& s : shapes) {
-        const float u = (x - s.x) / s.a, w = (y - s.y) / s.b;
-        if (s.disc > 0.5f ? u * u + w * w < 1 : std::fabs(u) < 1 && std::fabs(w) < 1) v = s.level;
-      }
-      *p.at(x, y) = static_cast<Zeb8u>(std::clamp(v + uniform(engine, -noise, noise), 0.0f, 255.0f));
+      float v = base + (cloudy ? 0.3f : 1.0f) * (dx * x + dy * y);
+      for (const Clouds& c : clouds) v += c.at(x, y);
+      *p.at(x, y) = support::level(v);
     }
+  const int count = static_cast<int>(uniform(engine, 2, 4.0f + side / 6.0f));
+  for (int i = 0; i < count; ++i) {
+    const float x = uniform(engine, -4, side + 4.0f), y = uniform(engine, -4, side + 4.0f);
+    drawShape(p, x, y, uniform(engine, 1, 14), uniform(engine, 1, 14), uniform(engine, 0, 255),
+              uniform(engine, 0, 1) > 0.5f);
   }
+  if (side > window && uniform(engine, 0, 1) < 0.5f)
+    for (int i = 0; i < 6; ++i) drawLure(p, engine);
+  for (Zeb8u& v : p.pixels) v = support::level(v + uniform(engine, -noise, noise));
   return p;
 }
 
 // The object in a window, somewhat out of place, size and contrast, over a background.
 Picture objectWindow(std::mt19937& engine) {
   Picture p = background(engine, window);
-  const float side = uniform(engine, 22.0f, 25.5f);
+  const float side = uniform(engine, 22.0f, 26.0f);
   const float off = (window - side) / 2;
   const float x = uniform(engine, -0.9f, 0.9f), y = uniform(engine, -0.9f, 0.9f);
   drawObject(p, off + x, off + y, side, uniform(engine, 0.35f, 1.0f));
@@ -99,37 +138,44 @@ struct Stump {
   float of(float value) const { return value < threshold ? below : above; }
 };
 
-// One feature's values over all examples, and the examples in their order.
+// One feature's values over all examples, in steps between the smallest and the largest.
 struct Column {
+  static constexpr int steps = 128;
+  Column(const Feature& feature, const std::vector<Example>& examples)
+      : values(examples.size()), step(examples.size()) {
+    std::transform(examples.begin(), examples.end(), values.begin(),
+                   [&](const Example& e) { return e.value(feature); });
+    const auto [low, high] = std::minmax_element(values.begin(), values.end());
+    least = *low, width = std::max((*high - *low) / steps, 1e-6f);
+    for (size_t i = 0; i < values.size(); ++i)
+      step[i] = static_cast<Zeb8u>(std::min<float>(steps - 1, (values[i] - least) / width));
+  }
+
   std::vector<float> values;
-  std::vector<int> order;
+  std::vector<Zeb8u> step;
+  float least, width;
 };
 
 // The stump with the least bound on the weighted error.
-Stump bestStump(const std::vector<Column>& columns, const std::vector<double>& weights, int positives) {
-  double positiveTotal = 0, total = 0;
-  for (size_t i = 0; i < weights.size(); ++i) {
-    total += weights[i];
-    if (static_cast<int>(i) < positives) positiveTotal += weights[i];
-  }
-  const double negativeTotal = total - positiveTotal, smooth = 0.5 / static_cast<double>(weights.size());
+Stump bestStump(const std::vector<Column>& columns, const std::vector<double>& weights, size_t positives) {
+  const double smooth = 0.5 / static_cast<double>(weights.size());
   Stump best;
   double least = 1e9;
   for (size_t f = 0; f < columns.size(); ++f) {
     const Column& c = columns[f];
-    double positive = 0, negative = 0;
-    for (size_t k = 0; k + 1 < c.order.size(); ++k) {
-      const int i = c.order[k];
-      (i < positives ? positive : negative) += weights[i];
-      const float here = c.values[i], next = c.values[c.order[k + 1]];
-      if (here == next) continue;
-      const double rightPositive = positiveTotal - positive, rightNegative = negativeTotal - negative;
-      const double bound = std::sqrt(positive * negative) + std::sqrt(rightPositive * rightNegative);
+    double share[2][Column::steps] = {{0}}, total[2] = {0, 0}, below[2] = {0, 0};
+    for (size_t i = 0; i < weights.size(); ++i) share[i < positives][c.step[i]] += weights[i];
+    for (int k = 0; k < Column::steps; ++k)
+      for (int side : {0, 1}) total[side] += share[side][k];
+    for (int k = 0; k + 1 < Column::steps; ++k) {
+      for (int side : {0, 1}) below[side] += share[side][k];
+      const double above[2] = {total[0] - below[0], total[1] - below[1]};
+      const double bound = std::sqrt(below[0] * below[1]) + std::sqrt(std::max(0.0, above[0] * above[1]));
       if (bound >= least) continue;
       least = bound;
-      best = {static_cast<int>(f), 0.5f * (here + next),
-              static_cast<float>(0.5 * std::log((positive + smooth) / (negative + smooth))),
-              static_cast<float>(0.5 * std::log((rightPositive + smooth) / (rightNegative + smooth)))};
+      best = {static_cast<int>(f), c.least + static_cast<float>(k + 1) * c.width,
+              static_cast<float>(0.5 * std::log((below[1] + smooth) / (below[0] + smooth))),
+              static_cast<float>(0.5 * std::log((above[1] + smooth) / (above[0] + smooth)))};
     }
   }
   return best;
@@ -137,15 +183,8 @@ Stump bestStump(const std::vector<Column>& columns, const std::vector<double>& w
 
 Stage trainStage(const std::vector<Feature>& pool, const std::vector<Example>& examples, int positives) {
   const size_t n = examples.size();
-  std::vector<Column> columns(pool.size());
-  for (size_t f = 0; f < pool.size(); ++f) {
-    Column& c = columns[f];
-    c.values.resize(n);
-    for (size_t i = 0; i < n; ++i) c.values[i] = examples[i].value(pool[f]);
-    c.order.resize(n);
-    std::iota(c.order.begin(), c.order.end(), 0);
-    std::sort(c.order.begin(), c.order.end(), [&](int a, int b) { return c.values[a] < c.values[b]; });
-  }
+  std::vector<Column> columns;
+  for (const Feature& feature : pool) columns.emplace_back(feature, examples);
   std::vector<double> weights(n);
   for (size_t i = 0; i < n; ++i)
     weights[i] = 0.5 / static_cast<double>(static_cast<int>(i) < positives ? positives : n - positives);
@@ -153,7 +192,7 @@ Stage trainStage(const std::vector<Feature>& pool, const std::vector<Example>& e
   Stage stage;
   std::vector<float> scores(n, 0.0f);
   for (int round = 0; round < mostClassifiers; ++round) {
-    const Stump stump = bestStump(columns, weights, positives);
+    const Stump stump = bestStump(columns, weights, static_cast<size_t>(positives));
     const Feature& f = pool[stump.feature];
     stage.features.insert(stage.features.end(), {{0, 0, window, window}, f.part});
     stage.weights.insert(stage.weights.end(), {-1.0f, f.weight});
@@ -173,7 +212,7 @@ Stage trainStage(const std::vector<Feature>& pool, const std::vector<Example>& e
     // Keeps all but one in two hundred objects; enough once a quarter of the backgrounds is left at most.
     std::vector<float> ranked(scores.begin(), scores.begin() + positives);
     std::sort(ranked.begin(), ranked.end());
-    stage.threshold = ranked[positives / 200] - 1e-3f;
+    stage.threshold = ranked[positives / 500] - 1e-3f;
     const auto kept =
         std::count_if(scores.begin() + positives, scores.end(), [&](float s) { return s >= stage.threshold; });
     if (kept * 4 < static_cast<long>(n) - positives) break;
@@ -217,7 +256,7 @@ std::vector<Stage> train(std::mt19937& engine, int stages) {
     // Windows of fresh backgrounds that the cascade so far takes for the object.
     std::vector<Example> examples = positives;
     const Detector detector(trained);
-    for (int tries = 0; static_cast<int>(examples.size()) < objects + backgrounds && tries < 1500; ++tries) {
+    for (int tries = 0; static_cast<int>(examples.size()) < objects + backgrounds && tries < 1200; ++tries) {
       const Picture scene = background(engine, 6 * window);
       ZebiSize positions;
       std::vector<long long> left(trained.size() + 1);
@@ -235,7 +274,7 @@ std::vector<Stage> train(std::mt19937& engine, int stages) {
         examples.emplace_back(patch);
       }
     }
-    if (examples.size() < positives.size() + 60) break;  // hardly any background is left to learn from
+    if (examples.size() < positives.size() + 100) break;  // hardly any background is left to learn from
     trained.push_back(trainStage(pool, examples, objects));
   }
   return trained;

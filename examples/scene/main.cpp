@@ -103,6 +103,7 @@ int run(const std::string& input, const std::string& out, bool check) {
   const std::vector<std::string> files = folder ? picturesIn(input) : std::vector<std::string>{input};
   if (files.empty()) throw std::runtime_error("no pictures in " + input);
   const auto photograph = support::openPhotograph(files[0]);
+  support::requireRoom(photograph, 32, 16);
   std::printf("%s\n", photograph.source.c_str());
   Picture first = photograph.picture;
   if (!folder && first.width > mostWide)
@@ -163,6 +164,9 @@ int main(int count, char** words) {
   for (int i = 1; i < count; ++i) {
     if (std::strcmp(words[i], "--out") == 0 && i + 1 < count) {
       out = words[++i];
+    } else if (std::strcmp(words[i], "--help") == 0) {
+      std::fputs(usage, stdout);
+      return 0;
     } else if (std::strcmp(words[i], "--check") == 0) {
       check = true;
     } else if (words[i][0] == '-' || !input.empty()) {

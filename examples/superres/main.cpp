@@ -25,6 +25,7 @@ const char usage[] =
 
 int run(const std::string& path, int pictures, int steps, bool check, const std::string& out) {
   const auto photograph = support::openPhotograph(path);
+  support::requireRoom(photograph, 64, 16);
   std::printf("%s\n", photograph.source.c_str());
   Picture truth = support::gray(photograph.picture);
   const int width = std::min(truth.width, 480) / superres::scale * superres::scale;
@@ -64,6 +65,9 @@ int main(int count, char** words) {
       pictures = std::atoi(words[++i]);
     } else if (std::strcmp(words[i], "--steps") == 0 && more) {
       steps = std::atoi(words[++i]);
+    } else if (std::strcmp(words[i], "--help") == 0) {
+      std::fputs(usage, stdout);
+      return 0;
     } else if (std::strcmp(words[i], "--check") == 0) {
       check = true;
     } else if (words[i][0] == '-' || !photo.empty()) {

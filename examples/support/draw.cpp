@@ -44,4 +44,11 @@ void drawCross(Picture& picture, float x, float y, float arm, const Colour& colo
   drawLine(picture, x, y - arm, x, y + arm, colour, width);
 }
 
+void drawBox(Picture& picture, const ZebiRect& box, const Colour& colour, int width) {
+  for (int y = std::max(0, box.y - width + 1); y < std::min(picture.height, box.y + box.height + width - 1); ++y)
+    for (int x = std::max(0, box.x - width + 1); x < std::min(picture.width, box.x + box.width + width - 1); ++x)
+      if (x <= box.x || y <= box.y || x >= box.x + box.width - 1 || y >= box.y + box.height - 1)
+        std::copy_n(colour.begin(), 3, picture.at(x, y));
+}
+
 }  // namespace support

@@ -21,4 +21,7 @@ void drawArrow(Picture& picture, float x0, float y0, float x1, float y1, const C
 // An upright cross with arms of the given length.
 void drawCross(Picture& picture, float x, float y, float arm, const Colour& colour, float width = 1);
 
+// The outline of a rectangle, its inner edge along the outermost pixels of the rectangle.
+void drawBox(Picture& picture, const ZebiRect& box, const Colour& colour, int width = 3);
+
 }  // namespace support

@@ -4,7 +4,11 @@
 #include <stb/stb_image_write.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 
@@ -13,13 +17,22 @@ namespace {
 
 constexpr char defaultPhotograph[] = "/usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg";
 
-bool decode(const std::string& path, Picture& picture) {
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// Throws with the reason that the system, or the decoder, gives.
+Picture decoded(const std::string& path) {
+  const File file(std::fopen(path.c_str(), "rb"), std::fclose);
+  if (!file) throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
+  if (std::fgetc(file.get()) == EOF)
+    throw std::runtime_error(path + (std::ferror(file.get()) ? std::string(": ") + std::strerror(errno) : " is empty"));
+  std::rewind(file.get());
   int width = 0, height = 0, stored = 0;
-  std::unique_ptr<stbi_uc, void (*)(void*)> data(stbi_load(path.c_str(), &width, &height, &stored, 3), stbi_image_free);
-  if (!data) return false;
-  picture = Picture(width, height, 3);
+  const std::unique_ptr<stbi_uc, void (*)(void*)> data(stbi_load_from_file(file.get(), &width, &height, &stored, 3),
+                                                       stbi_image_free);
+  if (!data) throw std::runtime_error(path + " is no JPEG or PNG file that can be decoded: " + stbi_failure_reason());
+  Picture picture(width, height, 3);
   std::copy_n(data.get(), picture.pixels.size(), picture.pixels.begin());
-  return true;
+  return picture;
 }
 
 // Value noise of five octaves on a diagonal shade, with a few discs so that there are edges of every direction.
@@ -75,17 +88,36 @@ Picture halved(const Picture& picture, bool across, bool down) {
 Photograph openPhotograph(const std::string& path) {
   Photograph photo;
   photo.source = path.empty() ? defaultPhotograph : path;
-  if (decode(photo.source, photo.picture)) return photo;
-  if (!path.empty()) throw std::runtime_error("cannot decode " + path + " as JPEG or PNG");
+  if (!path.empty() || std::filesystem::exists(defaultPhotograph)) {
+    photo.picture = decoded(photo.source);
+    return photo;
+  }
   photo.picture = texture(600, 600);
   photo.source = std::string("a computed texture, NOT a photograph (") + defaultPhotograph + " is missing)";
   return photo;
 }
 
+void requireRoom(const Photograph& photo, int least, int times) {
+  const int w = photo.picture.width, h = photo.picture.height, shorter = std::min(w, h), longer = std::max(w, h);
+  if (shorter >= least && longer / times <= shorter) return;
+  throw std::runtime_error(photo.source + " has " + std::to_string(w) + " x " + std::to_string(h) +
+                           " pixels; needed are at least " + std::to_string(least) +
+                           " each way and no side of more than " + std::to_string(times) + " times the other");
+}
+
 void writePng(const Picture& picture, const std::string& path) {
-  if (!stbi_write_png(path.c_str(), picture.width, picture.height, picture.channels, picture.pixels.data(),
-                      picture.step()))
-    throw std::runtime_error("cannot write " + path);
+  std::vector<char> bytes;
+  const auto keep = [](void* target, void* data, int size) {
+    auto* const list = static_cast<std::vector<char>*>(target);
+    list->insert(list->end(), static_cast<char*>(data), static_cast<char*>(data) + size);
+  };
+  if (!stbi_write_png_to_func(keep, &bytes, picture.width, picture.height, picture.channels, picture.pixels.data(),
+                              picture.step()))
+    throw std::runtime_error("no memory to encode " + path);
+  File file(std::fopen(path.c_str(), "wb"), std::fclose);
+  bool done = file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+  done = file && std::fclose(file.release()) == 0 && done;
+  if (!done) throw std::runtime_error("cannot write " + path + ": " + std::strerror(errno));
 }
 
 Zeb8u level(double value) {

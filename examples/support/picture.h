@@ -49,6 +49,9 @@ struct Photograph {
 // that is missing, a computed texture. Throws std::runtime_error when a given file cannot be decoded.
 Photograph openPhotograph(const std::string& path);
 
+// Throws where a side is below least pixels, or more than times the other one.
+void requireRoom(const Photograph& photo, int least, int times);
+
 // Throws std::runtime_error when the file cannot be written.
 void writePng(const Picture& picture, const std::string& path);
 

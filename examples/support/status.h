@@ -4,13 +4,14 @@
 #include <stdexcept>
 #include <string>
 
-#include "zebcv/types.h"
+#include "zebcv/status.h"
 
 namespace support {
 
 // Throws when a call reports anything but zebStsOk.
 inline void requireOk(ZebStatus status) {
-  if (status != zebStsOk) throw std::runtime_error("a call returned status " + std::to_string(status));
+  if (status != zebStsOk)
+    throw std::runtime_error(std::string("a call returned ") + zebStatusName(status) + ": " + zebStatusText(status));
 }
 
 }  // namespace support

@@ -24,6 +24,14 @@ struct Options {
   int width = 4096, height = 3072, tile = 512, threads = 0;
 };
 
+const char usage[] =
+    "usage: tiles [PHOTO] [--size WxH] [--tile N] [--threads N] [--out FILE.png]\n"
+    "  PHOTO           a JPEG or PNG file\n"
+    "  --size WxH      scaled to this size first (4096x3072)\n"
+    "  --tile N        side of a tile, a multiple of 16 (512)\n"
+    "  --threads N     most threads (as many as there are processors)\n"
+    "  --out FILE.png  where to write the edges (tiles.png)\n";
+
 int number(const char* text, int least) {
   char* end = nullptr;
   const long value = std::strtol(text, &end, 10);
@@ -124,6 +132,10 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::string(argv[1]) == "--help") {
+    std::fputs(usage, stdout);
+    return 0;
+  }
   try {
     return run(parse(argc, argv));
   } catch (const std::exception& e) {

@@ -22,7 +22,7 @@ void show(const Scene& photograph, Gallery& gallery) {
       gallery.add(map,
                   format("%s: %.0f %% of the walker, %.1f %% of the rest.", name, 100 * s.hits, 100 * s.falseAlarms));
     };
-    gallery.add(sequence.frame(t), "A frame: the walker in the green coat was not there before.");
+    gallery.add(sequence.frame(t), "A frame of a made sequence: the walker in the green coat was not there before.");
     told(maps.histogram, "Histogram of colours");
     told(maps.gaussian, "One Gaussian a channel");
     told(maps.mixture, "Mixture of Gaussians");

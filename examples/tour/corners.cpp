@@ -8,10 +8,24 @@ namespace tour {
 namespace {
 
 constexpr support::Colour red = {255, 60, 60}, green = {90, 255, 120}, yellow = {255, 230, 60};
-constexpr int most = 300;
+constexpr int most = 100;
+constexpr float apart = 10;  // pixels between the points that are drawn
 
 Picture backdrop(const Picture& gray) {
   return support::toned(gray, 0.5f, 40);
+}
+
+// The first of a list, strongest first, that are not too near to a stronger one.
+template <class Point>
+std::vector<Point> spread(const std::vector<Point>& points) {
+  std::vector<Point> out;
+  for (const Point& p : points) {
+    const auto near = [&](const Point& q) {
+      return std::hypot(static_cast<float>(p.x - q.x), static_cast<float>(p.y - q.y)) < apart;
+    };
+    if (out.size() < most && std::none_of(out.begin(), out.end(), near)) out.push_back(p);
+  }
+  return out;
 }
 
 struct Response {
@@ -41,14 +55,14 @@ std::vector<ZebiPoint> strongest(const Response& response, ZebiSize size) {
   const auto at = [&](const ZebiPoint& p) { return response.values[static_cast<size_t>(p.y) * size.width + p.x]; };
   peaks.resize(count);
   std::stable_sort(peaks.begin(), peaks.end(), [&](auto& a, auto& b) { return at(a) > at(b); });
-  peaks.resize(std::min<size_t>(peaks.size(), most));
-  return peaks;
+  return spread(peaks);
 }
 
 void showResponse(const Picture& gray, const Response& response, const char* caption, Gallery& gallery) {
   Picture drawn = backdrop(gray);
   const auto peaks = strongest(response, gray.size());
-  for (const ZebiPoint& p : peaks) support::drawCross(drawn, static_cast<float>(p.x), static_cast<float>(p.y), 4, red);
+  for (const ZebiPoint& p : peaks)
+    support::drawCross(drawn, static_cast<float>(p.x), static_cast<float>(p.y), 5, red, 1.5f);
   gallery.add(drawn, format(caption, static_cast<int>(peaks.size())), response.milliseconds);
 }
 
@@ -71,15 +85,19 @@ void showSegmentTest(const Picture& gray, Gallery& gallery) {
   corners.resize(count);
   std::stable_sort(corners.begin(), corners.end(), [](auto& a, auto& b) { return a.score > b.score; });
   Picture crosses = backdrop(gray), arrows = crosses;
-  for (int i = 0; i < std::min(count, most); ++i) {
-    const auto& corner = corners[i];
+  const std::vector<ZebiFastNCorner> drawn = spread(corners);
+  for (const ZebiFastNCorner& corner : drawn) {
     const auto x = static_cast<float>(corner.x), y = static_cast<float>(corner.y), turn = corner.angle * 0.017453293f;
-    support::drawCross(crosses, x, y, 4, red);
+    support::drawCross(crosses, x, y, 5, red, 1.5f);
     support::drawArrow(arrows, x, y, x + 12 * std::cos(turn), y + 12 * std::sin(turn),
-                       corner.polarity > 0 ? yellow : green);
+                       corner.polarity > 0 ? yellow : green, 1.5f);
   }
-  gallery.add(crosses, format("The strongest of %d corners of the segment test", count), time);
-  gallery.add(arrows, "Their directions: towards the arc, yellow where it is brighter");
+  gallery.add(crosses,
+              format("The strongest %d corners of the segment test (FastN), at least 10 pixels apart, of %d.",
+                     static_cast<int>(drawn.size()), count),
+              time);
+  gallery.add(arrows,
+              "Their directions (FastN2DToVec): towards the arc, yellow where it is brighter, green where darker.");
 }
 
 void showSuppression(const Picture& gray, Gallery& gallery) {
@@ -96,8 +114,8 @@ void showSuppression(const Picture& gray, Gallery& gallery) {
     return zebiLineSuppression_8u_C1R(edges.pixels.data(), edges.step(), left.pixels.data(), left.step(), gray.size(),
                                       zebMskSize5x5, 0, zebBorderConst, 0, scratch.data());
   });
-  gallery.add(edges, "Edges before line suppression");
-  gallery.add(left, "What line suppression leaves of them", time);
+  gallery.add(edges, "Edges before line suppression (CannyBorder).");
+  gallery.add(left, "What line suppression leaves of them (LineSuppression): ends, bends and junctions.", time);
 }
 
 void show(const Scene& scene, Gallery& gallery) {
@@ -113,7 +131,7 @@ void show(const Scene& scene, Gallery& gallery) {
                          return zebiMinEigenVal_8u32f_C1R(gray.pixels.data(), gray.step(), out, step, gray.size(),
                                                           zebFilterSobel, zebMskSize3x3, 5, zebBorderRepl, 0, scratch);
                        }),
-               "The %d strongest peaks of the smaller eigenvalue", gallery);
+               "The %d strongest peaks of the smaller eigenvalue (MinEigenVal), at least 10 pixels apart.", gallery);
   showResponse(gray,
                respond(gray, zebiHarrisCornerGetBufferSize,
                        [&](Zeb32f* out, Zeb8u* scratch) {
@@ -121,7 +139,7 @@ void show(const Scene& scene, Gallery& gallery) {
                                                            zebFilterSobel, zebMskSize3x3, 5, 0.05f, zebBorderRepl, 0,
                                                            scratch);
                        }),
-               "The %d strongest peaks of determinant and trace", gallery);
+               "The %d strongest peaks of determinant and trace (HarrisCorner), at least 10 pixels apart.", gallery);
   showSegmentTest(gray, gallery);
   showSuppression(gray, gallery);
 }

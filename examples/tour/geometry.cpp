@@ -44,7 +44,10 @@ Picture throughLens(const Picture& flat, const Lens& lens) {
         const ZebiPoint_32f at = lens.moved(i, j);
         i += u - at.x, j += v - at.y;
       }
-      if (i < 0 || j < 0 || i > static_cast<float>(flat.width - 1) || j > static_cast<float>(flat.height - 1)) continue;
+      // The search may run away to what is not a number.
+      const bool inside =
+          i >= 0 && j >= 0 && i <= static_cast<float>(flat.width - 1) && j <= static_cast<float>(flat.height - 1);
+      if (!inside) continue;
       for (int c = 0; c < 3; ++c) out.at(x, y)[c] = support::level(static_cast<double>(support::sample(flat, i, j, c)));
     }
   return out;
@@ -52,7 +55,8 @@ Picture throughLens(const Picture& flat, const Lens& lens) {
 
 void showLens(const Picture& photo, Gallery& gallery) {
   const float w = static_cast<float>(photo.width), h = static_cast<float>(photo.height);
-  const Lens lens = {{0.8f * w, 0.8f * w}, {0.5f * w, 0.5f * h}, -0.3f, 0.05f};
+  const float focal = 0.8f * std::max(w, h);
+  const Lens lens = {{focal, focal}, {0.5f * w, 0.5f * h}, -0.3f, 0.05f};
   const Picture bent = throughLens(withGrid(photo), lens);
   gallery.add(bent, "The photograph under a grid, as a lens with radial distortion shows it.");
   int bytes = 0;
@@ -103,14 +107,15 @@ void showProfile(const Picture& photo, Gallery& gallery) {
   constexpr support::Colour yellow = {255, 225, 60}, plot[] = {{255, 80, 80}, {90, 220, 90}, {110, 140, 255}};
   support::drawLine(out, static_cast<float>(from.x), static_cast<float>(from.y), static_cast<float>(to.x),
                     static_cast<float>(to.y), yellow, 1.5f);
+  const float along = static_cast<float>(photo.width - 1) / static_cast<float>(n - 1);
   const auto height = [&](int k, int c) {
     return static_cast<float>(out.height - 6) -
            line[static_cast<size_t>(3 * k + c)] * static_cast<float>(high - 12) / 255;
   };
   for (int c = 0; c < 3; ++c)
     for (int k = 1; k < n; ++k)
-      support::drawLine(out, static_cast<float>(k - 1), height(k - 1, c), static_cast<float>(k), height(k, c), plot[c],
-                        1.2f);
+      support::drawLine(out, static_cast<float>(k - 1) * along, height(k - 1, c), static_cast<float>(k) * along,
+                        height(k, c), plot[c], 1.2f);
   gallery.add(out, "Red, green and blue along a line of the photograph (SampleLine).", time);
 }
 

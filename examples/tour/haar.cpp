@@ -19,16 +19,26 @@ Picture tablePicture(const std::vector<Zeb32s>& table, int width, int height) {
   return out;
 }
 
-void outline(Picture& p, const ZebiRect& box) {
-  for (int t = 0; t < 3; ++t) {
-    for (int k = -t; k < box.width + t; ++k) {
-      for (const auto& [x, y] : {std::pair{box.x + k, box.y - t}, std::pair{box.x + k, box.y + box.height - 1 + t},
-                                 std::pair{box.x - t, box.y + k}, std::pair{box.x + box.width - 1 + t, box.y + k}}) {
-        if (x < 0 || y < 0 || x >= p.width || y >= p.height) continue;
-        p.at(x, y)[0] = 255, p.at(x, y)[1] = 60, p.at(x, y)[2] = 60;
-      }
+// The mean over a square that stands on its corner, around every pixel: four reads of the tilted table.
+void showTilted(const Picture& gray, Gallery& gallery) {
+  constexpr int side = 12;  // the square covers 2 side side pixels
+  const int w = gray.width, h = gray.height, columns = w + 2;
+  std::vector<Zeb32s> table(static_cast<size_t>(columns) * (h + 2));
+  const double time = bestTime([&] {
+    return zebiTiltedIntegral_8u32s_C1R(gray.pixels.data(), gray.step(), table.data(), 4 * columns, gray.size(), 0);
+  });
+  Picture out = gray;
+  for (int y = 0; y + 2 * side <= h; ++y)
+    for (int x = side; x + side <= w; ++x) {
+      const auto at = [&](int column, int row) { return table[static_cast<size_t>(row) * columns + column]; };
+      const int sum = at(x, y) - at(x + side, y + side) - at(x - side, y + side) + at(x, y + 2 * side);
+      if (x < w && y + side < h) *out.at(x, y + side) = support::level(1.0 * sum / (2 * side * side));
     }
-  }
+  gallery.add(out,
+              format("Mean over a square of %d diagonals that stands on its corner, four reads a pixel "
+                     "(TiltedIntegral): small lights become diamonds; the frame is left as it was.",
+                     side),
+              time);
 }
 
 void show(const Scene& scene, Gallery& gallery) {
@@ -44,7 +54,8 @@ void show(const Scene& scene, Gallery& gallery) {
     return zebiSqrIntegral_8u32s64f_C1R(gray.pixels.data(), gray.step(), sums.data(), 4 * columns, squares.data(),
                                         8 * columns, gray.size(), 0, 0.0);
   });
-  gallery.add(tablePicture(sums, w, h), "The table of sums, as the square root of its share of the total", tables);
+  gallery.add(tablePicture(sums, w, h),
+              "The table of sums (SqrIntegral), as the square root of its share of the total.", tables);
 
   constexpr int side = 15;
   const ZebiSize windows = {w - side + 1, h - side + 1};
@@ -55,21 +66,34 @@ void show(const Scene& scene, Gallery& gallery) {
   });
   Picture map(windows.width, windows.height, 1);
   for (size_t i = 0; i < map.pixels.size(); ++i) map.pixels[i] = static_cast<Zeb8u>(std::min(255.0f, 3 * deviation[i]));
-  gallery.add(map, format("Deviation of every %d x %d window, three times as bright", side, side), deviations);
+  gallery.add(
+      map,
+      format("Deviation of every %d x %d window, three times as bright (RectStdDev): smooth is dark, detail bright.",
+             side, side),
+      deviations);
+
+  showTilted(gray, gallery);
 
   Picture marked = gray;
-  const float shorter = static_cast<float>(std::min(w, h));
-  cascade::drawObject(marked, 0.08f * w, 0.1f * h, 0.14f * shorter, 0.8f);
-  cascade::drawObject(marked, 0.7f * w, 0.08f * h, 0.2f * shorter, 0.8f);
-  cascade::drawObject(marked, 0.12f * w, 0.75f * h, 0.09f * shorter, 0.8f);
+  const std::vector<cascade::Placed> placed = cascade::place(marked);
+  gallery.step("training a cascade on rendered pictures");
   std::mt19937 engine(5);
   const cascade::Search search = cascade::Detector(cascade::train(engine, 8)).find(marked);
   Picture color = support::toned(marked);
-  for (const auto& d : search.detections) outline(color, d.box);
+  int hits = 0, alarms = 0;
+  for (const cascade::Detection& d : search.detections) {
+    const bool hit = cascade::objectOf(d, placed) >= 0;
+    ++(hit ? hits : alarms);
+    support::drawBox(color, d.box, hit ? support::Colour{60, 220, 90} : support::Colour{255, 60, 60});
+  }
   std::string left = format("%lld windows", search.left[0]);
   for (size_t i = 1; i < search.left.size(); ++i) left += format(", %lld", search.left[i]);
-  gallery.add(color, "Rendered markers found by a cascade trained on rendered pictures; left by each stage: " + left,
-              search.milliseconds);
+  gallery.add(
+      color,
+      format("Rendered markers found by a cascade trained on rendered pictures (ApplyHaarClassifier): %d of %d in "
+             "green, %d false alarms in red. Left by each stage: %s.",
+             hits, static_cast<int>(placed.size()), alarms, left.c_str()),
+      search.milliseconds);
 }
 
 const Section section(20, "Integral images and a cascade", show);

@@ -71,17 +71,21 @@ void showPhotograph(const Scene& scene, Gallery& gallery) {
   Compositions color(scene.color.size(), 3, Disc(radius)), gray(scene.gray.size(), 1, Disc(radius));
   double ms = 0;
   Picture picture = color.run(zebiMorphOpenBorder_8u_C3R, scene.color, &ms);
-  gallery.add(picture, format("Opening with a disc of radius %d: bright details narrower than it are gone.", radius),
-              ms);
+  gallery.add(
+      picture,
+      format("Opening with a disc of radius %d (MorphOpenBorder): bright details narrower than it are gone.", radius),
+      ms);
   picture = color.run(zebiMorphCloseBorder_8u_C3R, scene.color, &ms);
-  gallery.add(picture, "Closing with the same disc: dark details are gone.", ms);
+  gallery.add(picture, "Closing with the same disc (MorphCloseBorder): dark details are gone.", ms);
   picture = gray.run(zebiMorphTophatBorder_8u_C1R, scene.gray, &ms);
   for (Zeb8u& v : picture.pixels) v = static_cast<Zeb8u>(std::min(255, 2 * v));
-  gallery.add(picture, "Top-hat, twice as bright: what the opening took away.", ms);
+  gallery.add(picture, "Top-hat, twice as bright (MorphTophatBorder): what the opening took away.", ms);
   Compositions thin(scene.gray.size(), 1, Disc(1));
   picture = thin.run(zebiMorphGradientBorder_8u_C1R, scene.gray, &ms);
   for (Zeb8u& v : picture.pixels) v = static_cast<Zeb8u>(std::min(255, 2 * v));
-  gallery.add(picture, "Gradient with a square of nine pixels, twice as bright: edges of every direction.", ms);
+  gallery.add(picture,
+              "Gradient with a square of nine pixels, twice as bright (MorphGradientBorder): edges of every direction.",
+              ms);
 }
 
 // The smallest and the largest value of a square around every pixel.
@@ -101,7 +105,8 @@ void showRanks(const Scene& scene, Gallery& gallery) {
   };
   const double ms =
       filtered(zebiFilterMinBorderReplicate_8u_C3R, least) + filtered(zebiFilterMaxBorderReplicate_8u_C3R, most);
-  gallery.add(halves(least, most), "Minimum, left, and maximum, right, over 9 x 9 pixels, channel by channel.", ms);
+  gallery.add(halves(least, most),
+              "Minimum, left, and maximum, right, over 9 x 9 pixels, channel by channel (FilterMin, FilterMax).", ms);
 }
 
 // Erosion and dilation with a disc, then with a ball that has a height at every position.
@@ -122,8 +127,9 @@ void showBoth(const Scene& scene, Gallery& gallery) {
     });
   };
   double ms = flat(zebiErodeBorder_8u_C1R, eroded) + flat(zebiDilateBorder_8u_C1R, dilated);
-  gallery.add(halves(eroded, dilated), format("Erosion, left, and dilation, right, with a disc of radius %d.", radius),
-              ms);
+  gallery.add(
+      halves(eroded, dilated),
+      format("Erosion, left, and dilation, right, with a disc of radius %d (ErodeBorder, DilateBorder).", radius), ms);
 
   std::vector<Zeb32s> ball(disc.mask.size());
   for (size_t i = 0; i < ball.size(); ++i) {
@@ -139,9 +145,11 @@ void showBoth(const Scene& scene, Gallery& gallery) {
   };
   ms = rolling(zebiGrayErodeBorder_8u_C1R, eroded) + rolling(zebiGrayDilateBorder_8u_C1R, dilated);
   requireOk(zebiMorphGrayFree_8u_C1R(heights));
-  gallery.add(halves(eroded, dilated),
-              "Grayscale erosion, left, and dilation, right: a paraboloid of the same width rolls below and above.",
-              ms);
+  gallery.add(
+      halves(eroded, dilated),
+      "Grayscale erosion, left, and dilation, right (GrayErodeBorder, GrayDilateBorder): a paraboloid of the same "
+      "width rolls below and above.",
+      ms);
 }
 
 // Seven rows of five pixels a letter.
@@ -197,12 +205,17 @@ void showPage(Gallery& gallery) {
   double opening = 0, closing = 0, hat = 0;
   const Picture opened = specks.run(zebiMorphOpenBorder_8u_C1R, lit, &opening);
   const Picture clean = specks.run(zebiMorphCloseBorder_8u_C1R, opened, &closing);
-  gallery.add(clean, "Opening, then closing with a square of nine pixels: specks are smaller than it, strokes are not.",
-              opening + closing);
+  gallery.add(
+      clean,
+      "Opening, then closing with a square of nine pixels (MorphOpenBorder, MorphCloseBorder): specks are smaller than "
+      "it, strokes are not.",
+      opening + closing);
   const Picture dark = strokes.run(zebiMorphBlackhatBorder_8u_C1R, clean, &hat);
-  gallery.add(ink(dark, 14, true),
-              "Black-hat with a disc wider than the strokes, then one threshold: ink relative to the paper around it.",
-              hat);
+  gallery.add(
+      ink(dark, 14, true),
+      "Black-hat with a disc wider than the strokes (MorphBlackhatBorder), then one threshold: ink relative to the "
+      "paper around it.",
+      hat);
 }
 
 void show(const Scene& scene, Gallery& gallery) {

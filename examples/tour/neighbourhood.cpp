@@ -39,7 +39,7 @@ void showLowpass(const Picture& gray, Gallery& gallery) {
     return zebiFilterLowpassBorder_8u_C1R(gray.pixels.data(), gray.step(), out.pixels.data(), out.step(), gray.size(),
                                           zebMskSize5x5, zebBorderRepl, 0, buffer.data());
   });
-  gallery.add(std::move(out), "Low-pass, 5 × 5: every pixel the mean of the 25 around it.", time);
+  gallery.add(std::move(out), "Low-pass, 5 × 5 (FilterLowpassBorder): every pixel the mean of the 25 around it.", time);
 }
 
 void showGaussian(const Picture& color, Gallery& gallery, float sigma) {
@@ -55,7 +55,10 @@ void showGaussian(const Picture& color, Gallery& gallery, float sigma) {
                                            color.size(), zebBorderRepl, nullptr, state, buffer.data());
   });
   gallery.add(std::move(out),
-              format("Gaussian, sigma %g, %d taps in both directions.", static_cast<double>(sigma), taps), time);
+              format("Gaussian, sigma %g, %d taps in both directions (FilterGaussianBorder): what is smaller than the "
+                     "bell is gone.",
+                     static_cast<double>(sigma), taps),
+              time);
 }
 
 void show(const Scene& scene, Gallery& gallery) {
@@ -64,11 +67,26 @@ void show(const Scene& scene, Gallery& gallery) {
       "Gaussian smooths with a bell of any width, whose taps are computed once.");
   const Picture& gray = scene.gray;
   derive(gray, gallery, zebiFilterSobelHorizGetBufferSize_8u16s_C1R, zebiFilterSobelHorizBorder_8u16s_C1R,
-         zebMskSize3x3, 300, "Sobel, 3 × 3, along x: edges that stand upright.");
+         zebMskSize3x3, 300, "Sobel, 3 × 3, along x (FilterSobelHorizBorder): edges that stand upright.");
   derive(gray, gallery, zebiFilterSobelVertGetBufferSize_8u16s_C1R, zebiFilterSobelVertBorder_8u16s_C1R, zebMskSize3x3,
-         300, "Sobel, 3 × 3, along y: edges that lie.");
+         300, "Sobel, 3 × 3, along y (FilterSobelVertBorder): edges that lie.");
+  // Scharr kernels come in one size.
+  derive(
+      gray, gallery,
+      [](ZebiSize size, int, int* bytes) { return zebiFilterScharrVertGetBufferSize_8u16s_C1R(size, bytes); },
+      [](const Zeb8u* src, int srcStep, Zeb16s* dst, int dstStep, ZebiSize size, int, ZebiBorderType border,
+         Zeb8u value, Zeb8u* buffer) {
+        return zebiFilterScharrVertBorder_8u16s_C1R(src, srcStep, dst, dstStep, size, border, value, buffer);
+      },
+      zebMskSize3x3, 1200, "Scharr along y: the same edges, with directions that are truer.");
+  derive(gray, gallery, zebiFilterSobelHorizSecondGetBufferSize_8u16s_C1R, zebiFilterSobelHorizSecondBorder_8u16s_C1R,
+         zebMskSize3x3, 300, "Second derivative, 3 × 3, along x: thin upright lines.");
+  derive(gray, gallery, zebiFilterSobelVertSecondGetBufferSize_8u16s_C1R, zebiFilterSobelVertSecondBorder_8u16s_C1R,
+         zebMskSize3x3, 300, "Second derivative, 3 × 3, along y: thin lying lines.");
+  derive(gray, gallery, zebiFilterSobelCrossGetBufferSize_8u16s_C1R, zebiFilterSobelCrossBorder_8u16s_C1R,
+         zebMskSize5x5, 600, "Along x and y at once, 5 × 5: corners and slanting lines.");
   derive(gray, gallery, zebiFilterLaplacianGetBufferSize_8u16s_C1R, zebiFilterLaplacianBorder_8u16s_C1R, zebMskSize5x5,
-         2000, "Laplacian, 5 × 5: lines and spots against their surroundings.");
+         2000, "Laplacian, 5 × 5 (FilterLaplacianBorder): lines and spots against their surroundings.");
   showLowpass(gray, gallery);
   for (const float sigma : {1.0f, 3.0f, 8.0f}) showGaussian(scene.color, gallery, sigma);
 }

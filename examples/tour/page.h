@@ -18,6 +18,8 @@ struct PageSection {
 struct Page {
   std::string source;  // where the photograph comes from
   Figure photograph;
+  Figure hero;
+  ZebiSize original;  // of the photograph before it was scaled
   std::vector<PageSection> sections;
 };
 

@@ -1,8 +1,24 @@
 // Reconstruction: filled holes, and the bright details that stand out from their surroundings.
+#include "draw.h"
 #include "tour.h"
 
 namespace tour {
 namespace {
+
+// The picture, dimmed, and what has changed in it: red where it rose.
+Picture changes(const Picture& before, const Picture& after) {
+  Picture out = support::toned(before, 0.6f, 60);
+  for (size_t i = 0; i < before.pixels.size(); ++i) {
+    const int rise = after.pixels[i] - before.pixels[i];
+    if (rise < 4) continue;
+    const float share = std::min(1.0f, 0.35f + static_cast<float>(rise) / 60);
+    Zeb8u* const p = &out.pixels[3 * i];
+    p[0] = support::level(p[0] + share * (235 - p[0]));
+    p[1] = support::level(p[1] * (1 - share) + share * 60);
+    p[2] = support::level(p[2] * (1 - share) + share * 40);
+  }
+  return out;
+}
 
 void show(const Scene& scene, Gallery& gallery) {
   gallery.say(
@@ -28,7 +44,11 @@ void show(const Scene& scene, Gallery& gallery) {
     return zebiMorphReconstructErode_8u_C1IR(photo.pixels.data(), photo.step(), filled.pixels.data(), filled.step(),
                                              size, scratch.data(), zebiNormInf);
   });
-  gallery.add(filled, "Dark holes filled up to their rims", holes);
+  gallery.add(filled,
+              "Dark holes filled up to their rims (MorphReconstructErode): eyes, creases, the gaps between leaves.",
+              holes);
+  gallery.add(changes(photo, filled),
+              "What the filling changed, in red: every dark spot that a brighter rim encloses.");
 
   // Peaks: the photograph less 40 levels, grown back under it.
   constexpr int height = 40;
@@ -43,7 +63,12 @@ void show(const Scene& scene, Gallery& gallery) {
                               peaks.pixels.data(), peaks.step(), size);
   });
   for (Zeb8u& v : peaks.pixels) v = static_cast<Zeb8u>(std::min(255, v * 255 / height));
-  gallery.add(peaks, format("Peaks of up to %d levels above what surrounds them", height), domes);
+  gallery.add(
+      peaks,
+      format("Peaks of up to %d levels above what surrounds them (MorphReconstructDilate, AbsDiff): small lights, "
+             "whatever the brightness around them.",
+             height),
+      domes);
 }
 
 const Section section(45, "Reconstruction", show);

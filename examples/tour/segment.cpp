@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "colours.h"
+#include "draw.h"
 #include "tour.h"
 
 namespace tour {
@@ -130,12 +131,12 @@ struct Fill {
 
 // Runs fill(picture, region, buffer) on fresh copies.
 template <class Run>
-Fill filled(const Picture& picture, bool gradient, Run run) {
+Fill filled(const Picture& picture, bool gradient, Run run, int runs = 5) {
   int bytes = 0;
   requireOk((gradient ? zebiFloodFillGetSize_Grad : zebiFloodFillGetSize)(picture.size(), &bytes));
   std::vector<Zeb8u> buffer(bytes);
   Fill best{picture, {}, std::numeric_limits<double>::infinity()};
-  for (int i = 0; i < 5; ++i) {
+  for (int i = 0; i < runs; ++i) {
     best.picture = picture;
     best.milliseconds =
         std::min(best.milliseconds, timed([&] { return run(best.picture, &best.region, buffer.data()); }));
@@ -143,40 +144,50 @@ Fill filled(const Picture& picture, bool gradient, Run run) {
   return best;
 }
 
-void frame(Picture& picture, ZebiRect r, const Zeb8u* rgb) {
-  for (int y = r.y; y < r.y + r.height; ++y)
-    for (int x = r.x; x < r.x + r.width; ++x)
-      if (x < r.x + 2 || y < r.y + 2 || x >= r.x + r.width - 2 || y >= r.y + r.height - 2)
-        std::copy_n(rgb, 3, picture.at(x, y));
+// Rooms in rows, with doors in some of their walls.
+Picture floorPlan(ZebiPoint& hall) {
+  constexpr int room = 128, wall = 4, door = 30, across = 4, down = 4;
+  // For every room: 1 a door to the right, 2 a door below.
+  constexpr int doors[down][across] = {{1, 2, 2, 2}, {2, 1, 1, 0}, {0, 2, 0, 0}, {1, 1, 1, 0}};
+  Picture out(across * room, down * room, 1);
+  for (int y = 0; y < out.height; ++y)
+    for (int x = 0; x < out.width; ++x) {
+      const int u = x % room, v = y % room, d = doors[y / room][x / room];
+      const bool opening = (d & 1 && u >= room - wall && std::abs(v - room / 2) < door / 2) ||
+                           (d & 2 && v >= room - wall && std::abs(u - room / 2) < door / 2);
+      const bool fromLeft =
+          u < wall && x >= room && doors[y / room][x / room - 1] & 1 && std::abs(v - room / 2) < door / 2;
+      const bool fromAbove =
+          v < wall && y >= room && doors[y / room - 1][x / room] & 2 && std::abs(u - room / 2) < door / 2;
+      const bool solid = u < wall || v < wall || u >= room - wall || v >= room - wall;
+      *out.at(x, y) = static_cast<Zeb8u>(solid && !opening && !fromLeft && !fromAbove ? 30 : 255);
+    }
+  hall = {room + room / 2, room + room / 2};
+  return out;
 }
 
-void showFills(const Scene& scene, const Picture& edge, Gallery& gallery) {
+void showFills(const Scene& scene, Gallery& gallery) {
   const Picture& photo = scene.color;
   const ZebiSize size = photo.size();
   const double pixels = static_cast<double>(size.width) * size.height;
   const ZebiPoint corner{size.width / 16, size.height / 16};
 
-  // The pixel that is farthest from any edge lies in the largest open space.
-  const std::vector<Zeb32f> distance = exactDistances(edge);
-  const int far = static_cast<int>(std::max_element(distance.begin(), distance.end()) - distance.begin());
-  const ZebiPoint open{far % size.width, far / size.width};
-  Fill plain = filled(edge, false, [&](Picture& p, ZebiConnectedComp* region, Zeb8u* buffer) {
-    return zebiFloodFill_4Con_8u_C1IR(p.pixels.data(), p.step(), size, open, 160, region, buffer);
+  ZebiPoint hall;
+  const Picture plan = floorPlan(hall);
+  const Fill plain = filled(plan, false, [&](Picture& p, ZebiConnectedComp* region, Zeb8u* buffer) {
+    return zebiFloodFill_4Con_8u_C1IR(p.pixels.data(), p.step(), plan.size(), hall, 160, region, buffer);
   });
-  Picture shown(size.width, size.height, 3);
-  for (size_t i = 0; i < plain.picture.pixels.size(); ++i) {
-    const Zeb8u v = plain.picture.pixels[i];
-    const Zeb8u rgb[] = {static_cast<Zeb8u>(v == 160 ? 90 : v), static_cast<Zeb8u>(v == 160 ? 170 : v),
-                         static_cast<Zeb8u>(v == 160 ? 230 : v)};
-    std::copy_n(rgb, 3, &shown.pixels[3 * i]);
-  }
-  const Zeb8u red[] = {220, 40, 40};
-  frame(shown, plain.region.rect, red);
+  Picture shown = support::toned(plain.picture);
+  const Zeb8u blue[] = {90, 170, 230};
+  for (size_t i = 0; i < plain.picture.pixels.size(); ++i)
+    if (plain.picture.pixels[i] == 160) std::copy_n(blue, 3, &shown.pixels[3 * i]);
+  support::drawBox(shown, plain.region.rect, {220, 40, 40}, 2);
+  support::drawCross(shown, static_cast<float>(hall.x), static_cast<float>(hall.y), 8, {20, 60, 160}, 3);
   gallery.add(
       shown,
-      format("A plain fill (FloodFill 4Con) between the edges, from the pixel that is farthest from all of them: "
-             "%.1f per cent of the picture, with its bounding box.",
-             100 * plain.region.area / pixels),
+      format("A plain fill (FloodFill 4Con) of a drawn floor plan from the cross: the rooms that open doors lead "
+             "to, %.0f per cent of the plan, with their bounding box. Rooms behind closed doors stay white.",
+             100 * plain.region.area / static_cast<double>(plan.pixels.size())),
       plain.milliseconds);
 
   const Zeb8u teal[3] = {0, 150, 140};
@@ -241,7 +252,7 @@ void show(const Scene& scene, Gallery& gallery) {
   const Picture edge = edges(scene.gray);
   showDistances(edge, gallery);
   showMetrics(gallery);
-  showFills(scene, edge, gallery);
+  showFills(scene, gallery);
 }
 
 const Section section(60, "Distances and fills", show);

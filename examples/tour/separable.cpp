@@ -1,6 +1,7 @@
 // Separable filters: smoothing, derivatives, and what the border rules put beside a row.
 #include <cmath>
 
+#include "draw.h"
 #include "filter/border_rules.h"
 #include "tour.h"
 
@@ -78,10 +79,12 @@ void showSmoothing(const Scene& scene, Gallery& gallery) {
     // The rows keep all 15 bits of their sums; the column filter divides by both weights.
     const double time =
         bestTime([&] { return filter<3>(scene.color, taps, 1, taps, 128 * 128, out.pixels.data()); }, 5);
-    gallery.add(out,
-                format("Smoothed by a bell of %.0f pixels, %d x %d taps: rows (8u16s C3), then columns (16s8u C3).",
-                       sigma, static_cast<int>(taps.size()), static_cast<int>(taps.size())),
-                time);
+    gallery.add(
+        out,
+        format("Smoothed by a bell of %.0f pixels, %d x %d taps: rows (FilterRowBorderPipeline 8u16s C3), then columns "
+               "(FilterColumnPipeline 16s8u C3): grain and small lines are gone, large shapes stay.",
+               sigma, static_cast<int>(taps.size()), static_cast<int>(taps.size())),
+        time);
   }
 }
 
@@ -97,11 +100,12 @@ void showDerivatives(const Scene& scene, Gallery& gallery) {
         5);
     Picture out(scene.gray.width, scene.gray.height, 1);
     for (size_t i = 0; i < out.pixels.size(); ++i) out.pixels[i] = static_cast<Zeb8u>(derivative[i] + 128);
-    gallery.add(out,
-                across ? "Derivative to the right: -1 0 1 across, 1 2 1 down, a quarter of it as signed bytes (16s8s); "
-                         "gray is none."
-                       : "Derivative downwards: the same two kernels, exchanged.",
-                time);
+    gallery.add(
+        out,
+        across ? "Derivative to the right: -1 0 1 across, 1 2 1 down, a quarter of it as signed bytes (16s8s); "
+                 "gray is none (FilterRowBorderPipeline, FilterColumnPipeline)."
+               : "Derivative downwards: the same two kernels, exchanged. Edges that lie show, those that stand vanish.",
+        time);
   }
 }
 
@@ -137,6 +141,35 @@ void showBorders(const Picture& picture, Gallery& gallery) {
               "repeated, and the one without. Side flags choose the pixels in memory for single sides.");
 }
 
+// The two reflections on a region of a few pixels, so large that each can be followed.
+void showReflections(Gallery& gallery) {
+  constexpr ZebiSize region{5, 3};
+  constexpr int reach = 3, cell = 36, gap = 24, frame = 4;
+  constexpr int rows = region.height + 2 * reach, columns = region.width + 2 * reach;
+  Picture out(columns * cell, 2 * rows * cell + gap, 3);
+  std::fill(out.pixels.begin(), out.pixels.end(), Zeb8u(255));
+  // A hue for every column, a light for every row.
+  const auto paint = [region](Zeb8u* pixel, int x, int y) {
+    const double turn = 6.2831853 * x / region.width, light = 250 - 75 * y;
+    for (int c = 0; c < 3; ++c) pixel[c] = support::level(light * (0.6 + 0.4 * std::cos(turn - c * 2.0943951)));
+  };
+  const int rules[] = {zebBorderMirrorR, zebBorderMirror};
+  for (int i = 0; i < 2; ++i) {
+    const int top = i * (rows * cell + gap);
+    for (int y = 0; y < rows * cell; ++y)
+      for (int x = 0; x < columns * cell; ++x)
+        if (x % cell > 0 && y % cell > 0)
+          paint(out.at(x, top + y), zeb::borderSource(rules[i], x / cell - reach, region.width),
+                zeb::borderSource(rules[i], y / cell - reach, region.height));
+    support::drawBox(out, {reach * cell, top + reach * cell, region.width * cell + 1, region.height * cell + 1},
+                     {0, 0, 0}, frame);
+  }
+  gallery.add(
+      out,
+      "The two reflections around a region of 5 x 3 pixels, in the black frame: above, the edge pixel is repeated "
+      "(zebBorderMirrorR); below, it is not (zebBorderMirror).");
+}
+
 void show(const Scene& scene, Gallery& gallery) {
   gallery.say(
       "A kernel that is a product of a row and a column is applied as two short filters instead of one wide one: rows "
@@ -145,6 +178,7 @@ void show(const Scene& scene, Gallery& gallery) {
   showSmoothing(scene, gallery);
   showDerivatives(scene, gallery);
   showBorders(scene.color, gallery);
+  showReflections(gallery);
 }
 
 const Section section(30, "Separable filters and borders", show);

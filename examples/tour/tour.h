@@ -43,6 +43,9 @@ class Gallery {
     figures_.push_back({"", std::move(picture), std::move(caption), milliseconds});
   }
 
+  // Says what takes longer than two seconds before it begins.
+  void step(const std::string& what);
+
   const std::string& paragraph() const { return paragraph_; }
   std::vector<Figure>& figures() { return figures_; }
 

@@ -99,6 +99,7 @@ std::vector<Picture> sequence(const Options& options) {
   std::vector<Picture> frames;
   for (const std::string& file : options.files.empty() ? std::vector<std::string>{""} : options.files) {
     const auto photograph = support::openPhotograph(file);
+    support::requireRoom(photograph, 32, 16);
     frames.push_back(support::gray(photograph.picture));
     const ZebiSize size = frames.back().size(), wanted = frames.front().size();
     std::printf("%s, %d x %d\n", photograph.source.c_str(), size.width, size.height);
@@ -173,6 +174,10 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int count, char** words) {
+  if (count == 2 && std::string(words[1]) == "--help") {
+    std::fputs(usage, stdout);
+    return 0;
+  }
   try {
     return run(parsed(count, words));
   } catch (const Usage& e) {

@@ -9,21 +9,31 @@ using namespace fuzz;
 using ref::Corner;
 using ref::Plane;
 
+// Bars of two or three pixels, black and white in turn: derivatives as large as they can be at most of the pixels.
+template <class S>
+Plane<S> bars(Choice& c, int width, int height) {
+  const int broad = c.within(2, 3);
+  const bool upright = c.coin();
+  Plane<S> p(width, height);
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x) p.at(x, y) = static_cast<S>((upright ? x : y) / broad % 2 * 255);
+  return p;
+}
+
 // A filter, a window, and exactly the pixels around the region that both may read.
 template <class S>
 struct Setup {
   explicit Setup(Choice& c)
-      : window(c.oneIn(64)  ? c.within(1, 255)
-               : c.oneIn(8) ? c.within(1, 40)
-                            : c.within(1, 8)),
+      : window(windowOf(c)),
         size(window > 12 ? c.size(20, 4) : c.size(70, 8)),
         filter(c.oneIn(3) ? zebFilterScharr : zebFilterSobel),
         taps(filter == zebFilterSobel && c.coin() ? 5 : 3),
         border(rule(c) | c.within(0, 15) << 4),
         left(margin(zebBorderInMemLeft, before())),
         top(margin(zebBorderInMemTop, before())),
-        image(c.image<S>(size.width + left + margin(zebBorderInMemRight, window - 1 - before()),
-                         size.height + top + margin(zebBorderInMemBottom, window - 1 - before()))),
+        image{content(c, size.width + left + margin(zebBorderInMemRight, window - 1 - before()),
+                      size.height + top + margin(zebBorderInMemBottom, window - 1 - before())),
+              c.layout<S>()},
         value(c.value<S>()),
         mask(taps == 3 ? zebMskSize3x3 : zebMskSize5x5) {
     const int filters[] = {0, 1, 3, 4, 6, -2}, masks[] = {0, 3, 5, 34, 53, -33}, windows[] = {0, -1, 256, INT32_MIN};
@@ -54,6 +64,16 @@ struct Setup {
   int badFilter, badMask, badWindow, badBorder, told;
 
  private:
+  // Many small ones; now and then those at which sums of products begin to need more than 32 bits.
+  static int windowOf(Choice& c) {
+    const int limits[] = {3, 4, 5, 11, 12, 45, 46};
+    if (c.oneIn(64)) return c.within(1, 255);
+    if (c.oneIn(8)) return c.within(1, 40);
+    return c.oneIn(16) ? c.oneOf(limits) : c.within(1, 8);
+  }
+  static Plane<S> content(Choice& c, int width, int height) {
+    return c.oneIn(4) ? bars<S>(c, width, height) : c.plane<S>(width, height);
+  }
   static int rule(Choice& c) {
     const int rules[] = {zebBorderConst, zebBorderRepl, zebBorderInMem};
     return c.oneOf(rules);
@@ -87,8 +107,8 @@ void corners(Choice& c, const F& f, const Q& query, Corner kind, K... k) {
                    (0.0f + ... + k));
   const Zeb32f badK[] = {-0.01f, 1.01f, INFINITY, NAN};
   [[maybe_unused]] const Zeb32f refused = c.oneOf(badK);
-  f.ok(c, s.pixels(), s.image.step(), dst.pixels(), dst.step(), s.size, s.filters(), s.masks(), s.windows(),
-       orElse(k, refused, zebStsErrBadArgument, Check::anywhere)..., s.borders(), s.value, buffer.get());
+  f.ok(c, s.pixels(), s.image.step(), dst.pixels(), stepOf(dst, floats * s.size.width), s.size, s.filters(), s.masks(),
+       s.windows(), orElse(k, refused, zebStsErrBadArgument, Check::anywhere)..., s.borders(), s.value, buffer.get());
   require(agree(f.name(), dst, want), s.describe());
   require(s.image.intact() && buffer.intact(), "wrote outside");
 }

@@ -9,8 +9,24 @@ namespace {
 using namespace fuzz;
 using ref::Plane;
 
+// A few bars one or two pixels wide, upright or lying, on a plain ground: corners of one direction only.
+Plane<Zeb8u> barsOn(Choice& c, int width, int height) {
+  const bool bright = c.coin(), upright = c.coin();
+  Plane<Zeb8u> p(width, height, 1, Zeb8u(bright ? 20 : 220));
+  Random random = c.random();
+  for (int k = c.within(1, 3); k > 0; --k) {
+    const int far = random.within(1, 20), broad = random.within(1, 2);
+    const int w = upright ? broad : far, h = upright ? far : broad;
+    const int x0 = random.within(-3, width - 1), y0 = random.within(-3, height - 1);
+    for (int y = std::max(y0, 0); y < std::min(height, y0 + h); ++y)
+      for (int x = std::max(x0, 0); x < std::min(width, x0 + w); ++x) p.at(x, y) = bright ? 220 : 20;
+  }
+  return p;
+}
+
 // Also content in which many arcs pass, and equal scores stand side by side.
 Plane<Zeb8u> pixels(Choice& c, int width, int height) {
+  if (c.oneIn(3)) return barsOn(c, width, height);
   Plane<Zeb8u> p = c.plane<Zeb8u>(width, height);
   if (c.coin()) return p;
   Random random = c.random();
@@ -90,14 +106,20 @@ void fastN(Choice& c) {
   auto* const list = reinterpret_cast<ZebiFastNCorner*>(corners.get());
   int count = -1;
   const auto toVec = FUNCTION(zebiFastN2DToVec_8u);
-  toVec.ok(c, listed.pixels(), listed.step(), keep(oriented ? turned.pixels() : nullptr),
-           keep(oriented ? turned.step() : -7), size, list, orElse(most, -c.within(0, 3), zebStsErrSize, Check::size),
-           &count, stateIn(spec));
+  const auto list2D = [&](auto codesAt, auto codesStep) {
+    toVec.ok(c, listed.pixels(), listed.step(), codesAt, codesStep, size, list,
+             orElse(most, -c.within(0, 3), zebStsErrSize, Check::size), &count, stateIn(spec));
+  };
+  if (oriented)
+    list2D(keep(turned.pixels()), stepOf(turned, size.width));
+  else
+    list2D(keep<const Zeb8u*>(nullptr), keep(-7));
   require(count == static_cast<int>(expected), "the count of corners");
   require(expected == 0 || memcmp(list, want.data(), expected * sizeof(ZebiFastNCorner)) == 0, "a corner");
   require(listed.intact() && turned.intact() && corners.intact(), "wrote outside");
 }
-DRIVER("corners", "zebiFastN_8u_C1R", fastN(c));
+// Many circles, arcs and options.
+DRIVER("corners", "zebiFastN_8u_C1R", for (int i = 0; i < 2; ++i) fastN(c));
 
 void lineSuppression(Choice& c) {
   const ZebiSize size = c.size(70, 14);

@@ -18,9 +18,10 @@ Zeb32f fraction(Choice& c) {
   c.look(f);
   return f;
 }
-Zeb32f noFraction(Choice& c) {
-  const Zeb32f refused[] = {1, -0x1p-149f, NAN, INFINITY, -1};
-  return c.oneOf(refused);
+// Above 0 or not: what is above asks for one more column, be it too large or not.
+Zeb32f noFraction(Choice& c, bool above) {
+  const Zeb32f large[] = {1, INFINITY, 1.5f}, refused[] = {-0x1p-149f, NAN, -1};
+  return above ? c.oneOf(large) : c.oneOf(refused);
 }
 
 // scale...: the factor, for functions that take one.
@@ -30,10 +31,9 @@ void subpixel(Choice& c, const F& f, Scale... scale) {
   const Zeb32f x = fraction(c), y = fraction(c);
   const Image<T> src = c.image<T>(size.width + (x != 0), size.height + (y != 0));
   const Image<D> dst = c.empty<D>(size);
-  // A fraction above 0 asks for one more column, be it too large or not.
-  const Zeb32f noX = x > 0 ? noFraction(c) : -1, noY = noFraction(c);
+  const Zeb32f noX = noFraction(c, x > 0), noY = noFraction(c, c.coin());
   const ZebiPoint_32f bad = c.coin() ? ZebiPoint_32f{noX, y} : ZebiPoint_32f{x, noY};
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
+  f.ok(c, src.pixels(), stepOf(src, size.width + (x > 0)), dst.pixels(), dst.step(), size,
        orElse(ZebiPoint_32f{x, y}, bad, zebStsErrOutOfRange), scale...);
   Plane<D> want(size.width, size.height);
   for (int j = 0; j < size.height; ++j)
@@ -276,17 +276,14 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   const int kind = c.within(0, 2);
   if (kind == 0) wanted = 15;
   if (kind == 2) wanted = 1;
-  const auto step = [](const auto& image, int elements) {
-    return orElse(image.step(), (elements - 1) * static_cast<int>(sizeof(*image.pixels())), zebStsErrStep, Check::step);
-  };
   const auto call = [&](auto value, auto types) {
     const auto with = [&](auto... outputs) {
       f.ok(c, src.pixels(), src.image.step(), outputs..., size, mask, choice, types, value, buffer.get());
     };
     const int w = size.width, none = c.within(-9, 9);
     if (kind == 0) {
-      with(keep(gx.pixels()), step(gx, w), keep(gy.pixels()), step(gy, w), keep(magnitude.pixels()), step(magnitude, w),
-           keep(angle.pixels()), step(angle, w));
+      with(keep(gx.pixels()), stepOf(gx, w), keep(gy.pixels()), stepOf(gy, w), keep(magnitude.pixels()),
+           stepOf(magnitude, w), keep(angle.pixels()), stepOf(angle, w));
     } else if (kind == 1) {
       const auto pixels = [&](int k, const auto& image) { return keep(wanted & k ? image.pixels() : nullptr); };
       const auto anyStep = [&](int k, const auto& image) { return keep(wanted & k ? image.step() : none); };
@@ -294,7 +291,7 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
            pixels(8, angle), anyStep(8, angle));
     } else {
       D* const nothing = nullptr;
-      with(gx.pixels(), step(gx, w), keep(nothing), keep(none), keep(nothing), keep(none),
+      with(gx.pixels(), stepOf(gx, w), keep(nothing), keep(none), keep(nothing), keep(none),
            keep(static_cast<Zeb32f*>(nullptr)), keep(none));
     }
   };
@@ -341,8 +338,7 @@ void toGray(Choice& c, const F& f) {
   const ZebiSize size = c.size();
   const Image<T> src = c.image<T>(size, 3), dst = c.empty<T>(size);
   const ZebNormType norm = c.oneOf(norms);
-  const int tooSmall = (size.width - 1) * static_cast<int>(sizeof(T));
-  f.ok(c, src.pixels(), src.step(), dst.pixels(), orElse(dst.step(), tooSmall, zebStsErrStep, Check::step), size,
+  f.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size.width), size,
        orElse(norm, c.oneOf(noNorms), zebStsErrNorm));
   Plane<T> want(size.width, size.height);
   const Plane<T> colours = src.plane();
@@ -375,6 +371,7 @@ struct ObservationCase : ref::Observation {
     if (c.oneIn(4)) at = {1, 0, 0, 0, 1, 0};
     if (c.oneIn(8)) at[static_cast<size_t>(c.within(0, 5))] = c.coin() ? 1e300 : 1e308;
     if (c.oneIn(8)) at[2] = -0.5 * c.within(0, 4);
+    if (c.oneIn(8)) at[2] = at[5] = 0x1.fffffffffffffp-2;  // 1/2 more is 1 by its rounding
     psf.resize(static_cast<size_t>(n * n));
     const bool usual = !c.oneIn(6);
     for (Zeb32f& w : psf) {
@@ -422,18 +419,44 @@ DRIVER("geometry", "zebiSRCalcResidual_PSF2x2_8u16s_C1R",
 DRIVER("geometry", "zebiSRCalcResidual_PSF3x3_8u16s_C1R",
        residual<3>(c, FUNCTION(zebiSRCalcResidual_PSF3x3_8u16s_C1R)));
 
-template <int n, class F>
-void update(Choice& c, const F& f) {
+// What an observation sees of a picture h, against residuals r, is the picture against what r adds to it: <A h, r> and
+// <h, A' r> with sums that are exact.
+template <class F, class R>
+void requireTransposed(Choice& c, const F& f, const R& residual, ObservationCase& o, ZebiSize low, ZebiSize high) {
+  Random random = c.random();
+  for (Zeb32f& w : o.psf) w = static_cast<Zeb32f>(random.within(-14, 14)) / 128;
+  Plane<Zeb8u> picture(high.width, high.height), nothing(low.width, low.height);
+  Plane<Zeb32f> res(low.width, low.height), grad(high.width, high.height);
+  Plane<Zeb16s> seen(low.width, low.height);
+  for (Zeb8u& v : picture.data) v = static_cast<Zeb8u>(random.within(0, 255));
+  for (Zeb32f& v : res.data) v = static_cast<Zeb32f>(random.within(-99, 99));
+  residual.ok(c, keep(picture.data.data()), high.width, high, keep(nothing.data.data()), low.width,
+              keep(seen.data.data()), 2 * low.width, low, keep(o.at.data()), keep(o.psf.data()));
+  f.ok(c, keep(res.data.data()), 4 * low.width, low, keep(grad.data.data()), 4 * high.width, high, keep(o.at.data()),
+       keep(o.psf.data()));
+  double forth = 0, back = 0;
+  for (size_t i = 0; i < res.data.size(); ++i) forth -= seen.data[i] * static_cast<double>(res.data[i]);
+  for (size_t i = 0; i < grad.data.size(); ++i) back += picture.data[i] * static_cast<double>(grad.data[i]);
+  require(forth == 128 * back, "the update is not the transpose of the residual");
+}
+
+template <int n, class F, class R>
+void update(Choice& c, const F& f, const R& residual) {
   const ZebiSize low = c.size(), high = estimateSize(c, low);
   const Image<Zeb32f> res = c.image<Zeb32f>(low), grad = c.image<Zeb32f>(high);
-  const ObservationCase o(c, n, low, high);
+  ObservationCase o(c, n, low, high);
   Plane<Zeb32f> want = grad.plane();
   f.ok(c, res.pixels(), res.step(), low, grad.pixels(), grad.step(), high, o.coefficients(), o.spread());
   ref::addResiduals(res.plane(), want, o);
   require(agree(f.name(), grad, want), res.describe());
   require(res.intact(), "wrote outside");
+  requireTransposed(c, f, residual, o, low, high);
 }
-DRIVER("geometry", "zebiSRUpdateGradient_PSF2x2_32f_C1R", update<2>(c, FUNCTION(zebiSRUpdateGradient_PSF2x2_32f_C1R)));
-DRIVER("geometry", "zebiSRUpdateGradient_PSF3x3_32f_C1R", update<3>(c, FUNCTION(zebiSRUpdateGradient_PSF3x3_32f_C1R)));
+#define UPDATE(n)                                                            \
+  DRIVER("geometry", "zebiSRUpdateGradient_PSF" #n "x" #n "_32f_C1R",        \
+         update<n>(c, FUNCTION(zebiSRUpdateGradient_PSF##n##x##n##_32f_C1R), \
+                   FUNCTION(zebiSRCalcResidual_PSF##n##x##n##_8u16s_C1R)))
+UPDATE(2);
+UPDATE(3);
 
 }  // namespace

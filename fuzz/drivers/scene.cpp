@@ -10,11 +10,16 @@ namespace {
 using namespace fuzz;
 using ref::Plane;
 
-// Frames in which every pixel shows one of a few colours, a little changed, or anything.
+// Frames in which every pixel shows one of a few colours, a little changed, or anything. Changes by multiples of 4 lead
+// to squared distances that are those of a threshold, exactly.
 class Camera {
  public:
   Camera(Choice& c, ZebiSize size, int channels)
-      : channels_(channels), noise_(c.within(0, 12)), colours_(c.within(1, 10)), random_(c.random()) {
+      : channels_(channels),
+        step_(c.coin() ? 4 : 1),
+        noise_(c.within(0, 12) / step_),
+        colours_(c.within(1, 10)),
+        random_(c.random()) {
     for (int i = 0; i < colours_; ++i) scenes_.push_back(c.plane<Zeb8u>(size.width, size.height, channels));
   }
   Image<Zeb8u> frame(Choice& c) {
@@ -24,7 +29,7 @@ class Camera {
       for (int x = 0; x < p.width; ++x) {
         const auto& other = scenes_[static_cast<size_t>(mixed ? random_.within(0, colours_ - 1) : 0)];
         for (int k = 0; k < channels_; ++k) {
-          const int v = (mixed ? other : p).at(x, y, k) + random_.within(-noise_, noise_);
+          const int v = (mixed ? other : p).at(x, y, k) + step_ * random_.within(-noise_, noise_);
           p.at(x, y, k) = static_cast<Zeb8u>(std::clamp(v, 0, 255));
         }
       }
@@ -32,7 +37,7 @@ class Camera {
   }
 
  private:
-  int channels_, noise_, colours_;
+  int channels_, step_, noise_, colours_;
   Random random_;
   std::vector<Plane<Zeb8u>> scenes_;
 };
@@ -57,17 +62,46 @@ std::vector<Zeb8u> bytesOf(const State* state, size_t count) {
   return bytes;
 }
 
-// The step of an image of one channel in a function of three.
-auto stepOf(const Image<Zeb8u>& image, ZebiSize size) {
-  return orElse(image.step(), size.width - 1, zebStsErrStep, Check::step);
+// What follows in the head: the parameters as the model works with them, then zeros.
+template <class... V>
+std::vector<uint32_t> words(V... values) {
+  static_assert((... && (sizeof(V) == sizeof(uint32_t))));
+  std::vector<uint32_t> all(11);
+  size_t at = 0;
+  (..., memcpy(&all[at++], &values, sizeof(values)));
+  return all;
+}
+std::vector<uint32_t> wordsOf(const ZebiFGHistogramParam& p) {
+  const auto parts = [](Zeb32f v) { return static_cast<int>(std::lrint(65536.0 * static_cast<double>(v))); };
+  return words(p.levelBits, p.reach, parts(p.learningRate), parts(p.threshold));
+}
+std::vector<uint32_t> wordsOf(const ZebiFGGaussianParam& p) {
+  return words(p.learningRate, p.threshold * p.threshold, p.initVariance, p.minVariance);
+}
+std::vector<uint32_t> wordsOf(const ZebiFGMixtureParam& p) {
+  return words(p.maxComponents, p.matchThreshold * p.matchThreshold, p.backgroundThreshold * p.backgroundThreshold,
+               p.backgroundRatio, p.complexityPrior, p.initVariance, p.minVariance, p.maxVariance);
 }
 
-// The head of a record, and its floats from `at` on in the body.
+// So many frames as if they had been learned: none, or so many that the count stops soon.
+constexpr int mostFrames = 65535;
 template <class State>
-void requireHead(const State* state, const char (&id)[5], ZebiSize size, int frames) {
+int pretended(Choice& c, State* state) {
+  const int frames = c.oneIn(6) ? mostFrames - c.within(0, 3) : 0;
+  if (frames > 0) memcpy(reinterpret_cast<Zeb8u*>(state) + 12, &frames, sizeof(frames));
+  return frames;
+}
+
+// Larger than any record.
+constexpr ZebiSize tooLarge = {16384, 16384};
+
+// The head of a record, and its floats from `at` on in the body.
+template <class State, class Param>
+void requireHead(const State* state, const char (&id)[5], ZebiSize size, int frames, const Param& p) {
   require(memcmp(state, id, 4) == 0, "the identifier");
   require(wordOf<int>(state, 1) == size.width && wordOf<int>(state, 2) == size.height, "the size in the record");
-  require(wordOf<int>(state, 3) == frames, "the count of frames");
+  require(wordOf<int>(state, 3) == std::min(frames, mostFrames), "the count of frames");
+  require(memcmp(reinterpret_cast<const Zeb8u*>(state) + 20, wordsOf(p).data(), 44) == 0, "the parameters");
   const auto at = reinterpret_cast<uintptr_t>(state);
   require(static_cast<uintptr_t>(wordOf<int>(state, 4)) == ((at + 64 + 31) & ~uintptr_t{31}) - at, "the body's place");
 }
@@ -187,6 +221,9 @@ void learned(Choice& c, const char (&id)[5], int channels, size_t pixelBytes,
   Camera camera(c, size, channels);
   const Image<Zeb8u> first = camera.frame(c);
   State* state = nullptr;
+  const int asked = test::zebcore().mallocCalls;
+  init.refused(zebStsErrOverflow, &state, first.pixels(), 3 * tooLarge.width, tooLarge, good);
+  require(test::zebcore().mallocCalls == asked, "memory for a record that is too large");
   init.ok(c, &state, first.pixels(), first.step(), size, orElse(good, refused, zebStsErrBadArgument));
   const size_t bytes = 128 + pixelBytes * static_cast<size_t>(size.height) *
                                  static_cast<size_t>(pixelBytes == 32 ? size.width : (size.width + 7) / 8 * 8);
@@ -194,9 +231,9 @@ void learned(Choice& c, const char (&id)[5], int channels, size_t pixelBytes,
   forPixels(first.plane(), [&](size_t, const ref::Pixel& x) { pixels.emplace_back(p, x, channels); });
   const auto frames = [&] {
     require(test::bytesOfBlock(state) == static_cast<int>(bytes), "the record's size");
-    const int count = c.oneIn(8) ? 20 : c.within(1, 4);
+    const int count = c.oneIn(8) ? 20 : c.within(1, 4), before = pretended(c, state);
     for (int t = 0;; ++t) {
-      requireHead(state, id, size, t);
+      requireHead(state, id, size, before + t, p);
       requireAll(pixels, state, size, channels);
       // The last frame is the first again, so that a record as it was made is looked at too.
       const Image<Zeb8u> src = t == count ? Image<Zeb8u>{first.plane(), c.layout<Zeb8u>()} : camera.frame(c);
@@ -204,23 +241,25 @@ void learned(Choice& c, const char (&id)[5], int channels, size_t pixelBytes,
       Plane<Zeb8u> want(size.width, size.height);
       forPixels(src.plane(),
                 [&](size_t i, const ref::Pixel& x) { want.data[i] = pixels[i].foreground(p, x, channels) ? 255 : 0; });
-      const auto before = bytesOf(state, bytes);
+      const auto record = bytesOf(state, bytes);
       const ZebiSize other = {size.width > 1 && c.coin() ? size.width - 1 : size.width, size.height + 1};
       foreground.refused(zebStsErrSize, src.pixels(), src.step(), dst.pixels(), dst.step(), other, state);
-      foreground.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size), size, state);
+      foreground.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size.width), size, state);
       require(agree(foreground.name(), dst, want), src.describe());
-      require(bytesOf(state, bytes) == before, "a call that reads changed the record");
-      if (t == count) return;
       const bool masked = c.coin();
       const Image<Zeb8u> mask = c.image<Zeb8u>(size);
+      update.refused(zebStsErrSize, src.pixels(), src.step(), masked ? mask.pixels() : nullptr, mask.step(), other,
+                     state);
+      require(bytesOf(state, bytes) == record, "a call that reads or is refused changed the record");
+      if (t == count) return;
       if (masked) {
-        update.ok(c, src.pixels(), src.step(), keep(mask.pixels()), stepOf(mask, size), size, state);
+        update.ok(c, src.pixels(), src.step(), keep(mask.pixels()), stepOf(mask, size.width), size, state);
       } else {
         update.ok(c, src.pixels(), src.step(), keep<const Zeb8u*>(nullptr), keep(-c.within(0, 9)), size, state);
       }
       const Plane<Zeb8u> selected = mask.plane();
       forPixels(src.plane(), [&](size_t i, const ref::Pixel& x) {
-        if (!masked || selected.data[i] != 0) pixels[i].learn(p, x, channels, t + 1);
+        if (!masked || selected.data[i] != 0) pixels[i].learn(p, x, channels, before + t + 1);
       });
       require(src.intact() && mask.intact(), "wrote outside");
     }
@@ -254,6 +293,8 @@ ZebiFGMixtureParam mixtureParameters(Choice& c, ZebiFGMixtureParam* bad) {
   p.minVariance = c.coin() ? 12 : parameter(c, 1.0f / 64, 500);
   p.maxVariance = parameter(c, p.minVariance, c.coin() ? 195075 : p.minVariance + 300);
   p.initVariance = parameter(c, p.minVariance, p.maxVariance);
+  if (c.oneIn(3))
+    p.matchThreshold = 3, p.backgroundThreshold = 4, p.minVariance = p.initVariance = 16, p.maxVariance = 300;
   *bad = p;
   Zeb32f* const fields[] = {&bad->matchThreshold, &bad->backgroundThreshold, &bad->backgroundRatio,
                             &bad->complexityPrior, &bad->initVariance};
@@ -281,13 +322,14 @@ void mixture(Choice& c) {
   require(bytes == 128 + 20 * p.maxComponents * ((size.width + 7) / 8 * 8) * size.height, "the record's size");
   const Scratch memory = c.scratch(bytes);
   auto* const state = reinterpret_cast<ZebiFGMixtureState*>(memory.get());
-  FUNCTION(zebiFGMixtureInit_8u_C3R)
-      .ok(c, first.pixels(), first.step(), size, orElse(good, refused, zebStsErrBadArgument), state);
+  const auto init = FUNCTION(zebiFGMixtureInit_8u_C3R);
+  init.refused(zebStsErrOverflow, first.pixels(), 3 * tooLarge.width, tooLarge, good, state);
+  init.ok(c, first.pixels(), first.step(), size, orElse(good, refused, zebStsErrBadArgument), state);
   std::vector<ref::MixturePixel> pixels;
   forPixels(first.plane(), [&](size_t, const ref::Pixel& x) { pixels.emplace_back(p, x); });
   const int frames = c.oneIn(8) ? 20 : c.within(0, 5);
-  for (int t = 0, learnedFrames = 0; t <= frames; ++t) {
-    requireHead(state, "FGM3", size, learnedFrames);
+  for (int t = 0, learnedFrames = pretended(c, state); t <= frames; ++t) {
+    requireHead(state, "FGM3", size, learnedFrames, p);
     requireAll(pixels, state, size, p.maxComponents);
     const auto before = bytesOf(state, static_cast<size_t>(bytes));
     const Image<Zeb8u> scene = c.empty<Zeb8u>(size, 3), dst = c.empty<Zeb8u>(size);
@@ -295,6 +337,8 @@ void mixture(Choice& c) {
     for (size_t i = 0; i < pixels.size(); ++i)
       for (size_t k = 0; k < 3; ++k)
         heaviest.data[3 * i + k] = static_cast<Zeb8u>(std::nearbyint(pixels[i].components[0].mean[k]));
+    const ZebiSize other = {size.width, size.height + 1};
+    background.refused(zebStsErrSize, scene.pixels(), scene.step(), other, state);
     background.ok(c, scene.pixels(), scene.step(), size, state);
     require(agree(background.name(), scene, heaviest), "the background");
     require(bytesOf(state, static_cast<size_t>(bytes)) == before, "a call that reads changed the record");
@@ -303,9 +347,8 @@ void mixture(Choice& c) {
     const float rate = c.oneIn(4) ? (c.coin() ? 0.0f : -0.0f) : parameter(c, 0.001f, 0.5f);
     Plane<Zeb8u> want(size.width, size.height);
     forPixels(src.plane(), [&](size_t i, const ref::Pixel& x) { want.data[i] = pixels[i].foreground(p, x) ? 255 : 0; });
-    const ZebiSize other = {size.width, size.height + 1};
     foreground.refused(zebStsErrSize, src.pixels(), src.step(), dst.pixels(), dst.step(), other, rate, state);
-    foreground.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size), size,
+    foreground.ok(c, src.pixels(), src.step(), dst.pixels(), stepOf(dst, size.width), size,
                   orElse(rate, outside(c, 0, 0.5f), zebStsErrBadArgument), state);
     require(agree(foreground.name(), dst, want), src.describe());
     if (rate == 0) {

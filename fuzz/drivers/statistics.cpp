@@ -57,10 +57,10 @@ auto argumentsIf(V... values) {
 template <bool pair, bool masked, bool channel, class T, class... A, class... Out>
 ZebStatus call(Choice& c, const Function<A...>& f, const Scene<T>& s, Out... outputs) {
   const int wrongChannel = c.coin() ? c.within(4, INT32_MAX) : c.within(-INT32_MAX, 0);
-  const auto arguments = std::tuple_cat(
-      std::tuple(s.a.pixels(), s.a.step()), argumentsIf<pair>(s.b().pixels(), s.b().step()),
-      argumentsIf<masked>(s.mask.pixels(), orElse(s.mask.step(), s.size.width - 1, zebStsErrStep, Check::step)),
-      std::tuple(s.size), argumentsIf<channel>(orElse(s.coi, wrongChannel, zebStsErrChannel)), std::tuple(outputs...));
+  const auto arguments =
+      std::tuple_cat(std::tuple(s.a.pixels(), s.a.step()), argumentsIf<pair>(s.b().pixels(), s.b().step()),
+                     argumentsIf<masked>(s.mask.pixels(), stepOf(s.mask, s.size.width)), std::tuple(s.size),
+                     argumentsIf<channel>(orElse(s.coi, wrongChannel, zebStsErrChannel)), std::tuple(outputs...));
   return std::apply([&](auto... v) { return f(c, v...); }, arguments);
 }
 

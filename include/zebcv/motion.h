@@ -228,8 +228,8 @@ ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
  * pImage and pStep of levels 0 to maxLev of both records, images of the function's type. At level L, u = pPrev x
  * pRate[L] of pPyr1 and v = guess x pRate[L]. The window of winSize x winSize pixels around u, its top left pixel at
  * u - (winSize - 1) / 2, is read from the first image and its Scharr derivatives (edges repeated, times 1/32) with
- * bilinear interpolation; I2 likewise around v from the second image. Only pixels between the first and the last pixel
- * of an image count. With sums over the pixels that both windows have (G: the first window), in turn:
+ * bilinear interpolation, in which a neighbour at fraction 0 takes no part; I2 likewise around v from the second image.
+ * Only pixels from the first to the last of an image count. With sums over the pixels of both windows (G: the first):
  *
  *   b = sum (I1 - I2)(Ix, Iy),  d = G^-1 b,  v += d
  *

@@ -9,10 +9,16 @@
 
 namespace zeb {
 
-// Linear between s and t at a fraction. From s on, so that equal samples stay exactly what they are, or as a weighted
-// sum, in which an infinite sample stays infinite; a sample of weight 0 adds nothing.
+// Linear between s and t at a fraction. From s on, so that equal samples stay exactly what they are; the same with s
+// itself where the fraction is 0, where t may be anything; or as a weighted sum, in which an infinite sample stays
+// infinite and a sample of weight 0 adds nothing.
 struct FromFirst {
   ZEB_INLINE V32f operator()(V32f s, V32f t, V32f fraction) const { return fma(fraction, t - s, s); }
+};
+struct FirstAtWhole {
+  ZEB_INLINE V32f operator()(V32f s, V32f t, V32f fraction) const {
+    return select(equal(fraction, splat(0.0f)), s, FromFirst()(s, t, fraction));
+  }
 };
 struct WeightedSum {
   ZEB_INLINE V32f operator()(V32f s, V32f t, V32f fraction) const {
@@ -21,23 +27,23 @@ struct WeightedSum {
   }
 };
 
-// From s to t at a fraction, and s itself where that is 0. There t may be anything where the samples are those of
-// floats, and must be s where they are integers, which need no selection then: they have no infinity and no zero of
-// another sign.
+// From s to t, samples of an image of T, and s itself where the fraction is 0. Integers need no selection: they have no
+// infinity and no zero of another sign.
 template <class T>
 ZEB_INLINE V32f between(V32f s, V32f t, V32f fraction) {
-  const V32f blend = FromFirst()(s, t, fraction);
-  if constexpr (std::is_floating_point_v<T>) {
-    return select(equal(fraction, splat(0.0f)), s, blend);
-  } else {
-    return blend;
-  }
+  return std::conditional_t<std::is_floating_point_v<T>, FirstAtWhole, FromFirst>()(s, t, fraction);
+}
+// run(blend) with one of the above that does the same for an image of T at these fractions.
+template <class T, class Run>
+ZEB_INLINE void blending(Zeb32f fx, Zeb32f fy, Run run) {
+  if (std::is_floating_point_v<T> && (fx == 0 || fy == 0)) return run(FirstAtWhole());
+  run(FromFirst());
 }
 
 // From the pixels of a row to their right neighbours.
-template <class T>
-ZEB_INLINE V32f betweenNeighbours(const T* p, V32f fraction) {
-  return FromFirst()(loadAsFloat(p), loadAsFloat(p + 1), fraction);
+template <class T, class Blend>
+ZEB_INLINE V32f betweenNeighbours(const T* p, V32f fraction, Blend blend) {
+  return blend(loadAsFloat(p), loadAsFloat(p + 1), fraction);
 }
 
 // Floats of a work row that whole vectors may be stored to.

@@ -57,19 +57,24 @@ ZEB_INLINE V8u marksOfEight(const Zeb8u* const* rows, int x, const Offset* ring,
   return marks;
 }
 
-// rows: those around the row from -reach to reach, at column 0, readable a vector further than the row.
+// rows: those around the row from -reach to reach, at column 0, readable a vector further than the row. The largest
+// pixel of each ring tells at little cost whether any position is strong: in a thin map few pixels are left to look up,
+// and few branches to guess.
 template <int reach>
 void suppressRow(const Zeb8u* const* rows, int n, Zeb8u tolerance, Zeb8u* out) {
-  const V8u zero = splat(Zeb8u(0));
+  constexpr const Offset* ring = reach == 1 ? circles[0] : squareRing;
   for (int x = 0; x < n; x += V8u::lanes) {
-    const V8u pixels = load(rows[reach] + x);
+    const V8u zero = splat(Zeb8u(0)), pixels = load(rows[reach] + x);
+    const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+    V8u largest = zero;
+#pragma GCC unroll 16
+    for (int i = 0; i < 8 * reach; ++i) largest = max(largest, load(rows[ring[i].y + reach] + x + ring[i].x));
     V8u kept = pixels;
-    unsigned left = ~topBits(equal(pixels, zero));
+    // What is 0 or stands alone stays.
+    unsigned left = topBits(andNot(equal(pixels, zero), equal(max(largest, least), largest)));
     if (left != 0) {
-      const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
-      const V8u first = marksOfEight(rows, x, reach == 1 ? circles[0] : squareRing, reach, least);
+      const V8u first = marksOfEight(rows, x, ring, reach, least);
       const V8u second = reach == 1 ? zero : marksOfEight(rows, x, squareRing + 8, reach, least);
-      left &= ~topBits(equal(first | second, zero));  // what stands alone stays
       alignas(32) Zeb8u values[V8u::lanes], marks[2][V8u::lanes];
       store(values, pixels);
       store(marks[0], first);

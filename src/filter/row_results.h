@@ -1,6 +1,7 @@
 // Results along the rows of an image, kept for as many rows as the columns of a filter take.
 #pragma once
 
+#include "core/checks.h"
 #include "core/scratch.h"
 #include "filter/border.h"
 
@@ -42,7 +43,7 @@ template <class R>
 class RowResults {
  public:
   static int64_t scratchBytes(int64_t kept, int64_t elements) {
-    return (kept + 1) * stride(elements) + kept * static_cast<int64_t>(sizeof(R*)) + 64;
+    return boundedProduct(kept + 1, stride(elements)) + kept * static_cast<int64_t>(sizeof(R*)) + 64;
   }
 
   // Keeps so many rows of so many results.

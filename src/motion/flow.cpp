@@ -104,13 +104,15 @@ void fillLattice(const Level<T>& level, int x, int y, int width, int height, Zeb
 }
 
 // The pixels of a window from whole pixels around it: size + 1 rows, readable one pixel beyond the window's stride.
-void interpolate(const Zeb32f* lattice, int latticeStride, const Frame& frame, Zeb32f* out, int size, int stride) {
+template <class Blend>
+void interpolate(const Zeb32f* lattice, int latticeStride, const Frame& frame, Zeb32f* out, int size, int stride,
+                 Blend blend) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
   for (int c = 0; c < stride; c += 8) {
-    V32f above = betweenNeighbours(lattice + c, fx);
+    V32f above = betweenNeighbours(lattice + c, fx, blend);
     for (int r = 0; r < size; ++r) {
-      const V32f below = betweenNeighbours(lattice + (r + 1) * latticeStride + c, fx);
-      store(out + r * stride + c, fma(fy, below - above, above));
+      const V32f below = betweenNeighbours(lattice + (r + 1) * latticeStride + c, fx, blend);
+      store(out + r * stride + c, blend(above, below, fy));
       above = below;
     }
   }
@@ -138,9 +140,11 @@ template <class T>
 void takeFirst(const Level<T>& level, const Frame& frame, const Windows& w) {
   fillLattice(level, frame.x.first - 1, frame.y.first - 1, w.size + 3, w.size + 3, w.lattice, w.latticeStride);
   differentiate(w);
-  interpolate(w.lattice + w.latticeStride + 1, w.latticeStride, frame, w.first, w.size, w.stride);
-  interpolate(w.latticeX, w.latticeStride, frame, w.gradientX, w.size, w.stride);
-  interpolate(w.latticeY, w.latticeStride, frame, w.gradientY, w.size, w.stride);
+  blending<T>(frame.x.fraction, frame.y.fraction, [&](auto blend) {
+    interpolate(w.lattice + w.latticeStride + 1, w.latticeStride, frame, w.first, w.size, w.stride, blend);
+    interpolate(w.latticeX, w.latticeStride, frame, w.gradientX, w.size, w.stride, blend);
+    interpolate(w.latticeY, w.latticeStride, frame, w.gradientY, w.size, w.stride, blend);
+  });
 }
 
 double sumOfLanes(V64f a) {
@@ -190,17 +194,18 @@ struct Difference {
 
 // Columns are lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
 // product per row in single precision; lanes are added in double precision.
-template <bool squares, class T>
-Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w) {
+template <bool squares, class T, class Blend>
+Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w,
+                        Blend blend) {
   const V32f fx = splat(x.fraction), fy = splat(y.fraction);
   Difference sum;
   for (int c = 0; c < w.stride; c += 8) {
     const V32f mask = lanesOf(columns, c);
     V32f bx = splat(0.0f), by = bx;
-    V32f above = betweenNeighbours(second[rows.from] + c, fx);
+    V32f above = betweenNeighbours(second[rows.from] + c, fx, blend);
     for (int r = rows.from; r < rows.to; ++r) {
-      const V32f below = betweenNeighbours(second[r + 1] + c, fx);
-      const V32f d = (load(w.first + r * w.stride + c) - fma(fy, below - above, above)) & mask;
+      const V32f below = betweenNeighbours(second[r + 1] + c, fx, blend);
+      const V32f d = (load(w.first + r * w.stride + c) - blend(above, below, fy)) & mask;
       above = below;
       if (squares) {
         bx = fma(d, d, bx);
@@ -224,11 +229,15 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
 template <bool squares, class T>
 Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
   const int x = second.x.first, y = second.y.first;
-  if (x >= 0 && y >= 0 && x < level.size.width - w.stride && y < level.size.height - w.size)
-    return differenceTo<squares>(level.rows.from(x, y), second.x, second.y, columns, rows, w);
-  fillLattice(level, x, y, w.stride + 1, w.size + 1, w.lattice, w.latticeStride);
-  return differenceTo<squares>(Rows<const Zeb32f>(w.lattice, w.latticeStride * static_cast<int>(sizeof(Zeb32f))),
-                               second.x, second.y, columns, rows, w);
+  const bool direct = x >= 0 && y >= 0 && x < level.size.width - w.stride && y < level.size.height - w.size;
+  if (!direct) fillLattice(level, x, y, w.stride + 1, w.size + 1, w.lattice, w.latticeStride);
+  const Rows<const Zeb32f> copy(w.lattice, w.latticeStride * static_cast<int>(sizeof(Zeb32f)));
+  Difference difference;
+  blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
+    difference = direct ? differenceTo<squares>(level.rows.from(x, y), second.x, second.y, columns, rows, w, blend)
+                        : differenceTo<squares>(copy, second.x, second.y, columns, rows, w, blend);
+  });
+  return difference;
 }
 
 // Gradients whose matrix has a smaller determinant point nowhere.

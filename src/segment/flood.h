@@ -1,4 +1,4 @@
-// What both segmentations from markers share: neighbours in a framed image, the scan of the markers, the arguments.
+// What both segmentations from markers share: the framed image, the scan of the markers, the arguments.
 //
 // Images of the flood have a frame of one pixel, which is never free, so that no neighbour lies outside. Positions are
 // indices into the framed image.
@@ -23,24 +23,6 @@ struct Frame {
   static int64_t countOf(ZebiSize roi) { return boundedProduct(int64_t{roi.width} + 2, int64_t{roi.height} + 2); }
 };
 
-// The neighbours of a pixel in their order, as offsets: in the framed image, and in bytes of another one of a step and
-// bytes per pixel.
-struct Neighbours {
-  int count;
-  int framed[8];
-  ptrdiff_t bytes[8];
-
-  Neighbours(ZebiNorm norm, int pitch, int step = 0, int pixelBytes = 0) : count(0) {
-    for (int dy = -1; dy <= 1; ++dy)
-      for (int dx = -1; dx <= 1; ++dx) {
-        const bool beside = norm == zebiNormInf ? dx != 0 || dy != 0 : (dx == 0) != (dy == 0);
-        if (!beside) continue;
-        framed[count] = dy * pitch + dx;
-        bytes[count++] = static_cast<ptrdiff_t>(dy) * step + dx * pixelBytes;
-      }
-  }
-};
-
 // Largest value of a type: the mark of boundaries and barriers, and, as it is not free either, the label of the frame.
 template <class T>
 constexpr T barrier = static_cast<T>(~T(0));
@@ -58,22 +40,11 @@ ZEB_INLINE void eachMarker(Rows<const T> marker, Frame frame, bool boundary, Vis
     }
 }
 
-// The one label among values, where 0 and the barrier do not count; tells of several labels apart.
-template <class T>
-class OneLabel {
- public:
-  ZEB_INLINE void operator()(T label) {
-    // 0 becomes the largest value and the barrier the second largest, or the barrier 0 and 0 the value 1.
-    const T down = static_cast<T>(label - 1), up = static_cast<T>(label + 1);
-    if (down < least_) least_ = down;
-    if (up > most_) most_ = up;
-  }
-  bool several() const { return most_ - least_ > 2; }
-  T label() const { return static_cast<T>(most_ - 1); }
-
- private:
-  unsigned least_ = barrier<T>, most_ = 0;
-};
+// How many pixels of a queue are fetched ahead of their turn, when the image does not fit the second-level cache; in it
+// the walk ahead would only cost its steps.
+inline int fetchedAhead(int64_t bytes) {
+  return bytes > 1 << 20 ? 4 : 0;
+}
 
 // The checks that follow those of the images.
 inline ZebStatus floodChecks(ZebiNorm norm, int flag, int64_t bytes) {

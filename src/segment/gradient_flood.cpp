@@ -18,6 +18,40 @@ struct Node {
   int next, previous;
 };
 
+// The neighbours of a pixel in their order, as offsets: in the framed image, and in bytes of another one of a step and
+// bytes per pixel.
+struct Neighbours {
+  int count;
+  int framed[8];
+  ptrdiff_t bytes[8];
+
+  Neighbours(ZebiNorm norm, int pitch, int step = 0, int pixelBytes = 0) : count(0) {
+    for (int dy = -1; dy <= 1; ++dy)
+      for (int dx = -1; dx <= 1; ++dx) {
+        const bool beside = norm == zebiNormInf ? dx != 0 || dy != 0 : (dx == 0) != (dy == 0);
+        if (!beside) continue;
+        framed[count] = dy * pitch + dx;
+        bytes[count++] = static_cast<ptrdiff_t>(dy) * step + dx * pixelBytes;
+      }
+  }
+};
+
+// The one label among values, where 0 and the barrier do not count; tells of several labels apart.
+class OneLabel {
+ public:
+  ZEB_INLINE void operator()(Zeb8u label) {
+    // 0 becomes the largest value and the barrier the second largest, or the barrier 0 and 0 the value 1.
+    const Zeb8u down = static_cast<Zeb8u>(label - 1), up = static_cast<Zeb8u>(label + 1);
+    if (down < least_) least_ = down;
+    if (up > most_) most_ = up;
+  }
+  bool several() const { return most_ - least_ > 2; }
+  Zeb8u label() const { return static_cast<Zeb8u>(most_ - 1); }
+
+ private:
+  unsigned least_ = barrier<Zeb8u>, most_ = 0;
+};
+
 // level: of the queue in which a pixel waits; 255 for a free one as well; 0 for what is never taken again and for the
 // frame.
 struct Cell {
@@ -73,6 +107,7 @@ class GradientFlood {
         src_(src),
         around_(norm, frame.pitch(), src.step(), channels),
         boundary_(boundary),
+        ahead_(fetchedAhead(bytes)),
         rowOf_(static_cast<unsigned>(frame.pitch())),
         scratch_(pBuffer, bytes),
         node_(scratch_.take<Node>(frame.count() + levels, 4)),
@@ -96,15 +131,23 @@ class GradientFlood {
 
   void flood(Rows<const Zeb8u> marker) {
     eachMarker(marker, frame_, boundary_, [this](int x, int y) { meetAround(frame_.row(y) + x, x, y, 0); });
-    // No level is entered again once it has been left.
-    for (int level = 0; level < levels; ++level)
+    // No level is entered again once it has been left. What waits in the queue of a level that is being taken stays
+    // there until its turn.
+    for (int level = 0; level < levels; ++level) {
+      int scout = ring(level), lead = 0;
       for (int p = node_[ring(level)].next; p != ring(level); p = node_[ring(level)].next) {
+        if (--lead < 0) {
+          lead = 0;
+          scout = p;
+        }
+        for (; lead < ahead_ && node_[scout].next != ring(level); ++lead) fetchAround(scout = node_[scout].next);
         unlink(p);
         cell_[p].level = 0;
         if (boundary_ && !settle(p)) continue;
         const int row = rowOf_(p);
         meetAround(p, p - row * frame_.pitch() - 1, row - 1, level);
       }
+    }
   }
 
   void write(Rows<Zeb8u> marker) const {
@@ -131,6 +174,14 @@ class GradientFlood {
     node_[ring(level)].previous = p;
   }
 
+  // The rows above and below; a pixel's own is read with its link.
+  ZEB_INLINE void fetchAround(int p) const {
+    for (int q = p - frame_.pitch(); q <= p + frame_.pitch(); q += 2 * frame_.pitch()) {
+      __builtin_prefetch(node_ + q);
+      __builtin_prefetch(cell_ + q);
+    }
+  }
+
   // The pixel at x, y, taken at a level, meets its neighbours.
   ZEB_INLINE void meetAround(int p, int x, int y, int level) {
     const Zeb8u* const s = src_[y] + static_cast<ptrdiff_t>(x) * channels;
@@ -153,7 +204,7 @@ class GradientFlood {
 
   // A waiting pixel takes the one label around it; where there are several it stays a boundary.
   ZEB_INLINE bool settle(int p) {
-    OneLabel<Zeb8u> one;
+    OneLabel one;
     for (int i = 0; i < around_.count; ++i) one(cell_[p + around_.framed[i]].label);
     if (one.several()) return false;
     cell_[p].label = one.label();
@@ -164,6 +215,7 @@ class GradientFlood {
   Rows<const Zeb8u> src_;
   Neighbours around_;
   bool boundary_;
+  int ahead_;
   Quotient rowOf_;
   Scratch scratch_;
   Node* node_;

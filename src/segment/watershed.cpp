@@ -1,8 +1,9 @@
 // Watershed from markers: floods rise over the relief level by level.
 //
 // A pixel waits in the queue of its level, linked by position through an image of links. As long as a pixel is free,
-// the place of its link holds its level: one access yields both. A pixel that waits for its label, where boundaries are
-// marked, holds the mark of a boundary, which counts neither as free nor as a label.
+// the place of its link holds its level. A pixel that waits for its label, where boundaries are marked, holds the mark
+// of a boundary, which counts neither as free nor as a label. Which of its neighbours are free follows no pattern, and
+// a branch for each would be guessed wrong at most of the pixels: all are asked in one vector.
 //
 // F. Meyer, Color image segmentation (1992); L. Vincent and P. Soille, Watersheds in digital spaces (1991).
 #include "core/entry.h"
@@ -11,6 +12,52 @@
 namespace {
 
 using namespace zeb;
+
+// The neighbours of a pixel as lanes: four for each of three rows, of which the last is no neighbour, nor is the pixel
+// itself. Their order is that of the neighbours.
+struct Neighbours {
+  unsigned lanes;  // a bit for each that is one
+  int offset[12];
+
+  Neighbours(ZebiNorm norm, int pitch) : lanes(norm == zebiNormInf ? 0x757u : 0x252u) {
+    for (int i = 0; i < 12; ++i) offset[i] = (i / 4 - 1) * pitch + i % 4 - 1;
+  }
+};
+
+// The labels around a pixel in those lanes. Reads one behind the neighbours.
+template <class T>
+struct Around;
+template <>
+struct Around<Zeb8u> {
+  __m128i v;
+
+  ZEB_INLINE Around(const Zeb8u* middle, ptrdiff_t pitch) {
+    const auto four = [](const Zeb8u* p) ZEB_BODY {
+      int bytes;
+      memcpy(&bytes, p - 1, sizeof(bytes));
+      return bytes;
+    };
+    v = _mm_setr_epi32(four(middle - pitch), four(middle), four(middle + pitch), 0);
+  }
+  ZEB_INLINE unsigned where(Zeb8u label) const {
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(label)))));
+  }
+};
+template <>
+struct Around<Zeb16u> {
+  __m128i first, last;
+
+  ZEB_INLINE Around(const Zeb16u* middle, ptrdiff_t pitch) {
+    const auto four = [](const Zeb16u* p) ZEB_BODY { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p - 1)); };
+    first = _mm_unpacklo_epi64(four(middle - pitch), four(middle));
+    last = four(middle + pitch);
+  }
+  ZEB_INLINE unsigned where(Zeb16u label) const {
+    const __m128i all = _mm_set1_epi16(static_cast<short>(label));
+    return static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_packs_epi16(_mm_cmpeq_epi16(first, all), _mm_cmpeq_epi16(last, all))));
+  }
+};
 
 // Which queues are not empty: a bit each, and a bit for each word of those that is not 0. No level below one that was
 // found is ever filled again.
@@ -48,18 +95,12 @@ struct Queue {
 };
 
 template <class T>
-struct __attribute__((packed)) Cell {
-  int link;
-  T label;
-};
-
-template <class T>
 constexpr int levelsOf = 1 << (8 * sizeof(T));
 
 template <class T>
 int64_t bufferBytes(ZebiSize roi) {
   constexpr int64_t fixed = sizeof(T) == 1 ? 2112 : 532800;
-  return boundedProduct(Frame::countOf(roi), sizeof(Cell<T>)) + fixed;
+  return boundedProduct(Frame::countOf(roi), sizeof(T) + sizeof(int)) + fixed;
 }
 
 template <class T>
@@ -69,36 +110,48 @@ class Watershed {
  public:
   Watershed(Frame frame, ZebiNorm norm, bool boundary, Zeb8u* pBuffer, int64_t bytes)
       : frame_(frame),
-        around_(norm, frame.pitch()),
+        neighbours_(norm, frame.pitch()),
         boundary_(boundary),
+        ahead_(fetchedAhead(bytes)),
         scratch_(pBuffer, bytes),
         queue_(scratch_.take<Queue>(levelsOf<T>, 4)),
         filled_(scratch_.take<uint32_t>(Bits::words + Bits::groups, 4)),
-        cell_(scratch_.take<Cell<T>>(frame.count(), 1)) {}
+        label_(scratch_.take<T>(frame.count(), sizeof(T))),
+        link_(scratch_.take<int>(frame.count(), 1)) {}
 
   // Levels and markers in a frame.
   void fill(Rows<const T> src, Rows<const T> marker) {
-    constexpr Cell<T> never = {0, barrier<T>};
-    const auto fillRow = [this, never](int from) {
-      for (int x = 0; x < frame_.pitch(); ++x) cell_[from + x] = never;
+    const auto frameFrom = [this](int from, int count) {
+      for (int i = from; i < from + count; ++i) label_[i] = barrier<T>;
     };
-    fillRow(0);
+    frameFrom(0, frame_.pitch() + 1);
     for (int y = 0; y < frame_.height; ++y) {
-      Cell<T>* const cell = cell_ + frame_.row(y);
-      const T *const s = src[y], *const m = marker[y];
-      cell[-1] = cell[frame_.width] = never;
-      for (int x = 0; x < frame_.width; ++x) cell[x] = {s[x], m[x]};
+      const int row = frame_.row(y);
+      memcpy(label_ + row, marker[y], sizeof(T) * static_cast<size_t>(frame_.width));
+      frameFrom(row + frame_.width, 2);
+      const T* const s = src[y];
+      for (int x = 0; x < frame_.width; ++x) link_[row + x] = s[x];
     }
-    fillRow(frame_.row(frame_.height) - 1);
+    frameFrom(frame_.row(frame_.height), frame_.pitch() - 1);
   }
 
   void flood(Rows<const T> marker) {
-    eachMarker(marker, frame_, boundary_, [this](int x, int y) { appendAround(frame_.row(y) + x, 0); });
+    eachMarker(marker, frame_, boundary_, [this](int x, int y) {
+      const int p = frame_.row(y) + x;
+      appendFree(p, around(p), 0);
+    });
     for (int level = filled_.next(0); level >= 0; level = filled_.next(level)) {
       Queue& queue = queue_[level];
+      int scout = queue.head, lead = 0;
       // The queue's last pixel stays in it until its neighbours have been appended.
-      for (int p = queue.head;; p = cell_[p].link) {
-        if (!boundary_ || settle(p)) appendAround(p, level);
+      for (int p = queue.head;; p = link_[p]) {
+        if (--lead < 0) {
+          lead = 0;
+          scout = p;
+        }
+        for (; lead < ahead_ && scout != queue.tail; ++lead) fetchAround(scout = link_[scout]);
+        const Around<T> labels = around(p);
+        if (!boundary_ || settle(p, labels)) appendFree(p, labels, level);
         if (p == queue.tail) break;
       }
       filled_.remove(level);
@@ -106,27 +159,33 @@ class Watershed {
   }
 
   void write(Rows<T> marker) const {
-    for (int y = 0; y < frame_.height; ++y) {
-      const Cell<T>* const cell = cell_ + frame_.row(y);
-      T* const m = marker[y];
-      for (int x = 0; x < frame_.width; ++x) m[x] = cell[x].label;
-    }
+    for (int y = 0; y < frame_.height; ++y)
+      memcpy(marker[y], label_ + frame_.row(y), sizeof(T) * static_cast<size_t>(frame_.width));
   }
 
  private:
-  ZEB_INLINE void appendAround(int p, int level) {
-    const T label = boundary_ ? barrier<T> : cell_[p].label;
-    for (int i = 0; i < around_.count; ++i) {
-      const int q = p + around_.framed[i];
-      if (cell_[q].label) continue;
-      cell_[q].label = label;
-      append(q, cell_[q].link > level ? cell_[q].link : level);
+  ZEB_INLINE Around<T> around(int p) const { return {label_ + p, frame_.pitch()}; }
+
+  // The rows above and below; a pixel's own is read with its link.
+  ZEB_INLINE void fetchAround(int p) const {
+    for (int q = p - frame_.pitch(); q <= p + frame_.pitch(); q += 2 * frame_.pitch()) {
+      __builtin_prefetch(label_ + q);
+      __builtin_prefetch(link_ + q);
+    }
+  }
+
+  ZEB_INLINE void appendFree(int p, Around<T> labels, int level) {
+    const T label = boundary_ ? barrier<T> : label_[p];
+    for (unsigned free = neighbours_.lanes & labels.where(0); free; free &= free - 1) {
+      const int q = p + neighbours_.offset[__builtin_ctz(free)];
+      label_[q] = label;
+      append(q, link_[q] > level ? link_[q] : level);
     }
   }
   ZEB_INLINE void append(int q, int level) {
     Queue& queue = queue_[level];
     if (filled_.has(level)) {
-      cell_[queue.tail].link = q;
+      link_[queue.tail] = q;
     } else {
       filled_.add(level);
       queue.head = q;
@@ -134,22 +193,24 @@ class Watershed {
     queue.tail = q;
   }
 
-  // A waiting pixel takes the one label around it; where there are several it stays a boundary.
-  ZEB_INLINE bool settle(int p) {
-    OneLabel<T> one;
-    for (int i = 0; i < around_.count; ++i) one(cell_[p + around_.framed[i]].label);
-    if (one.several()) return false;
-    cell_[p].label = one.label();
+  // A waiting pixel takes the one label around it; where there are several it stays a boundary. There is one at least.
+  ZEB_INLINE bool settle(int p, Around<T> labels) {
+    const unsigned some = neighbours_.lanes & ~(labels.where(0) | labels.where(barrier<T>));
+    const T label = label_[p + neighbours_.offset[__builtin_ctz(some)]];
+    if (some & ~labels.where(label)) return false;
+    label_[p] = label;
     return true;
   }
 
   Frame frame_;
-  Neighbours around_;
+  Neighbours neighbours_;
   bool boundary_;
+  int ahead_;
   Scratch scratch_;
   Queue* queue_;
   Bits filled_;
-  Cell<T>* cell_;
+  T* label_;
+  int* link_;
 };
 
 template <class T>

@@ -18,6 +18,9 @@ TEST(FixedFilters, QueriesOverflowWithoutWriting) {
   EXPECT_EQ(zebiFilterLaplacianGetBufferSize_32f_C1R({INT32_MAX, 1}, zebMskSize5x5, &bytes), zebStsErrOverflow);
   EXPECT_EQ(zebiFilterGaussianGetBufferSize({1, 1}, INT32_MAX, zeb8u, 1, &state, &bytes), zebStsErrOverflow);
   EXPECT_EQ(zebiFilterGaussianGetBufferSize({INT32_MAX, 1}, 3, zeb32f, 3, &state, &bytes), zebStsErrOverflow);
+  // The rows of the widest image under the largest kernels that have a state at all are more than 2^63 bytes.
+  for (const int taps : {3, 65537, 383489731, 397133471, 536870903})
+    EXPECT_EQ(zebiFilterGaussianGetBufferSize({INT32_MAX, 1}, taps, zeb32f, 3, &state, &bytes), zebStsErrOverflow);
   EXPECT_EQ(bytes, 7);
   EXPECT_EQ(state, 7);
   // Where (2 n + 4) rows of 32-bit words and their margins fit, the query answers.

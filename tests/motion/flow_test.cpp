@@ -112,6 +112,35 @@ TEST(OpticalFlow, LosesWhatCannotBeTrackedAndNeverFaults) {
   EXPECT_EQ(bytes.release(state), zebStsOk);
 }
 
+// Windows at whole pixels read nothing between pixels: what lies right of them and below takes no part in the one step
+// from a guess a pixel too far to the right.
+TEST(OpticalFlow, LeavesOutWhatAWholePositionDoesNotUse) {
+  Random random;
+  constexpr int window = 9, reach = window / 2;
+  for (const ZebiPoint at : {ZebiPoint{30, 25}, ZebiPoint{50, 38}}) {
+    Pair<Zeb32f> pair(60, 50, 0, 0, 0, random);
+    for (const int side : {0, 1})
+      for (int y = 0; y < 50; ++y)
+        for (int x = 0; x < 60; ++x)
+          // The derivatives of the first image reach a pixel further.
+          if (x == at.x + reach + 2 || y == at.y + reach + 2 - side)
+            pair.images[static_cast<size_t>(side)]->pixels(x, y)[0] = std::numeric_limits<float>::quiet_NaN();
+    ZebiOptFlowPyrLKState* state = nullptr;
+    ASSERT_EQ(floats.make(&state, {60, 50}, window, 0), zebStsOk);
+    const ZebiPoint_32f prev = {static_cast<Zeb32f>(at.x), static_cast<Zeb32f>(at.y)};
+    ZebiPoint_32f next = {prev.x + 1, prev.y};
+    Zeb8s status = 9;
+    Zeb32f error = 9;
+    ASSERT_EQ(
+        floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, window, 0, 1, 0, state),
+        zebStsOk);
+    EXPECT_EQ(status, 0);
+    EXPECT_NEAR(next.x, prev.x, 0.3f);
+    EXPECT_NEAR(next.y, prev.y, 0.3f);
+    EXPECT_EQ(floats.release(state), zebStsOk);
+  }
+}
+
 // The first image is xy around the centre, the second a quadratic form. A step then takes the guess, seen from the
 // centre, from (x, y) to (p x + q y, r x + p y): with these numbers round a circle or an ellipse, exactly and for ever.
 TEST(OpticalFlow, RoundsWithoutEnd) {

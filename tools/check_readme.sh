@@ -1,0 +1,108 @@
+#!/usr/bin/env bash
+# Runs README.md from its first line to its last, as it stands there, and compares what it shows.
+#
+# What builds and tests runs in place. What installs runs in a root of its own, where the system lies beneath what is
+# written: nothing stays. That needs root's rights, or user namespaces for all but the Debian packages; what a machine
+# does not allow is named and not run.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+fail() { echo "README.md: $1" >&2; exit 1; }
+
+# The fenced blocks by their number; a block that this script does not know must not pass unseen.
+block() { awk -v wanted="$1" '/^```[a-z]+$/ {on = ++n == wanted; next} /^```$/ {on = 0} on' README.md; }
+languages=$(sed -n 's/^```\([a-z][a-z]*\)$/\1/p' README.md | tr '\n' ' ')
+[ "$languages" = "c console sh sh sh sh cmake " ] || fail "the blocks are now: $languages"
+shown=$(block 2 | grep -v '^\$ ')
+[ -n "$shown" ] || fail "does not show what the first program prints"
+
+# Runs the lines of a block one by one; ./first has to print what is shown.
+run() {
+  local line printed
+  while IFS= read -r line; do
+    [ -n "$line" ] || continue
+    echo "\$ $line"
+    if [ "${line%% *}" = ./first ]; then
+      printed=$(eval "$line") || fail "failed: $line"
+      [ "$printed" = "$shown" ] || fail "$line printed: $printed"
+    else
+      eval "$line" || fail "failed: $line"
+    fi
+  done
+}
+
+# As a root of its own sees it: $1 tells which blocks, $2 is a folder that goes away.
+inside() {
+  local scratch=$2
+  export HOME=$scratch/home PATH=$scratch/bin:$PATH
+  mkdir -p "$HOME" "$scratch/bin"
+  printf '#!/bin/sh\nexec "$@"\n' >"$scratch/bin/sudo"
+  chmod +x "$scratch/bin/sudo"
+  rm -f first
+  if [ "$1" = packages ]; then
+    dpkg --add-architecture i386
+    if ! { apt-get update -qq && apt-get -s install libc6:i386; } >/dev/null 2>&1; then
+      echo "not run, for there is no mirror with libc6:i386: the lines that install the Debian packages"
+      return
+    fi
+    dpkg --remove-architecture i386
+    rm -rf /usr/local/lib/libzeb* /usr/local/include/zeb* /usr/local/lib/pkgconfig/zebcv.pc && ldconfig
+    run < <(block 6)
+    return
+  fi
+  run < <(block 4)
+  { printf 'cmake_minimum_required(VERSION 3.25)\nproject(first C)\nadd_executable(first %s/examples/first.c)\n' "$root"
+    block 7; } >"$scratch/CMakeLists.txt"
+  cmake -S "$scratch" -B "$scratch/cmake" -DCMAKE_C_FLAGS=-m32 >/dev/null
+  cmake --build "$scratch/cmake" >/dev/null
+  [ "$("$scratch/cmake/first")" = "$shown" ] || fail "the program that CMake built prints something else"
+  echo "a project with the lines for CMake builds and runs"
+  run < <(block 5)
+}
+
+# Over /usr/local and /etc, or as a whole over everything, which only root may do.
+if [ "${1-}" = --usr-local ]; then
+  mount -t tmpfs tmpfs "$2"
+  cp -a /etc "$2/etc" 2>/dev/null || true
+  mount --bind "$2/etc" /etc
+  mount -t tmpfs tmpfs /usr/local
+  mkdir -p "$2/scratch"
+  inside local "$2/scratch"
+  exit
+elif [ "${1-}" = --whole ]; then
+  mount -t tmpfs tmpfs "$2"
+  mkdir "$2/upper" "$2/work" "$2/root"
+  mount -t overlay -o "lowerdir=/,upperdir=$2/upper,workdir=$2/work" overlay "$2/root"
+  for folder in /proc /dev /sys "$root"; do mount --rbind "$folder" "$2/root$folder"; done
+  exec chroot "$2/root" "$root/tools/check_readme.sh" --chrooted
+elif [ "${1-}" = --chrooted ]; then
+  mkdir -p /tmp/readme
+  inside packages /tmp/readme
+  exit
+fi
+
+for target in $(sed -n 's/^| `make \([a-z-]*\).*/\1/p; s/.*`, `make \([a-z-]*\)`.*/\1/p' README.md); do
+  make -n "$target" >/dev/null 2>&1 || fail "there is no make $target"
+done
+
+run < <(block 2 | sed -n 's/^\$ //p')
+run < <(block 3 | sed 's/ *#.*//')
+[ -s out/index.html ] || fail "make demo writes no out/index.html"
+rm -f first
+
+scratch=$(mktemp -d)
+trap 'rmdir "$scratch"' EXIT
+map=-Umr
+[ "$(id -u)" != 0 ] || map=-m
+if unshare $map mount -t tmpfs tmpfs "$scratch" 2>/dev/null; then
+  unshare $map "$0" --usr-local "$scratch"
+else
+  echo "not run, for there are no namespaces: the lines that install"
+fi
+if [ "$map" = -m ] && unshare -m mount -t tmpfs tmpfs "$scratch" 2>/dev/null; then
+  unshare -m "$0" --whole "$scratch"
+else
+  echo "not run, for only root may: the lines that install the Debian packages"
+fi
+rm -f first
+echo "README.md does what it says"

@@ -1,0 +1,21 @@
+#!/bin/sh
+# finish_install.sh PREFIX: after an installation into the running system, makes the loader look again, or tells what a
+# program needs to find the libraries in a place of their own.
+set -eu
+PATH=$PATH:/usr/sbin:/sbin
+libraries=$1/lib
+searched() { ldconfig -vNX 2>/dev/null | grep -q "^$libraries:"; }
+if searched && [ "$(id -u)" = 0 ]; then ldconfig; fi
+if ldconfig -p | grep -q "=> $libraries/libzebcvq7\.so\."; then
+  echo "installed in $1; programs find the libraries by themselves"
+  exit 0
+fi
+if searched; then
+  echo "installed in $1; run ldconfig as root before programs start"
+  exit 0
+fi
+cat <<END
+installed in $1, where the loader does not look. Build programs like this:
+  export PKG_CONFIG_PATH=$libraries/pkgconfig
+  gcc -m32 first.c \$(pkg-config --cflags --libs zebcv) -Wl,-rpath,$libraries -o first
+END
