@@ -84,7 +84,7 @@ fuzz: build/fuzz/CMakeCache.txt
 install: all
 	@DESTDIR='$(DESTDIR)' cmake --install build/release$(W) --prefix '$(PREFIX)' > build/install.log || { cat build/install.log; exit 1; }
 ifeq ($(DESTDIR),)
-	@tools/finish_install.sh '$(PREFIX)'
+	@tools/finish_install.sh '$(PREFIX)' $(WIDTH)
 endif
 
 package: build/package$(W)/CMakeCache.txt

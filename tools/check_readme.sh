@@ -12,17 +12,17 @@ fail() { echo "README.md: $1" >&2; exit 1; }
 # The fenced blocks by their number; a block that this script does not know must not pass unseen.
 block() { awk -v wanted="$1" '/^```[a-z]+$/ {on = ++n == wanted; next} /^```$/ {on = 0} on' README.md; }
 languages=$(sed -n 's/^```\([a-z][a-z]*\)$/\1/p' README.md | tr '\n' ' ')
-[ "$languages" = "c console sh sh sh sh cmake " ] || fail "the blocks are now: $languages"
-shown=$(block 2 | grep -v '^\$ ')
-[ -n "$shown" ] || fail "does not show what the first program prints"
+[ "$languages" = "c console console sh sh sh sh cmake " ] || fail "the blocks are now: $languages"
+shown_by() { block "$1" | grep -v '^\$ ' || fail "does not show what the first program prints"; }
+shown=$(shown_by 2)
 
-# Runs the lines of a block one by one; ./first has to print what is shown.
+# Runs the lines of a block one by one; ./first, or ./first64, has to print what is shown.
 run() {
   local line printed
   while IFS= read -r line; do
     [ -n "$line" ] || continue
     echo "\$ $line"
-    if [ "${line%% *}" = ./first ]; then
+    if [[ $line = ./first* ]]; then
       printed=$(eval "$line") || fail "failed: $line"
       [ "$printed" = "$shown" ] || fail "$line printed: $printed"
     else
@@ -47,17 +47,17 @@ inside() {
     fi
     dpkg --remove-architecture i386
     rm -rf /usr/local/lib/libzeb* /usr/local/include/zeb* /usr/local/lib/pkgconfig/zebcv.pc && ldconfig
-    run < <(block 6)
+    run < <(block 7)
     return
   fi
-  run < <(block 4)
+  run < <(block 5)
   { printf 'cmake_minimum_required(VERSION 3.25)\nproject(first C)\nadd_executable(first %s/examples/first.c)\n' "$root"
-    block 7; } >"$scratch/CMakeLists.txt"
+    block 8; } >"$scratch/CMakeLists.txt"
   cmake -S "$scratch" -B "$scratch/cmake" -DCMAKE_C_FLAGS=-m32 >/dev/null
   cmake --build "$scratch/cmake" >/dev/null
   [ "$("$scratch/cmake/first")" = "$shown" ] || fail "the program that CMake built prints something else"
   echo "a project with the lines for CMake builds and runs"
-  run < <(block 5)
+  run < <(block 6)
 }
 
 # Over /usr/local and /etc, or as a whole over everything, which only root may do.
@@ -86,9 +86,12 @@ for target in $(sed -n 's/^| `make \([a-z-]*\).*/\1/p; s/.*`, `make \([a-z-]*\)`
 done
 
 run < <(block 2 | sed -n 's/^\$ //p')
-run < <(block 3 | sed 's/ *#.*//')
+shown=$(shown_by 3)
+run < <(block 3 | sed -n 's/^\$ //p')
+shown=$(shown_by 2)
+run < <(block 4 | sed 's/ *#.*//')
 [ -s out/index.html ] || fail "make demo writes no out/index.html"
-rm -f first
+rm -f first first64
 
 scratch=$(mktemp -d)
 trap 'rmdir "$scratch"' EXIT

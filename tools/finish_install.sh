@@ -1,12 +1,15 @@
 #!/bin/sh
-# finish_install.sh PREFIX: after an installation into the running system, makes the loader look again, or tells what a
+# finish_install.sh PREFIX WIDTH: after an installation into the running system, makes the loader look again, or tells what a
 # program needs to find the libraries in a place of their own.
 set -eu
 PATH=$PATH:/usr/sbin:/sbin
-libraries=$1/lib
+case $2 in
+  64) libraries=$1/lib/x86_64-linux-gnu variant=x7 ;;
+  *) libraries=$1/lib variant=q7 ;;
+esac
 searched() { ldconfig -vNX 2>/dev/null | grep -q "^$libraries:"; }
 if searched && [ "$(id -u)" = 0 ]; then ldconfig; fi
-if ldconfig -p | grep -q "=> $libraries/libzebcvq7\.so\."; then
+if ldconfig -p | grep -q "=> $libraries/libzebcv$variant\.so\."; then
   echo "installed in $1; programs find the libraries by themselves"
   exit 0
 fi
@@ -17,5 +20,5 @@ fi
 cat <<END
 installed in $1, where the loader does not look. Build programs like this:
   export PKG_CONFIG_PATH=$libraries/pkgconfig
-  gcc -m32 first.c \$(pkg-config --cflags --libs zebcv) -Wl,-rpath,$libraries -o first
+  gcc -m$2 first.c \$(pkg-config --cflags --libs zebcv) -Wl,-rpath,$libraries -o first
 END
