@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "bench.h"
+#include "corridors.h"
 #include "reference/inpaint.h"
 
 namespace {
@@ -76,14 +77,11 @@ Pixels<Zeb8u> checkerboard(const Scene& scene) {
   return out;
 }
 
-// Corridors of one pixel that turn at every end, walls as high as can be.
-Pixels<Zeb8u> serpentine(const Scene& scene) {
-  const int w = scene.size.width;
-  Pixels<Zeb8u> out(scene.count());
-  for (int i = 0; i < scene.count(); ++i) {
-    const int x = i % w, y = i / w;
-    out[i] = y % 2 == 0 || x == (y % 4 == 1 ? w - 1 : 0) ? 0 : 255;
-  }
+// Walls as high as can be.
+template <Corridor (*shape)(ZebiSize)>
+Pixels<Zeb8u> walled(const Scene& scene) {
+  Pixels<Zeb8u> out = shape(scene.size).open;
+  for (Zeb8u& pixel : out) pixel = pixel ? 0 : 255;
   return out;
 }
 
@@ -337,7 +335,9 @@ const Family family(
         {"worst: SegmentWatershed, a plateau, one marker", noTarget(),
          [](const Scene& s) { return watershedOf<1>(s, plateau); }},
         {"worst: SegmentWatershed, a serpentine, one marker", noTarget(),
-         [](const Scene& s) { return watershedOf<1>(s, serpentine); }},
+         [](const Scene& s) { return watershedOf<1>(s, walled<serpentine>); }},
+        {"worst: SegmentWatershed, a maze, one marker", noTarget(),
+         [](const Scene& s) { return watershedOf<1>(s, walled<maze>); }},
         {"worst: SegmentWatershed, a checkerboard, 200 markers", noTarget(),
          [](const Scene& s) { return watershedOf<200>(s, checkerboard); }},
         {"worst: SegmentWatershed, noise, 10000 markers", noTarget(),
@@ -345,7 +345,11 @@ const Family family(
         {"worst: SegmentGradient, a plateau, one marker", noTarget(),
          [](const Scene& s) { return gradientOf<1>(s, plateau(s)); }},
         {"worst: SegmentGradient, a serpentine, one marker", noTarget(),
-         [](const Scene& s) { return gradientOf<1>(s, serpentine(s)); }},
+         [](const Scene& s) { return gradientOf<1>(s, walled<serpentine>(s)); }},
+        {"worst: SegmentGradient, a maze, one marker", noTarget(),
+         [](const Scene& s) { return gradientOf<1>(s, walled<maze>(s)); }},
+        {"worst: SegmentGradient, a checkerboard, 200 markers", noTarget(),
+         [](const Scene& s) { return gradientOf<200>(s, checkerboard(s)); }},
         {"worst: SegmentGradient, noise, 10000 markers", noTarget(),
          [](const Scene& s) { return gradientOf<10000>(s, noise(s)); }},
         {"worst: LabelMarkers 8u, a checkerboard, 4-connected", noTarget(),

@@ -1,7 +1,7 @@
 /**
  * zebCV: two-dimensional computer-vision primitives for 32-bit x86 with AVX2 and FMA.
  *
- * The one header to include, from C99 or C++. It pulls in the types and the prototypes of every subsystem.
+ * The one header to include, from C99 or C++, for all types and prototypes; zebcv/status.h names statuses in messages.
  */
 #ifndef ZEBCV_H
 #define ZEBCV_H

@@ -9,26 +9,43 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 fail() { echo "README.md: $1" >&2; exit 1; }
 
-# The fenced blocks by their number; a block that this script does not know must not pass unseen.
-block() { awk -v wanted="$1" '/^```[a-z]+$/ {on = ++n == wanted; next} /^```$/ {on = 0} on' README.md; }
+# The fenced blocks by a line of theirs; a block that this script does not know must not pass unseen.
+block() {
+  awk -v holds="$1" '
+    /^```[a-z]+$/ {text = ""; here = 0; inside = 1; next}
+    /^```$/ {if (here) {printf "%s", text; exit} inside = 0; next}
+    inside {text = text $0 "\n"; if (index($0, holds) == 1) here = 1}' README.md
+}
 languages=$(sed -n 's/^```\([a-z][a-z]*\)$/\1/p' README.md | tr '\n' ' ')
 [ "$languages" = "c console console sh sh sh sh cmake " ] || fail "the blocks are now: $languages"
-shown_by() { block "$1" | grep -v '^\$ ' || fail "does not show what the first program prints"; }
-shown=$(shown_by 2)
+shown=$(block '$ ./first' | grep -v '^\$ ')
+[ -n "$shown" ] || fail "does not show what the first program prints"
 
-# Runs the lines of a block one by one; ./first, or ./first64, has to print what is shown.
+# Runs the commands of a block one by one. What stands below one has to be what it prints; ./first prints the same everywhere.
 run() {
-  local line printed
+  local line command='' expected=''
   while IFS= read -r line; do
-    [ -n "$line" ] || continue
-    echo "\$ $line"
-    if [[ $line = ./first* ]]; then
-      printed=$(eval "$line") || fail "failed: $line"
-      [ "$printed" = "$shown" ] || fail "$line printed: $printed"
-    else
-      eval "$line" || fail "failed: $line"
-    fi
+    case $line in
+      '$ '*)
+        perform "$command" "$expected"
+        command=${line#$ } expected='' ;;
+      '') ;;
+      *) [ "$1" = console ] && expected=$expected$line$'\n' || { perform "$command" ''; command=$line; } ;;
+    esac
   done
+  perform "$command" "$expected"
+}
+perform() {
+  local printed expected=${2%$'\n'}
+  [ -n "$1" ] || return 0
+  echo "\$ $1"
+  [ "$1" != ./first ] || expected=$shown
+  if [ -z "$expected" ]; then
+    eval "$1" </dev/null || fail "failed: $1"
+  else
+    printed=$(eval "$1" </dev/null) || fail "failed: $1"
+    [ "$printed" = "$expected" ] || fail "$1 printed: $printed"
+  fi
 }
 
 # As a root of its own sees it: $1 tells which blocks, $2 is a folder that goes away.
@@ -38,26 +55,27 @@ inside() {
   mkdir -p "$HOME" "$scratch/bin"
   printf '#!/bin/sh\nexec "$@"\n' >"$scratch/bin/sudo"
   chmod +x "$scratch/bin/sudo"
-  rm -f first
+  rm -f first first64
   if [ "$1" = packages ]; then
     dpkg --add-architecture i386
-    if ! { apt-get update -qq && apt-get -s install libc6:i386; } >/dev/null 2>&1; then
-      echo "not run, for there is no mirror with libc6:i386: the lines that install the Debian packages"
+    # A second architecture needs a mirror that has the same versions of both.
+    if ! timeout 180 sh -c 'apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq libc6:i386' \
+      >/dev/null 2>&1; then
+      echo "not run, for libc6:i386 does not install here: the lines that install the Debian packages"
       return
     fi
-    dpkg --remove-architecture i386
     rm -rf /usr/local/lib/libzeb* /usr/local/include/zeb* /usr/local/lib/pkgconfig/zebcv.pc && ldconfig
-    run < <(block 7)
+    run sh < <(block 'make package')
     return
   fi
-  run < <(block 5)
+  run sh < <(block 'sudo make install')
   { printf 'cmake_minimum_required(VERSION 3.25)\nproject(first C)\nadd_executable(first %s/examples/first.c)\n' "$root"
-    block 8; } >"$scratch/CMakeLists.txt"
+    block 'find_package'; } >"$scratch/CMakeLists.txt"
   cmake -S "$scratch" -B "$scratch/cmake" -DCMAKE_C_FLAGS=-m32 >/dev/null
   cmake --build "$scratch/cmake" >/dev/null
   [ "$("$scratch/cmake/first")" = "$shown" ] || fail "the program that CMake built prints something else"
   echo "a project with the lines for CMake builds and runs"
-  run < <(block 6)
+  run sh < <(block 'make install PREFIX')
 }
 
 # Over /usr/local and /etc, or as a whole over everything, which only root may do.
@@ -85,11 +103,9 @@ for target in $(sed -n 's/^| `make \([a-z-]*\).*/\1/p; s/.*`, `make \([a-z-]*\)`
   make -n "$target" >/dev/null 2>&1 || fail "there is no make $target"
 done
 
-run < <(block 2 | sed -n 's/^\$ //p')
-shown=$(shown_by 3)
-run < <(block 3 | sed -n 's/^\$ //p')
-shown=$(shown_by 2)
-run < <(block 4 | sed 's/ *#.*//')
+run console < <(block '$ ./first')
+run console < <(block '$ make WIDTH=64')
+run sh < <(block 'make demo' | sed 's/ *#.*//')
 [ -s out/index.html ] || fail "make demo writes no out/index.html"
 rm -f first first64
 
@@ -107,5 +123,5 @@ if [ "$map" = -m ] && unshare -m mount -t tmpfs tmpfs "$scratch" 2>/dev/null; th
 else
   echo "not run, for only root may: the lines that install the Debian packages"
 fi
-rm -f first
+rm -f first first64
 echo "README.md does what it says"

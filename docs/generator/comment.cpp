@@ -40,7 +40,7 @@ size_t statusPlace(const std::string& paragraph) {
 bool countsBytes(const std::string& paragraph) {
   static const std::regex unit(R"(\b([Bb]ytes|[Ww]ords)\b)"),
       term(R"([-+x*/] ?\(?\d|\d\)? ?[-+x*/]|\d [(A-Za-z] ?\w* ?\+)");
-  static const std::regex layout(R"(state begins with|state is \w+ words)");
+  static const std::regex layout(R"(begins with \d+ words|state is \w+ words|stage takes)");
   if (std::regex_search(paragraph, layout)) return true;
   if (!std::regex_search(paragraph, unit)) return false;
   return std::distance(std::sregex_iterator(paragraph.begin(), paragraph.end(), term), std::sregex_iterator()) >= 3;
@@ -141,11 +141,12 @@ std::vector<std::string> sentences(const std::string& comment, const std::string
   const std::regex wanted(expression);
   std::vector<std::string> out;
   for (const Passage& passage : passages(comment)) {
-    if (passage.kind != Passage::text) continue;
+    if (passage.kind == Passage::status) continue;
     for (const std::string& paragraph : paragraphs(passage.words)) {
       if (paragraph[0] == ' ' || paragraph.find("\n ") != std::string::npos) continue;
       for (const std::string& one : sentencesOf(joined(paragraph)))
-        if (std::regex_search(one, wanted)) out.push_back(one.rfind("- ", 0) == 0 ? one.substr(2) : one);
+        if (std::regex_search(one, wanted) && !countsBytes(one) && std::count(one.begin(), one.end(), ';') < 3)
+          out.push_back(one.rfind("- ", 0) == 0 ? one.substr(2) : one);
     }
   }
   return out;

@@ -36,12 +36,18 @@ std::vector<Signature> signatures(const Page& family) {
   return out;
 }
 
-// Comments in the order of the headers, each once.
-std::vector<std::string> comments(const Page& family) {
+// Comments in the order of the headers, each once, then those of the types that are taken.
+std::vector<std::string> comments(const Page& family, const Lore& lore) {
   std::vector<std::string> out;
+  const auto add = [&out](const std::string& one) {
+    if (!one.empty() && std::find(out.begin(), out.end(), one) == out.end()) out.push_back(one);
+  };
+  for (const Declaration* d : family.functions) add(d->group), add(d->comment);
   for (const Declaration* d : family.functions)
-    for (const std::string& one : {d->group, d->comment})
-      if (!one.empty() && std::find(out.begin(), out.end(), one) == out.end()) out.push_back(one);
+    for (const Parameter& p : d->parameters) {
+      const auto type = lore.types.find(std::regex_replace(p.type, std::regex("const |\\*"), ""));
+      if (type != lore.types.end()) add(type->second);
+    }
   return out;
 }
 
@@ -102,7 +108,7 @@ class Group {
                scratch ? "" : "None: there is no buffer to bring.");
     out += row("State", "", R"(\b(moved|copied|allocat\w+|[Rr]eleases?|released)\b)", "");
     out += row("Borders", "", R"(zebBorder|\b[Bb]orders?\b|outside (the|it)|beyond (a|the) (side|edge))", "");
-    out += row("Overlap", "", R"(overlap|[Ii]n place|same image|may be one of the sources)", "");
+    out += row("Overlap", "", R"(not overlap|may overlap|[Ii]n place(?! of)|same image|may be one of the sources)", "");
     out +=
         row("Threads", "", R"(thread|at once|one call at a time|two calls|same time|may share|number of calls)",
             std::string("Calls share nothing but their arguments: any number at once, each with its own destination") +
@@ -142,7 +148,7 @@ class Group {
                   const std::string& otherwise) {
     std::string out = first;
     std::set<std::string> said;
-    for (const std::string& comment : comments(family_))
+    for (const std::string& comment : comments(family_, lore_))
       for (const std::string& one : sentences(comment, expression))
         if (said.insert(one).second) out += (out.empty() ? "" : " ") + line(one, hooks_);
     if (out.empty()) out = otherwise;
@@ -151,7 +157,7 @@ class Group {
 
   std::string codes() {
     std::vector<std::string> all;
-    for (const std::string& comment : comments(family_))
+    for (const std::string& comment : comments(family_, lore_))
       for (const std::string& one : statuses(comment))
         if (std::find(all.begin(), all.end(), one) == all.end()) all.push_back(one);
     std::string out;

@@ -15,6 +15,7 @@ struct Lore {
   std::map<std::string, std::string> parameters;  // meaning by name, or by "family/name" where a family has its own
   std::map<std::string, std::string> statuses;    // sentence by code
   std::map<std::string, std::string> prototypes;  // address of the declaration by name
+  std::map<std::string, std::string> types;       // comment by name
 };
 
 // Reports a parameter without a meaning as a problem.

@@ -111,6 +111,7 @@ class Site {
       for (const Declaration& d : piece.declared) {
         if (!d.name.empty()) addresses_[d.name] = referencePage(header) + "#" + d.name;
         if (d.function) documented(d);
+        if (!d.function && header.file != "types.h") lore_.types[d.name] = d.comment;
         if (d.exported && header.file != "zebcore.h") {
           functions_[d.name] = &d;
           order_.emplace(d.name, order_.size());

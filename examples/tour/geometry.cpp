@@ -119,6 +119,42 @@ void showProfile(const Picture& photo, Gallery& gallery) {
   gallery.add(out, "Red, green and blue along a line of the photograph (SampleLine).", time);
 }
 
+// Windows around points that lie between pixels, every pixel as a square.
+void showWindows(const Picture& gray, Gallery& gallery) {
+  constexpr int side = 24, cell = 10, gap = 8, panels = 4;
+  // The window with the strongest corner of the photograph.
+  int bytes = 0;
+  requireOk(zebiMinEigenValGetBufferSize_8u32f_C1R(gray.size(), zebFilterSobel, zebMskSize3x3, 15, &bytes));
+  std::vector<Zeb8u> buffer(bytes);
+  support::Plane response(gray.size());
+  requireOk(zebiMinEigenVal_8u32f_C1R(gray.pixels.data(), gray.step(), response.data(), response.step(), gray.size(),
+                                      zebFilterSobel, zebMskSize3x3, 15, zebBorderRepl, 0, buffer.data()));
+  ZebiPoint middle;
+  requireOk(zebiMinMaxIndx_32f_C1R(response.data(), response.step(), gray.size(), nullptr, nullptr, nullptr, &middle));
+  Picture out(2 * side * cell + gap, 2 * side * cell + gap, 3), window(side, side, 1);
+  std::fill(out.pixels.begin(), out.pixels.end(), Zeb8u(255));
+  ZebiRect part;
+  double time = 0;
+  for (int k = 0; k < panels; ++k) {
+    const ZebiPoint_32f centre = {static_cast<float>(middle.x) + 0.5f + 0.25f * static_cast<float>(k),
+                                  static_cast<float>(middle.y) + 0.5f};
+    time = bestTime([&] {
+      return zebiCopySubpixIntersect_8u_C1R(gray.pixels.data(), gray.step(), gray.size(), window.pixels.data(),
+                                            window.step(), window.size(), centre, &part);
+    });
+    for (int y = 0; y < side * cell; ++y)
+      for (int x = 0; x < side * cell; ++x)
+        std::fill_n(out.at(k % 2 * (side * cell + gap) + x, k / 2 * (side * cell + gap) + y), 3,
+                    *window.at(x / cell, y / cell));
+  }
+  gallery.add(out,
+              format("Windows of %d x %d pixels about a corner, around four points, each a quarter of a pixel further "
+                     "to the right "
+                     "(CopySubpixIntersect): the picture glides, it does not jump. The time is for one.",
+                     side, side),
+              time);
+}
+
 void showSuperResolution(const Picture& gray, Gallery& gallery) {
   constexpr int side = 200, pictures = 16, steps = 20;
   Picture truth(std::min(side, gray.width / 2 * 2), std::min(side, gray.height / 2 * 2), 1);
@@ -149,6 +185,7 @@ void show(const Scene& scene, Gallery& gallery) {
   showLens(scene.color, gallery);
   showGradients(scene.color, gallery);
   showProfile(scene.color, gallery);
+  showWindows(scene.gray, gallery);
   showSuperResolution(scene.gray, gallery);
 }
 

@@ -143,14 +143,13 @@ void showBorders(const Picture& picture, Gallery& gallery) {
 
 // The two reflections on a region of a few pixels, so large that each can be followed.
 void showReflections(Gallery& gallery) {
-  constexpr ZebiSize region{5, 3};
-  constexpr int reach = 3, cell = 36, gap = 24, frame = 4;
-  constexpr int rows = region.height + 2 * reach, columns = region.width + 2 * reach;
+  constexpr int wide = 5, high = 3, reach = 3, cell = 36, gap = 24, frame = 4;
+  constexpr int rows = high + 2 * reach, columns = wide + 2 * reach;
   Picture out(columns * cell, 2 * rows * cell + gap, 3);
   std::fill(out.pixels.begin(), out.pixels.end(), Zeb8u(255));
   // A hue for every column, a light for every row.
-  const auto paint = [region](Zeb8u* pixel, int x, int y) {
-    const double turn = 6.2831853 * x / region.width, light = 250 - 75 * y;
+  const auto paint = [](Zeb8u* pixel, int x, int y) {
+    const double turn = 6.2831853 * x / wide, light = 250 - 75 * y;
     for (int c = 0; c < 3; ++c) pixel[c] = support::level(light * (0.6 + 0.4 * std::cos(turn - c * 2.0943951)));
   };
   const int rules[] = {zebBorderMirrorR, zebBorderMirror};
@@ -159,10 +158,9 @@ void showReflections(Gallery& gallery) {
     for (int y = 0; y < rows * cell; ++y)
       for (int x = 0; x < columns * cell; ++x)
         if (x % cell > 0 && y % cell > 0)
-          paint(out.at(x, top + y), zeb::borderSource(rules[i], x / cell - reach, region.width),
-                zeb::borderSource(rules[i], y / cell - reach, region.height));
-    support::drawBox(out, {reach * cell, top + reach * cell, region.width * cell + 1, region.height * cell + 1},
-                     {0, 0, 0}, frame);
+          paint(out.at(x, top + y), zeb::borderSource(rules[i], x / cell - reach, wide),
+                zeb::borderSource(rules[i], y / cell - reach, high));
+    support::drawBox(out, {reach * cell, top + reach * cell, wide * cell + 1, high * cell + 1}, {0, 0, 0}, frame);
   }
   gallery.add(
       out,

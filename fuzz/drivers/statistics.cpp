@@ -15,6 +15,23 @@ struct Form {
   bool pair, masked, channel;
 };
 
+// Any content; now and then ordinary numbers with one infinity here and there, often at the start.
+template <class T>
+Image<T> picture(Choice& c, ZebiSize size, int channels) {
+  if constexpr (std::is_floating_point_v<T>) {
+    if (c.oneIn(4)) {
+      Random random = c.random();
+      const T infinity = c.coin() ? std::numeric_limits<T>::infinity() : -std::numeric_limits<T>::infinity();
+      Plane<T> p(size.width, size.height, channels);
+      for (T& v : p.data) v = random.within(0, 9) == 0 ? infinity : test::noiseValue<T>(random);
+      for (size_t i = 0; i < static_cast<size_t>(channels) && random.within(0, 1); ++i) p.data[i] = infinity;
+      c.look(infinity);
+      return Image<T>{p, c.layout<T>()};
+    }
+  }
+  return c.image<T>(size, channels);
+}
+
 // The images of a case, and what the reference sees of them.
 template <class T>
 struct Scene {
@@ -30,7 +47,7 @@ struct Scene {
   Scene(Choice& c, Form f)
       : form(f),
         size(c.size()),
-        a(c.image<T>(size, f.channel ? 3 : 1)),
+        a(picture<T>(c, size, f.channel ? 3 : 1)),
         own(c.image<T>(size, f.channel ? 3 : 1)),
         twice(c.oneIn(8)),
         mask(c.image<Zeb8u>(size)),

@@ -11,8 +11,8 @@ extern "C" {
 /**
  * @defgroup rank Minimum and maximum
  *
- *   dst(x, y) = min or max of src(x + i - anchor.x, y + j - anchor.y),  0 <= i < maskSize.width, 0 <= j <
- * maskSize.height
+ *   dst(x, y) = min or max of src(x + i - anchor.x, y + j - anchor.y),
+ *               0 <= i < maskSize.width,  0 <= j < maskSize.height
  *
  * each channel by itself, all four of C4. Positions outside the region take the nearest pixel of the region (replicated
  * border): no other pixel is read. The rectangle may be larger than the region.
