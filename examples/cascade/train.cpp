@@ -72,8 +72,10 @@ Picture background(std::mt19937& engine, int side) {
   const int count = static_cast<int>(uniform(engine, 2, 4.0f + side / 6.0f));
   for (int i = 0; i < count; ++i) {
     const float x = uniform(engine, -4, side + 4.0f), y = uniform(engine, -4, side + 4.0f);
-    drawShape(p, x, y, uniform(engine, 1, 14), uniform(engine, 1, 14), uniform(engine, 0, 255),
-              uniform(engine, 0, 1) > 0.5f);
+    // One after the other: the order in which a call's arguments are formed is the compiler's.
+    const bool disc = uniform(engine, 0, 1) > 0.5f;
+    const float level = uniform(engine, 0, 255), b = uniform(engine, 1, 14), a = uniform(engine, 1, 14);
+    drawShape(p, x, y, a, b, level, disc);
   }
   if (side > window && uniform(engine, 0, 1) < 0.5f)
     for (int i = 0; i < 6; ++i) drawLure(p, engine);
