@@ -3,6 +3,7 @@
 #include "core/entry.h"
 #include "core/scratch.h"
 #include "core/shuffle.h"
+#include "core/streaming.h"
 #include "feature/circles.h"
 #include "filter/border.h"
 #include "zebcv/fastn.h"
@@ -57,34 +58,44 @@ ZEB_INLINE V8u marksOfEight(const Zeb8u* const* rows, int x, const Offset* ring,
   return marks;
 }
 
+// A vector of pixels of which those in `left` may lie on a line. Not inlined: the pixels of the ring that the caller
+// has compared would all be kept for it.
+template <int reach>
+__attribute__((noinline)) void lookUp(const Zeb8u* const* rows, int x, Zeb8u tolerance, unsigned left, Zeb8u* kept) {
+  const V8u zero = splat(Zeb8u(0)), pixels = load(rows[reach] + x);
+  const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+  alignas(32) Zeb8u marks[2][V8u::lanes];
+  store(marks[0], marksOfEight(rows, x, reach == 1 ? circles[0] : squareRing, reach, least));
+  store(marks[1], reach == 1 ? zero : marksOfEight(rows, x, squareRing + 8, reach, least));
+  store(kept, pixels);
+  for (; left != 0; left &= left - 1) {
+    const int k = __builtin_ctz(left);
+    const bool line = reach == 1 ? nearLines.holds(marks[0][k])
+                                 : farLines.holds(marks[0][k] | static_cast<unsigned>(marks[1][k]) << 8);
+    kept[k] = line ? Zeb8u(0) : kept[k];
+  }
+}
+
 // rows: those around the row from -reach to reach, at column 0, readable a vector further than the row. The largest
 // pixel of each ring tells at little cost whether any position is strong: in a thin map few pixels are left to look up,
-// and few branches to guess.
+// and few branches to guess. src: the newest row of the source, behind which memory is read ahead.
 template <int reach>
-void suppressRow(const Zeb8u* const* rows, int n, Zeb8u tolerance, Zeb8u* out) {
+void suppressRow(const Zeb8u* const* rows, const Zeb8u* src, int n, Zeb8u tolerance, Zeb8u* out) {
   constexpr const Offset* ring = reach == 1 ? circles[0] : squareRing;
   for (int x = 0; x < n; x += V8u::lanes) {
     const V8u zero = splat(Zeb8u(0)), pixels = load(rows[reach] + x);
     const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+    fetchAhead(src + x);
+    fetchAhead(out + x);
     V8u largest = zero;
 #pragma GCC unroll 16
     for (int i = 0; i < 8 * reach; ++i) largest = max(largest, load(rows[ring[i].y + reach] + x + ring[i].x));
     V8u kept = pixels;
     // What is 0 or stands alone stays.
-    unsigned left = topBits(andNot(equal(pixels, zero), equal(max(largest, least), largest)));
+    const unsigned left = topBits(andNot(equal(pixels, zero), equal(max(largest, least), largest)));
     if (left != 0) {
-      const V8u first = marksOfEight(rows, x, ring, reach, least);
-      const V8u second = reach == 1 ? zero : marksOfEight(rows, x, squareRing + 8, reach, least);
-      alignas(32) Zeb8u values[V8u::lanes], marks[2][V8u::lanes];
-      store(values, pixels);
-      store(marks[0], first);
-      if constexpr (reach == 2) store(marks[1], second);
-      for (; left != 0; left &= left - 1) {
-        const int k = __builtin_ctz(left);
-        const bool line = reach == 1 ? nearLines.holds(marks[0][k])
-                                     : farLines.holds(marks[0][k] | static_cast<unsigned>(marks[reach - 1][k]) << 8);
-        values[k] = line ? Zeb8u(0) : values[k];
-      }
+      alignas(32) Zeb8u values[V8u::lanes];
+      lookUp<reach>(rows, x, tolerance, left, values);
       kept = load(values);
     }
     if (n - x >= V8u::lanes) {
@@ -107,7 +118,8 @@ void suppress(const BorderedImage& source, Rows<Zeb8u> dst, ZebiSize size, Zeb8u
     if (y < reach) continue;
     const Zeb8u* rows[2 * reach + 1];
     for (int i = 0; i <= 2 * reach; ++i) rows[i] = ring[y - 2 * reach + i] + reach;
-    suppressRow<reach>(rows, size.width, tolerance, dst[y - reach]);
+    suppressRow<reach>(rows, reinterpret_cast<const Zeb8u*>(source.row(y < size.height ? y : size.height - 1)),
+                       size.width, tolerance, dst[y - reach]);
   }
 }
 
