@@ -3,7 +3,7 @@
 #
 # What builds and tests runs in place. What installs runs in a root of its own, where the system lies beneath what is
 # written: nothing stays. That needs root's rights, or user namespaces for all but the Debian packages; what a machine
-# does not allow is named and not run.
+# does not allow is named and not run. FOREIGN=1 also installs the Debian packages, with i386 as a second architecture.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -118,7 +118,9 @@ if unshare $map mount -t tmpfs tmpfs "$scratch" 2>/dev/null; then
 else
   echo "not run, for there are no namespaces: the lines that install"
 fi
-if [ "$map" = -m ] && unshare -m mount -t tmpfs tmpfs "$scratch" 2>/dev/null; then
+if [ -z "${FOREIGN-}" ]; then
+  echo "not run without FOREIGN=1, for they need a second package architecture: the lines that install the Debian packages"
+elif [ "$map" = -m ] && unshare -m mount -t tmpfs tmpfs "$scratch" 2>/dev/null; then
   unshare -m "$0" --whole "$scratch"
 else
   echo "not run, for only root may: the lines that install the Debian packages"
