@@ -73,12 +73,12 @@ widths: build/release/CMakeCache.txt build/release64/CMakeCache.txt
 
 # One target after the other; what it finds is left in build/fuzz as crash-*.
 FUZZ_GROUPS = $(notdir $(wildcard fuzz/corpus/*))
-fuzz: build/fuzz/CMakeCache.txt
-	@cmake --build build/fuzz -j$(JOBS) --target $(addprefix fuzz_,$(FUZZ_GROUPS))
+fuzz: build/fuzz$(W)/CMakeCache.txt
+	@cmake --build build/fuzz$(W) -j$(JOBS) --target $(addprefix fuzz_,$(FUZZ_GROUPS))
 	@for group in $(FUZZ_GROUPS); do \
-	  mkdir -p build/fuzz/corpus/$$group; \
-	  build/fuzz/bin/fuzz_$$group -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 -artifact_prefix=build/fuzz/ \
-	    build/fuzz/corpus/$$group fuzz/corpus/$$group || exit 1; \
+	  mkdir -p build/fuzz$(W)/corpus/$$group; \
+	  build/fuzz$(W)/bin/fuzz_$$group -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 -artifact_prefix=build/fuzz$(W)/ \
+	    build/fuzz$(W)/corpus/$$group fuzz/corpus/$$group || exit 1; \
 	done
 
 install: all

@@ -15,15 +15,15 @@ struct Frame {
   size_t count;
   uint8_t* stack;  // where the first argument goes
   int result;
-  uint32_t ebx, esi, edi, ebp, esp, flags;
+  uint32_t ebx, esi, edi, ebp, stackPointer, flags;
   void* own;  // the stack pointer of whoever calls
-  uint32_t mxcsr;
-  uint32_t x87[7];
-  uint32_t junk[8];
-  uint32_t avx;
+  Units units;
+
+  bool keptRegisters() const {
+    return ebx == junkEbx && esi == junkEsi && edi == junkEdi && ebp == reinterpret_cast<uintptr_t>(this);
+  }
 };
-static_assert(offsetof(Frame, result) == 16 && offsetof(Frame, own) == 44 && offsetof(Frame, junk) == 80 &&
-                  offsetof(Frame, avx) == 112,
+static_assert(offsetof(Frame, result) == 16 && offsetof(Frame, own) == 44 && offsetof(Frame, units) == 48,
               "offsets in the assembly");
 
 extern "C" void fuzzCallFrame(Frame*);
@@ -123,28 +123,8 @@ Outcome callAtWorst(const void* function, const std::vector<Argument>& arguments
   f.words = words.data();
   f.count = words.size();
   f.stack = stack.top() + shift;
-  f.avx = __builtin_cpu_supports("avx") != 0;
-  memcpy(f.junk, junkWords, sizeof(junkWords));
-  memcpy(f.junk + 4, junkWords, sizeof(junkWords));
-  const uint32_t mxcsr = _mm_getcsr();
-  uint16_t control;
-  __asm__ volatile("fnstcw %0" : "=m"(control));
-  fuzzCallFrame(&f);
-  _mm_setcsr(mxcsr);
-  __asm__ volatile("fldcw %0" : : "m"(control));
-
-  uint8_t* const deepest = stack.deepest();
-  stack.paint(deepest);
-  Outcome o = {f.result, (f.mxcsr | f.x87[1]) & 0x3F, static_cast<size_t>(f.stack - deepest), nullptr};
-  constexpr uint32_t exceptionFlags = 0x3F, directionFlag = 0x400;
-  if (f.ebx != junkEbx || f.esi != junkEsi || f.edi != junkEdi || f.ebp != reinterpret_cast<uintptr_t>(&f))
-    o.broken = "a register";
-  if (f.esp != reinterpret_cast<uintptr_t>(f.stack)) o.broken = "the stack pointer";
-  if (f.flags & directionFlag) o.broken = "the direction flag";
-  if ((f.mxcsr ^ mxcsr) & ~exceptionFlags) o.broken = "the modes of the vector unit";
-  if ((f.x87[0] ^ control) & 0xFFFF) o.broken = "the modes of the stack of floating-point registers";
-  if ((f.x87[2] & 0xFFFF) != 0xFFFF) o.broken = "an empty stack of floating-point registers";
-  return o;
+  f.units = unitsBefore();
+  return carryOut(f, stack, fuzzCallFrame);
 }
 
 }  // namespace fuzz

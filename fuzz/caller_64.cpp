@@ -16,15 +16,17 @@ struct Frame {
   uint64_t integers[6];
   uint32_t reals[8][8];
   int64_t result;
-  uint64_t rbx, r12, r13, r14, r15, rbp, rsp, flags;
+  uint64_t rbx, r12, r13, r14, r15, rbp, stackPointer, flags;
   void* own;  // the stack pointer of whoever calls
-  uint32_t mxcsr;
-  uint32_t x87[7];
-  uint32_t junk[8];
-  uint32_t avx;
+  Units units;
+
+  bool keptRegisters() const {
+    return rbx == junkRbx && r12 == junkR12 && r13 == junkR13 && r14 == junkR14 && r15 == junkR15 &&
+           rbp == reinterpret_cast<uintptr_t>(this);
+  }
 };
 static_assert(offsetof(Frame, integers) == 32 && offsetof(Frame, reals) == 80 && offsetof(Frame, result) == 336 &&
-                  offsetof(Frame, own) == 408 && offsetof(Frame, junk) == 448 && offsetof(Frame, avx) == 480,
+                  offsetof(Frame, own) == 408 && offsetof(Frame, units) == 416,
               "offsets in the assembly");
 
 extern "C" void fuzzCallFrame(Frame*);
@@ -144,7 +146,7 @@ void place(const std::vector<Argument>& arguments, Frame* f, std::vector<uint64_
   uint64_t junk;
   memcpy(&junk, junkWords, sizeof(junk));
   for (uint64_t& integer : f->integers) integer = junk;
-  for (auto& real : f->reals) memcpy(real, f->junk, sizeof(real));
+  for (auto& real : f->reals) memcpy(real, f->units.junk, sizeof(real));
   size_t integers = 0, reals = 0;
   for (const Argument& a : arguments) {
     uint64_t whole[2] = {junk, junk};
@@ -169,32 +171,10 @@ Outcome callAtWorst(const void* function, const std::vector<Argument>& arguments
   Frame f = {};
   f.function = function;
   f.stack = stack.top() + 4 * shift;
-  f.avx = __builtin_cpu_supports("avx") != 0;
-  memcpy(f.junk, junkWords, sizeof(junkWords));
-  memcpy(f.junk + 4, junkWords, sizeof(junkWords));
+  f.units = unitsBefore();
   std::vector<uint64_t> words;
   place(arguments, &f, &words);
-  const uint32_t mxcsr = _mm_getcsr();
-  uint16_t control;
-  __asm__ volatile("fnstcw %0" : "=m"(control));
-  fuzzCallFrame(&f);
-  _mm_setcsr(mxcsr);
-  __asm__ volatile("fldcw %0" : : "m"(control));
-
-  uint8_t* const deepest = stack.deepest();
-  stack.paint(deepest);
-  Outcome o = {static_cast<int>(f.result), (f.mxcsr | f.x87[1]) & 0x3F, static_cast<size_t>(f.stack - deepest),
-               nullptr};
-  constexpr uint32_t exceptionFlags = 0x3F, directionFlag = 0x400;
-  if (f.rbx != junkRbx || f.r12 != junkR12 || f.r13 != junkR13 || f.r14 != junkR14 || f.r15 != junkR15 ||
-      f.rbp != reinterpret_cast<uintptr_t>(&f))
-    o.broken = "a register";
-  if (f.rsp != reinterpret_cast<uintptr_t>(f.stack)) o.broken = "the stack pointer";
-  if (f.flags & directionFlag) o.broken = "the direction flag";
-  if ((f.mxcsr ^ mxcsr) & ~exceptionFlags) o.broken = "the modes of the vector unit";
-  if ((f.x87[0] ^ control) & 0xFFFF) o.broken = "the modes of the stack of floating-point registers";
-  if ((f.x87[2] & 0xFFFF) != 0xFFFF) o.broken = "an empty stack of floating-point registers";
-  return o;
+  return carryOut(f, stack, fuzzCallFrame);
 }
 
 }  // namespace fuzz

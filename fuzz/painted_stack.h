@@ -2,6 +2,7 @@
 #pragma once
 
 #include <emmintrin.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -56,5 +57,48 @@ class PaintedStack {
  private:
   uint8_t *mapped_, *bytes_;
 };
+
+// The part of a frame that is the same in either width: what the arithmetic units held afterwards, and the junk that
+// the vectors get.
+struct Units {
+  uint32_t mxcsr;
+  uint32_t x87[7];
+  uint32_t junk[8];
+  uint32_t avx;
+};
+static_assert(offsetof(Units, junk) == 32 && offsetof(Units, avx) == 64, "offsets in the assembly");
+
+inline Units unitsBefore() {
+  Units units = {};
+  memcpy(units.junk, junkWords, sizeof(junkWords));
+  memcpy(units.junk + 4, junkWords, sizeof(junkWords));
+  units.avx = __builtin_cpu_supports("avx") != 0;
+  return units;
+}
+
+// Makes the call that a frame describes and looks at what it left behind.
+template <class Frame>
+Outcome carryOut(Frame& f, PaintedStack& stack, void (*call)(Frame*)) {
+  const uint32_t mxcsr = _mm_getcsr();
+  uint16_t control;
+  __asm__ volatile("fnstcw %0" : "=m"(control));
+  call(&f);
+  _mm_setcsr(mxcsr);
+  __asm__ volatile("fldcw %0" : : "m"(control));
+
+  uint8_t* const deepest = stack.deepest();
+  stack.paint(deepest);
+  constexpr uint32_t exceptionFlags = 0x3F, directionFlag = 0x400;
+  const Units& units = f.units;
+  Outcome o = {static_cast<int>(f.result), (units.mxcsr | units.x87[1]) & exceptionFlags,
+               static_cast<size_t>(f.stack - deepest), nullptr};
+  if (!f.keptRegisters()) o.broken = "a register";
+  if (f.stackPointer != reinterpret_cast<uintptr_t>(f.stack)) o.broken = "the stack pointer";
+  if (f.flags & directionFlag) o.broken = "the direction flag";
+  if ((units.mxcsr ^ mxcsr) & ~exceptionFlags) o.broken = "the modes of the vector unit";
+  if ((units.x87[0] ^ control) & 0xFFFF) o.broken = "the modes of the stack of floating-point registers";
+  if ((units.x87[2] & 0xFFFF) != 0xFFFF) o.broken = "an empty stack of floating-point registers";
+  return o;
+}
 
 }  // namespace fuzz

@@ -40,10 +40,35 @@ ZEB_INLINE void eachMarker(Rows<const T> marker, Frame frame, bool boundary, Vis
     }
 }
 
-// How many pixels of a queue are fetched ahead of their turn, when the image does not fit the second-level cache; in it
-// the walk ahead would only cost its steps.
-inline int fetchedAhead(int64_t bytes) {
-  return bytes > 1 << 20 ? 4 : 0;
+// Walks along a queue ahead of the pixel whose turn it is, and has what lies around the pixels there fetched, when the
+// image does not fit the second-level cache; in it the walk would only cost its steps.
+class Scout {
+ public:
+  static int aheadOf(int64_t bytes) { return bytes > secondCache ? 4 : 0; }
+  explicit Scout(int ahead) : ahead_(ahead) {}
+
+  // It is p's turn. next(q) is the pixel behind q, or negative at the end; fetch(q) is done once for each.
+  template <class Next, class Fetch>
+  ZEB_INLINE void lead(int p, Next next, Fetch fetch) {
+    if (--lead_ < 0) {
+      lead_ = 0;
+      at_ = p;
+    }
+    for (int q; lead_ < ahead_ && (q = next(at_)) >= 0; ++lead_) fetch(at_ = q);
+  }
+
+ private:
+  static constexpr int64_t secondCache = 1 << 20;
+  int ahead_, at_ = 0, lead_ = 0;
+};
+
+// Of two framed images the rows above and below a pixel; its own are read with its link.
+template <class A, class B>
+ZEB_INLINE void fetchBeside(const A* a, const B* b, ptrdiff_t pitch) {
+  __builtin_prefetch(a - pitch);
+  __builtin_prefetch(a + pitch);
+  __builtin_prefetch(b - pitch);
+  __builtin_prefetch(b + pitch);
 }
 
 // The checks that follow those of the images.

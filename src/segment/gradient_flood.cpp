@@ -107,7 +107,7 @@ class GradientFlood {
         src_(src),
         around_(norm, frame.pitch(), src.step(), channels),
         boundary_(boundary),
-        ahead_(fetchedAhead(bytes)),
+        ahead_(Scout::aheadOf(bytes)),
         rowOf_(static_cast<unsigned>(frame.pitch())),
         scratch_(pBuffer, bytes),
         node_(scratch_.take<Node>(frame.count() + levels, 4)),
@@ -134,13 +134,11 @@ class GradientFlood {
     // No level is entered again once it has been left. What waits in the queue of a level that is being taken stays
     // there until its turn.
     for (int level = 0; level < levels; ++level) {
-      int scout = ring(level), lead = 0;
+      Scout scout(ahead_);
       for (int p = node_[ring(level)].next; p != ring(level); p = node_[ring(level)].next) {
-        if (--lead < 0) {
-          lead = 0;
-          scout = p;
-        }
-        for (; lead < ahead_ && node_[scout].next != ring(level); ++lead) fetchAround(scout = node_[scout].next);
+        scout.lead(
+            p, [&](int q) ZEB_BODY { return node_[q].next == ring(level) ? -1 : node_[q].next; },
+            [&](int q) ZEB_BODY { fetchBeside(node_ + q, cell_ + q, frame_.pitch()); });
         unlink(p);
         cell_[p].level = 0;
         if (boundary_ && !settle(p)) continue;
@@ -172,14 +170,6 @@ class GradientFlood {
     node_[p] = {ring(level), last};
     node_[last].next = p;
     node_[ring(level)].previous = p;
-  }
-
-  // The rows above and below; a pixel's own is read with its link.
-  ZEB_INLINE void fetchAround(int p) const {
-    for (int q = p - frame_.pitch(); q <= p + frame_.pitch(); q += 2 * frame_.pitch()) {
-      __builtin_prefetch(node_ + q);
-      __builtin_prefetch(cell_ + q);
-    }
   }
 
   // The pixel at x, y, taken at a level, meets its neighbours.

@@ -112,7 +112,7 @@ class Watershed {
       : frame_(frame),
         neighbours_(norm, frame.pitch()),
         boundary_(boundary),
-        ahead_(fetchedAhead(bytes)),
+        ahead_(Scout::aheadOf(bytes)),
         scratch_(pBuffer, bytes),
         queue_(scratch_.take<Queue>(levelsOf<T>, 4)),
         filled_(scratch_.take<uint32_t>(Bits::words + Bits::groups, 4)),
@@ -142,14 +142,12 @@ class Watershed {
     });
     for (int level = filled_.next(0); level >= 0; level = filled_.next(level)) {
       Queue& queue = queue_[level];
-      int scout = queue.head, lead = 0;
+      Scout scout(ahead_);
       // The queue's last pixel stays in it until its neighbours have been appended.
       for (int p = queue.head;; p = link_[p]) {
-        if (--lead < 0) {
-          lead = 0;
-          scout = p;
-        }
-        for (; lead < ahead_ && scout != queue.tail; ++lead) fetchAround(scout = link_[scout]);
+        scout.lead(
+            p, [&](int q) ZEB_BODY { return q == queue.tail ? -1 : link_[q]; },
+            [&](int q) ZEB_BODY { fetchBeside(label_ + q, link_ + q, frame_.pitch()); });
         const Around<T> labels = around(p);
         if (!boundary_ || settle(p, labels)) appendFree(p, labels, level);
         if (p == queue.tail) break;
@@ -165,14 +163,6 @@ class Watershed {
 
  private:
   ZEB_INLINE Around<T> around(int p) const { return {label_ + p, frame_.pitch()}; }
-
-  // The rows above and below; a pixel's own is read with its link.
-  ZEB_INLINE void fetchAround(int p) const {
-    for (int q = p - frame_.pitch(); q <= p + frame_.pitch(); q += 2 * frame_.pitch()) {
-      __builtin_prefetch(label_ + q);
-      __builtin_prefetch(link_ + q);
-    }
-  }
 
   ZEB_INLINE void appendFree(int p, Around<T> labels, int level) {
     const T label = boundary_ ? barrier<T> : label_[p];
