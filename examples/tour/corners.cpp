@@ -1,19 +1,15 @@
 // Corners by three detectors, their directions, and what is left of edges where straight lines are taken out.
 #include <cmath>
 
+#include "colours.h"
 #include "draw.h"
 #include "tour.h"
 
 namespace tour {
 namespace {
 
-constexpr support::Colour red = {255, 60, 60}, green = {90, 255, 120}, yellow = {255, 230, 60};
 constexpr int most = 100;
 constexpr float apart = 10;  // pixels between the points that are drawn
-
-Picture backdrop(const Picture& gray) {
-  return support::toned(gray, 0.5f, 40);
-}
 
 // The first of a list, strongest first, that are not too near to a stronger one.
 template <class Point>

@@ -2,16 +2,12 @@
 #include <cmath>
 #include <random>
 
+#include "colours.h"
 #include "draw.h"
 #include "tour.h"
 
 namespace tour {
 namespace {
-
-// Dimmed, so that lines stand out.
-Picture backdrop(const Picture& gray) {
-  return support::toned(gray, 0.5f, 40);
-}
 
 Picture edges(const Picture& photo, float low, float high, double& milliseconds) {
   int bytes = 0;
@@ -25,8 +21,6 @@ Picture edges(const Picture& photo, float low, float high, double& milliseconds)
   });
   return out;
 }
-
-constexpr support::Colour red = {255, 60, 60}, green = {90, 255, 120}, yellow = {255, 230, 60};
 
 // A house front: rows of windows with bars, a door, a cornice, a little turned, with grain.
 Picture facade() {

@@ -83,14 +83,7 @@ void showGradients(const Picture& photo, Gallery& gallery) {
                                                 angle.data(), angle.step(), size, zebMskSize3x3, zebNormL2,
                                                 zebBorderRepl, nullptr, buffer.data());
   });
-  // Opposite directions have opposite colours of a wheel.
-  Picture out(size.width, size.height, 3);
-  for (size_t i = 0; i < magnitude.size(); ++i) {
-    const auto channel = [&](float turn) { return 0.5f + 0.5f * std::cos(angle.pixels[i] - turn); };
-    put(&out.pixels[3 * i], {channel(0), channel(2.094f), channel(4.189f)},
-        std::min(1.0f, static_cast<float>(magnitude[i]) / 1500));
-  }
-  gallery.add(out,
+  gallery.add(directions(magnitude, angle.pixels, size),
               "Direction as hue and strength as light of the strongest gradient of the three channels "
               "(GradientVectorScharr).",
               time);

@@ -1,7 +1,6 @@
 #include "hero.h"
 
 #include <cmath>
-#include <functional>
 
 #include "colours.h"
 #include "draw.h"
@@ -9,39 +8,25 @@
 namespace tour {
 namespace {
 
-std::vector<Zeb8u> bytesFor(const std::function<ZebStatus(int*)>& query) {
-  int bytes = 0;
-  requireOk(query(&bytes));
-  return std::vector<Zeb8u>(static_cast<size_t>(bytes));
-}
-
 Picture edges(const Picture& gray) {
   Picture out(gray.width, gray.height, 1);
-  auto scratch = bytesFor(
-      [&](int* bytes) { return zebiCannyBorderGetSize(gray.size(), zebFilterSobel, zebMskSize3x3, zeb8u, bytes); });
+  auto scratch = bytesFor(zebiCannyBorderGetSize, gray.size(), zebFilterSobel, zebMskSize3x3, zeb8u);
   requireOk(zebiCannyBorder_8u_C1R(gray.pixels.data(), gray.step(), out.pixels.data(), out.step(), gray.size(),
                                    zebFilterSobel, zebMskSize3x3, zebBorderRepl, 0, 80, 200, zebNormL2,
                                    scratch.data()));
   return out;
 }
 
-// Direction as hue, strength as light.
-Picture directions(const Picture& color) {
+Picture gradientOf(const Picture& color) {
   const ZebiSize size = color.size();
   std::vector<Zeb16s> magnitude(static_cast<size_t>(size.width) * size.height);
   std::vector<Zeb32f> angle(magnitude.size());
-  auto scratch =
-      bytesFor([&](int* bytes) { return zebiGradientVectorGetBufferSize(size, zebMskSize3x3, zeb8u, 3, bytes); });
+  auto scratch = bytesFor(zebiGradientVectorGetBufferSize, size, zebMskSize3x3, zeb8u, 3);
   const Zeb8u none[3] = {0, 0, 0};
   requireOk(zebiGradientVectorScharr_8u16s_C3C1R(color.pixels.data(), color.step(), nullptr, 0, nullptr, 0,
                                                  magnitude.data(), 2 * size.width, angle.data(), 4 * size.width, size,
                                                  zebMskSize3x3, zebNormL2, zebBorderRepl, none, scratch.data()));
-  Picture out(size.width, size.height, 3);
-  for (size_t i = 0; i < angle.size(); ++i)
-    for (int c = 0; c < 3; ++c)
-      out.pixels[3 * i + c] = support::level(std::min(1.0f, std::sqrt(magnitude[i] / 1600.0f)) * 255 *
-                                             (0.55f + 0.45f * std::cos(angle[i] - 2.0944f * static_cast<float>(c))));
-  return out;
+  return directions(magnitude, angle, size);
 }
 
 // Segments grown from as many markers as a byte can name, in their mean colours.
@@ -53,19 +38,10 @@ Picture segments(const Picture& color) {
   for (int y = pitch / 2; y < size.height; y += pitch)
     for (int x = pitch / 2; x < size.width; x += pitch)
       marker[static_cast<size_t>(y) * size.width + x] = static_cast<Zeb8u>(++labels);
-  auto scratch = bytesFor([&](int* bytes) { return zebiSegmentGradientGetBufferSize_8u_C3IR(size, bytes); });
+  auto scratch = bytesFor(zebiSegmentGradientGetBufferSize_8u_C3IR, size);
   requireOk(zebiSegmentGradient_8u_C3IR(color.pixels.data(), color.step(), marker.data(), size.width, size, zebiNormL1,
                                         0, scratch.data()));
-  std::vector<double> sums(4 * static_cast<size_t>(labels + 1));
-  for (size_t i = 0; i < marker.size(); ++i) {
-    for (int c = 0; c < 3; ++c) sums[4 * marker[i] + c] += color.pixels[3 * i + c];
-    ++sums[4 * marker[i] + 3];
-  }
-  Picture out = color;
-  for (size_t i = 0; i < marker.size(); ++i)
-    for (int c = 0; c < 3; ++c)
-      out.pixels[3 * i + c] = support::level(sums[4 * marker[i] + c] / sums[4 * marker[i] + 3]);
-  return out;
+  return averaged(marker, color);
 }
 
 // How far it is to the nearest edge.
@@ -73,15 +49,10 @@ Picture distances(const Picture& edge) {
   Picture features = edge;
   for (Zeb8u& v : features.pixels) v = static_cast<Zeb8u>(255 - v);
   std::vector<Zeb32f> distance(edge.pixels.size());
-  auto scratch =
-      bytesFor([&](int* bytes) { return zebiTrueDistanceTransformGetBufferSize_8u32f_C1R(edge.size(), bytes); });
+  auto scratch = bytesFor(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R, edge.size());
   requireOk(zebiTrueDistanceTransform_8u32f_C1R(features.pixels.data(), features.step(), distance.data(),
                                                 4 * edge.width, edge.size(), scratch.data()));
-  Picture out(edge.width, edge.height, 3);
-  for (size_t i = 0; i < distance.size(); ++i)
-    put(&out.pixels[3 * i], warmth(std::sqrt(std::min(1.0f, distance[i] / 60))),
-        std::fmod(distance[i], 8.0f) < 1 ? 0.6f : 1);
-  return out;
+  return contours(distance, edge.size(), 60, 8);
 }
 
 Picture opened(const Picture& color) {
@@ -89,10 +60,10 @@ Picture opened(const Picture& color) {
   const ZebiSize mask = {side, side};
   const ZebiPoint centre = {side / 2, side / 2};
   Picture least = color, out = color;
-  auto scratch = bytesFor([&](int* bytes) { return zebiFilterMinGetBufferSize_8u_C3R(color.width, mask, bytes); });
+  auto scratch = bytesFor(zebiFilterMinGetBufferSize_8u_C3R, color.width, mask);
   requireOk(zebiFilterMinBorderReplicate_8u_C3R(color.pixels.data(), color.step(), least.pixels.data(), least.step(),
                                                 color.size(), mask, centre, scratch.data()));
-  scratch = bytesFor([&](int* bytes) { return zebiFilterMaxGetBufferSize_8u_C3R(color.width, mask, bytes); });
+  scratch = bytesFor(zebiFilterMaxGetBufferSize_8u_C3R, color.width, mask);
   requireOk(zebiFilterMaxBorderReplicate_8u_C3R(least.pixels.data(), least.step(), out.pixels.data(), out.step(),
                                                 color.size(), mask, centre, scratch.data()));
   return out;
@@ -102,7 +73,7 @@ Picture opened(const Picture& color) {
 
 Picture hero(const Scene& scene) {
   const Picture edge = edges(scene.gray);
-  const Picture looks[] = {scene.color,     opened(scene.color), segments(scene.color), directions(scene.color),
+  const Picture looks[] = {scene.color,     opened(scene.color), segments(scene.color), gradientOf(scene.color),
                            distances(edge), support::toned(edge)};
   constexpr int count = 6;
   // The upper two thirds, two strips of every look, so that each is seen at several places.

@@ -15,13 +15,6 @@ int stepOf(ZebiSize size) {
   return size.width * static_cast<int>(sizeof(T));
 }
 
-template <class Query>
-std::vector<Zeb8u> bufferFor(Query query, ZebiSize size) {
-  int bytes = 0;
-  requireOk(query(size, &bytes));
-  return std::vector<Zeb8u>(bytes);
-}
-
 // A colour for every label, black for 0.
 template <class T>
 Picture painted(const std::vector<T>& labels, ZebiSize size) {
@@ -32,21 +25,6 @@ Picture painted(const std::vector<T>& labels, ZebiSize size) {
     const auto wave = [=](float shift) { return 0.55f + 0.45f * std::cos(6.2832f * (turn + shift)); };
     put(&out.pixels[3 * i], {wave(0), wave(0.33f), wave(0.67f)}, 1);
   }
-  return out;
-}
-
-// Every segment in the mean of its colours.
-template <class T>
-Picture averaged(const std::vector<T>& labels, const Picture& photo) {
-  std::vector<double> sums(4 * 65536);
-  for (size_t i = 0; i < labels.size(); ++i) {
-    for (int c = 0; c < 3; ++c) sums[4 * labels[i] + c] += photo.pixels[3 * i + c];
-    ++sums[4 * labels[i] + 3];
-  }
-  Picture out = photo;
-  for (size_t i = 0; i < labels.size(); ++i)
-    for (int c = 0; c < 3; ++c)
-      out.pixels[3 * i + c] = support::level(sums[4 * labels[i] + c] / sums[4 * labels[i] + 3]);
   return out;
 }
 
@@ -71,7 +49,7 @@ void showSegments(const Scene& scene, Gallery& gallery) {
   // Where the gradient is small, but for what is no larger than a few pixels.
   std::vector<Zeb16u> marker(relief.size());
   for (size_t i = 0; i < relief.size(); ++i) marker[i] = relief[i] <= 48;
-  std::vector<Zeb8u> labelling = bufferFor(zebiLabelMarkersGetBufferSize_16u_C1IR, size);
+  std::vector<Zeb8u> labelling = bytesFor(zebiLabelMarkersGetBufferSize_16u_C1IR, size);
   std::vector<Zeb8u> speckles(1);
   int bytes = 0, count = 0;
   requireOk(zebiMarkSpecklesGetBufferSize(size, zeb16u, &bytes));
@@ -87,7 +65,7 @@ void showSegments(const Scene& scene, Gallery& gallery) {
               labelTime);
 
   std::vector<Zeb16u> segments;
-  std::vector<Zeb8u> flooding = bufferFor(zebiSegmentWatershedGetBufferSize_16u_C1IR, size);
+  std::vector<Zeb8u> flooding = bytesFor(zebiSegmentWatershedGetBufferSize_16u_C1IR, size);
   const double floodTime = timed([&] {
     segments = marker;
     return zebiSegmentWatershed_16u_C1IR(relief.data(), step, segments.data(), step, size, zebiNormL1, 0,
@@ -113,7 +91,7 @@ void showSegments(const Scene& scene, Gallery& gallery) {
   for (int y = 24; y < size.height; y += 48)
     for (int x = 24; x < size.width; x += 48)
       grid[static_cast<size_t>(y) * size.width + x] = static_cast<Zeb8u>(1 + next++ % 254);
-  std::vector<Zeb8u> links = bufferFor(zebiSegmentGradientGetBufferSize_8u_C3IR, size);
+  std::vector<Zeb8u> links = bytesFor(zebiSegmentGradientGetBufferSize_8u_C3IR, size);
   const double gradientTime = timed([&] {
     return zebiSegmentGradient_8u_C3IR(scene.color.pixels.data(), scene.color.step(), grid.data(), size.width, size,
                                        zebiNormInf, zebSegmentBoundary, links.data());
@@ -134,7 +112,7 @@ void showComponents(const Scene& scene, Gallery& gallery) {
   const ZebiSize size = scene.gray.size();
   std::vector<Zeb32s> labels(scene.gray.pixels.size());
   for (size_t i = 0; i < labels.size(); ++i) labels[i] = scene.gray.pixels[i] > 110;
-  std::vector<Zeb8u> buffer = bufferFor(zebiLabelMarkersGetBufferSize_32s_C1IR, size);
+  std::vector<Zeb8u> buffer = bytesFor(zebiLabelMarkersGetBufferSize_32s_C1IR, size);
   int count = 0;
   // What is labelled already is labelled again.
   const double time = bestTime([&] {

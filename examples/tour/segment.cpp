@@ -10,18 +10,6 @@ namespace {
 
 using support::Picture;
 
-// Distances from 0 to `reach` as colours, with a darker line every `spacing`.
-template <class T>
-Picture coloured(const std::vector<T>& distance, ZebiSize size, float reach, float spacing) {
-  Picture out(size.width, size.height, 3);
-  for (size_t i = 0; i < distance.size(); ++i) {
-    const float d = static_cast<float>(distance[i]);
-    const float phase = std::fmod(d, spacing);
-    put(&out.pixels[3 * i], warmth(std::sqrt(std::min(1.0f, d / reach))), d > 0 && phase < 1.2f ? 0.55f : 1.0f);
-  }
-  return out;
-}
-
 // Zero where the gradient is among the strongest 5 per cent, else 255.
 Picture edges(const Picture& gray) {
   const int w = gray.width, h = gray.height;
@@ -61,7 +49,7 @@ void showDistances(const Picture& edge, Gallery& gallery) {
   const std::vector<Zeb32f> exact = exactDistances(edge, &time);
   const float reach = *std::max_element(exact.begin(), exact.end());
   gallery.add(
-      coloured(exact, edge.size(), reach, 16),
+      contours(exact, edge.size(), reach, 16),
       format("Exact Euclidean distance to the nearest edge (TrueDistanceTransform), a line every 16 pixels. The "
              "farthest pixel is %.1f pixels away.",
              reach),
@@ -113,7 +101,7 @@ void showMetrics(Gallery& gallery) {
   double exactTime = 0;
   distance[2] = exactDistances(points, &exactTime);
   for (int k = 0; k < 3; ++k) {
-    const Picture panel = coloured(distance[k], points.size(), 130, 12);
+    const Picture panel = contours(distance[k], points.size(), 130, 12);
     for (int y = 0; y < side; ++y) std::copy_n(panel.at(0, y), 3 * side, out.at(k * (side + gap), y));
   }
   gallery.add(

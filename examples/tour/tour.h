@@ -61,6 +61,14 @@ struct Section {
 
 using support::requireOk;
 
+// As many bytes as a query answers to these arguments.
+template <class Query, class... Arguments>
+std::vector<Zeb8u> bytesFor(Query query, Arguments... arguments) {
+  int bytes = 0;
+  requireOk(query(arguments..., &bytes));
+  return std::vector<Zeb8u>(static_cast<size_t>(bytes));
+}
+
 // Runs the calls once and returns their milliseconds; the status must be zebStsOk.
 template <class F>
 double timed(F&& calls) {
