@@ -138,6 +138,8 @@ void bordered(Choice& c, const Function<int, ZebiSize, int*, int*>& query,
   const auto want = resultIn(dst, ref::extremum(s.region, e, lowest), packed);
   f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size,
        orElse(s.around.border, badBorder(c), zebStsErrBorder), T(7), stateIn<ZebiMorphState>(spec), buffer.get());
+  // Bits behind a packed row are shifted along and dropped again: the memory checker loses track of them.
+  if (packed) test::mayBeLookedAt(dst);
   check(f.name(), dst, want, s.plane, Infinities::orLargest, e, s.describe());
   require(spec.intact() && buffer.intact() && s.src.intact(), "wrote outside");
 }
@@ -223,6 +225,7 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size,
        orElse(s.around.border, badBorder(c), zebStsErrBorder), T(3), state, buffer.get());
   FUNCTION(zebiMorphAdvFree).ok(c, allocated);
+  if (packed) test::mayBeLookedAt(dst);
   check(f.name(), dst, want, s.plane, Infinities::open, e, s.describe());
   require(spec.intact() && buffer.intact() && s.src.intact(), "wrote outside");
 }
