@@ -47,7 +47,9 @@ Work learned(const Scene& scene, int channels, bool learning, Bytes bytes, const
     Image<Zeb8u> map;
     State* state = nullptr;
     size_t next = 0;
-    ~Held() { model.release(state); }
+    ~Held() {
+      if (state) model.release(state);
+    }
   };
   auto held = std::make_shared<Held>(Held{model, {}, scene.image<Zeb8u>()});
   const auto frames = noisyFrames(scene, channels);

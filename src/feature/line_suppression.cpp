@@ -40,11 +40,15 @@ struct Patterns {
 constexpr Patterns<8> nearLines;
 constexpr Patterns<16> farLines;
 
-int64_t stride(int width, int reach) {
-  return int64_t{width} + 2 * reach + 3 * V8u::lanes;
+constexpr int lanes = V8u::lanes;
+
+// Lines of whole vectors, with one more before column 0 and one behind the last.
+int64_t stride(int width) {
+  return (int64_t{width} + lanes - 1) / lanes * lanes + 2 * lanes;
 }
+// As many rows of the source as the ring is high, and as many of their widest pixels.
 int64_t bufferBytes(int width, int reach) {
-  return (2 * reach + 1) * stride(width, reach);
+  return 2 * (2 * reach + 1) * stride(width) + lanes - 1;
 }
 
 // The strong ones of eight positions as one bit for each.
@@ -58,68 +62,88 @@ ZEB_INLINE V8u marksOfEight(const Zeb8u* const* rows, int x, const Offset* ring,
   return marks;
 }
 
-// A vector of pixels of which those in `left` may lie on a line. Not inlined: the pixels of the ring that the caller
-// has compared would all be kept for it.
+// Clears in `out` those of a vector's pixels in `left` that lie on a line. Not inlined: it is rarely called.
 template <int reach>
-__attribute__((noinline)) void lookUp(const Zeb8u* const* rows, int x, Zeb8u tolerance, unsigned left, Zeb8u* kept) {
-  const V8u zero = splat(Zeb8u(0)), pixels = load(rows[reach] + x);
-  const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+__attribute__((noinline)) void clearLines(const Zeb8u* const* rows, int x, Zeb8u tolerance, unsigned left, Zeb8u* out) {
+  const V8u least = max(subSat(load(rows[reach] + x), splat(tolerance)), splat(Zeb8u(1)));
+  const V8u low = marksOfEight(rows, x, reach == 1 ? circles[0] : squareRing, reach, least);
+  const V8u high = reach == 1 ? low : marksOfEight(rows, x, squareRing + 8, reach, least);
   alignas(32) Zeb8u marks[2][V8u::lanes];
-  store(marks[0], marksOfEight(rows, x, reach == 1 ? circles[0] : squareRing, reach, least));
-  store(marks[1], reach == 1 ? zero : marksOfEight(rows, x, squareRing + 8, reach, least));
-  store(kept, pixels);
+  store(marks[0], low);
+  store(marks[1], high);
   for (; left != 0; left &= left - 1) {
     const int k = __builtin_ctz(left);
-    const bool line = reach == 1 ? nearLines.holds(marks[0][k])
-                                 : farLines.holds(marks[0][k] | static_cast<unsigned>(marks[1][k]) << 8);
-    kept[k] = line ? Zeb8u(0) : kept[k];
+    if (reach == 1 ? nearLines.holds(marks[0][k])
+                   : farLines.holds(marks[0][k] | static_cast<unsigned>(marks[1][k]) << 8))
+      out[x + k] = 0;
   }
 }
 
-// rows: those around the row from -reach to reach, at column 0, readable a vector further than the row. The largest
-// pixel of each ring tells at little cost whether any position is strong: in a thin map few pixels are left to look up,
-// and few branches to guess. src: the newest row of the source, behind which memory is read ahead.
+// The largest of 2 reach + 1 pixels of a row around each column.
 template <int reach>
-void suppressRow(const Zeb8u* const* rows, const Zeb8u* src, int n, Zeb8u tolerance, Zeb8u* out) {
-  constexpr const Offset* ring = reach == 1 ? circles[0] : squareRing;
-  for (int x = 0; x < n; x += V8u::lanes) {
-    const V8u zero = splat(Zeb8u(0)), pixels = load(rows[reach] + x);
-    const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+ZEB_INLINE V8u largestAround(const Zeb8u* row) {
+  V8u largest = load(row - reach);
+  for (int i = 1 - reach; i <= reach; ++i) largest = max(largest, load(row + i));
+  return largest;
+}
+
+ZEB_INLINE V8u secondLargest(V8u a, V8u b, V8u c, V8u d) {
+  return max(min(max(a, b), max(c, d)), max(min(a, b), min(c, d)));
+}
+
+// Both ends of a line never lie on one side of the ring's square. So the second largest of the largest pixels of its
+// four sides tells at little cost where two sides are strong: in a thin map few pixels are left to look up, and few
+// branches to guess. rows: those around the row from -reach to reach, at column 0. top, bottom: the largest of 2 reach
+// + 1 pixels of the first row and, to be made, of the last one. src: the newest row of the source, behind which memory
+// is read ahead.
+template <int reach>
+void suppressRow(const Zeb8u* const* rows, const Zeb8u* top, Zeb8u* bottom, const Zeb8u* src, int n, Zeb8u tolerance,
+                 Zeb8u* out) {
+  const auto column = [=](int x) {
+    V8u largest = load(rows[1] + x);
+    for (int i = 2; i < 2 * reach; ++i) largest = max(largest, load(rows[i] + x));
+    return largest;
+  };
+  const V8u zero = splat(Zeb8u(0));
+  V8u sides = column(0), before = halvesBetween(column(-lanes), sides);
+  for (int x = 0; x < n; x += lanes) {
     fetchAhead(src + x);
     fetchAhead(out + x);
-    V8u largest = zero;
-#pragma GCC unroll 16
-    for (int i = 0; i < 8 * reach; ++i) largest = max(largest, load(rows[ring[i].y + reach] + x + ring[i].x));
-    V8u kept = pixels;
-    // What is 0 or stands alone stays.
-    const unsigned left = topBits(andNot(equal(pixels, zero), equal(max(largest, least), largest)));
-    if (left != 0) {
-      alignas(32) Zeb8u values[V8u::lanes];
-      lookUp<reach>(rows, x, tolerance, left, values);
-      kept = load(values);
-    }
-    if (n - x >= V8u::lanes) {
-      store(out + x, kept);
+    const V8u below = largestAround<reach>(rows[2 * reach] + x);
+    store(bottom + x, below);
+    const V8u next = column(x + lanes), behind = halvesBetween(sides, next);
+    const V8u second =
+        secondLargest(load(top + x), below, fromByte<16 - reach>(before, sides), fromByte<reach>(sides, behind));
+    sides = next, before = behind;
+    const V8u pixels = load(rows[reach] + x);
+    const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
+    // What is 0, stands alone or has neighbours on one side only stays.
+    unsigned left = topBits(andNot(equal(pixels, zero), equal(max(second, least), second)));
+    if (n - x >= lanes) {
+      store(out + x, pixels);
     } else {
-      storeN(out + x, kept, n - x);
+      storeN(out + x, pixels, n - x);
+      left &= (1u << (n - x)) - 1;
     }
+    if (left != 0) clearLines<reach>(rows, x, tolerance, left, out);
   }
 }
 
 template <int reach>
 void suppress(const BorderedImage& source, Rows<Zeb8u> dst, ZebiSize size, Zeb8u tolerance, Scratch scratch) {
   const auto columns = source.columns(-reach, int64_t{size.width} + reach);
-  const RowRing<Zeb8u, 2 * reach + 1> ring(scratch, stride(size.width, reach));
+  const RowRing<Zeb8u, 2 * reach + 1> ring(scratch, stride(size.width), lanes), largest(scratch, stride(size.width));
   for (int y = -reach; y < size.height + reach; ++y) {
-    Zeb8u* const line = ring[y];
-    source.fetch<1>(y, columns, line);
-    // What vectors see behind the row decides nothing.
-    memset(line + (columns.to - columns.from), 0, static_cast<size_t>(V8u::lanes));
-    if (y < reach) continue;
+    source.fetch<1>(y, columns, ring[y] + lanes - reach);
+    if (y < reach) {
+      for (int x = 0; x < size.width; x += lanes) store(largest[y] + x, largestAround<reach>(ring[y] + lanes + x));
+      continue;
+    }
     const Zeb8u* rows[2 * reach + 1];
-    for (int i = 0; i <= 2 * reach; ++i) rows[i] = ring[y - 2 * reach + i] + reach;
-    suppressRow<reach>(rows, reinterpret_cast<const Zeb8u*>(source.row(y < size.height ? y : size.height - 1)),
-                       size.width, tolerance, dst[y - reach]);
+    for (int i = 0; i <= 2 * reach; ++i) rows[i] = ring[y - 2 * reach + i] + lanes;
+    suppressRow<reach>(rows, largest[y - 2 * reach], largest[y],
+                       reinterpret_cast<const Zeb8u*>(source.row(y < size.height ? y : size.height - 1)), size.width,
+                       tolerance, dst[y - reach]);
   }
 }
 
