@@ -156,12 +156,18 @@ ZEB_INLINE V32f loadWhere(const Zeb32f* p, V32s mask) {
   return {_mm256_maskload_ps(p, mask.v)};
 }
 
-// n pairs of floats taken apart, 0 <= n <= 8; the lanes behind them are 0.
-ZEB_INLINE void loadPairs(const Zeb32f* p, int n, V32f& first, V32f& second) {
-  const V32f a = loadN(p, 2 * n), b = n > 4 ? loadN(p + 8, 2 * n - 8) : V32f{_mm256_setzero_ps()};
+// Eight pairs of floats taken apart; from memory all or n of them, 0 <= n <= 8, the lanes behind those 0.
+ZEB_INLINE void splitPairs(V32f a, V32f b, V32f& first, V32f& second) {
   const __m256 low = _mm256_permute2f128_ps(a.v, b.v, 0x20), high = _mm256_permute2f128_ps(a.v, b.v, 0x31);
   first = {_mm256_shuffle_ps(low, high, 0x88)};
   second = {_mm256_shuffle_ps(low, high, 0xDD)};
+}
+ZEB_INLINE void loadPairs(const Zeb32f* p, V32f& first, V32f& second) {
+  splitPairs(load(p), load(p + 8), first, second);
+}
+ZEB_INLINE void loadPairs(const Zeb32f* p, int n, V32f& first, V32f& second) {
+  const V32f a = loadN(p, 2 * n), b = n > 4 ? loadN(p + 8, 2 * n - 8) : V32f{_mm256_setzero_ps()};
+  splitPairs(a, b, first, second);
 }
 
 // ---- Constants ----

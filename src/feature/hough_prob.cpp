@@ -6,6 +6,7 @@
 #include "core/narrow.h"
 #include "core/services.h"
 #include "core/state_id.h"
+#include "core/streaming.h"
 #include "feature/hough.h"
 
 // The record of tables: three words, a pair per angle, and the identifier. Its memory is the caller's, at any address.
@@ -96,45 +97,101 @@ class EdgeMask {
   int step_;
 };
 
-// Votes of single pixels over all angles. Cell r of angle k is counts[k x cells + r]. Runs under rounding toward zero,
-// which the sums and products see as well as the conversion.
+// Where the count of cell r of angle k stands. Neighbouring angles have a pixel in neighbouring cells, so four angles
+// share cache lines, eight cells of each in one line, where there is room; else one angle follows the other.
+struct Layout {
+  int angles;      // side by side
+  int64_t stride;  // counts for these
+  static constexpr int cells = 8;
+
+  static Layout sideBySide(int allCells) { return {4, (int64_t{allCells} + cells - 1) / cells * (4 * cells)}; }
+  static Layout plain(int allCells) { return {1, allCells}; }
+  int64_t counts(int allAngles) const { return stride * ((allAngles + angles - 1) / angles); }
+  // Of angle k: cell r stands at start(k) + r, side by side 3 (r rounded down to whole groups of cells) further.
+  int start(int k) const { return static_cast<int>(stride * (k / angles) + k % angles * cells); }
+};
+
+// Votes of single pixels over all angles. A count starts at -threshold, so that its sign tells whether it is strong.
+// Runs under rounding toward zero, which the sums and products see as well as the conversion.
 template <class T>
 class Votes {
  public:
-  Votes(Anywhere<T>* counts, const Settings& s) : counts_(counts), s_(s) {}
-
-  // Adds the votes of a pixel; the strongest of its cells, and that cell's angle, the smallest among equals.
-  __attribute__((noinline)) int add(int x, int y, int& angle) {
-    int best = INT32_MIN;
-    forEachCell(x, y, [&](Anywhere<T>& count, int k) {
-      const int votes = ++count;
-      if (votes > best) best = votes, angle = k;
-    });
-    return best;
+  Votes(Anywhere<T>* counts, const Layout& layout, const Settings& s) : counts_(counts), layout_(layout), s_(s) {
+    fillRun<T>(counts, layout.counts(s.angles), static_cast<T>(-s.threshold), false);
+    for (int i = 0; i < 8; ++i) starts_[i] = layout.start(i);
   }
-  __attribute__((noinline)) void remove(int x, int y) {
-    forEachCell(x, y, [](Anywhere<T>& count, int) { --count; });
+
+  // Adds the votes of a pixel. The angle of the strongest of its cells, the smallest among equals, or -1 where all are
+  // below the threshold.
+  int add(int x, int y) {
+    int best = -1, angle = -1;
+    forEachGroup(x, y, [&](const Zeb32s* place, int first, int n) {
+      if (!increment(counts_, place, place + n)) return;
+      for (int i = 0; i < n; ++i)
+        if (counts_[place[i]] > best) best = counts_[place[i]], angle = first + i;
+    });
+    return angle;
+  }
+  void remove(int x, int y) {
+    forEachGroup(x, y, [counts = counts_](const Zeb32s* place, int, int n) {
+#pragma GCC unroll 4
+      for (int i = 0; i < n; ++i) --counts[place[i]];
+    });
   }
 
  private:
+  static constexpr int group = 192;  // angles whose places are found before any of their cells is touched
+
   template <class F>
-  ZEB_INLINE void forEachCell(int x, int y, F touch) {
-    const V32f fx = splat(static_cast<Zeb32f>(x)), fy = splat(static_cast<Zeb32f>(y));
-    const V32s origin = splat((s_.cells - 1) / 2), last = splat(s_.cells - 1), zero = splat(0);
-    alignas(32) Zeb32s cell[8];
-    Anywhere<T>* row = counts_;
-    for (int k = 0; k < s_.angles; k += 8) {
-      const int n = s_.angles - k < 8 ? s_.angles - k : 8;
-      V32f c, s;
-      loadPairs(reinterpret_cast<const Zeb32f*>(s_.normals + k), n, c, s);
-      const V32s rho = truncateToInt(fx * c + fy * s) + origin;
-      store(cell, min(max(rho, zero), last));
-      for (int i = 0; i < n; ++i, row += s_.cells) touch(row[cell[i]], k + i);
+  ZEB_INLINE void forEachGroup(int x, int y, F touch) {
+    for (int k = 0; k < s_.angles; k += group) {
+      const int n = s_.angles - k < group ? s_.angles - k : group;
+      alignas(32) Zeb32s place[group];
+      places(x, y, k, n, place);
+      touch(place, k, n);
     }
   }
 
+  // Whether any is strong then. A function of its own, whose few values all stay in registers.
+  __attribute__((noinline)) static bool increment(Anywhere<T>* counts, const Zeb32s* place, const Zeb32s* end) {
+    bool strong = false;
+#pragma GCC unroll 4
+    for (; place != end; ++place) {
+      Anywhere<T>& count = counts[*place];
+      count = static_cast<T>(count + 1);
+      if (__builtin_expect(count >= 0, 0)) strong = true;
+    }
+    return strong;
+  }
+
+  __attribute__((noinline)) void places(int x, int y, int first, int n, Zeb32s* place) const {
+    const V32f fx = splat(static_cast<Zeb32f>(x)), fy = splat(static_cast<Zeb32f>(y));
+    const V32s origin = splat((s_.cells - 1) / 2), last = splat(s_.cells - 1), zero = splat(0);
+    const V32s wholes = splat(layout_.angles == 1 ? 0 : -Layout::cells);
+    const V32s eightAngles = splat(layout_.start(8));
+    V32s start = load(starts_) + splat(layout_.start(first));
+    const auto* normals = reinterpret_cast<const Zeb32f*>(s_.normals + first);
+    const auto eight = [&](int k, V32f c, V32f s) {
+      const V32s rho = truncateToInt(fx * c + fy * s) + origin, cell = min(max(rho, zero), last);
+      const V32s before = cell & wholes;
+      store(place + k, cell + before + before + before + start);
+      start = start + eightAngles;
+    };
+    V32f c, s;
+    int k = 0;
+    for (; k <= n - 8; k += 8) {
+      loadPairs(normals + 2 * k, c, s);
+      eight(k, c, s);
+    }
+    if (k == n) return;
+    loadPairs(normals + 2 * k, n - k, c, s);
+    eight(k, c, s);
+  }
+
   Anywhere<T>* counts_;
+  const Layout layout_;
   const Settings& s_;
+  alignas(32) Zeb32s starts_[8];
 };
 
 // Steps from a pixel along a line, one pixel of its longer extent at a time, the other coordinate in 16.16 fixed point.
@@ -190,19 +247,29 @@ ZebiPoint farthest(const EdgeMask& mask, const Settings& s, ZebiPoint from, Norm
 
 // Draws all pixels of the list, which shrinks by it, and stores the segments. Returns the status of the call.
 template <class T>
-ZebStatus findSegments(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count, Anywhere<T>* counts,
+ZebStatus findSegments(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count, Votes<T>& votes,
                        ZebiRect* out, int most, int* stored) {
-  Votes<T> votes(counts, s);
   Draw draw;
   *stored = 0;
-  while (count > 0) {
-    const unsigned drawn = draw.next(count);
-    const int pixel = list[drawn];
-    list[drawn] = list[--count];
-    const ZebiPoint p = {pixel % s.roi.width, pixel / s.roi.width};
+  // What is drawn next does not depend on what becomes of it: some are drawn ahead, so that no load waits for a
+  // division.
+  constexpr unsigned ahead = 16;
+  ZebiPoint points[ahead];
+  for (unsigned next = 0, drawn = 0;; ++next) {
+    if (next == drawn) {
+      if (count == 0) return zebStsOk;
+      drawn = count < ahead ? count : ahead, next = 0;
+      for (unsigned i = 0; i < drawn; ++i) {
+        const unsigned at = draw.next(count);
+        const int pixel = list[at];
+        list[at] = list[--count];
+        points[i] = {pixel % s.roi.width, pixel / s.roi.width};
+      }
+    }
+    const ZebiPoint p = points[next];
     if (!mask.has(p.x, p.y)) continue;
-    int angle = 0;
-    if (votes.add(p.x, p.y, angle) < s.threshold) continue;
+    const int angle = votes.add(p.x, p.y);
+    if (angle < 0) continue;
 
     const Normal normal = s.normals[angle];
     const ZebiPoint end[2] = {farthest(mask, s, p, normal, true), farthest(mask, s, p, normal, false)};
@@ -221,7 +288,6 @@ ZebStatus findSegments(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list
     if (*stored == most) return zebStsWarnLinesTruncated;
     out[(*stored)++] = {end[0].x, end[0].y, end[1].x, end[1].y};
   }
-  return zebStsOk;
 }
 
 // The most pixels that one cell can hold: columns or rows, whichever the line crosses steeply, times the rows or
@@ -250,11 +316,11 @@ unsigned collect(Rows<const Zeb8u> src, ZebiSize roi, EdgeMask& mask, Anywhere<Z
 }
 
 template <class T>
-ZebStatus run(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count, Zeb8u* counts, ZebiRect* out,
-              int most, int* stored) {
-  memset(counts, 0, static_cast<size_t>(s.cells) * s.angles * sizeof(T));
+ZebStatus run(const Settings& s, const Layout& layout, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count,
+              Zeb8u* counts, ZebiRect* out, int most, int* stored) {
+  Votes<T> votes(reinterpret_cast<Anywhere<T>*>(counts), layout, s);
   const RoundTowardZero mode;
-  return findSegments<T>(s, mask, list, count, reinterpret_cast<Anywhere<T>*>(counts), out, most, stored);
+  return findSegments<T>(s, mask, list, count, votes, out, most, stored);
 }
 
 }  // namespace
@@ -295,9 +361,6 @@ ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
   const int64_t cells = houghCells(roiSize, pSpec->deltaRho), angles = houghAngleSteps(pSpec->deltaTheta) + 1;
   const int64_t size = bufferSize(roiSize, cells, angles);
   if (size > INT32_MAX) return zebStsErrOverflow;
-  // A delta beyond the image leaves a single cell.
-  const Settings s = {roiSize,       threshold, lineLength, lineGap, static_cast<int>(angles), static_cast<int>(cells),
-                      normals(pSpec)};
   const int64_t maskBytes = maskStep(roiSize) * roiSize.height;
   Zeb8u* bits = pBuffer + (size - maskBytes);
   zebsZero_8u(bits, static_cast<int>(maskBytes));
@@ -306,8 +369,18 @@ ZEB_ENTRY(zebiHoughProbLine_8u32f_C1R)
   const unsigned count = collect(Rows(pSrc, srcStep), roiSize, mask, list);
   *pLineCount = 0;
   if (count == 0 || cells == 0) return zebStsOk;
-  constexpr int counts16 = 32767;  // below which counts of 16 bits hold all votes
-  if (count < counts16 || mostInCell(roiSize, pSpec->deltaRho) < counts16)
-    return run<Zeb16s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
-  return run<Zeb32s>(s, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
+  // A delta beyond the image leaves a single cell.
+  Settings s = {roiSize,       threshold, lineLength, lineGap, static_cast<int>(angles), static_cast<int>(cells),
+                normals(pSpec)};
+  const double inCell = mostInCell(roiSize, pSpec->deltaRho), mostVotes = count < inCell ? count : inCell;
+  if (threshold > mostVotes) s.threshold = static_cast<int>(mostVotes) + 1;
+  const Layout plain = Layout::plain(s.cells), side = Layout::sideBySide(s.cells);
+  if (mostVotes + s.threshold > INT16_MAX)
+    return run<Zeb32s>(s, plain, mask, list, count, pBuffer, pRect, maxLineCount, pLineCount);
+  // Half of the room for 32 bits is free.
+  constexpr int line = 64;
+  const bool room = side.counts(s.angles) * 2 + line <= cells * angles * 4;
+  return run<Zeb16s>(s, room ? side : plain, mask, list, count,
+                     pBuffer + (room ? -reinterpret_cast<uintptr_t>(pBuffer) % line : 0), pRect, maxLineCount,
+                     pLineCount);
 }
