@@ -149,7 +149,8 @@ TEST(HoughProbLine, CountsAndCells) {
   checkSegments(drawing(120, 70, 12, random), {0.5f, 0.05f}, 9, 10, 2, 50);
   // More pixels than 16 bits count: in cells that hold a part of them, and in one cell.
   checkSegments(Plane<Zeb8u>(200, 170, 1, 1), {1.0f, 0.017453292f}, 60, 30, 3, 300);
-  checkSegments(Plane<Zeb8u>(190, 180, 1, 1), {400.0f, 1.0f}, 60, 30, 3, 300);
+  for (const int threshold : {60, 33000})
+    checkSegments(Plane<Zeb8u>(190, 180, 1, 1), {400.0f, 1.0f}, threshold, 30, 3, 300);
   checkSegments(drawing(30, 20, 20, random), {1e30f, 1.0f}, 1, 0, 0, 3);  // no cell at all
 }
 
