@@ -100,30 +100,52 @@ int listPixels(Rows<const Zeb8u> src, ZebiSize roi, Zeb32s* out) {
   return count;
 }
 
+// The cells of an angle that pixels of the image vote for, both ends included, and whether some of those votes have to
+// be kept within the cells that there are.
+struct Cells {
+  int first, last;
+  bool clamped;
+};
+
 int clampCell(int64_t cell, int cells) {
   return static_cast<int>(cell < 0 ? 0 : cell >= cells ? cells - 1 : cell);
 }
 
-// One vote for each of the listed pixels; even and odd ones into different accumulators.
-void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& grid, Zeb32s* even, Zeb32s* odd) {
+Cells cellsOf(const Grid& grid, const Direction d) {
+  const int64_t x = (grid.roi.width - 1) * d.c, y = (grid.roi.height - 1) * d.s;
+  const auto cell = [&](int64_t rho) { return ((rho + one / 2) >> fractionBits) + grid.origin(); };
+  const int64_t first = cell((x < 0 ? x : 0) + (y < 0 ? y : 0)), last = cell((x > 0 ? x : 0) + (y > 0 ? y : 0));
+  return {clampCell(first, grid.cells), clampCell(last, grid.cells), first < 0 || last >= grid.cells};
+}
+
+// Adds one to each of `n` counts. A function of its own: the compiler would take the places out of vectors one by one.
+__attribute__((noinline)) void increment(Zeb32s* counts, const Zeb32s* place, int n) {
+#pragma GCC unroll 8
+  for (int i = 0; i < n; ++i) ++counts[place[i]];
+}
+
+// One vote for each of the listed pixels; even and odd ones into different accumulators, `apart` counts from each
+// other.
+template <bool clamped>
+void voteListed(const Zeb32s* pixels, int count, const Direction d, const Grid& grid, Zeb32s* row, int apart) {
+  constexpr int most = 256;  // places that are found before any of their counts is touched
   const V16s factors = as<Zeb16s>(splat(static_cast<int>((d.s << 16) | (d.c & 0xFFFF))));
-  const V32s half = splat(one / 2), origin = splat(grid.origin()), last = splat(grid.cells - 1), zero = splat(0);
-  alignas(32) Zeb32s cell[8];
-  const auto cells = [&](V32s words) {
-    const V32s r = shiftRight<fractionBits>(dotPairs(as<Zeb16s>(words), factors) + half) + origin;
-    return min(max(r, zero), last);
+  const V32s half = splat(one / 2), last = splat(grid.cells - 1), zero = splat(0);
+  const V32s origin = splat(grid.origin()),
+             odd = as<Zeb32s>(splat(static_cast<uint64_t>(static_cast<uint32_t>(apart)) << 32));
+  const V32s start = clamped ? origin : origin + odd;
+  alignas(32) Zeb32s place[most];
+  const auto places = [&](V32s words) {
+    const V32s r = shiftRight<fractionBits>(dotPairs(as<Zeb16s>(words), factors) + half) + start;
+    return clamped ? min(max(r, zero), last) + odd : r;
   };
-  int i = 0;
-  for (; i <= count - 8; i += 8) {
-    store(cell, cells(load(pixels + i)));
-    for (int k = 0; k < 8; k += 2) {
-      ++even[cell[k]];
-      ++odd[cell[k + 1]];
-    }
+  for (int i = 0; i < count; i += most) {
+    const int n = count - i < most ? count - i : most;
+    int k = 0;
+    for (; k <= n - 8; k += 8) store(place + k, places(load(pixels + i + k)));
+    if (k < n) store(place + k, places(loadN(pixels + i + k, n - k)));
+    increment(row, place, n);
   }
-  if (i == count) return;
-  store(cell, cells(loadN(pixels + i, count - i)));
-  for (int k = 0; k < count - i; ++k) ++even[cell[k]];
 }
 
 // The same straight from the image, for coordinates or factors beyond 16 bits.
@@ -163,15 +185,15 @@ struct Strongest {
   }
 };
 
-void searchRow(const Zeb32s* previous, const Zeb32s* row, const Zeb32s* next, int cells, int angle, int threshold,
+void searchRow(const Zeb32s* previous, const Zeb32s* row, const Zeb32s* next, Cells cells, int angle, int threshold,
                Strongest& strongest) {
   const V32s bound = splat(threshold);
-  for (int r = 0; r < cells; r += 8) {
+  for (int r = cells.first; r <= cells.last; r += 8) {
     // Eight zero cells lie behind the last one.
     const V32s a = load(row + r);
     const V32s strong = greater(a, bound);
     if (!anyBit(strong)) continue;
-    const int n = cells - r < 8 ? cells - r : 8;
+    const int n = cells.last + 1 - r < 8 ? cells.last + 1 - r : 8;
     const V32s larger = greater(a, load(row + r - 1)) & greater(a, loadN(previous + r, n));
     const V32s smaller = greater(load(row + r + 1), a) | greater(loadN(next + r, n), a);
     for (unsigned found = topBits(andNot(smaller, strong & larger)); found; found &= found - 1) {
@@ -188,23 +210,27 @@ struct Window {
   int firstCell, lastCell, firstAngle, lastAngle;
 };
 
-void accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int listed,
-                int angle, const Direction d, Zeb32s* row) {
+// Counts the votes of one angle; which cells have any.
+Cells accumulate(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, const Window& window, int listed,
+                 int angle, const Direction d, Zeb32s* row) {
   zebsZero_32s(row, grid.cells);
-  if (angle < window.firstAngle || angle > window.lastAngle) return;
+  if (angle < window.firstAngle || angle > window.lastAngle) return {0, -1, false};
+  const Cells cells = cellsOf(grid, d);
   if (listed >= 0) {
-    voteListed(work.pixels, listed, d, grid, row, work.second);
-    int r = 0;
-    for (; r <= grid.cells - 8; r += 8) {
+    (cells.clamped ? voteListed<true> : voteListed<false>)(work.pixels, listed, d, grid, row,
+                                                           static_cast<int>(work.second - row));
+    int r = cells.first;
+    for (; r <= cells.last - 7; r += 8) {
       store(row + r, load(row + r) + load(work.second + r));
       store(work.second + r, splat(0));
     }
-    for (; r < grid.cells; ++r) row[r] += work.second[r], work.second[r] = 0;
+    for (; r <= cells.last; ++r) row[r] += work.second[r], work.second[r] = 0;
   } else {
     voteImage(src, d, grid, row);
   }
   zebsZero_32s(row, window.firstCell);
   if (window.lastCell < grid.cells - 1) zebsZero_32s(row + window.lastCell + 1, grid.cells - 1 - window.lastCell);
+  return cells;
 }
 
 bool fits16(const Grid& grid) {
@@ -220,13 +246,14 @@ int transform(Rows<const Zeb8u> src, const Grid& grid, const Workspace& work, co
   const int listed = fits16(grid) ? listPixels(src, grid.roi, work.pixels) : -1;
   Strongest strongest{work.lines, maxLineCount};
   Zeb32s *previous = work.row[0], *row = work.row[1], *next = work.row[2];
-  accumulate(src, grid, work, window, listed, 0, directions.next(), row);
+  Cells cells = accumulate(src, grid, work, window, listed, 0, directions.next(), row);
   for (int k = 0; k < grid.angles; ++k) {
+    const Cells searched = cells;
     if (k + 1 < grid.angles)
-      accumulate(src, grid, work, window, listed, k + 1, directions.next(), next);
+      cells = accumulate(src, grid, work, window, listed, k + 1, directions.next(), next);
     else
       zebsZero_32s(next, grid.cells);
-    searchRow(previous, row, next, grid.cells, k, threshold, strongest);
+    searchRow(previous, row, next, searched, k, threshold, strongest);
     Zeb32s* oldest = previous;
     previous = row, row = next, next = oldest;
   }
