@@ -16,6 +16,7 @@ const char usage[] =
     "  --in-turn            for that: measures the next case whenever a line comes in\n"
     "  --fail-losses        with --against: status 1 when a row is marked\n"
     "  --json FILE          also write the results as JSON\n"
+    "  --draw FILE          only prints a picture (SVG) of the times in such a file\n"
     "  --size WxH           this size only (the targets hold for 1920x1080)\n"
     "  --seconds S          time for each case and size (0.3)\n"
     "  --sizes              also the cost per pixel from 64x64 to 3840x2160 of the cases that have a target\n"
@@ -61,6 +62,8 @@ Options parse(int count, char** words) {
       options.filters.push_back(value());
     } else if (word == "--json") {
       options.json = value();
+    } else if (word == "--draw") {
+      options.draw = value();
     } else if (word == "--photo") {
       options.photo = value();
     } else if (word == "--library") {

@@ -12,6 +12,7 @@ namespace bench {
 struct Options {
   std::vector<std::string> filters;
   std::string json;
+  std::string draw;  // a file of times to draw; none if empty
   std::string photo;
   std::string library;  // the build that is measured
   std::string against;  // the build that it is compared with; none if empty

@@ -58,6 +58,8 @@ bool runTable(Bench& bench);
 bool runAgainst(Bench& bench);
 // The times of all cases beside those of the other width's program. False when a result is wrong.
 bool runWidths(Bench& bench);
+// Prints the bars of a file of times, an SVG picture. Throws std::runtime_error where it holds none.
+void drawTimes(const std::string& path);
 // What that program does: a cell's time for every line that it is sent.
 void answerInTurn(Bench& bench);
 
