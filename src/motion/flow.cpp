@@ -15,6 +15,7 @@
 #include "core/image.h"
 #include "core/loops.h"
 #include "core/memory.h"
+#include "core/reduce.h"
 #include "core/sample.h"
 #include "core/scratch.h"
 
@@ -266,43 +267,51 @@ class Cell {
       column_ = second.x.first, row_ = second.y.first;
       onWholePixels(level, second, w, [&](auto whole) { take(whole, w); });
     }
-    const auto fx = static_cast<double>(second.x.fraction), fy = static_cast<double>(second.y.fraction);
-    const Zeb64f weights[4] = {(1 - fx) * (1 - fy), fx * (1 - fy), (1 - fx) * fy, fx * fy};
+    const V64f across = fma(splat(static_cast<double>(second.x.fraction)), right_ - left_, left_);
+    Zeb64f b[4];
+    store(b, across);
+    const auto fy = static_cast<double>(second.y.fraction);
     Difference sum;
-    for (int k = 0; k < 4; ++k) sum.x += weights[k] * x_[k], sum.y += weights[k] * y_[k];
+    sum.x = b[0] + fy * (b[2] - b[0]);
+    sum.y = b[1] + fy * (b[3] - b[1]);
     return sum;
   }
 
  private:
-  // A lane adds one product per row in single precision; lanes are added in double precision.
   template <class T>
   void take(Rows<const T> whole, const Windows& w) {
-    for (int k = 0; k < 4; ++k) x_[k] = y_[k] = 0;
+    left_ = right_ = splat(0.0);
     for (int c = 0; c < w.size; c += 8) {
-      const V32f mask = lanesOf({0, w.size}, c);
-      for (int right = 0; right < 2; ++right) {
-        V32f x[2] = {splat(0.0f), splat(0.0f)}, y[2] = {x[0], x[0]};
-        V32f above = loadAsFloat(whole[0] + c + right);
-        for (int r = 0; r < w.size; ++r) {
-          const int at = r * w.stride + c;
-          const V32f below = loadAsFloat(whole[r + 1] + c + right), first = load(w.first + at);
-          const V32f gx = load(w.gradientX + at), gy = load(w.gradientY + at);
-          const V32f upper = first - above, lower = first - below;
-          x[0] = fma(upper, gx, x[0]), y[0] = fma(upper, gy, y[0]);
-          x[1] = fma(lower, gx, x[1]), y[1] = fma(lower, gy, y[1]);
-          above = below;
-        }
-        for (int down = 0; down < 2; ++down) {
-          // A lane outside the mask may hold anything.
-          x_[2 * down + right] += sumOfLanes(x[down] & mask);
-          y_[2 * down + right] += sumOfLanes(y[down] & mask);
-        }
-      }
+      left_ = left_ + columnsOf(whole, c, c, w);
+      right_ = right_ + columnsOf(whole, c + 1, c, w);
     }
   }
 
+  // b of some columns at two whole pixels, one above the other. A lane adds one product per row in single precision;
+  // lanes are added in double precision.
+  template <class T>
+  static V64f columnsOf(Rows<const T> whole, int column, int c, const Windows& w) {
+    V32f upperX = splat(0.0f), upperY = upperX, lowerX = upperX, lowerY = upperX;
+    V32f above = loadAsFloat(whole[0] + column);
+    const Zeb32f *first = w.first + c, *gx = w.gradientX + c, *gy = w.gradientY + c;
+    for (int r = 1; r <= w.size; ++r, first += w.stride, gx += w.stride, gy += w.stride) {
+      const V32f value = load(first), below = loadAsFloat(whole[r] + column);
+      const V32f upper = value - above, lower = value - below;
+      upperX = fma(upper, load(gx), upperX), upperY = fma(upper, load(gy), upperY);
+      lowerX = fma(lower, load(gx), lowerX), lowerY = fma(lower, load(gy), lowerY);
+      above = below;
+    }
+    const V32f mask = lanesOf({0, w.size}, c);  // a lane outside may hold anything
+    const auto pairs = [&](V32f a) ZEB_BODY {
+      a = a & mask;
+      return widenLow(a) + widenHigh(a);
+    };
+    return sumsOfLanes(pairs(upperX), pairs(upperY), pairs(lowerX), pairs(lowerY));
+  }
+
   int column_ = INT_MIN, row_ = INT_MIN;
-  Zeb64f x_[4], y_[4];  // at the four whole pixels, row by row
+  // b at the two whole pixels at the left and at the right: x and y of the upper one, x and y of the lower one.
+  V64f left_ = splat(0.0), right_ = left_;
 };
 
 // Gradients whose matrix has a smaller determinant point nowhere.
