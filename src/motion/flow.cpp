@@ -18,6 +18,7 @@
 #include "core/reduce.h"
 #include "core/sample.h"
 #include "core/scratch.h"
+#include "core/shuffle.h"
 
 namespace {
 
@@ -188,7 +189,7 @@ Matrix matrixOf(const Windows& w, const Frame& frame) {
     for (int r = frame.y.inside.from; r < frame.y.inside.to; ++r) {
       const V32f ix = load(w.gradientX + r * w.stride + c) & mask, iy = load(w.gradientY + r * w.stride + c) & mask;
       add(0, widenLow(ix), widenLow(iy));
-      add(1, widenHigh(ix), widenHigh(iy));
+      if (w.size - c > 4) add(1, widenHigh(ix), widenHigh(iy));
     }
   }
   return {sumOfLanes(xx[0] + xx[1]), sumOfLanes(xy[0] + xy[1]), sumOfLanes(yy[0] + yy[1])};
@@ -281,32 +282,53 @@ class Cell {
   template <class T>
   void take(Rows<const T> whole, const Windows& w) {
     left_ = right_ = splat(0.0);
-    for (int c = 0; c < w.size; c += 8) {
-      left_ = left_ + columnsOf(whole, c, c, w);
-      right_ = right_ + columnsOf(whole, c + 1, c, w);
+    int c = 0;
+    for (; w.size - c > 4; c += 8) {
+      for (int right = 0; right < 2; ++right) {
+        const auto pixels = [&](int r) ZEB_BODY { return loadAsFloat(whole[r] + c + right); };
+        const Sums s = sums(
+            pixels, [](const Zeb32f* p) ZEB_BODY { return load(p); }, c, w);
+        (right ? right_ : left_) =
+            (right ? right_ : left_) + added(s, [](V32f a) ZEB_BODY { return widenLow(a) + widenHigh(a); });
+      }
     }
+    if (c >= w.size) return;
+    // Up to four columns: both whole pixels at once.
+    const auto pixels = [&](int r) ZEB_BODY { return loadHalvesAsFloat(whole[r] + c, whole[r] + c + 1); };
+    const Sums s = sums(
+        pixels, [](const Zeb32f* p) ZEB_BODY { return loadHalves(p, p); }, c, w);
+    left_ = left_ + added(s, [](V32f a) ZEB_BODY { return widenLow(a); });
+    right_ = right_ + added(s, [](V32f a) ZEB_BODY { return widenHigh(a); });
   }
 
-  // b of some columns at two whole pixels, one above the other. A lane adds one product per row in single precision;
-  // lanes are added in double precision.
-  template <class T>
-  static V64f columnsOf(Rows<const T> whole, int column, int c, const Windows& w) {
-    V32f upperX = splat(0.0f), upperY = upperX, lowerX = upperX, lowerY = upperX;
-    V32f above = loadAsFloat(whole[0] + column);
+  // b of some columns at two whole pixels, one above the other, in the lanes of the columns.
+  struct Sums {
+    V32f upperX, upperY, lowerX, lowerY;
+  };
+
+  // pixels(r) yields those of the second image, own(p) what belongs to the window. A lane adds one product per row in
+  // single precision; lanes are added in double precision.
+  template <class Pixels, class Own>
+  static ZEB_INLINE Sums sums(Pixels pixels, Own own, int c, const Windows& w) {
+    const V32f zero = splat(0.0f);
+    Sums s = {zero, zero, zero, zero};
+    V32f above = pixels(0);
     const Zeb32f *first = w.first + c, *gx = w.gradientX + c, *gy = w.gradientY + c;
     for (int r = 1; r <= w.size; ++r, first += w.stride, gx += w.stride, gy += w.stride) {
-      const V32f value = load(first), below = loadAsFloat(whole[r] + column);
+      const V32f value = own(first), below = pixels(r);
       const V32f upper = value - above, lower = value - below;
-      upperX = fma(upper, load(gx), upperX), upperY = fma(upper, load(gy), upperY);
-      lowerX = fma(lower, load(gx), lowerX), lowerY = fma(lower, load(gy), lowerY);
+      s.upperX = fma(upper, own(gx), s.upperX), s.upperY = fma(upper, own(gy), s.upperY);
+      s.lowerX = fma(lower, own(gx), s.lowerX), s.lowerY = fma(lower, own(gy), s.lowerY);
       above = below;
     }
-    const V32f mask = lanesOf({0, w.size}, c);  // a lane outside may hold anything
-    const auto pairs = [&](V32f a) ZEB_BODY {
-      a = a & mask;
-      return widenLow(a) + widenHigh(a);
-    };
-    return sumsOfLanes(pairs(upperX), pairs(upperY), pairs(lowerX), pairs(lowerY));
+    Zeb32f columns[8];
+    store(columns, lanesOf({0, w.size}, c));
+    const V32f mask = own(columns);
+    return {s.upperX & mask, s.upperY & mask, s.lowerX & mask, s.lowerY & mask};  // others may hold anything
+  }
+  template <class Wide>
+  static ZEB_INLINE V64f added(const Sums& s, Wide wide) {
+    return sumsOfLanes(wide(s.upperX), wide(s.upperY), wide(s.lowerX), wide(s.lowerY));
   }
 
   int column_ = INT_MIN, row_ = INT_MIN;
