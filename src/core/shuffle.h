@@ -10,16 +10,46 @@ ZEB_INLINE V32f loadHalves(const Zeb32f* low, const Zeb32f* high) {
   return {_mm256_loadu2_m128(high, low)};
 }
 
+// The same from pixels of any type.
+ZEB_INLINE V32f loadHalvesAsFloat(const Zeb8u* low, const Zeb8u* high) {
+  int l, h;
+  memcpy(&l, low, sizeof(l));
+  memcpy(&h, high, sizeof(h));
+  return {_mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_insert_epi32(_mm_cvtsi32_si128(l), h, 1)))};
+}
+ZEB_INLINE V32f loadHalvesAsFloat(const Zeb16u* low, const Zeb16u* high) {
+  const __m128i l = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(low));
+  const __m128i h = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high));
+  return {_mm256_cvtepi32_ps(_mm256_cvtepu16_epi32(_mm_unpacklo_epi64(l, h)))};
+}
+ZEB_INLINE V32f loadHalvesAsFloat(const Zeb32f* low, const Zeb32f* high) {
+  return loadHalves(low, high);
+}
+
+// Sixteen bytes from one place as the low half, sixteen from another as the high half.
+ZEB_INLINE V8u loadHalves(const Zeb8u* low, const Zeb8u* high) {
+  return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(high), reinterpret_cast<const __m128i*>(low))};
+}
+
 ZEB_INLINE void storeHalves(Zeb32f* low, Zeb32f* high, V32f a) {
   _mm_storeu_ps(low, _mm256_castps256_ps128(a.v));
   _mm_storeu_ps(high, _mm256_extractf128_ps(a.v, 1));
 }
 
+// Byte k takes the one that index[k], 0 to 15, tells of its half of the register; 0 where the top bit of the index is
+// set.
+ZEB_INLINE V8u bytesAt(V8u a, V8u index) {
+  return {_mm256_shuffle_epi8(a.v, index.v)};
+}
+
+// Lane k takes lane index[k] modulo 8.
+ZEB_INLINE V32f lanesAt(V32f a, V32s index) {
+  return {_mm256_permutevar8x32_ps(a.v, index.v)};
+}
+
 // Lane k takes element index[k], 0 to 15, of the sixteen at p.
 ZEB_INLINE V32f pickOfSixteen(const Zeb32f* p, V32s index) {
-  const V32f low = {_mm256_permutevar8x32_ps(load(p).v, index.v)};
-  const V32f high = {_mm256_permutevar8x32_ps(load(p + 8).v, index.v)};
-  return select(greater(index, splat(7)), high, low);
+  return select(greater(index, splat(7)), lanesAt(load(p + 8), index), lanesAt(load(p), index));
 }
 
 // Lane k takes p[index[k]].

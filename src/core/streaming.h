@@ -27,8 +27,9 @@ inline bool streamsImage(int64_t amount, int64_t threshold, int cacheDivisor) {
 // a request is dropped, whatever the address. Where rows follow each other without a gap it is the next row's.
 constexpr int fetchDistance = 4096;  // the best of 2048, 4096, 6144 and 8192
 template <class T>
-ZEB_INLINE void fetchAhead(const T* p) {
-  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + fetchDistance), _MM_HINT_T0);
+ZEB_INLINE void fetchAhead(const T* p, ptrdiff_t bytes = fetchDistance) {
+  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(bytes)),
+               _MM_HINT_T0);
 }
 // The same at element i of a row of n, unless the row is so short that only its neighbours would be read.
 template <class T>

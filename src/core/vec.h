@@ -533,5 +533,12 @@ template <class T>
 ZEB_INLINE void settle(Vec<T>& a) {
   asm("" : "+x"(a.v));
 }
+// The same place, of which nothing is known: keeps a compiler from putting what it reads there together from what it
+// stored there.
+template <class T>
+ZEB_INLINE T* anew(T* p) {
+  asm("" : "+r"(p));
+  return p;
+}
 
 }  // namespace zeb

@@ -76,11 +76,13 @@ constexpr int borderSource(int base, int p, int n) {
     }
     case zebBorderMirror: {  // period 2(n - 1): 0 1 .. n-1 n-2 .. 1
       if (n == 1) return 0;
+      if (p < 0 ? p > -n : p - n < n - 1) return p < 0 ? -p : n - 2 - (p - n);  // the usual first reflection
       const int64_t period = 2 * (static_cast<int64_t>(n) - 1);
       const int64_t r = p < 0 ? -static_cast<int64_t>(p) % period : p % period;
       return static_cast<int>(r < n ? r : period - r);
     }
     case zebBorderMirrorR: {  // period 2n: 0 1 .. n-1 n-1 .. 1 0; p and -1-p are the same pixel
+      if (p < 0 ? p >= -n : p - n < n) return p < 0 ? -1 - p : n - 1 - (p - n);
       const int64_t period = 2 * static_cast<int64_t>(n);
       const int64_t r = (p < 0 ? -1 - static_cast<int64_t>(p) : p) % period;
       return static_cast<int>(r < n ? r : period - 1 - r);

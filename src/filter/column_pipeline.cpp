@@ -89,7 +89,7 @@ void filterColumnsUnsigned(const Zeb16u** src, Rows<Zeb16u> dst, int height, int
 
 void filterColumnsFloat(const Zeb32f** src, Rows<Zeb32f> dst, int height, int elements, const Zeb32f* kernel,
                         int kernelSize) {
-  for (int y = 0; y < height; ++y) correlateColumns(src + y, kernel, kernelSize, dst[y], elements);
+  correlateColumns(src, kernel, kernelSize, dst, height, elements);
 }
 
 // Everything up to the divisor. The scratch buffer is looked at this late on purpose.

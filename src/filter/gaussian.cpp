@@ -220,9 +220,9 @@ void smooth(const Job<S, channels>& job, const State* state) {
   for (int y = 0; y < roi.height; ++y) {
     const Zeb32f* const* rows = results.rows(int64_t{y} - reach, k, make);
     if constexpr (std::is_same_v<S, Zeb32f>) {
-      correlateColumns(rows, taps, k, job.dst[y], n);
+      correlateColumns(rows, taps, k, job.dst.from(0, y), 1, n);
     } else {
-      correlateColumns(rows, taps, k, line, n);
+      correlateColumns(rows, taps, k, Rows(line, 0), 1, n);
       narrow(line, n, job.dst[y]);
     }
   }

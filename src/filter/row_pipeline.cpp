@@ -8,6 +8,7 @@
 #include "core/image.h"
 #include "core/scratch.h"
 #include "filter/border.h"
+#include "filter/byte_ends.h"
 #include "filter/byte_sums.h"
 #include "filter/float_runs.h"
 #include "filter/pipeline.h"
@@ -185,12 +186,60 @@ struct MovingByteSums {
   }
 };
 
-template <int taps, int channels, WordScaling scaling>
-auto signedByteSums(const Zeb16s* kernel, int kernelSize, int divisor) {
-  using Bytes = ByteSums<taps, channels, scaling>;
-  using Rest = decltype(signedSums<taps, channels, Zeb8u>(kernel, kernelSize, Reciprocal<false>(divisor)));
-  return MovingByteSums<Bytes, Rest>{{{}, {kernel, kernelSize}, WordScale<scaling>(divisor)},
-                                     signedSums<taps, channels, Zeb8u>(kernel, kernelSize, Reciprocal<false>(divisor))};
+// The same with both ends of a row at once, where that is long enough. Of the outputs of the ends those that lie inside
+// are written over.
+template <int channels, class ByteSums, class Rest>
+void filterLongByteRows(const Job<Zeb8u, channels, Zeb16s, Zeb16s>& job, ByteSums bytes, Rest rest) {
+  using Ends = ByteEnds<channels>;
+  const int reach = (job.kernelSize - 1) * channels, before = job.anchor * channels, n = job.roi.width * channels;
+  const Ends ends(job.border, job.value, n, before, reach - before);
+  // The ends of the next row are stored before those of this one are read, which need not wait then.
+  constexpr int bytesOfEnds = 4 * Ends::outputs;
+  Scratch scratch = job.scratch;
+  Zeb8u* const room = scratch.take<Zeb8u>(2 * bytesOfEnds, 2 * Ends::outputs);
+  const auto fill = [&](int y) {
+    Zeb8u* const left = room + y % 2 * bytesOfEnds;
+    ends.fill(job.src[y], left, left + 2 * Ends::outputs);
+  };
+  fill(0);
+  const auto end = [&](const Zeb8u* p, Zeb16s* out) {
+    rest.source.first = anew(p);
+    storeSat(out, rest.template block<Rounding::truncate>(0));
+  };
+  for (int y = 0; y < job.roi.height; ++y) {
+    const Zeb8u* const row = job.src[y];
+    Zeb16s* const out = job.dst[y];
+    if (y + 1 < job.roi.height) fill(y + 1);
+    const Zeb8u* const left = room + y % 2 * bytesOfEnds;
+    end(left, out);
+    end(left + 2 * Ends::outputs, out + n - Ends::outputs);
+    bytes.source.first = row;
+    bytes.run(out + before, n - reach);
+  }
+}
+
+// Says no, and does nothing, where short rows call for the other sums.
+template <WordScaling scaling, int taps, int channels, class Rest>
+bool filterByteRows(const Job<Zeb8u, channels, Zeb16s, Zeb16s>& job, const Rest& rest, int divisor) {
+  const ByteSums<taps, channels, scaling> bytes = {{}, {job.kernel, job.kernelSize}, WordScale<scaling>(divisor)};
+  if constexpr (taps == 0) {
+    filterRows(job, MovingByteSums<ByteSums<taps, channels, scaling>, Rest>{bytes, rest});
+  } else {
+    if (job.roi.width < byteBlock + taps) return false;
+    filterLongByteRows(job, bytes, rest.sums);
+  }
+  return true;
+}
+template <int taps, int channels, class Rest>
+bool filterByteRows(const Job<Zeb8u, channels, Zeb16s, Zeb16s>& job, const Rest& rest, int divisor) {
+  switch (wordScaling(divisor)) {
+    case WordScaling::none:
+      return filterByteRows<WordScaling::none, taps>(job, rest, divisor);
+    case WordScaling::powerOfTwo:
+      return filterByteRows<WordScaling::powerOfTwo, taps>(job, rest, divisor);
+    default:
+      return filterByteRows<WordScaling::general, taps>(job, rest, divisor);
+  }
 }
 
 template <int channels, class S>
@@ -201,19 +250,11 @@ void filterRowsSigned(const Job<S, channels, Zeb16s, Zeb16s>& job, int divisor) 
     return filterRows(job, signedSums<0, channels, S>(kernel, count, Reciprocal<true>(divisor)));
   withTaps<3, 5>(count, [&](auto number) {
     constexpr int taps = decltype(number)::value;
+    const auto sums = signedSums<taps, channels, S>(kernel, count, Reciprocal<false>(divisor));
     if constexpr (sizeof(S) == 1) {
-      if (fitsByteSums(kernel, count)) {
-        switch (wordScaling(divisor)) {
-          case WordScaling::none:
-            return filterRows(job, signedByteSums<taps, channels, WordScaling::none>(kernel, count, divisor));
-          case WordScaling::powerOfTwo:
-            return filterRows(job, signedByteSums<taps, channels, WordScaling::powerOfTwo>(kernel, count, divisor));
-          case WordScaling::general:
-            return filterRows(job, signedByteSums<taps, channels, WordScaling::general>(kernel, count, divisor));
-        }
-      }
+      if (fitsByteSums(kernel, count) && filterByteRows<taps>(job, sums, divisor)) return;
     }
-    filterRows(job, signedSums<taps, channels, S>(kernel, count, Reciprocal<false>(divisor)));
+    filterRows(job, sums);
   });
 }
 
@@ -233,6 +274,10 @@ void filterRowsUnsigned(const Job<Zeb16u, channels, Zeb16u, Zeb16u>& job, int di
 
 template <int channels>
 void filterRowsFloat(const Job<Zeb32f, channels, Zeb32f, Zeb32f>& job, int) {
+  if (channels == 1 &&
+      correlateRows({job.src, job.dst, job.roi, job.anchor, job.border, job.border == zebBorderConst ? *job.value : 0},
+                    job.kernel, job.kernelSize))
+    return;
   const auto run = [kernel = job.kernel, count = job.kernelSize](const Zeb32f* p, Zeb32f* out, int n, Part) {
     correlateRow<channels>(p, kernel, count, out, n);
   };

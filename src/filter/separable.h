@@ -300,73 +300,13 @@ inline void filterRun(const Sums& sums, D* dst, int n) {
   copyFew(dst + i, last + (i - from), (n - i) * static_cast<int>(sizeof(D)));
 }
 
-// ---- Runs of float results ----
-
-// Taps of a float kernel, in every lane.
-template <int taps>
-class FloatTaps {
- public:
-  FloatTaps(const Zeb32f* kernel, int) {
-    for (int j = 0; j < taps; ++j) taps_[j] = splat(kernel[j]);
-  }
-  constexpr int count() const { return taps; }
-  V32f operator[](int j) const { return taps_[j]; }
-
- private:
-  V32f taps_[taps];
-};
-template <>
-class FloatTaps<0> {
- public:
-  FloatTaps(const Zeb32f* kernel, int count) : kernel_(kernel), count_(count) {}
-  int count() const { return count_; }
-  V32f operator[](int j) const { return splat(kernel_[j]); }
-
- private:
-  const Zeb32f* kernel_;
-  int count_;
-};
+// ---- Few taps ----
 
 // run(taps) with the number of taps as a constant where it is one of those whose loop is worth unrolling, else with 0.
 template <int... unrolled, class Run>
 inline void withTaps(int count, const Run& run) {
   const bool done = ((count == unrolled && (run(std::integral_constant<int, unrolled>()), true)) || ...);
   if (!done) run(std::integral_constant<int, 0>());
-}
-
-// The product of the first tap, then one fused step for each further tap; or, from the middle of three taps: the
-// product of the second, then the first, then the third.
-template <int taps, bool fromMiddle, class Source>
-inline void filterRunFloat(const Source& source, const Zeb32f* kernelTaps, int count, Zeb32f* dst, int n) {
-  constexpr int lanes = V32f::lanes;
-  constexpr int vectors = taps == 0 ? 4 : 2;
-  const FloatTaps<taps> kernel(kernelTaps, count);
-  const auto sum = [&](auto read) {
-    if constexpr (fromMiddle) {
-      return fma(kernel[2], read(2), fma(kernel[0], read(0), kernel[1] * read(1)));
-    } else {
-      V32f acc = kernel[0] * read(0);
-      for (int j = 1; j < kernel.count(); ++j) acc = fma(kernel[j], read(j), acc);
-      return acc;
-    }
-  };
-  int i = 0;
-  if constexpr (!fromMiddle) {
-    for (; i <= n - vectors * lanes; i += vectors * lanes) {
-      fetchAhead(source.tap(0) + i);
-      fetchAhead(dst + i);
-      V32f acc[vectors];
-      for (int v = 0; v < vectors; ++v) acc[v] = kernel[0] * load(source.tap(0) + i + v * lanes);
-      for (int j = 1; j < kernel.count(); ++j) {
-        const V32f tap = kernel[j];
-        const Zeb32f* p = source.tap(j) + i;
-        for (int v = 0; v < vectors; ++v) acc[v] = fma(tap, load(p + v * lanes), acc[v]);
-      }
-      for (int v = 0; v < vectors; ++v) store(dst + i + v * lanes, acc[v]);
-    }
-  }
-  for (; i <= n - lanes; i += lanes) store(dst + i, sum([&](int j) { return load(source.tap(j) + i); }));
-  if (i < n) storeN(dst + i, sum([&](int j) { return loadN(source.tap(j) + i, n - i); }), n - i);
 }
 
 }  // namespace zeb

@@ -6,16 +6,19 @@
 // Method: B. Lucas, T. Kanade, 1981; over pyramids: J.-Y. Bouguet, 1999. Derivatives: H. Scharr, 2000.
 #include "motion/flow.h"
 
+#include <limits.h>
 #include <math.h>
 #include <string.h>
 
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
+#include "core/loops.h"
 #include "core/memory.h"
+#include "core/reduce.h"
 #include "core/sample.h"
 #include "core/scratch.h"
-#include "core/widen.h"
+#include "core/shuffle.h"
 
 namespace {
 
@@ -41,6 +44,7 @@ struct Span {
   int from;
   int to;
   bool empty() const { return from >= to; }
+  bool isWhole(int n) const { return from == 0 && to == n; }
 };
 Span common(Span a, Span b) {
   return {a.from > b.from ? a.from : b.from, a.to < b.to ? a.to : b.to};
@@ -70,22 +74,25 @@ struct Frame {
   bool empty() const { return x.inside.empty() || y.inside.empty(); }
 };
 
-// The work rows of a tracker. A row of a window is a whole number of vectors; rows of lattices have one vector more.
+// The work rows of a tracker, all of one stride: whole vectors of a window's rows with three pixels beside them, and a
+// vector more.
 struct Windows {
-  Windows(Zeb8u* buffer, int64_t bytes, int window)
-      : size(window), stride(roundedUp(window)), latticeStride(roundedUp(window + 3) + 8) {
+  Windows(Zeb8u* buffer, int64_t bytes, int window) : size(window), stride(roundedUp(window + 3) + 8) {
     Scratch scratch(buffer, bytes);
-    const auto windowFloats = static_cast<int64_t>(stride) * window;
-    first = scratch.take<Zeb32f>(windowFloats);
-    gradientX = scratch.take<Zeb32f>(windowFloats);
-    gradientY = scratch.take<Zeb32f>(windowFloats);
-    lattice = scratch.take<Zeb32f>(static_cast<int64_t>(latticeStride) * (window + 3));
-    latticeX = scratch.take<Zeb32f>(static_cast<int64_t>(latticeStride) * (window + 1));
-    latticeY = scratch.take<Zeb32f>(static_cast<int64_t>(latticeStride) * (window + 1));
+    const auto rows = [&](int count) { return scratch.take<Zeb32f>(static_cast<int64_t>(stride) * count); };
+    around = rows(window + 2);
+    gradientX = rows(window);
+    gradientY = rows(window);
+    lattice = rows(window + 3);
+    first = around + stride + 1;
   }
-  int size, stride, latticeStride;
-  Zeb32f *first, *gradientX, *gradientY;  // values and derivatives of the first image at the window's pixels
-  Zeb32f *lattice, *latticeX, *latticeY;  // at whole pixels
+  Rows<const Zeb32f> copy() const { return {lattice, stride * static_cast<int>(sizeof(Zeb32f))}; }
+
+  int size, stride;
+  Zeb32f* around;                 // the first image at the window's pixels and one pixel around them
+  Zeb32f *gradientX, *gradientY;  // its derivatives at the window's pixels
+  Zeb32f* lattice;                // an image at whole pixels
+  const Zeb32f* first;            // the window in `around`
 };
 
 // Whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
@@ -103,48 +110,46 @@ void fillLattice(const Level<T>& level, int x, int y, int width, int height, Zeb
   }
 }
 
-// The pixels of a window from whole pixels around it: size + 1 rows, readable one pixel beyond the window's stride.
-template <class Blend>
-void interpolate(const Zeb32f* lattice, int latticeStride, const Frame& frame, Zeb32f* out, int size, int stride,
-                 Blend blend) {
+// Rows of values between the whole pixels of as many rows and one more; width of them, in whole vectors.
+template <class T, class Blend>
+void interpolate(Rows<const T> whole, const Frame& frame, Zeb32f* out, int width, int height, int stride, Blend blend) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
-  for (int c = 0; c < stride; c += 8) {
-    V32f above = betweenNeighbours(lattice + c, fx, blend);
-    for (int r = 0; r < size; ++r) {
-      const V32f below = betweenNeighbours(lattice + (r + 1) * latticeStride + c, fx, blend);
+  for (int c = 0; c < width; c += 8) {
+    V32f above = betweenNeighbours(whole[0] + c, fx, blend);
+    for (int r = 0; r < height; ++r) {
+      const V32f below = betweenNeighbours(whole[r + 1] + c, fx, blend);
       store(out + r * stride + c, blend(above, below, fy));
       above = below;
     }
   }
 }
 
-// Scharr derivatives per pixel at the whole pixels of the lattice but for its outermost ones, 3 10 3 across -1 0 1.
+// Scharr derivatives per pixel, 3 10 3 across -1 0 1: the derivatives between pixels are those of the values there.
 void differentiate(const Windows& w) {
   const V32f outer = splat(3.0f / 32), inner = splat(10.0f / 32);
-  for (int r = 0; r <= w.size; ++r) {
-    const Zeb32f* const a = w.lattice + r * w.latticeStride;
-    const Zeb32f* const b = a + w.latticeStride;
-    const Zeb32f* const c = b + w.latticeStride;
-    for (int x = 0; x <= w.size; x += 8) {
-      const V32f across = fma(inner, load(b + x + 2) - load(b + x),
-                              outer * ((load(a + x + 2) - load(a + x)) + (load(c + x + 2) - load(c + x))));
-      const V32f down = fma(inner, load(c + x + 1) - load(a + x + 1),
-                            outer * ((load(c + x) - load(a + x)) + (load(c + x + 2) - load(a + x + 2))));
-      store(w.latticeX + r * w.latticeStride + x, across);
-      store(w.latticeY + r * w.latticeStride + x, down);
+  for (int x = 0; x < w.size; x += 8) {
+    const Zeb32f* a = w.around + x;
+    for (int at = x, r = 0; r < w.size; ++r, a += w.stride, at += w.stride) {
+      const Zeb32f *const b = a + w.stride, *const c = b + w.stride;
+      const V32f falling = load(c + 2) - load(a), rising = load(a + 2) - load(c);
+      store(w.gradientX + at, fma(inner, load(b + 2) - load(b), outer * (falling + rising)));
+      store(w.gradientY + at, fma(inner, load(c + 1) - load(a + 1), outer * (falling - rising)));
     }
   }
 }
 
 template <class T>
 void takeFirst(const Level<T>& level, const Frame& frame, const Windows& w) {
-  fillLattice(level, frame.x.first - 1, frame.y.first - 1, w.size + 3, w.size + 3, w.lattice, w.latticeStride);
-  differentiate(w);
+  const int x = frame.x.first - 1, y = frame.y.first - 1, width = w.size + 2;
+  const bool direct = x >= 0 && y >= 0 && x < level.size.width - roundedUp(width) && y < level.size.height - width;
+  if (!direct) fillLattice(level, x, y, width + 1, width + 1, w.lattice, w.stride);
   blending<T>(frame.x.fraction, frame.y.fraction, [&](auto blend) {
-    interpolate(w.lattice + w.latticeStride + 1, w.latticeStride, frame, w.first, w.size, w.stride, blend);
-    interpolate(w.latticeX, w.latticeStride, frame, w.gradientX, w.size, w.stride, blend);
-    interpolate(w.latticeY, w.latticeStride, frame, w.gradientY, w.size, w.stride, blend);
+    if (direct)
+      interpolate(level.rows.from(x, y), frame, w.around, width, width, w.stride, blend);
+    else
+      interpolate(w.copy(), frame, w.around, width, width, w.stride, blend);
   });
+  differentiate(w);
 }
 
 double sumOfLanes(V64f a) {
@@ -171,18 +176,23 @@ struct Matrix {
   double determinant() const { return xx * yy - xy * xy; }
 };
 Matrix matrixOf(const Windows& w, const Frame& frame) {
-  V64f xx = splat(0.0), xy = xx, yy = xx;
-  for (int c = 0; c < w.stride; c += 8) {
+  // Sums of the lower and of the upper halves, so that fewer additions wait for each other.
+  V64f xx[2] = {splat(0.0), splat(0.0)}, xy[2] = {xx[0], xx[0]}, yy[2] = {xx[0], xx[0]};
+  const auto add = [&](int half, V64f x, V64f y) ZEB_BODY {
+    xx[half] = fma(x, x, xx[half]);
+    xy[half] = fma(x, y, xy[half]);
+    yy[half] = fma(y, y, yy[half]);
+    settle(xx[half]), settle(xy[half]), settle(yy[half]);
+  };
+  for (int c = 0; c < w.size; c += 8) {
     const V32f mask = lanesOf(frame.x.inside, c);
     for (int r = frame.y.inside.from; r < frame.y.inside.to; ++r) {
       const V32f ix = load(w.gradientX + r * w.stride + c) & mask, iy = load(w.gradientY + r * w.stride + c) & mask;
-      const V64f xl = widenLow(ix), yl = widenLow(iy), xh = widenHigh(ix), yh = widenHigh(iy);
-      xx = fma(xl, xl, fma(xh, xh, xx));
-      xy = fma(xl, yl, fma(xh, yh, xy));
-      yy = fma(yl, yl, fma(yh, yh, yy));
+      add(0, widenLow(ix), widenLow(iy));
+      if (w.size - c > 4) add(1, widenHigh(ix), widenHigh(iy));
     }
   }
-  return {sumOfLanes(xx), sumOfLanes(xy), sumOfLanes(yy)};
+  return {sumOfLanes(xx[0] + xx[1]), sumOfLanes(xy[0] + xy[1]), sumOfLanes(yy[0] + yy[1])};
 }
 
 // The two windows compared where both lie in their images.
@@ -199,7 +209,7 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
                         Blend blend) {
   const V32f fx = splat(x.fraction), fy = splat(y.fraction);
   Difference sum;
-  for (int c = 0; c < w.stride; c += 8) {
+  for (int c = 0; c < w.size; c += 8) {
     const V32f mask = lanesOf(columns, c);
     V32f bx = splat(0.0f), by = bx;
     V32f above = betweenNeighbours(second[rows.from] + c, fx, blend);
@@ -225,20 +235,106 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
   return sum;
 }
 
-// Straight from the image where whole vectors stay inside its rows, else from a copy with repeated edges.
+// run(rows) with the whole pixels under a window of the second image and beside it: straight from the image where whole
+// vectors stay inside its rows, else from a copy with repeated edges.
+template <class T, class Run>
+void onWholePixels(const Level<T>& level, const Frame& second, const Windows& w, Run run) {
+  const int x = second.x.first, y = second.y.first;
+  if (x >= 0 && y >= 0 && x < level.size.width - roundedUp(w.size) && y < level.size.height - w.size)
+    return run(level.rows.from(x, y));
+  fillLattice(level, x, y, w.size + 1, w.size + 1, w.lattice, w.stride);
+  run(w.copy());
+}
+
 template <bool squares, class T>
 Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
-  const int x = second.x.first, y = second.y.first;
-  const bool direct = x >= 0 && y >= 0 && x < level.size.width - w.stride && y < level.size.height - w.size;
-  if (!direct) fillLattice(level, x, y, w.stride + 1, w.size + 1, w.lattice, w.latticeStride);
-  const Rows<const Zeb32f> copy(w.lattice, w.latticeStride * static_cast<int>(sizeof(Zeb32f)));
   Difference difference;
-  blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
-    difference = direct ? differenceTo<squares>(level.rows.from(x, y), second.x, second.y, columns, rows, w, blend)
-                        : differenceTo<squares>(copy, second.x, second.y, columns, rows, w, blend);
+  onWholePixels(level, second, w, [&](auto whole) {
+    blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
+      difference = differenceTo<squares>(whole, second.x, second.y, columns, rows, w, blend);
+    });
   });
   return difference;
 }
+
+// b for every guess between four whole pixels. A value between them is their weighted sum, and so is b of what b would
+// be at each of the four; guesses seldom leave their four pixels more than once.
+class Cell {
+ public:
+  // The whole window lies in both images, whose values are finite.
+  template <class T>
+  Difference compare(const Level<T>& level, const Frame& second, const Windows& w) {
+    if (second.x.first != column_ || second.y.first != row_) {
+      column_ = second.x.first, row_ = second.y.first;
+      onWholePixels(level, second, w, [&](auto whole) { take(whole, w); });
+    }
+    const V64f across = fma(splat(static_cast<double>(second.x.fraction)), right_ - left_, left_);
+    Zeb64f b[4];
+    store(b, across);
+    const auto fy = static_cast<double>(second.y.fraction);
+    Difference sum;
+    sum.x = b[0] + fy * (b[2] - b[0]);
+    sum.y = b[1] + fy * (b[3] - b[1]);
+    return sum;
+  }
+
+ private:
+  template <class T>
+  void take(Rows<const T> whole, const Windows& w) {
+    left_ = right_ = splat(0.0);
+    int c = 0;
+    for (; w.size - c > 4; c += 8) {
+      for (int right = 0; right < 2; ++right) {
+        const auto pixels = [&](int r) ZEB_BODY { return loadAsFloat(whole[r] + c + right); };
+        const Sums s = sums(
+            pixels, [](const Zeb32f* p) ZEB_BODY { return load(p); }, c, w);
+        (right ? right_ : left_) =
+            (right ? right_ : left_) + added(s, [](V32f a) ZEB_BODY { return widenLow(a) + widenHigh(a); });
+      }
+    }
+    if (c >= w.size) return;
+    // Up to four columns: both whole pixels at once.
+    const auto pixels = [&](int r) ZEB_BODY { return loadHalvesAsFloat(whole[r] + c, whole[r] + c + 1); };
+    const Sums s = sums(
+        pixels, [](const Zeb32f* p) ZEB_BODY { return loadHalves(p, p); }, c, w);
+    left_ = left_ + added(s, [](V32f a) ZEB_BODY { return widenLow(a); });
+    right_ = right_ + added(s, [](V32f a) ZEB_BODY { return widenHigh(a); });
+  }
+
+  // b of some columns at two whole pixels, one above the other, in the lanes of the columns.
+  struct Sums {
+    V32f upperX, upperY, lowerX, lowerY;
+  };
+
+  // pixels(r) yields those of the second image, own(p) what belongs to the window. A lane adds one product per row in
+  // single precision; lanes are added in double precision.
+  template <class Pixels, class Own>
+  static ZEB_INLINE Sums sums(Pixels pixels, Own own, int c, const Windows& w) {
+    const V32f zero = splat(0.0f);
+    Sums s = {zero, zero, zero, zero};
+    V32f above = pixels(0);
+    const Zeb32f *first = w.first + c, *gx = w.gradientX + c, *gy = w.gradientY + c;
+    for (int r = 1; r <= w.size; ++r, first += w.stride, gx += w.stride, gy += w.stride) {
+      const V32f value = own(first), below = pixels(r);
+      const V32f upper = value - above, lower = value - below;
+      s.upperX = fma(upper, own(gx), s.upperX), s.upperY = fma(upper, own(gy), s.upperY);
+      s.lowerX = fma(lower, own(gx), s.lowerX), s.lowerY = fma(lower, own(gy), s.lowerY);
+      above = below;
+    }
+    Zeb32f columns[8];
+    store(columns, lanesOf({0, w.size}, c));
+    const V32f mask = own(columns);
+    return {s.upperX & mask, s.upperY & mask, s.lowerX & mask, s.lowerY & mask};  // others may hold anything
+  }
+  template <class Wide>
+  static ZEB_INLINE V64f added(const Sums& s, Wide wide) {
+    return sumsOfLanes(wide(s.upperX), wide(s.upperY), wide(s.lowerX), wide(s.lowerY));
+  }
+
+  int column_ = INT_MIN, row_ = INT_MIN;
+  // b at the two whole pixels at the left and at the right: x and y of the upper one, x and y of the lower one.
+  V64f left_ = splat(0.0), right_ = left_;
+};
 
 // Gradients whose matrix has a smaller determinant point nowhere.
 constexpr double leastDeterminant = 0x1p-52;
@@ -282,14 +378,17 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
   if (!(determinant >= leastDeterminant)) return false;
+  const double inverse = 1 / determinant;
   Point before = {0, 0};
   Round round;
+  Cell cell;
   for (int k = 1;; ++k) {
     const Frame target(v, w.size, second.size);
     const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
     if (columns.empty() || rows.empty()) return false;
-    const Difference b = compare<false>(second, target, columns, rows, w);
-    const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
+    const bool whole = !std::is_floating_point_v<T> && columns.isWhole(w.size) && rows.isWhole(w.size);
+    const Difference b = whole ? cell.compare(second, target, w) : compare<false>(second, target, columns, rows, w);
+    const Point step = {(g.yy * b.x - g.xy * b.y) * inverse, (g.xx * b.y - g.xy * b.x) * inverse};
     v = {v.x + step.x, v.y + step.y};
     if (!isfinite(v.x) || !isfinite(v.y)) return false;
     if (step.x * step.x + step.y * step.y < limits.squaredStep) return true;

@@ -118,22 +118,27 @@ int innerRow(const Zeb32f*, int, Zeb32f*, int from, Channels<3>) {
 template <int channels, class T, class Sum>
 void filterRow(const T* row, int width, Sum* out) {
   const int outWidth = (width + 1) / 2;
-  const auto one = [=](int x) {
-    for (int c = 0; c < channels; ++c)
-      out[static_cast<ptrdiff_t>(x) * channels + c] = edgeSum<channels>(row, width, 2 * x, c);
-  };
-  one(0);
-  int x = innerRow(row, width, out, 1, Channels<channels>());
-  for (; x < outWidth && 2 * static_cast<int64_t>(x) + 2 < width; ++x) {
-    const T* const p = row + static_cast<ptrdiff_t>(2 * x) * channels;
-    for (int c = 0; c < channels; ++c) {
-      using G = GaussType<T>;
-      out[static_cast<ptrdiff_t>(x) * channels + c] =
-          G::sum(G::widened(p[c - 2 * channels]), G::widened(p[c - channels]), G::widened(p[c]),
-                 G::widened(p[c + channels]), G::widened(p[c + 2 * channels]));
-    }
+  if (width < 5) {
+    for (int x = 0; x < outWidth; ++x)
+      for (int c = 0; c < channels; ++c) out[x * channels + c] = edgeSum<channels>(row, width, 2 * x, c);
+    return;
   }
-  for (; x < outWidth; ++x) one(x);
+  // The sum around pixel 2x of pixels so far from it.
+  const auto around = [=](ptrdiff_t x, int a, int b, int d, int e) ZEB_BODY {
+    using G = GaussType<T>;
+    for (int c = 0; c < channels; ++c) {
+      const T* const p = row + 2 * x * channels + c;
+      out[x * channels + c] = G::sum(G::widened(p[a * channels]), G::widened(p[b * channels]), G::widened(p[0]),
+                                     G::widened(p[d * channels]), G::widened(p[e * channels]));
+    }
+  };
+  around(0, 2, 1, 1, 2);
+  int x = innerRow(row, width, out, 1, Channels<channels>());
+  const int last = outWidth - 1;
+  for (; x < last; ++x) around(x, -2, -1, 1, 2);
+  if (x > last) return;
+  const bool edge = width % 2 != 0;  // pixel 2x is the last one, else the last but one
+  around(x, -2, -1, edge ? -1 : 1, edge ? -2 : 0);
 }
 
 // ---- Columns ----
@@ -192,13 +197,25 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
     averageRows(ring[0], ring[size.height - 1], dst[0], n);
     return;
   }
-  int filtered = 0;
+  // The slots twice, so that any five rows that follow each other do so here.
+  Sum* slots[10];
+  for (int k = 0; k < 10; ++k) slots[k] = ring[k];
+  int filtered = 0, next = 0;  // source rows so far, and the slot of the next one
+  int first = 3;               // the slot of source row 2y - 2
   for (int y = 0; y < outHeight; ++y) {
     const int last = 2 * y + 2 < size.height ? 2 * y + 2 : size.height - 1;
-    for (; filtered <= last; ++filtered) filterRow<channels>(src[filtered], size.width, ring[filtered]);
-    Sum* rows[5];
-    for (int k = 0; k < 5; ++k) rows[k] = ring[borderSource(zebBorderMirror, 2 * y - 2 + k, size.height)];
-    filterColumns(rows, dst[y], n);
+    for (; filtered <= last; ++filtered) {
+      filterRow<channels>(src[filtered], size.width, slots[next]);
+      next = next < 4 ? next + 1 : 0;
+    }
+    if (y > 0 && 2 * y + 2 < size.height) {
+      filterColumns(slots + first, dst[y], n);
+    } else {
+      Sum* rows[5];
+      for (int k = 0; k < 5; ++k) rows[k] = ring[borderSource(zebBorderMirror, 2 * y - 2 + k, size.height)];
+      filterColumns(rows, dst[y], n);
+    }
+    first = first < 3 ? first + 2 : first - 3;
   }
 }
 
