@@ -87,11 +87,18 @@ ifeq ($(DESTDIR),)
 	@tools/finish_install.sh '$(PREFIX)' $(WIDTH)
 endif
 
+# WIDTH=both: those of both widths, and how they get on with each other.
 package: build/package$(W)/CMakeCache.txt
+ifeq ($(WIDTH),both)
+	@$(MAKE) package WIDTH=32
+	@$(MAKE) package WIDTH=64
+	@tools/check_side_by_side.sh build/package build/package64
+else
 	@cmake --build build/package$(W) -j$(JOBS)
 	@rm -f build/package$(W)/*.deb
 	@cd build/package$(W) && cpack > cpack.log || { cat cpack.log; exit 1; }
 	@tools/check_package.sh build/package$(W) $(WIDTH)
+endif
 
 # Writes what is new in the public headers into abi/; refuses what would break programs that are built already.
 baseline: build/release$(W)/CMakeCache.txt
