@@ -157,8 +157,8 @@ TensorRows<Zeb8u>::TensorRows(TensorForm form, const BorderedImage& source, Scra
   }
   // Products are formed in whole vectors. What lies behind the columns counts for nothing, but memory checkers follow
   // sums of pairs by eight bytes only: left unwritten, it would seem to be in the last results.
-  const auto behind = static_cast<size_t>(wholeVectors(columns_) - columns_) * sizeof(Zeb16s);
-  for (int q = 0; q <= form.window; ++q) memset(dx_[q] + columns_, 0, behind), memset(dy_[q] + columns_, 0, behind);
+  for (int q = 0; q <= form.window; ++q)
+    store(dx_[q] + columns_, splat(Zeb16s(0))), store(dy_[q] + columns_, splat(Zeb16s(0)));
   while (entered_ < form.after()) enter(entered_++);
 }
 
