@@ -100,8 +100,16 @@ bool runWidths(Bench& bench) {
   bench.library.use();
   const Other other(bench.options.beside, wordsFor(bench.options));
   constexpr int bits = 8 * static_cast<int>(sizeof(void*));
-  std::printf("%s\nnanoseconds of the build for %d bits, of %s, and how many times as fast the first is\n",
-              bench.source.c_str(), bits, bench.options.beside.c_str());
+  constexpr int otherBits = 96 - bits;
+  const std::string ownTime = "time" + std::to_string(bits), otherTime = "time" + std::to_string(otherBits);
+  std::printf("%s\n%-*s", bench.source.c_str(), bench.nameWidth,
+              "nanoseconds per pixel, of \"call overhead\" per call");
+  for (const Place& place : places(bench.options)) std::printf(" | %-26s", place.name.c_str());
+  std::printf("\n%-*s", bench.nameWidth,
+              ("ratio: so many times as fast are " + std::to_string(bits) + " bits").c_str());
+  for (size_t i = 0; i < places(bench.options).size(); ++i)
+    std::printf(" | %4d bits %4d bits %5s ", bits, otherBits, "ratio");
+  std::printf("\n");
   bool right = true;
   std::string row;
   std::vector<std::string> json, slower;
@@ -121,13 +129,15 @@ bool runWidths(Bench& bench) {
     std::fflush(stdout);
     logarithms += std::log(ratio);
     if (ratio < slowerAt) slower.push_back(quoted(c.row.name + ", " + place));
-    json.push_back("{\"case\": " + quoted(c.row.name) + ", \"place\": " + quoted(place) +
-                   ", \"time\": " + number(own.nanoseconds, 5) + ", \"other\": " + number(theirs, 5) +
-                   ", \"ratio\": " + number(ratio, 3) + "}");
+    const bool perCall = c.row.target.unit == Target::nanosecondsPerCall;
+    json.push_back("{\"family\": " + quoted(c.family) + ", \"case\": " + quoted(c.row.name) +
+                   ", \"place\": " + quoted(place) + ", \"unit\": " + (perCall ? "\"ns/call\"" : "\"ns/pixel\"") +
+                   ", " + quoted(ownTime) + ": " + number(own.nanoseconds, 5) + ", " + quoted(otherTime) + ": " +
+                   number(theirs, 5) + ", \"ratio\": " + number(ratio, 3) + "}");
   });
   const double mean = json.empty() ? 0 : std::exp(logarithms / static_cast<double>(json.size()));
-  std::printf("\ngeometric mean %.3f over %zu times; more than 5 %% slower than the other width (!): %zu\n", mean,
-              json.size(), slower.size());
+  std::printf("\ngeometric mean of the ratios %.3f over %zu times; more than 5 %% slower than in %d bits (!): %zu\n",
+              mean, json.size(), otherBits, slower.size());
   Json file(bench.options.json);
   file.member("library", quoted(bench.library.path()));
   file.member("bits", number(bits, 0));

@@ -1,7 +1,11 @@
 # What is installed: the libraries, their headers, a pkg-config file and a CMake package. None of them names the place
 # where it was installed, so that the tree can be moved. CPack makes two Debian packages from the same rules.
 include(CMakePackageConfigHelpers)
-set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zebcv)
+# Projects of 64 bits look into their own folder before lib; those that a 64-bit compiler builds for 32 look into lib only.
+set(package_dir lib/cmake/zebcv)
+if(ZEBCV_WIDTH EQUAL 64)
+  set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zebcv)
+endif()
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(TARGETS zebcv zebcore EXPORT zebcvTargets

@@ -11,10 +11,13 @@ set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${ZEBCV_ARCHITECTURE})
+# The packages of both widths are installed beside each other: what both hold at one place is the same. CPack has no
+# variable for this field before 3.31, so that it follows another one.
+set(side_by_side "\nMulti-Arch: same")
 
 set(runtime_package libzebcv${ZEBCV_VARIANT}-${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs${side_by_side})
 # The newest symbol version of libc and libm that the libraries use; tools/check_package.sh compares.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.29)")
 # What a package built against a library depends on.
@@ -28,7 +31,7 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "Shared libraries. Plain C functions that work on the rows of\nthe caller's images; needs AVX2 and FMA.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzebcv-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel${side_by_side})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, link names, pkg-config file and CMake package.")
 

@@ -12,15 +12,14 @@ fail() { echo "$1" >&2; exit 1; }
 
 width=$4
 case $width in
-  32) variant=q7 shown=first other=64 ;;
-  64) variant=x7 shown=first64 other=32 ;;
+  32) variant=q7 shown=first other=64 package=$tree/lib/cmake/zebcv ;;
+  64) variant=x7 shown=first64 other=32 package=$libraries/cmake/zebcv ;;
 esac
 expected=$(awk -v begin="\$ ./$shown" '$0 == begin {on = 1; next} /^```/ {on = 0} on' "$root/README.md")
 [ -n "$expected" ] || fail "the README does not show what the first program prints"
-# The installed tree is searched as a whole, where both widths may be; the place of a package for i386 has to be named.
 case $3 in
-  rpath) loader= linker=-Wl,-rpath,$libraries found=CMAKE_PREFIX_PATH=$tree ;;
-  path) loader=$libraries linker= found=zebcv_DIR=$libraries/cmake/zebcv ;;
+  rpath) loader= linker=-Wl,-rpath,$libraries ;;
+  path) loader=$libraries linker= ;;
 esac
 run() { # PROGRAM EXPECTED
   printed=$(LD_LIBRARY_PATH=$loader "$1") || fail "$1 failed"
@@ -37,15 +36,16 @@ g++ -m$width -Wall -Werror "$root/tests/consumer/consumer.cpp" $flags $linker -o
 run "$work/c" "$expected"
 run "$work/cpp" "$grown"
 
+# The tree is searched as a whole, where both widths may be.
 cmake -S "$root/tests/consumer" -B "$work/cmake" -DCMAKE_C_FLAGS=-m$width -DCMAKE_CXX_FLAGS=-m$width \
-  -DFIRST="$root/examples/first.c" -D"$found" >"$work/log"
-cmake --build "$work/cmake" >>"$work/log" || { cat "$work/log" >&2; exit 1; }
+  -DFIRST="$root/examples/first.c" -DCMAKE_PREFIX_PATH="$tree" >"$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
+cmake --build "$work/cmake" >>"$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
 run "$work/cmake/consumer_c" "$expected"
 run "$work/cmake/consumer_cpp" "$grown"
 
 # Any other word size, and a newer major version, are turned down.
 if cmake -S "$root/tests/consumer" -B "$work/other" -DCMAKE_C_FLAGS=-m$other -DCMAKE_CXX_FLAGS=-m$other \
-  -DFIRST="$root/examples/first.c" -Dzebcv_DIR="$libraries/cmake/zebcv" >"$work/log" 2>&1; then
+  -DFIRST="$root/examples/first.c" -Dzebcv_DIR="$package" >"$work/log" 2>&1; then
   fail "the CMake package offers itself to a $other-bit program"
 fi
 if pkg-config --exists "zebcv >= 2.0"; then fail "the pkg-config file claims a version that it is not"; fi

@@ -22,6 +22,7 @@ for package in "$runtime" "$development"; do
   [ -f "$package" ] || fail "no package $package"
   [ "$(field "$package" Architecture)" = $architecture ] || fail "$package is not for $architecture"
   [ "$(field "$package" Version)" = "$version" ] || fail "$package has another version"
+  [ "$(field "$package" Multi-Arch)" = same ] || fail "$package does not stand beside its like for another architecture"
   dpkg-deb -x "$package" "$work/$(basename "$package" .deb)"
   dpkg-deb --fsys-tarfile "$package" | tar -tv | grep -v ' root/root ' && fail "$package has files that are not root's"
   dpkg-deb --fsys-tarfile "$package" | tar -t | grep -vE '^\./(usr/((lib|include)/.*|share/(doc/([^/]*/(changelog\.gz)?)?)?)?)?$' && fail "$package has stray files"
