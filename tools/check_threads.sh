@@ -6,6 +6,7 @@ tests=$1/bin
 libraries=$2/lib
 checker=$(gcc -print-file-name=libtsan.so)
 fail() { echo "$1" >&2; exit 1; }
+nm -D --undefined-only "$libraries/libzebcvx7.so" | grep -q __tsan_ || fail "$libraries/libzebcvx7.so is not watched"
 # Where the system strews addresses too widely the checker would not start: they stay in place where that may be asked for.
 in_place=$(setarch -R true 2>/dev/null && echo setarch -R || true)
 
