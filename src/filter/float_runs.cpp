@@ -51,12 +51,12 @@ ZEB_INLINE V32f sumOf(const Taps& kernel, Read read) {
 }
 
 // Elements of a row are asked for in time: so many further on in the row, and near its end at the beginning of the next
-// one. Short rows are left to the processor.
+// one; of a shorter row those of the next one.
 template <int distance>
 class FetchedRow {
  public:
   FetchedRow(const Zeb32f* row, ptrdiff_t toNextRow, int n)
-      : row_(row), turn_(n - distance), toNextRow_(turn_ > 0 ? toNextRow - ptrdiff_t{turn_} * bytes : 0) {}
+      : row_(row), turn_(n - distance), toNextRow_(turn_ > 0 ? toNextRow - ptrdiff_t{turn_} * bytes : toNextRow) {}
 
   // While element i is at work.
   ZEB_INLINE void fetch(int i) const { fetchAhead(row_ + i, i < turn_ ? ptrdiff_t{distance * bytes} : toNextRow_); }
@@ -145,7 +145,7 @@ void alongRow(const Zeb32f* first, const Zeb32f* kernelTaps, int count, Zeb32f* 
     };
     int i = 0;
     for (; i <= n - 2 * lanes; i += 2 * lanes) {
-      fetchAhead(first, i, n);
+      fetchAhead(first + i);
       store(dst + i, sum(i));
       store(dst + i + lanes, sum(i + lanes));
     }
