@@ -46,12 +46,6 @@ ZEB_INLINE V64u sumPairs(V32s a) {
   return (as<uint64_t>(a) & splat(uint64_t{0xFFFFFFFF})) + shiftRight<32>(as<uint64_t>(a));
 }
 
-// The sums of the lanes of each of four.
-ZEB_INLINE V64f sumsOfLanes(V64f a, V64f b, V64f c, V64f d) {
-  const __m256d ab = _mm256_hadd_pd(a.v, b.v), cd = _mm256_hadd_pd(c.v, d.v);
-  return {_mm256_add_pd(_mm256_permute2f128_pd(ab, cd, 0x21), _mm256_blend_pd(ab, cd, 0xC))};
-}
-
 // a b / 32768 to the nearest integer, ties upwards.
 ZEB_INLINE V16s roundedHighProduct(V16s a, V16s b) {
   return {_mm256_mulhrs_epi16(a.v, b.v)};

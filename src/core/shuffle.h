@@ -10,22 +10,6 @@ ZEB_INLINE V32f loadHalves(const Zeb32f* low, const Zeb32f* high) {
   return {_mm256_loadu2_m128(high, low)};
 }
 
-// The same from pixels of any type.
-ZEB_INLINE V32f loadHalvesAsFloat(const Zeb8u* low, const Zeb8u* high) {
-  int l, h;
-  memcpy(&l, low, sizeof(l));
-  memcpy(&h, high, sizeof(h));
-  return {_mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_insert_epi32(_mm_cvtsi32_si128(l), h, 1)))};
-}
-ZEB_INLINE V32f loadHalvesAsFloat(const Zeb16u* low, const Zeb16u* high) {
-  const __m128i l = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(low));
-  const __m128i h = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high));
-  return {_mm256_cvtepi32_ps(_mm256_cvtepu16_epi32(_mm_unpacklo_epi64(l, h)))};
-}
-ZEB_INLINE V32f loadHalvesAsFloat(const Zeb32f* low, const Zeb32f* high) {
-  return loadHalves(low, high);
-}
-
 // Sixteen bytes from one place as the low half, sixteen from another as the high half.
 ZEB_INLINE V8u loadHalves(const Zeb8u* low, const Zeb8u* high) {
   return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(high), reinterpret_cast<const __m128i*>(low))};

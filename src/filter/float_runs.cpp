@@ -1,7 +1,5 @@
 #include "filter/float_runs.h"
 
-#include "filter/float_runs.h"
-
 #include <utility>
 
 #include "core/loops.h"

@@ -6,7 +6,6 @@
 // Method: B. Lucas, T. Kanade, 1981; over pyramids: J.-Y. Bouguet, 1999. Derivatives: H. Scharr, 2000.
 #include "motion/flow.h"
 
-#include <limits.h>
 #include <math.h>
 #include <string.h>
 
@@ -15,10 +14,9 @@
 #include "core/image.h"
 #include "core/loops.h"
 #include "core/memory.h"
-#include "core/reduce.h"
 #include "core/sample.h"
 #include "core/scratch.h"
-#include "core/shuffle.h"
+#include "core/widen.h"
 
 namespace {
 
@@ -44,7 +42,6 @@ struct Span {
   int from;
   int to;
   bool empty() const { return from >= to; }
-  bool isWhole(int n) const { return from == 0 && to == n; }
 };
 Span common(Span a, Span b) {
   return {a.from > b.from ? a.from : b.from, a.to < b.to ? a.to : b.to};
@@ -235,106 +232,19 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
   return sum;
 }
 
-// run(rows) with the whole pixels under a window of the second image and beside it: straight from the image where whole
-// vectors stay inside its rows, else from a copy with repeated edges.
-template <class T, class Run>
-void onWholePixels(const Level<T>& level, const Frame& second, const Windows& w, Run run) {
-  const int x = second.x.first, y = second.y.first;
-  if (x >= 0 && y >= 0 && x < level.size.width - roundedUp(w.size) && y < level.size.height - w.size)
-    return run(level.rows.from(x, y));
-  fillLattice(level, x, y, w.size + 1, w.size + 1, w.lattice, w.stride);
-  run(w.copy());
-}
-
+// Straight from the image where whole vectors stay inside its rows, else from a copy with repeated edges.
 template <bool squares, class T>
 Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
+  const int x = second.x.first, y = second.y.first;
+  const bool direct = x >= 0 && y >= 0 && x < level.size.width - roundedUp(w.size) && y < level.size.height - w.size;
+  if (!direct) fillLattice(level, x, y, w.size + 1, w.size + 1, w.lattice, w.stride);
   Difference difference;
-  onWholePixels(level, second, w, [&](auto whole) {
-    blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
-      difference = differenceTo<squares>(whole, second.x, second.y, columns, rows, w, blend);
-    });
+  blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
+    difference = direct ? differenceTo<squares>(level.rows.from(x, y), second.x, second.y, columns, rows, w, blend)
+                        : differenceTo<squares>(w.copy(), second.x, second.y, columns, rows, w, blend);
   });
   return difference;
 }
-
-// b for every guess between four whole pixels. A value between them is their weighted sum, and so is b of what b would
-// be at each of the four; guesses seldom leave their four pixels more than once.
-class Cell {
- public:
-  // The whole window lies in both images, whose values are finite.
-  template <class T>
-  Difference compare(const Level<T>& level, const Frame& second, const Windows& w) {
-    if (second.x.first != column_ || second.y.first != row_) {
-      column_ = second.x.first, row_ = second.y.first;
-      onWholePixels(level, second, w, [&](auto whole) { take(whole, w); });
-    }
-    const V64f across = fma(splat(static_cast<double>(second.x.fraction)), right_ - left_, left_);
-    Zeb64f b[4];
-    store(b, across);
-    const auto fy = static_cast<double>(second.y.fraction);
-    Difference sum;
-    sum.x = b[0] + fy * (b[2] - b[0]);
-    sum.y = b[1] + fy * (b[3] - b[1]);
-    return sum;
-  }
-
- private:
-  template <class T>
-  void take(Rows<const T> whole, const Windows& w) {
-    left_ = right_ = splat(0.0);
-    int c = 0;
-    for (; w.size - c > 4; c += 8) {
-      for (int right = 0; right < 2; ++right) {
-        const auto pixels = [&](int r) ZEB_BODY { return loadAsFloat(whole[r] + c + right); };
-        const Sums s = sums(
-            pixels, [](const Zeb32f* p) ZEB_BODY { return load(p); }, c, w);
-        (right ? right_ : left_) =
-            (right ? right_ : left_) + added(s, [](V32f a) ZEB_BODY { return widenLow(a) + widenHigh(a); });
-      }
-    }
-    if (c >= w.size) return;
-    // Up to four columns: both whole pixels at once.
-    const auto pixels = [&](int r) ZEB_BODY { return loadHalvesAsFloat(whole[r] + c, whole[r] + c + 1); };
-    const Sums s = sums(
-        pixels, [](const Zeb32f* p) ZEB_BODY { return loadHalves(p, p); }, c, w);
-    left_ = left_ + added(s, [](V32f a) ZEB_BODY { return widenLow(a); });
-    right_ = right_ + added(s, [](V32f a) ZEB_BODY { return widenHigh(a); });
-  }
-
-  // b of some columns at two whole pixels, one above the other, in the lanes of the columns.
-  struct Sums {
-    V32f upperX, upperY, lowerX, lowerY;
-  };
-
-  // pixels(r) yields those of the second image, own(p) what belongs to the window. A lane adds one product per row in
-  // single precision; lanes are added in double precision.
-  template <class Pixels, class Own>
-  static ZEB_INLINE Sums sums(Pixels pixels, Own own, int c, const Windows& w) {
-    const V32f zero = splat(0.0f);
-    Sums s = {zero, zero, zero, zero};
-    V32f above = pixels(0);
-    const Zeb32f *first = w.first + c, *gx = w.gradientX + c, *gy = w.gradientY + c;
-    for (int r = 1; r <= w.size; ++r, first += w.stride, gx += w.stride, gy += w.stride) {
-      const V32f value = own(first), below = pixels(r);
-      const V32f upper = value - above, lower = value - below;
-      s.upperX = fma(upper, own(gx), s.upperX), s.upperY = fma(upper, own(gy), s.upperY);
-      s.lowerX = fma(lower, own(gx), s.lowerX), s.lowerY = fma(lower, own(gy), s.lowerY);
-      above = below;
-    }
-    Zeb32f columns[8];
-    store(columns, lanesOf({0, w.size}, c));
-    const V32f mask = own(columns);
-    return {s.upperX & mask, s.upperY & mask, s.lowerX & mask, s.lowerY & mask};  // others may hold anything
-  }
-  template <class Wide>
-  static ZEB_INLINE V64f added(const Sums& s, Wide wide) {
-    return sumsOfLanes(wide(s.upperX), wide(s.upperY), wide(s.lowerX), wide(s.lowerY));
-  }
-
-  int column_ = INT_MIN, row_ = INT_MIN;
-  // b at the two whole pixels at the left and at the right: x and y of the upper one, x and y of the lower one.
-  V64f left_ = splat(0.0), right_ = left_;
-};
 
 // Gradients whose matrix has a smaller determinant point nowhere.
 constexpr double leastDeterminant = 0x1p-52;
@@ -381,13 +291,11 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   const double inverse = 1 / determinant;
   Point before = {0, 0};
   Round round;
-  Cell cell;
   for (int k = 1;; ++k) {
     const Frame target(v, w.size, second.size);
     const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
     if (columns.empty() || rows.empty()) return false;
-    const bool whole = !std::is_floating_point_v<T> && columns.isWhole(w.size) && rows.isWhole(w.size);
-    const Difference b = whole ? cell.compare(second, target, w) : compare<false>(second, target, columns, rows, w);
+    const Difference b = compare<false>(second, target, columns, rows, w);
     const Point step = {(g.yy * b.x - g.xy * b.y) * inverse, (g.xx * b.y - g.xy * b.x) * inverse};
     v = {v.x + step.x, v.y + step.y};
     if (!isfinite(v.x) || !isfinite(v.y)) return false;

@@ -141,6 +141,27 @@ TEST(OpticalFlow, LeavesOutWhatAWholePositionDoesNotUse) {
   }
 }
 
+// However badly a direction is told: two equal images differ nowhere, also between their pixels.
+TEST(OpticalFlow, StandsStillOnEqualImages) {
+  Random random;
+  Pair<Zeb8u> pair(128, 128, 0, 0, 0, random);
+  for (int y = 0; y < 128; ++y)
+    for (int x = 0; x < 128; ++x) pair.images[0]->pixels(x, y)[0] = static_cast<Zeb8u>(x + y / 2);
+  ZebiOptFlowPyrLKState* state = nullptr;
+  ASSERT_EQ(bytes.make(&state, {128, 128}, 11, 0), zebStsOk);
+  for (int i = 0; i < 200; ++i) {
+    const ZebiPoint_32f prev = {random.real(20, 100), random.real(20, 100)};
+    ZebiPoint_32f next = prev;
+    Zeb8s status = 9;
+    Zeb32f error = 9;
+    ASSERT_EQ(
+        bytes.track(pair.pyramids[0], pair.pyramids[0], &prev, &next, &status, &error, 1, 11, 0, 20, 0.03f, state),
+        zebStsOk);
+    ASSERT_TRUE(status != 0 || (next.x == prev.x && next.y == prev.y && error == 0)) << prev.x << " " << prev.y;
+  }
+  EXPECT_EQ(bytes.release(state), zebStsOk);
+}
+
 // The first image is xy around the centre, the second a quadratic form. A step then takes the guess, seen from the
 // centre, from (x, y) to (p x + q y, r x + p y): with these numbers round a circle or an ellipse, exactly and for ever.
 TEST(OpticalFlow, RoundsWithoutEnd) {
