@@ -226,7 +226,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
         T* row = rings[j].advance();
         const int length = shape.length[j];
         const ptrdiff_t n = static_cast<ptrdiff_t>((width - length + 1) * channels);
-        widenRow<Op>(from, cur, row, length, line, channels, n, false);
+        widenLines<Op>(from, cur, row, length, line, channels, n, oneLine, false);
         from = row, cur = length;
       }
     };
