@@ -83,19 +83,35 @@ ZEB_INLINE const T* onePointer(const T* p) {
   return p;
 }
 
-template <class Op, int vectors, class T>
+// fixed: how many rows there are, where the compiler is to know; else there are two at least.
+template <class Op, int vectors, int fixed, class T>
 ZEB_INLINE void combineBlock(const T* const* rows, int count, ptrdiff_t x, T* out) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors];
-  const T* p = onePointer(rows[0] + x);
+  const T* p = rows[0] + x;
+#pragma GCC unroll 8
   for (int k = 0; k < vectors; ++k) best[k] = Op::begin(load(p + k * lanes));
-  const auto tap = [&](int i) ZEB_BODY {
-    p = onePointer(rows[i] + x);
+  const auto tap = [&](const T* p) ZEB_BODY {
+#pragma GCC unroll 8
     for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
   };
-  int i = 1;
-  for (; i < count - 1; i += 2) tap(i), tap(i + 1);
-  if (i < count) tap(i);
+  if constexpr (fixed > 0) {
+#pragma GCC unroll 8
+    for (int i = 1; i < fixed; ++i) tap(onePointer(rows[i] + x));
+  } else {
+    const T* const* const end = rows + count - 1;
+    if constexpr (vectors <= 2)
+      for (; end - rows > 4; rows += 4) {
+#pragma GCC unroll 4
+        for (int i = 1; i <= 4; ++i) tap(onePointer(rows[i] + x));
+      }
+    do {
+      tap(onePointer(*++rows + x));
+#pragma GCC unroll 8
+      for (int k = 0; k < vectors; ++k) __asm__("" : "+x"(best[k].v));  // one register, no copy for behind the loop
+    } while (rows != end);
+  }
+#pragma GCC unroll 8
   for (int k = 0; k < vectors; ++k) store(out + k * lanes, best[k]);
 }
 
@@ -113,58 +129,77 @@ ZEB_INLINE void numbersBehind([[maybe_unused]] T* out, [[maybe_unused]] ptrdiff_
   if constexpr (std::is_floating_point_v<T>) store(out + ((n + lanes - 1) & -lanes), splat(T(0)));
 }
 
-// The same columns of every line, so that little is left to do for each of many short lines.
-template <class Op, int vectors, class T>
-ZEB_INLINE void combineColumns(const T* const* rows, int count, ptrdiff_t x, T* out, const Lines& lines) {
+// The same columns of every line, of which there is one at least; of the rows those `from` elements further on.
+template <class Op, int vectors, int fixed, class T>
+ZEB_INLINE void combineColumns(const T* const* rows, int count, ptrdiff_t from, T* out, const Lines& lines) {
   const ptrdiff_t step = lines.step, outStep = lines.outStep;
-  out += x;
-  for (int y = lines.count; y > 0; --y, x += step, out += outStep) {
+  int y = lines.count;
+  do {
     if (vectors > 2)
+#pragma GCC unroll 8
       for (int k = 0; k < vectors; k += 2) fetchAhead(out + k * Vec<T>::lanes);
-    combineBlock<Op, vectors>(rows, count, x, out);
-  }
+    combineBlock<Op, vectors, fixed>(rows, count, from, out);
+    from += step, out += outStep;
+  } while (--y > 0);
 }
 
-template <class Op, class T>
-ZEB_INLINE void combineBlocks(const T* const* rows, int count, T* out, ptrdiff_t n, const Lines& lines, bool exact) {
+template <class Op, int fixed, class T>
+ZEB_INLINE void combineBlocks(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n, const Lines& lines,
+                              bool exact) {
   constexpr int lanes = Vec<T>::lanes;
+  const ptrdiff_t last = exact ? n - lanes : n;
   ptrdiff_t x = 0;
-  for (; x <= n - 6 * lanes; x += 6 * lanes) combineColumns<Op, 6>(rows, count, x, out, lines);
-  for (; x <= n - 2 * lanes; x += 2 * lanes) combineColumns<Op, 2>(rows, count, x, out, lines);
+  for (; x <= n - 6 * lanes; x += 6 * lanes) combineColumns<Op, 6, fixed>(rows, count, from + x, out + x, lines);
+  for (; x <= n - 2 * lanes; x += 2 * lanes) combineColumns<Op, 2, fixed>(rows, count, from + x, out + x, lines);
   for (; x < n; x += lanes) {
-    if (exact && x > n - lanes) x = n - lanes;
-    combineColumns<Op, 1>(rows, count, x, out, lines);
+    const ptrdiff_t at = x < last ? x : last;
+    combineColumns<Op, 1, fixed>(rows, count, from + at, out + at, lines);
   }
-  if (std::is_floating_point_v<T> && !exact)
-    for (int y = 0; y < lines.count; ++y, out += lines.outStep) numbersBehind(out, n);
 }
 
 // Of few rows the compiler knows how many: no loop over them. Exactly n elements, at least a vector of them, the last
 // vector overlapping the one before it; or n rounded up to whole vectors.
 template <class Op, class T>
-__attribute__((noinline)) void combineWhole(const T* const* rows, int count, T* out, ptrdiff_t n, const Lines& lines,
-                                            bool exact) {
+__attribute__((noinline)) void combineBlocksOf(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n,
+                                               const Lines& lines, bool exact) {
   switch (count) {
     case 1:
-      return combineBlocks<Op>(rows, 1, out, n, lines, exact);
+      return combineBlocks<Op, 1>(rows, count, from, out, n, lines, exact);
     case 2:
-      return combineBlocks<Op>(rows, 2, out, n, lines, exact);
+      return combineBlocks<Op, 2>(rows, count, from, out, n, lines, exact);
     case 3:
-      return combineBlocks<Op>(rows, 3, out, n, lines, exact);
+      return combineBlocks<Op, 3>(rows, count, from, out, n, lines, exact);
     case 5:
-      return combineBlocks<Op>(rows, 5, out, n, lines, exact);
+      return combineBlocks<Op, 5>(rows, count, from, out, n, lines, exact);
     case 7:
-      return combineBlocks<Op>(rows, 7, out, n, lines, exact);
+      return combineBlocks<Op, 7>(rows, count, from, out, n, lines, exact);
     default:
-      return combineBlocks<Op>(rows, count, out, n, lines, exact);
+      return combineBlocks<Op, 0>(rows, count, from, out, n, lines, exact);
   }
 }
 
-// Exactly n elements. out must not be one of the rows.
+// Lines of so many vectors or fewer go together, column by column, so that little is left to do for each; longer ones
+// one after the other, as memory likes it.
+constexpr ptrdiff_t shortLine = 32;
+template <class Op, class T>
+void combineWhole(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n, const Lines& lines,
+                  bool exact) {
+  if (n <= shortLine * Vec<T>::lanes) {
+    combineBlocksOf<Op>(rows, count, from, out, n, lines, exact);
+  } else {
+    T* to = out;
+    for (int y = 0; y < lines.count; ++y, from += lines.step, to += lines.outStep)
+      combineBlocksOf<Op>(rows, count, from, to, n, oneLine, exact);
+  }
+  if (std::is_floating_point_v<T> && !exact)
+    for (int y = 0; y < lines.count; ++y, out += lines.outStep) numbersBehind(out, n);
+}
+
+// Exactly n elements, of the rows from element `from` on. out must not be one of the rows.
 template <class Op, class T = typename Op::Type>
-void combineLines(const T* const* rows, int count, T* out, ptrdiff_t n, const Lines& lines) {
-  if (n >= Vec<T>::lanes) return combineWhole<Op>(rows, count, out, n, lines, true);
-  for (ptrdiff_t y = 0, from = 0; y < lines.count; ++y, from += lines.step, out += lines.outStep)
+void combineLines(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n, const Lines& lines) {
+  if (n >= Vec<T>::lanes) return combineWhole<Op>(rows, count, from, out, n, lines, true);
+  for (ptrdiff_t y = 0; y < lines.count; ++y, from += lines.step, out += lines.outStep)
     for (ptrdiff_t x = 0; x < n; ++x) {
       T best = Op::begin(rows[0][from + x]);
       for (int i = 1; i < count; ++i) best = Op::pick(best, rows[i][from + x]);
@@ -173,14 +208,15 @@ void combineLines(const T* const* rows, int count, T* out, ptrdiff_t n, const Li
 }
 template <class Op, class T = typename Op::Type>
 ZEB_INLINE void combineRows(const T* const* rows, int count, T* out, ptrdiff_t n) {
-  combineLines<Op>(rows, count, out, n, oneLine);
+  if (n >= Vec<T>::lanes) return combineBlocksOf<Op>(rows, count, 0, out, n, oneLine, true);
+  combineLines<Op>(rows, count, 0, out, n, oneLine);
 }
 
 // n rounded up to whole vectors, for scratch rows with a vector to spare. out may be rows[0] where no row starts before
 // it: a block is read from every row before it is stored.
 template <class Op, class T = typename Op::Type>
 ZEB_INLINE void combinePadded(const T* const* rows, int count, T* out, ptrdiff_t n, const Lines& lines = oneLine) {
-  combineWhole<Op>(rows, count, out, n, lines, false);
+  combineWhole<Op>(rows, count, 0, out, n, lines, false);
 }
 
 // ---- Two windows of h rows at once, h >= 2: of rows[0..h-1] and of rows[1..h] ----
@@ -352,124 +388,6 @@ inline void advanceTwoRows(const T* const* rows, T* prefix, const T* const* suff
     out[0][x] = Op::pick(p0, suffixes[0][x]);
     prefix[x] = Op::pick(p0, rows[1][x]);
     out[1][x] = Op::pick(prefix[x], suffixes[1][x]);
-  }
-}
-
-// ---- Windows along a row ----
-
-// The extremum over 5..8 pixels of `px` bytes from each on: pairs by two loads, fours and the whole by shifting
-// registers. A row is a scratch line with two vectors to spare; it may be out where whole vectors may be written.
-template <class Op, int px, int width, class T>
-__attribute__((noinline)) void shortWindows(const T* row, T* out, ptrdiff_t n, const Lines& lines, bool exact) {
-  constexpr int lanes = Vec<T>::lanes, pixel = px / static_cast<int>(sizeof(T));
-  const auto pair = [](const T* p) ZEB_BODY { return Op::pick(load(p), load(p + pixel)); };
-  const auto whole = [](Vec<T> two, Vec<T> next) ZEB_BODY {
-    const Vec<T> middle = halvesBetween(two, next);
-    const Vec<T> four = Op::pick(two, fromByte<2 * px>(two, middle));
-    const Vec<T> fourMiddle = Op::pick(middle, fromByte<2 * px>(middle, next));
-    return Op::pick(four, fromByte<(width - 4) * px>(four, fourMiddle));
-  };
-  const ptrdiff_t stop = exact ? n - lanes + 1 : n;
-  for (int y = lines.count; y > 0; --y, row += lines.step, out += lines.outStep) {
-    Vec<T> two = pair(row);
-    ptrdiff_t x = 0;
-    for (; x < stop; x += lanes) {
-      if (exact) fetchAhead(out + x);
-      const Vec<T> next = pair(row + x + lanes);
-      store(out + x, whole(two, next));
-      two = next;
-    }
-    if (x < n) store(out + n - lanes, whole(pair(row + n - lanes), pair(row + n)));
-    if (!exact) numbersBehind(out, n);
-  }
-}
-
-// Windows of 32 pixels of one byte from those of 8, in whole vectors and in place.
-template <class Op>
-void windowsOf32(Zeb8u* row, ptrdiff_t n, const Lines& lines) {
-  for (int y = lines.count; y > 0; --y, row += lines.step) {
-    V8u eight = load(row);
-    for (ptrdiff_t x = 0; x < n; x += 32) {
-      const V8u next = load(row + x + 32), middle = halvesBetween(eight, next);
-      const V8u sixteen = Op::pick(eight, fromByte<8>(eight, middle));
-      store(row + x, Op::pick(sixteen, Op::pick(middle, fromByte<8>(middle, next))));
-      eight = next;
-    }
-  }
-}
-
-template <class Op, int px, class T>
-void shortWindowsOf(int width, const T* row, T* out, ptrdiff_t n, const Lines& lines, bool exact) {
-  switch (width) {
-    case 5:
-      return shortWindows<Op, px, 5>(row, out, n, lines, exact);
-    case 6:
-      return shortWindows<Op, px, 6>(row, out, n, lines, exact);
-    case 7:
-      return shortWindows<Op, px, 7>(row, out, n, lines, exact);
-    default:
-      return shortWindows<Op, px, 8>(row, out, n, lines, exact);
-  }
-}
-
-// Whether there is such a kernel for pixels of this many bytes, and it was used.
-template <class Op, class T = typename Op::Type>
-bool tryShortWindows(ptrdiff_t width, int px, const T* row, T* out, ptrdiff_t n, const Lines& lines, bool exact) {
-  if (width < 5 || width > 8 || (exact && n < Vec<T>::lanes)) return false;
-  const int w = static_cast<int>(width);
-  if constexpr (sizeof(T) == 1) {
-    if (px == 1) return shortWindowsOf<Op, 1>(w, row, out, n, lines, exact), true;
-    if (px == 3) return shortWindowsOf<Op, 3>(w, row, out, n, lines, exact), true;
-  }
-  if constexpr (sizeof(T) == 2) {
-    if (px == 2) return shortWindowsOf<Op, 2>(w, row, out, n, lines, exact), true;
-  } else {
-    if (px == 4) return shortWindowsOf<Op, 4>(w, row, out, n, lines, exact), true;
-  }
-  return false;
-}
-
-// from[x] holds the extremum over `shorter` pixels from x on; out[x] gets that over `longer`, n elements in all, in
-// several lines. A window is covered by overlapping shorter ones, in passes of a few taps each. Passes before the last
-// go to temp, lines as far apart as those of from, which may be from itself; they write whole vectors and so does the
-// last unless it must be exact. temp and from are scratch lines with two vectors to spare. out must not be from when
-// the last pass is exact.
-template <class Op, class T = typename Op::Type>
-void widenLines(const T* from, int64_t shorter, T* out, int64_t longer, T* temp, int channels, ptrdiff_t n,
-                const Lines& lines, bool exact) {
-  constexpr int mostTaps = 8;
-  const Lines between{lines.count, lines.step, lines.step};
-  const int px = channels * static_cast<int>(sizeof(T));
-  // What fits a line fits the machine's words, and so do a dozen times as many of them.
-  ptrdiff_t cur = shorter;
-  const ptrdiff_t wider = longer;
-  if (cur == 1) {
-    if (tryShortWindows<Op>(wider, px, from, out, n, lines, exact)) return;
-    const ptrdiff_t reach = (wider - 8) * channels;
-    if (wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + reach, between, false)) from = temp, cur = 8;
-    if constexpr (sizeof(T) == 1) {
-      if (cur == 8 && px == 1 && wider >= 32) {
-        windowsOf32<Op>(temp, n + wider - 32, between);
-        cur = 32;
-      }
-    }
-  }
-  const T* taps[mostTaps];
-  for (;;) {
-    // Three taps a pass cost least when there are many passes; up to seven save a pass.
-    const ptrdiff_t next = wider <= 7 * cur    ? wider
-                           : wider <= 9 * cur  ? 3 * cur
-                           : wider <= 12 * cur ? 4 * cur
-                                               : 3 * cur;
-    int count = 0;
-    for (ptrdiff_t at = 0; at + cur < next; at += cur) taps[count++] = from + at * channels;
-    taps[count++] = from + (next - cur) * channels;
-    const ptrdiff_t reach = (wider - next) * channels;
-    if (next == wider && exact) return combineLines<Op>(taps, count, out, n, lines);
-    if (next == wider) return combinePadded<Op>(taps, count, out, n, lines);
-    combinePadded<Op>(taps, count, temp, n + reach, between);
-    from = temp;
-    cur = next;
   }
 }
 

@@ -1,6 +1,8 @@
 // Minimum and maximum over a rectangle: columns by direct combination or by running blocks, rows by widening windows.
 #include "filter/rank.h"
 
+#include "filter/windows_along.h"
+
 namespace zeb {
 
 namespace {
@@ -50,7 +52,7 @@ class RankStrip {
     stride_ = static_cast<ptrdiff_t>(scratchStride(range_.to - range_.from, source.pixelBytes()) / sizeof(T));
     // The kept columns begin at a boundary, so that the stores to them do not straddle cache lines.
     const int64_t place = range_.before * channels;
-    lines_ = scratch.take<T>(mostLines() * stride_) + (-place & (Vec<T>::lanes - 1));
+    lines_ = scratch.take<T>((height_ > directRows ? 5 : mostLines()) * stride_) + (-place & (Vec<T>::lanes - 1));
     if (height_ > directRows) {
       suffixes_ = scratch.take<T>(height_ * stride_);
       rows_ = scratch.take<const T*>(height_, alignof(const T*));
@@ -68,7 +70,7 @@ class RankStrip {
  private:
   void rows(int64_t y, int count, const T** out) const { source_.rows(y + top_, count, range_.kept, out); }
 
-  // Lines for as many rows as are made together, and for the running extremum of blocks.
+  // Lines for as many rows as are made together, and one for the running extremum of blocks.
   int mostLines() const {
     return height_ < 3 || height_ > directRows || n_ > bytesOfLine / ptrdiff_t(sizeof(T)) ? 4 : 8;
   }
@@ -77,9 +79,9 @@ class RankStrip {
   // Where the columns' extremum of output row y goes: into the destination itself when nothing is left to do along the
   // row, else into a line, at the place that leaves room for the border.
   bool direct() const { return width_ == 1 && kept_ == n_ && !range_.beyond; }
-  T* columnsTo(int y, int i) const { return direct() ? output_.begin(y, at_) : line(i) + range_.before * channels_; }
+  T* columnsTo(int y, int i) const { return direct() ? output_.begin(y, at_, i) : line(i) + range_.before * channels_; }
   // Rows that all pass through the one line of the output cannot be made together.
-  bool oneByOne() const { return output_.finish == RowOutput<T>::dstMinusResult; }
+  bool oneByOne() const { return output_.together() < mostLines(); }
   bool single() const { return direct() && oneByOne(); }
 
   // The rest of the way for `count` rows from y on whose extrema along the columns are there.
@@ -90,12 +92,12 @@ class RankStrip {
     }
     for (int i = 0; i < count; ++i) {
       if (!direct() && oneByOne()) widen(y + i, i, 1);
-      output_.end(y + i, at_, n_);
+      output_.end(y + i, at_, n_, oneByOne() ? 0 : i);
     }
   }
   void widen(int y, int i, int count) const {
-    const Lines lines{count, stride_, output_.dst.step() / static_cast<ptrdiff_t>(sizeof(T))};
-    widenLines<Op>(line(i), 1, output_.begin(y, at_), width_, line(i), channels_, n_, lines, true);
+    widenLines<Op>(line(i), 1, output_.begin(y, at_), width_, line(i), channels_, n_, {count, stride_, output_.step()},
+                   true);
   }
   void oneRow(int y, const T* const* taps, int count) const {
     combineRows<Numbers>(taps, count, columnsTo(y, 0), kept_);
@@ -136,7 +138,7 @@ class RankStrip {
   void runBlocks() const {
     const int end = output_.endRow;
     const int h = static_cast<int>(height_);
-    T* prefix = line(3);
+    T* prefix = line(4);
     for (int64_t y = output_.firstRow; y < end; y += h) {
       rows(y, h, rows_);
       suffixRows<Numbers>(rows_, h, suffixes_, stride_, kept_);
@@ -149,12 +151,17 @@ class RankStrip {
       next[1] = suffix[1];
       oneRow(first + 1, next, 2);
       int j = 2;
-      for (; !single() && j < last - 1; j += 2) {
-        rows(y + h + j - 1, 2, next);
-        suffix[0] = suffixes_ + j * stride_, suffix[1] = suffix[0] + stride_;
-        T* out[2] = {columnsTo(first + j, 0), columnsTo(first + j + 1, 1)};
-        advanceTwoRows<Numbers>(next, prefix, suffix, out, kept_);
-        alongRows(first + j, 2);
+      while (!single() && j < last - 1) {
+        int made = 0;
+        for (; made < 4 && j + made < last - 1; made += 2) {
+          const int at = j + made;
+          rows(y + h + at - 1, 2, next);
+          suffix[0] = suffixes_ + at * stride_, suffix[1] = suffix[0] + stride_;
+          T* out[2] = {columnsTo(first + at, made), columnsTo(first + at + 1, made + 1)};
+          advanceTwoRows<Numbers>(next, prefix, suffix, out, kept_);
+        }
+        alongRows(first + j, made);
+        j += made;
       }
       for (; j < last; ++j) {
         rows(y + h + j - 1, 1, next);
