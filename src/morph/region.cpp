@@ -102,9 +102,8 @@ class SmallRegion {
     const int from = in_.top ? 0 : -mask_.top, end = in_.bottom ? height : height - mask_.bottom;
     const ptrdiff_t step = height > 1 ? elements(source_.row(1) - source_.row(0)) : 0;
     const ptrdiff_t outStep = output_.step();
-    const int most = n <= shortRow / int(sizeof(T)) ? 8 : 4;
     for (int y = output_.firstRow; y < output_.endRow;) {
-      int rows = output_.endRow - y < most ? output_.endRow - y : most;
+      int rows = output_.endRow - y < rowsTogether ? output_.endRow - y : rowsTogether;
       if (y < from || y >= end || rows > output_.together()) {
         rows = 1;
       } else if (rows > end - y) {
@@ -143,8 +142,8 @@ class SmallRegion {
   }
 
  private:
-  // So many rows of more bytes than this are made together that they stay in the first cache.
-  static constexpr int shortRow = 768;
+  // The pixels beside the edges of so many rows are made before the rest of them.
+  static constexpr int rowsTogether = 8;
 
   static ptrdiff_t elements(ptrdiff_t bytes) { return bytes / static_cast<ptrdiff_t>(sizeof(T)); }
   ptrdiff_t sourceColumn(int x, int tap) const {
