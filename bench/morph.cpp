@@ -31,6 +31,23 @@ ref::Element half7() {
   return e;
 }
 
+// So many percent of a square, the same ones every time.
+ref::Element scattered(int side, int percent) {
+  ref::Element e = rectangle(side, side);
+  uint32_t state = 1;
+  for (Zeb8u& m : e.mask) {
+    state = state * 1664525u + 1013904223u;
+    m = (state >> 16) % 100 < static_cast<uint32_t>(percent);
+  }
+  e.mask[static_cast<size_t>(side) * side / 2] = 1;
+  return e;
+}
+ref::Element diagonal(int side) {
+  ref::Element e = rectangle(side, side);
+  for (int i = 0; i < side * side; ++i) e.mask[static_cast<size_t>(i)] = i / side == i % side;
+  return e;
+}
+
 // Memory from a function that reports its size.
 struct Memory {
   Pixels<Zeb8u> state, buffer;
@@ -194,6 +211,12 @@ const Family family(
         {"ErodeBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(5), [](const Scene& s) { return erode8u(s, ellipse7()); }},
         {"ErodeBorder 8u C1R, 7 x 7 general, half set", timesMemcpy(7),
          [](const Scene& s) { return erode8u(s, half7()); }},
+        {"ErodeBorder 8u C1R, 7 x 7 scattered, half set", timesMemcpy(7),
+         [](const Scene& s) { return erode8u(s, scattered(7, 50)); }},
+        {"ErodeBorder 8u C1R, 15 x 15 scattered, half set", noTarget(),
+         [](const Scene& s) { return erode8u(s, scattered(15, 50)); }},
+        {"ErodeBorder 8u C1R, 15 pixels of a diagonal", noTarget(),
+         [](const Scene& s) { return erode8u(s, diagonal(15)); }},
         {"ErodeBorder 32f C1R, 7 x 7 rectangle", timesMemcpy(10),
          [](const Scene& s) { return erode32f(s, rectangle(7, 7)); }},
         {"ErodeBorder 32f C1R, 7 x 7 ellipse", timesMemcpy(16), [](const Scene& s) { return erode32f(s, ellipse7()); }},

@@ -37,6 +37,13 @@ ZEB_INLINE void fetchAhead(const T* p, int i, int n) {
   if (n > fetchDistance / static_cast<int>(sizeof(T))) fetchAhead(p + i);
 }
 
+// Asks for n elements that are wanted soon.
+template <class T>
+ZEB_INLINE void fetchRun(const T* p, ptrdiff_t n) {
+  constexpr ptrdiff_t line = 64 / static_cast<ptrdiff_t>(sizeof(T));
+  for (ptrdiff_t x = 0; x < n; x += line) _mm_prefetch(reinterpret_cast<const char*>(p + x), _MM_HINT_T0);
+}
+
 // Fills bytes with a vector whose content repeats every element. A streaming fill stores one unaligned block of 64
 // bytes, goes on from the next 64-byte boundary with aligned blocks past the cache, and ends with ever smaller pieces.
 // The phase of the pattern is kept although the boundary is no whole number of elements away from an odd address.

@@ -10,6 +10,7 @@
 
 #include <limits>
 
+#include "core/loops.h"
 #include "core/streaming.h"
 #include "core/vec.h"
 
@@ -72,71 +73,54 @@ struct AnyBit {
   static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a | b; }
 };
 
-// ---- out[x] = extremum of rows[0..count-1][x] ----
+// ---- out[x] = extremum of rows[0..count-1][x], for several lines of each ----
 
-template <class Op, int vectors, class T>
+// A pointer that the compiler takes as it is: else it splits sums of row and column up and keeps a column for each
+// vector, in memory.
+template <class T>
+ZEB_INLINE const T* onePointer(const T* p) {
+  __asm__("" : "+r"(p));
+  return p;
+}
+
+// fixed: how many rows there are, where the compiler is to know; else there are two at least.
+template <class Op, int vectors, int fixed, class T>
 ZEB_INLINE void combineBlock(const T* const* rows, int count, ptrdiff_t x, T* out) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors];
-  const T* first = rows[0] + x;
-  for (int k = 0; k < vectors; ++k) best[k] = Op::begin(load(first + k * lanes));
-  for (int i = 1; i < count; ++i) {
-    const T* p = rows[i] + x;
+  const T* p = rows[0] + x;
+#pragma GCC unroll 8
+  for (int k = 0; k < vectors; ++k) best[k] = Op::begin(load(p + k * lanes));
+  const auto tap = [&](const T* p) ZEB_BODY {
+#pragma GCC unroll 8
     for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
+  };
+  if constexpr (fixed > 0) {
+#pragma GCC unroll 8
+    for (int i = 1; i < fixed; ++i) tap(onePointer(rows[i] + x));
+  } else {
+    const T* const* const end = rows + count - 1;
+    if constexpr (vectors <= 2)
+      for (; end - rows > 4; rows += 4) {
+#pragma GCC unroll 4
+        for (int i = 1; i <= 4; ++i) tap(onePointer(rows[i] + x));
+      }
+    do {
+      tap(onePointer(*++rows + x));
+#pragma GCC unroll 8
+      for (int k = 0; k < vectors; ++k) __asm__("" : "+x"(best[k].v));  // one register, no copy for behind the loop
+    } while (rows != end);
   }
-  for (int k = 0; k < vectors; ++k) store(out + x + k * lanes, best[k]);
+#pragma GCC unroll 8
+  for (int k = 0; k < vectors; ++k) store(out + k * lanes, best[k]);
 }
 
-template <class Op, class T>
-ZEB_INLINE ptrdiff_t combineBlocks(const T* const* rows, int count, T* out, ptrdiff_t n) {
-  constexpr int lanes = Vec<T>::lanes;
-  ptrdiff_t x = 0;
-  for (; x <= n - 6 * lanes; x += 6 * lanes) {
-    for (int k = 0; k < 6; k += 2) fetchAhead(out + x + k * lanes);
-    combineBlock<Op, 6>(rows, count, x, out);
-  }
-  for (; x <= n - 2 * lanes; x += 2 * lanes) combineBlock<Op, 2>(rows, count, x, out);
-  for (; x <= n - lanes; x += lanes) combineBlock<Op, 1>(rows, count, x, out);
-  return x;
-}
-
-// Few rows, of which the compiler knows how many: no loop over them.
-template <class Op, class T>
-ZEB_INLINE ptrdiff_t combineWhole(const T* const* rows, int count, T* out, ptrdiff_t n) {
-  switch (count) {
-    case 1:
-      return combineBlocks<Op>(rows, 1, out, n);
-    case 2:
-      return combineBlocks<Op>(rows, 2, out, n);
-    case 3:
-      return combineBlocks<Op>(rows, 3, out, n);
-    case 4:
-      return combineBlocks<Op>(rows, 4, out, n);
-    case 5:
-      return combineBlocks<Op>(rows, 5, out, n);
-    case 7:
-      return combineBlocks<Op>(rows, 7, out, n);
-    default:
-      return combineBlocks<Op>(rows, count, out, n);
-  }
-}
-
-// Exactly n elements. The last vector overlaps the one before it, so out must not be one of the rows.
-template <class Op, class T = typename Op::Type>
-inline void combineRows(const T* const* rows, int count, T* out, ptrdiff_t n) {
-  constexpr int lanes = Vec<T>::lanes;
-  ptrdiff_t x = combineWhole<Op>(rows, count, out, n);
-  if (x == n) return;
-  if (n >= lanes) {
-    combineBlock<Op, 1>(rows, count, n - lanes, out);
-    return;
-  }
-  for (; x < n; ++x) {
-    T best = Op::begin(rows[0][x]);
-    for (int i = 1; i < count; ++i) best = Op::pick(best, rows[i][x]);
-    out[x] = best;
-  }
-}
+// Lines of n elements: where each begins, from the one before, in the rows and in the result.
+struct Lines {
+  int count;
+  ptrdiff_t step, outStep;
+};
+constexpr Lines oneLine{1, 0, 0};
 
 // Behind n elements in whole vectors of floats one of numbers, where the next pass may look.
 template <class T>
@@ -145,13 +129,101 @@ ZEB_INLINE void numbersBehind([[maybe_unused]] T* out, [[maybe_unused]] ptrdiff_
   if constexpr (std::is_floating_point_v<T>) store(out + ((n + lanes - 1) & -lanes), splat(T(0)));
 }
 
+// The same columns of every line, of which there is one at least; of the rows those `from` elements further on.
+template <class Op, int vectors, int fixed, class T>
+ZEB_INLINE void combineColumns(const T* const* rows, int count, ptrdiff_t from, T* out, const Lines& lines) {
+  const ptrdiff_t step = lines.step, outStep = lines.outStep;
+  int y = lines.count;
+  do {
+    if (vectors > 2)
+#pragma GCC unroll 8
+      for (int k = 0; k < vectors; k += 2) fetchAhead(out + k * Vec<T>::lanes);
+    combineBlock<Op, vectors, fixed>(rows, count, from, out);
+    from += step, out += outStep;
+  } while (--y > 0);
+}
+
+template <class Op, int fixed, class T>
+ZEB_INLINE void combineBlocks(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n, const Lines& lines,
+                              bool exact) {
+  constexpr int lanes = Vec<T>::lanes;
+  const ptrdiff_t last = exact ? n - lanes : n;
+  ptrdiff_t x = 0;
+  if (lines.count == 1) {
+    for (; x <= n - 6 * lanes; x += 6 * lanes) {
+#pragma GCC unroll 8
+      for (int k = 0; k < 6; k += 2) fetchAhead(out + x + k * lanes);
+      combineBlock<Op, 6, fixed>(rows, count, from + x, out + x);
+    }
+  }
+  for (; x <= n - 6 * lanes; x += 6 * lanes) combineColumns<Op, 6, fixed>(rows, count, from + x, out + x, lines);
+  for (; x <= n - 2 * lanes; x += 2 * lanes) combineColumns<Op, 2, fixed>(rows, count, from + x, out + x, lines);
+  for (; x < n; x += lanes) {
+    const ptrdiff_t at = x < last ? x : last;
+    combineColumns<Op, 1, fixed>(rows, count, from + at, out + at, lines);
+  }
+}
+
+// Of few rows the compiler knows how many: no loop over them. Exactly n elements, at least a vector of them, the last
+// vector overlapping the one before it; or n rounded up to whole vectors.
+template <class Op, class T>
+__attribute__((noinline)) void combineBlocksOf(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n,
+                                               const Lines& lines, bool exact) {
+  switch (count) {
+    case 1:
+      return combineBlocks<Op, 1>(rows, count, from, out, n, lines, exact);
+    case 2:
+      return combineBlocks<Op, 2>(rows, count, from, out, n, lines, exact);
+    case 3:
+      return combineBlocks<Op, 3>(rows, count, from, out, n, lines, exact);
+    case 5:
+      return combineBlocks<Op, 5>(rows, count, from, out, n, lines, exact);
+    case 7:
+      return combineBlocks<Op, 7>(rows, count, from, out, n, lines, exact);
+    default:
+      return combineBlocks<Op, 0>(rows, count, from, out, n, lines, exact);
+  }
+}
+
+// Lines of so many vectors or fewer go together, column by column, so that little is left to do for each; longer ones
+// one after the other, as memory likes it.
+constexpr ptrdiff_t shortLine = 32;
+template <class Op, class T>
+void combineWhole(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n, const Lines& lines,
+                  bool exact) {
+  if (n <= shortLine * Vec<T>::lanes) {
+    combineBlocksOf<Op>(rows, count, from, out, n, lines, exact);
+  } else {
+    T* to = out;
+    for (int y = 0; y < lines.count; ++y, from += lines.step, to += lines.outStep)
+      combineBlocksOf<Op>(rows, count, from, to, n, oneLine, exact);
+  }
+  if (std::is_floating_point_v<T> && !exact)
+    for (int y = 0; y < lines.count; ++y, out += lines.outStep) numbersBehind(out, n);
+}
+
+// Exactly n elements, of the rows from element `from` on. out must not be one of the rows.
+template <class Op, class T = typename Op::Type>
+void combineLines(const T* const* rows, int count, ptrdiff_t from, T* out, ptrdiff_t n, const Lines& lines) {
+  if (n >= Vec<T>::lanes) return combineWhole<Op>(rows, count, from, out, n, lines, true);
+  for (ptrdiff_t y = 0; y < lines.count; ++y, from += lines.step, out += lines.outStep)
+    for (ptrdiff_t x = 0; x < n; ++x) {
+      T best = Op::begin(rows[0][from + x]);
+      for (int i = 1; i < count; ++i) best = Op::pick(best, rows[i][from + x]);
+      out[x] = best;
+    }
+}
+template <class Op, class T = typename Op::Type>
+ZEB_INLINE void combineRows(const T* const* rows, int count, T* out, ptrdiff_t n) {
+  if (n >= Vec<T>::lanes) return combineBlocksOf<Op>(rows, count, 0, out, n, oneLine, true);
+  combineLines<Op>(rows, count, 0, out, n, oneLine);
+}
+
 // n rounded up to whole vectors, for scratch rows with a vector to spare. out may be rows[0] where no row starts before
 // it: a block is read from every row before it is stored.
 template <class Op, class T = typename Op::Type>
-inline void combinePadded(const T* const* rows, int count, T* out, ptrdiff_t n) {
-  const ptrdiff_t x = combineWhole<Op>(rows, count, out, n);
-  if (x < n) combineBlock<Op, 1>(rows, count, x, out);
-  numbersBehind(out, n);
+ZEB_INLINE void combinePadded(const T* const* rows, int count, T* out, ptrdiff_t n, const Lines& lines = oneLine) {
+  combineWhole<Op>(rows, count, 0, out, n, lines, false);
 }
 
 // ---- Two windows of h rows at once, h >= 2: of rows[0..h-1] and of rows[1..h] ----
@@ -323,111 +395,6 @@ inline void advanceTwoRows(const T* const* rows, T* prefix, const T* const* suff
     out[0][x] = Op::pick(p0, suffixes[0][x]);
     prefix[x] = Op::pick(p0, rows[1][x]);
     out[1][x] = Op::pick(prefix[x], suffixes[1][x]);
-  }
-}
-
-// ---- Windows along a row ----
-
-// The extremum over 5..8 pixels of `px` bytes from each on: pairs by two loads, fours and the whole by shifting
-// registers. The row is a scratch line with two vectors to spare; it may be out where whole vectors may be written.
-template <class Op, int px, int width, class T>
-ZEB_INLINE void shortWindows(const T* row, T* out, ptrdiff_t n, bool exact) {
-  constexpr int lanes = Vec<T>::lanes, pixel = px / static_cast<int>(sizeof(T));
-  const auto pair = [=](ptrdiff_t x) { return Op::pick(load(row + x), load(row + x + pixel)); };
-  const auto whole = [](Vec<T> two, Vec<T> next) {
-    const Vec<T> middle = halvesBetween(two, next);
-    const Vec<T> four = Op::pick(two, fromByte<2 * px>(two, middle));
-    const Vec<T> fourMiddle = Op::pick(middle, fromByte<2 * px>(middle, next));
-    return Op::pick(four, fromByte<(width - 4) * px>(four, fourMiddle));
-  };
-  Vec<T> two = pair(0);
-  ptrdiff_t x = 0;
-  for (; x < (exact ? n - lanes + 1 : n); x += lanes) {
-    if (exact) fetchAhead(out + x);
-    const Vec<T> next = pair(x + lanes);
-    store(out + x, whole(two, next));
-    two = next;
-  }
-  if (x < n) store(out + n - lanes, whole(pair(n - lanes), pair(n)));
-  if (!exact) numbersBehind(out, n);
-}
-
-// Windows of 32 pixels of one byte from those of 8, in whole vectors; out may be row.
-template <class Op>
-inline void windowsOf32(const Zeb8u* row, Zeb8u* out, ptrdiff_t n) {
-  V8u eight = load(row);
-  for (ptrdiff_t x = 0; x < n; x += 32) {
-    const V8u next = load(row + x + 32), middle = halvesBetween(eight, next);
-    const V8u sixteen = Op::pick(eight, fromByte<8>(eight, middle));
-    store(out + x, Op::pick(sixteen, Op::pick(middle, fromByte<8>(middle, next))));
-    eight = next;
-  }
-}
-
-template <class Op, int px, class T>
-inline void shortWindowsOf(int width, const T* row, T* out, ptrdiff_t n, bool exact) {
-  switch (width) {
-    case 5:
-      return shortWindows<Op, px, 5>(row, out, n, exact);
-    case 6:
-      return shortWindows<Op, px, 6>(row, out, n, exact);
-    case 7:
-      return shortWindows<Op, px, 7>(row, out, n, exact);
-    default:
-      return shortWindows<Op, px, 8>(row, out, n, exact);
-  }
-}
-
-// Whether there is such a kernel for pixels of this many bytes, and it was used.
-template <class Op, class T = typename Op::Type>
-inline bool tryShortWindows(int64_t width, int px, const T* row, T* out, ptrdiff_t n, bool exact) {
-  if (width < 5 || width > 8 || (exact && n < Vec<T>::lanes)) return false;
-  const int w = static_cast<int>(width);
-  if constexpr (sizeof(T) == 1) {
-    if (px == 1) return shortWindowsOf<Op, 1>(w, row, out, n, exact), true;
-    if (px == 3) return shortWindowsOf<Op, 3>(w, row, out, n, exact), true;
-  }
-  if constexpr (sizeof(T) == 2) {
-    if (px == 2) return shortWindowsOf<Op, 2>(w, row, out, n, exact), true;
-  } else {
-    if (px == 4) return shortWindowsOf<Op, 4>(w, row, out, n, exact), true;
-  }
-  return false;
-}
-
-// from[x] holds the extremum over cur pixels from x on; out[x] gets that over `wider`, n elements in all. A window is
-// covered by overlapping shorter ones, in passes of a few taps each. Passes before the last go to temp, which may be
-// from itself; they write whole vectors and so does the last unless it must be exact. temp and from are scratch lines
-// with two vectors to spare. out must not be from when the last pass is exact.
-template <class Op, class T = typename Op::Type>
-inline void widenRow(const T* from, int64_t cur, T* out, int64_t wider, T* temp, int channels, ptrdiff_t n,
-                     bool exact) {
-  constexpr int mostTaps = 8;
-  const int px = channels * static_cast<int>(sizeof(T));
-  if (cur == 1) {
-    if (tryShortWindows<Op>(wider, px, from, out, n, exact)) return;
-    const ptrdiff_t reach = static_cast<ptrdiff_t>((wider - 8) * channels);
-    if (wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + reach, false)) from = temp, cur = 8;
-    if constexpr (sizeof(T) == 1) {
-      if (cur == 8 && px == 1 && wider >= 32) {
-        windowsOf32<Op>(temp, temp, n + static_cast<ptrdiff_t>(wider - 32));
-        cur = 32;
-      }
-    }
-  }
-  const T* taps[mostTaps];
-  for (;;) {
-    // Three taps a pass cost least when there are many passes; up to seven save a pass.
-    const int64_t next = wider <= 7 * cur ? wider : wider <= 9 * cur ? 3 * cur : wider <= 12 * cur ? 4 * cur : 3 * cur;
-    int count = 0;
-    for (int64_t at = 0; at + cur < next; at += cur) taps[count++] = from + static_cast<ptrdiff_t>(at * channels);
-    taps[count++] = from + static_cast<ptrdiff_t>((next - cur) * channels);
-    const ptrdiff_t reach = static_cast<ptrdiff_t>((wider - next) * channels);
-    if (next == wider && exact) return combineRows<Op>(taps, count, out, n);
-    if (next == wider) return combinePadded<Op>(taps, count, out, n);
-    combinePadded<Op>(taps, count, temp, n + reach);
-    from = temp;
-    cur = next;
   }
 }
 

@@ -1,6 +1,8 @@
 // Minimum and maximum over a rectangle: columns by direct combination or by running blocks, rows by widening windows.
 #include "filter/rank.h"
 
+#include "filter/windows_along.h"
+
 namespace zeb {
 
 namespace {
@@ -11,6 +13,9 @@ constexpr int64_t directRows = 8;
 // Strips of columns are so wide that what is read again stays in the second cache: the source rows and lines of direct
 // combination, or the suffixes and source rows of running blocks; and no narrower than this many pixels.
 constexpr int64_t bytesOfDirectRows = 200 << 10, bytesOfBlocks = 384 << 10, leastColumns = 256;
+
+// Lines up to so long are made eight at a time, and longer ones four at a time so that they stay in the first cache.
+constexpr ptrdiff_t bytesOfLine = 768;
 
 int64_t clamped(int64_t v, int64_t low, int64_t high) {
   return v < low ? low : v > high ? high : v;
@@ -47,7 +52,7 @@ class RankStrip {
     stride_ = static_cast<ptrdiff_t>(scratchStride(range_.to - range_.from, source.pixelBytes()) / sizeof(T));
     // The kept columns begin at a boundary, so that the stores to them do not straddle cache lines.
     const int64_t place = range_.before * channels;
-    for (T*& line : lines_) line = scratch.take<T>(stride_) + (-place & (Vec<T>::lanes - 1));
+    lines_ = scratch.take<T>((height_ > directRows ? 5 : mostLines()) * stride_) + (-place & (Vec<T>::lanes - 1));
     if (height_ > directRows) {
       suffixes_ = scratch.take<T>(height_ * stride_);
       rows_ = scratch.take<const T*>(height_, alignof(const T*));
@@ -65,43 +70,62 @@ class RankStrip {
  private:
   void rows(int64_t y, int count, const T** out) const { source_.rows(y + top_, count, range_.kept, out); }
 
+  // Lines for as many rows as are made together, and one for the running extremum of blocks.
+  int mostLines() const {
+    return height_ < 3 || height_ > directRows || n_ > bytesOfLine / ptrdiff_t(sizeof(T)) ? 4 : 8;
+  }
+  T* line(int i) const { return lines_ + i * stride_; }
+
   // Where the columns' extremum of output row y goes: into the destination itself when nothing is left to do along the
   // row, else into a line, at the place that leaves room for the border.
   bool direct() const { return width_ == 1 && kept_ == n_ && !range_.beyond; }
-  T* columnsTo(int y, int line) const {
-    return direct() ? output_.begin(y, at_) : lines_[line] + range_.before * channels_;
-  }
+  T* columnsTo(int y, int i) const { return direct() ? output_.begin(y, at_, i) : line(i) + range_.before * channels_; }
+  // Rows that all pass through the one line of the output cannot be made together.
+  bool oneByOne() const { return output_.together() < mostLines(); }
+  bool single() const { return direct() && oneByOne(); }
+
   // The rest of the way for `count` rows from y on whose extrema along the columns are there.
   void alongRows(int y, int count) const {
-    if (!direct())
-      for (int i = 0; i < count; ++i) source_.completeLine(lines_[i], range_);
-    for (int i = 0; i < count; ++i) {
-      if (!direct()) widenRow<Op>(lines_[i], 1, output_.begin(y + i, at_), width_, lines_[i], channels_, n_, true);
-      output_.end(y + i, at_, n_);
+    if (!direct()) {
+      for (int i = 0; i < count; ++i) source_.completeLine(line(i), range_);
+      if (!oneByOne()) widen(y, 0, count);
     }
+    for (int i = 0; i < count; ++i) {
+      if (!direct() && oneByOne()) widen(y + i, i, 1);
+      output_.end(y + i, at_, n_, oneByOne() ? 0 : i);
+    }
+  }
+  void widen(int y, int i, int count) const {
+    widenLines<Op>(line(i), 1, output_.begin(y, at_), width_, line(i), channels_, n_, {count, stride_, output_.step()},
+                   true);
   }
   void oneRow(int y, const T* const* taps, int count) const {
     combineRows<Numbers>(taps, count, columnsTo(y, 0), kept_);
     alongRows(y, 1);
   }
-  // Rows that all pass through the one line of the output cannot be made together.
-  bool single() const { return direct() && output_.finish == RowOutput<T>::dstMinusResult; }
 
   void runDirect() const {
     const int end = output_.endRow, h = static_cast<int>(height_);
     const T* taps[directRows + 3];
-    const int group = single() ? 1 : h >= 3 ? 4 : h;
+    const int group = single() ? 1 : h >= 3 ? 4 : 2;
     int y = output_.firstRow;
-    for (; group > 1 && y <= end - group; y += group) {
-      rows(y, h + group - 1, taps);
-      T* out[4];
-      for (int i = 0; i < group; ++i) out[i] = columnsTo(y + i, i);
-      if (group == 4) {
-        combineQuad<Numbers>(taps, h, out, kept_);
-      } else {
-        combinePair<Numbers>(taps, h, out[0], out[1], kept_);
+    for (; group > 1 && y <= end - group;) {
+      // Groups of short lines go along their rows together.
+      int made = 0;
+      for (; made < mostLines() && y + made <= end - group; made += group) {
+        rows(y + made, h + group - 1, taps);
+        T* out[4];
+        for (int i = 0; i < group; ++i) out[i] = columnsTo(y + made + i, made + i);
+        if (h >= 3) {
+          combineQuad<Numbers>(taps, h, out, kept_);
+        } else if (h == 2) {
+          combinePair<Numbers>(taps, h, out[0], out[1], kept_);
+        } else {
+          for (int i = 0; i < group; ++i) combineRows<Numbers>(taps + i, 1, out[i], kept_);
+        }
       }
-      alongRows(y, group);
+      alongRows(y, made);
+      y += made;
     }
     for (; y < end; ++y) {
       rows(y, h, taps);
@@ -114,7 +138,7 @@ class RankStrip {
   void runBlocks() const {
     const int end = output_.endRow;
     const int h = static_cast<int>(height_);
-    T* prefix = lines_[3];
+    T* prefix = line(4);
     for (int64_t y = output_.firstRow; y < end; y += h) {
       rows(y, h, rows_);
       suffixRows<Numbers>(rows_, h, suffixes_, stride_, kept_);
@@ -127,12 +151,17 @@ class RankStrip {
       next[1] = suffix[1];
       oneRow(first + 1, next, 2);
       int j = 2;
-      for (; !single() && j < last - 1; j += 2) {
-        rows(y + h + j - 1, 2, next);
-        suffix[0] = suffixes_ + j * stride_, suffix[1] = suffix[0] + stride_;
-        T* out[2] = {columnsTo(first + j, 0), columnsTo(first + j + 1, 1)};
-        advanceTwoRows<Numbers>(next, prefix, suffix, out, kept_);
-        alongRows(first + j, 2);
+      while (!single() && j < last - 1) {
+        int made = 0;
+        for (; made < 4 && j + made < last - 1; made += 2) {
+          const int at = j + made;
+          rows(y + h + at - 1, 2, next);
+          suffix[0] = suffixes_ + at * stride_, suffix[1] = suffix[0] + stride_;
+          T* out[2] = {columnsTo(first + at, made), columnsTo(first + at + 1, made + 1)};
+          advanceTwoRows<Numbers>(next, prefix, suffix, out, kept_);
+        }
+        alongRows(first + j, made);
+        j += made;
       }
       for (; j < last; ++j) {
         rows(y + h + j - 1, 1, next);
@@ -148,7 +177,7 @@ class RankStrip {
   int64_t width_, height_, top_;
   BorderedImage::Columns range_;
   ptrdiff_t kept_, at_, n_, stride_;
-  T* lines_[4];
+  T* lines_;
   T* suffixes_ = nullptr;
   const T** rows_ = nullptr;
 };

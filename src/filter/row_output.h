@@ -41,26 +41,35 @@ struct RowOutput {
   int firstRow, endRow;  // the rows to make; images begin at the first of them
   Finish finish = store;
   Rows<const T> other{nullptr, 0};
-  T* line = nullptr;    // room for a row, for dstMinusResult
+  T* line = nullptr;  // room for as many rows as follow, for dstMinusResult
+  int lines = 1;
+  ptrdiff_t lineStep = 0;
   bool finite = false;  // infinite results become the largest finite values
 
   RowOutput(Rows<T> rows, int first, int end) : dst(rows), firstRow(first), endRow(end) {}
 
-  // Where elements x.. of row y are to be written, and what to do after they were.
-  T* begin(int y, ptrdiff_t x) const { return finish == dstMinusResult ? line : dst[y - firstRow] + x; }
-  ZEB_INLINE void end(int y, ptrdiff_t x, ptrdiff_t n) const {
-    if (finish != store || finite) finishRow(y, x, n);
+  // So many rows may be made together, those of a group so many elements apart.
+  int together() const { return finish == dstMinusResult ? lines : 1 << 16; }
+  ptrdiff_t step() const {
+    return finish == dstMinusResult ? lineStep : dst.step() / static_cast<ptrdiff_t>(sizeof(T));
+  }
+  // Where elements x.. of row y, the i-th of its group, are to be written, and what to do after they were.
+  T* begin(int y, ptrdiff_t x, int i = 0) const {
+    return finish == dstMinusResult ? line + i * lineStep : dst[y - firstRow] + x;
+  }
+  ZEB_INLINE void end(int y, ptrdiff_t x, ptrdiff_t n, int i = 0) const {
+    if (finish != store || finite) finishRow(y, x, n, i);
   }
 
  private:
-  void finishRow(int y, ptrdiff_t x, ptrdiff_t n) const {
+  void finishRow(int y, ptrdiff_t x, ptrdiff_t n, int i) const {
     if constexpr (std::is_same_v<T, Zeb32f>) {
-      if (finite) clampToFinite(begin(y, x), n);
+      if (finite) clampToFinite(begin(y, x, i), n);
     }
     T* out = dst[y - firstRow] + x;
     if (finish == otherMinus) excessRow<T>(other[y - firstRow] + x, out, out, n);
     if (finish == minusOther) excessRow<T>(out, other[y - firstRow] + x, out, n);
-    if (finish == dstMinusResult) excessRow<T>(out, line, out, n);
+    if (finish == dstMinusResult) excessRow<T>(out, begin(y, x, i), out, n);
   }
 
   static void clampToFinite(Zeb32f* p, ptrdiff_t n) {

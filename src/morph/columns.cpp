@@ -85,14 +85,14 @@ struct Step {
 
 // The extrema of all sets for some vectors of columns. Where nested, one extremum runs through all of them.
 template <class Op, int vectors, bool nested, class T>
-ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x) {
+ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x, ptrdiff_t lineX) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors];
   const T* p = step->row + x;
   for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
   for (const Step<T>* end = step + count;;) {
     if (step->line != nullptr) {
-      T* line = step->line + x;
+      T* line = step->line + lineX;
       for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
     }
     if (++step == end) return;
@@ -105,20 +105,21 @@ ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x) {
   }
 }
 
+// Of the rows from element `from` on, to the lines from element `to` on.
 template <class Op, bool nested, class T>
-void setsRow(const Step<T>* steps, int count, ptrdiff_t n) {
+void setsRow(const Step<T>* steps, int count, ptrdiff_t n, ptrdiff_t from, ptrdiff_t to) {
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t x = 0;
-  for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, nested>(steps, count, x);
-  for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, nested>(steps, count, x);
-  for (; x <= n - lanes; x += lanes) setsBlock<Op, 1, nested>(steps, count, x);
+  for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, nested>(steps, count, from + x, to + x);
+  for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, nested>(steps, count, from + x, to + x);
+  for (; x <= n - lanes; x += lanes) setsBlock<Op, 1, nested>(steps, count, from + x, to + x);
   if (x == n) return;
-  if (n >= lanes) return setsBlock<Op, 1, nested>(steps, count, n - lanes);
+  if (n >= lanes) return setsBlock<Op, 1, nested>(steps, count, from + n - lanes, to + n - lanes);
   for (; x < n; ++x) {
-    T best = steps[0].row[x];
+    T best = steps[0].row[from + x];
     for (int i = 0; i < count; ++i) {
-      best = steps[i].fresh ? steps[i].row[x] : Op::pick(best, steps[i].row[x]);
-      if (steps[i].line != nullptr) steps[i].line[x] = best;
+      best = steps[i].fresh ? steps[i].row[from + x] : Op::pick(best, steps[i].row[from + x]);
+      if (steps[i].line != nullptr) steps[i].line[to + x] = best;
     }
   }
 }
@@ -132,6 +133,14 @@ int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes,
          static_cast<int64_t>(sizeof(void*)) * (int64_t(plan.columns) + mask.height) + 96;
 }
 
+namespace {
+
+// So many rows of short lines are made together; fewer of longer ones, so that the lines stay in the first cache.
+constexpr int rowsTogether = 8;
+constexpr int64_t bytesOfLines = 14 << 10;
+
+}  // namespace
+
 template <class Op>
 void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const BorderedImage& source,
                   const RowOutput<typename Op::Type>& output, Scratch scratch) {
@@ -142,31 +151,48 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   const ptrdiff_t stride =
       static_cast<ptrdiff_t>(scratchStride(range.to - range.from, source.pixelBytes()) / sizeof(T));
   const ptrdiff_t place = static_cast<ptrdiff_t>(range.before * channels);
-  // The kept columns begin at a vector boundary.
-  T* first = scratch.take<T>(plan.sets * stride) + (-place & (Vec<T>::lanes - 1));
+  // The kept columns begin at a vector boundary. There are lines of every set for as many rows as are made together.
+  int together = rowsTogether < output.together() ? rowsTogether : output.together();
+  const int maskRows = plan.bottom - plan.top + 1;
+  const int64_t lists = int64_t(sizeof(Step<T>)) * plan.taps +
+                        static_cast<int64_t>(sizeof(void*)) * (int64_t(plan.columns) + maskRows) + 96;
+  const int64_t left = scratch.left() - lists, room = left < bytesOfLines ? left : bytesOfLines;
+  while (together > 1 && int64_t(together) * plan.sets * stride * int64_t(sizeof(T)) > room) together /= 2;
+  T* first = scratch.take<T>(plan.sets * together * stride) + (-place & (Vec<T>::lanes - 1));
   Step<T>* steps = scratch.take<Step<T>>(plan.taps, alignof(T*));
   bool nested = true;
   for (int set = 0, i = 0; set < plan.sets; ++set) {
     const bool alone = set == 0 || !plan.set[set].onward;
     if (alone && set > 0) nested = false;
     for (int r = 0; r < plan.set[set].rows; ++r, ++i) steps[i] = {nullptr, nullptr, alone && r == 0};
-    steps[i - 1].line = first + set * stride + place;
+    steps[i - 1].line = first + set * together * stride + place;
   }
   const T** shifted = scratch.take<const T*>(plan.columns, alignof(const T*));
-  const int maskRows = plan.bottom - plan.top + 1;
   const T** rows = scratch.take<const T*>(maskRows, alignof(const T*));
   int count = 0;
   for (int x = 0; x <= plan.right - plan.left; ++x)
-    if (plan.setOf[x] >= 0) shifted[count++] = first + plan.setOf[x] * stride + static_cast<ptrdiff_t>(x) * channels;
+    if (plan.setOf[x] >= 0)
+      shifted[count++] = first + plan.setOf[x] * together * stride + static_cast<ptrdiff_t>(x) * channels;
 
   const ptrdiff_t kept = static_cast<ptrdiff_t>(range.keptCount() * channels);
-  for (int y = output.firstRow; y < output.endRow; ++y) {
-    source.rows(int64_t(y) + plan.top - anchor.y, maskRows, range.kept, rows);
-    for (int i = 0; i < plan.taps; ++i) steps[i].row = rows[plan.tapRow[i] - plan.top];
-    (nested ? setsRow<Op, true, T> : setsRow<Op, false, T>)(steps, plan.taps, kept);
-    for (int s = 0; s < plan.sets; ++s) source.completeLine(first + s * stride, range);
-    combineRows<Op>(shifted, count, output.begin(y, 0), n);
-    output.end(y, 0, n);
+  // Where no row is repeated, the rows of several results are equally far apart.
+  const int64_t above = int64_t(plan.top) - anchor.y;
+  const int height = source.size().height;
+  const ptrdiff_t step = height > 1 ? (source.row(1) - source.row(0)) / static_cast<ptrdiff_t>(sizeof(T)) : 0;
+  for (int y = output.firstRow; y < output.endRow; y += together) {
+    const int made = output.endRow - y < together ? output.endRow - y : together;
+    const bool even = y + above >= 0 && y + made - 1 + above + maskRows <= height;
+    for (int r = 0; r < made; ++r) {
+      if (r == 0 || !even) {
+        source.rows(y + r + above, maskRows, range.kept, rows);
+        for (int i = 0; i < plan.taps; ++i) steps[i].row = rows[plan.tapRow[i] - plan.top];
+      }
+      (nested ? setsRow<Op, true, T> : setsRow<Op, false, T>)(steps, plan.taps, kept, even ? r * step : 0, r * stride);
+    }
+    for (int i = 0; i < plan.sets; ++i)
+      for (int r = 0; r < made; ++r) source.completeLine(first + (i * together + r) * stride, range);
+    combineLines<Op>(shifted, count, 0, output.begin(y, 0), n, {made, stride, output.step()});
+    for (int r = 0; r < made; ++r) output.end(y + r, 0, n, r);
   }
 }
 

@@ -306,6 +306,8 @@ ZebStatus gradient(Image<const T, channels> src, Image<T, channels> dst, ZebiSiz
   morphRegion<Highest<T>>(*pState->dilate, source, output, room.scratch, room.scratchBytes);
   output.finish = RowOutput<T>::dstMinusResult;
   output.line = reinterpret_cast<T*>(room.image);
+  output.lineStep = static_cast<ptrdiff_t>(row) * channels;
+  output.lines = static_cast<int>(room.imageBytes / (row * px) < 8 ? 1 : 8);
   output.finite = isFinite(*pState->erode, border);
   morphRegion<Lowest<T>>(*pState->erode, source, output, room.scratch, room.scratchBytes);
   return zebStsOk;

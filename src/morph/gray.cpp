@@ -3,6 +3,9 @@
 //
 // Pixels whose whole mask lies between the left and the right edge are taken a vector at a time straight from the
 // source; the few others one by one. Rows beyond the top and the bottom are the edge rows.
+//
+// A sum that is saturated does not change the order of two bytes. So the extremum of all pixels under the same weight
+// is taken first, and the weight once: a paraboloid has few distinct ones.
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
@@ -47,6 +50,7 @@ struct FloatTap {
 // be added and what is to be taken away stand in every byte of a word; one of the two is 0.
 template <bool dilate>
 struct ByteTap {
+  static constexpr bool dilates = dilate;
   using Type = Zeb8u;
   using Weight = Zeb32s;
   struct Prepared {
@@ -158,6 +162,112 @@ class GrayRegion {
   Prepared prepared_[kept];
 };
 
+// Masks of bytes by their distinct weights.
+template <bool dilate>
+class ByteRegion {
+  static constexpr int lanes = V8u::lanes;
+  static constexpr int change(Zeb32s w) { return w < -255 ? -255 : w > 255 ? 255 : w; }
+
+ public:
+  static constexpr int mostTaps = 256;
+
+  ByteRegion(const ZebiMorphGrayState& state, Rows<const Zeb8u> src, ZebiSize roi)
+      : state_(state), src_(src), roi_(roi), count_(state.width * state.height) {
+    // Sorted by weight: how many are not above each one is where those of it end.
+    const Zeb32s* weights = static_cast<const Zeb32s*>(state.weights);
+    short ends[511] = {};
+    for (int i = 0; i < count_; ++i) ++ends[255 + change(weights[i])];
+    for (int w = 0, sum = 0; w < 511; ++w) {
+      if (ends[w] == 0) continue;
+      sum += ends[w];
+      ends[w] = static_cast<short>(sum);
+      group_[groups_++] = {sum, dilate ? w - 255 : 255 - w};
+    }
+    for (int i = count_ - 1; i >= 0; --i)
+      tap_[--ends[255 + change(weights[i])]] = {static_cast<short>(i / state.width),
+                                                static_cast<short>(i % state.width)};
+  }
+
+  // Whether a row holds the vectors that the pixels beside its edges are taken from.
+  static bool takes(const ZebiMorphGrayState& state, ZebiSize roi) {
+    return int64_t(state.width) * state.height <= mostTaps && roi.width >= lanes + state.width;
+  }
+
+  void row(int y, Zeb8u* dst) const {
+    const Zeb8u* rows[mostTaps];
+    for (int r = 0; r < state_.height; ++r) {
+      const int64_t at = int64_t(y) + r - state_.anchorY;
+      rows[r] = src_[static_cast<int>(at < 0 ? 0 : at >= roi_.height ? roi_.height - 1 : at)];
+    }
+    // A pixel beside an edge is the first or the last element of a vector; the others are overwritten.
+    const int begin = state_.anchorX, end = roi_.width - (state_.width - 1 - state_.anchorX);
+    for (int x = roi_.width - 1; x >= end; --x) pixel(rows, x, lanes - 1, dst);
+    for (int x = 0; x < begin; ++x) pixel(rows, x, 0, dst);
+    const Zeb8u* taps[mostTaps];
+    for (int i = 0; i < count_; ++i) taps[i] = rows[tap_[i].row] + tap_[i].column - state_.anchorX;
+    int x = begin;
+    for (; x <= end - 3 * lanes; x += 3 * lanes) block<3>(taps, x, dst);
+    for (; x <= end - lanes; x += lanes) block<1>(taps, x, dst);
+    if (x < end) block<1>(taps, end - lanes, dst);
+  }
+
+ private:
+  // Pixel x, which stands so many elements behind the start of the vectors.
+  void pixel(const Zeb8u* const* rows, int x, int before, Zeb8u* dst) const {
+    const Zeb8u* taps[mostTaps];
+    for (int i = 0; i < count_; ++i) {
+      const int column = x + tap_[i].column - state_.anchorX;
+      taps[i] = rows[tap_[i].row] + (column < 0 ? 0 : column >= roi_.width ? roi_.width - 1 : column) - before;
+    }
+    block<1>(taps, 0, dst + x - before);
+  }
+
+  template <int vectors>
+  ZEB_INLINE void block(const Zeb8u* const* taps, int x, Zeb8u* dst) const {
+    const auto pick = [](V8u a, V8u b) { return dilate ? max(a, b) : min(a, b); };
+    V8u best[vectors];
+#pragma GCC unroll 8
+    for (int k = 0; k < vectors; ++k) best[k] = splat(Zeb8u(dilate ? 0 : 255));
+    int i = 0;
+    for (const Group *g = group_, *stop = g + groups_; g < stop; ++g) {
+      V8u some[vectors];
+      const Zeb8u* p = taps[i++] + x;
+#pragma GCC unroll 8
+      for (int k = 0; k < vectors; ++k) some[k] = load(p + k * lanes);
+      for (; i < g->end; ++i) {
+        p = taps[i] + x;
+#pragma GCC unroll 8
+        for (int k = 0; k < vectors; ++k) some[k] = pick(some[k], load(p + k * lanes));
+      }
+      const V8u all = splat(static_cast<Zeb8u>(g->change < 0 ? -g->change : g->change));
+      if (g->change >= 0) {
+#pragma GCC unroll 8
+        for (int k = 0; k < vectors; ++k) best[k] = pick(best[k], addSat(some[k], all));
+      } else {
+#pragma GCC unroll 8
+        for (int k = 0; k < vectors; ++k) best[k] = pick(best[k], subSat(some[k], all));
+      }
+    }
+#pragma GCC unroll 8
+    for (int k = 0; k < vectors; ++k) store(dst + x + k * lanes, best[k]);
+  }
+
+  struct Group {
+    int end;     // of its taps
+    int change;  // what it adds
+  };
+  struct Place {
+    short row, column;
+  };
+
+  const ZebiMorphGrayState& state_;
+  Rows<const Zeb8u> src_;
+  ZebiSize roi_;
+  int count_, groups_ = 0;
+  Group group_[mostTaps];
+  Place tap_[mostTaps];
+};
+
 template <class Tap, class T = typename Tap::Type>
 ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
                      const ZebiMorphGrayState* pState) {
@@ -168,6 +278,13 @@ ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize 
   if (auto bad = firstFailure(require(roi.width <= pState->roiWidth && roi.height <= pState->roiHeight, zebStsErrSize),
                               isGrayState(*pState)))
     return bad;
+  if constexpr (std::is_same_v<T, Zeb8u>) {
+    if (ByteRegion<Tap::dilates>::takes(*pState, roi)) {
+      const ByteRegion<Tap::dilates> region(*pState, Rows<const T>(pSrc, srcStep), roi);
+      for (int y = 0; y < roi.height; ++y) region.row(y, Rows<T>(pDst, dstStep)[y]);
+      return zebStsOk;
+    }
+  }
   const GrayRegion<Tap> region(*pState, Rows<const T>(pSrc, srcStep), roi);
   for (int y = 0; y < roi.height; ++y) region.row(y, Rows<T>(pDst, dstStep)[y]);
   return zebStsOk;

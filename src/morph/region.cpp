@@ -1,7 +1,9 @@
 // The paths of erosion and dilation: element by element, by run lengths, by rectangles.
 #include "morph/region.h"
 
+#include "filter/windows_along.h"
 #include "morph/columns.h"
+#include "morph/cover.h"
 
 namespace zeb {
 
@@ -56,6 +58,7 @@ int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
 struct SmallMask {
   static constexpr int most = 9;
   int count = 0, left = 0, right = 0;  // reach to either side, at least 0
+  int top = 0, bottom = 0;             // rows, of those above and below the anchor or its own
   int row[most], column[most];         // relative to the anchor
 
   // Whether the mask is small: few elements, few columns of pixels that need the border.
@@ -66,6 +69,8 @@ struct SmallMask {
         if (!state.mask[i]) continue;
         if (count == most) return false;
         row[count] = y - state.anchorY;
+        if (row[count] < top) top = row[count];
+        if (row[count] > bottom) bottom = row[count];
         column[count++] = x - state.anchorX;
         if (state.anchorX - x > left) left = state.anchorX - x;
         if (x - state.anchorX > right) right = x - state.anchorX;
@@ -74,43 +79,91 @@ struct SmallMask {
   }
 };
 
+// A pixel beside an edge is the first or the last element of a vector that lies in the row; what the vector leaves
+// beside it is overwritten by the pixels further in.
 template <class Op, class T = typename Op::Type>
-void smallRegion(const SmallMask& mask, int channels, const BorderedImage& source, const RowOutput<T>& output) {
-  const int width = source.size().width;
-  const Sides in = source.sides();
-  const int begin = in.left ? 0 : mask.left < width ? mask.left : width;
-  const int last = in.right ? width : width - mask.right;
-  const int end = last > begin ? last : begin;
-  const T* row[SmallMask::most];
-  const T* taps[SmallMask::most];
-  for (int y = output.firstRow; y < output.endRow; ++y) {
-    for (int i = 0; i < mask.count; ++i) {
-      row[i] = reinterpret_cast<const T*>(source.row(int64_t(y) + mask.row[i]));
-      taps[i] = row[i] + static_cast<ptrdiff_t>(begin + mask.column[i]) * channels;
-    }
-    T* out = output.begin(y, 0);
-    const auto pixels = [&](int from, int to) {
-      for (int x = from; x < to; ++x)
-        for (int c = 0; c < channels; ++c) {
-          const auto at = [&](int i) {
-            int column = x + mask.column[i];
-            if (column < 0 && !in.left) column = 0;
-            if (column >= width && !in.right) column = width - 1;
-            return row[i][static_cast<ptrdiff_t>(column) * channels + c];
-          };
-          T best = at(0);
-          for (int i = 1; i < mask.count; ++i) best = Op::pick(best, at(i));
-          out[static_cast<ptrdiff_t>(x) * channels + c] = best;
-        }
-    };
-    pixels(0, begin);
-    if (end > begin)
-      combineRows<Op>(taps, mask.count, out + static_cast<ptrdiff_t>(begin) * channels,
-                      static_cast<ptrdiff_t>(end - begin) * channels);
-    pixels(end, width);
-    output.end(y, 0, static_cast<ptrdiff_t>(width) * channels);
+class SmallRegion {
+  static constexpr int lanes = Vec<T>::lanes;
+
+ public:
+  SmallRegion(const SmallMask& mask, int channels, const BorderedImage& source, const RowOutput<T>& output)
+      : mask_(mask), channels_(channels), source_(source), output_(output), in_(source.sides()) {
+    width_ = source.size().width;
+    begin_ = in_.left ? 0 : mask.left < width_ ? mask.left : width_;
+    const int last = in_.right ? width_ : width_ - mask.right;
+    end_ = last > begin_ ? last : begin_;
   }
-}
+
+  void run() const {
+    const ptrdiff_t n = static_cast<ptrdiff_t>(width_) * channels_;
+    const bool wide = n >= lanes + 2 * channels_;
+    const int height = source_.size().height;
+    // Rows from..end-1 see no repeated row, so that their taps are equally far apart.
+    const int from = in_.top ? 0 : -mask_.top, end = in_.bottom ? height : height - mask_.bottom;
+    const ptrdiff_t step = height > 1 ? elements(source_.row(1) - source_.row(0)) : 0;
+    const ptrdiff_t outStep = output_.step();
+    for (int y = output_.firstRow; y < output_.endRow;) {
+      int rows = output_.endRow - y < rowsTogether ? output_.endRow - y : rowsTogether;
+      if (y < from || y >= end || rows > output_.together()) {
+        rows = 1;
+      } else if (rows > end - y) {
+        rows = end - y;
+      }
+      const T *row[SmallMask::most], *taps[SmallMask::most];
+      for (int i = 0; i < mask_.count; ++i) {
+        row[i] = reinterpret_cast<const T*>(source_.row(int64_t(y) + mask_.row[i]));
+        taps[i] = row[i] + static_cast<ptrdiff_t>(begin_ + mask_.column[i]) * channels_;
+      }
+      T* const out = output_.begin(y, 0);
+      const Lines lines{rows, step, outStep};
+      if (wide) {
+        for (int x = width_ - 1; x >= end_; --x) edge(row, x, lanes - channels_, out, lines);
+        for (int x = 0; x < begin_; ++x) edge(row, x, 0, out, lines);
+      } else {
+        for (int i = 0; i < rows; ++i) {
+          const auto pixel = [&](int x) {
+            for (int c = 0; c < channels_; ++c) {
+              const auto at = [&](int k) { return row[k][i * step + sourceColumn(x, k) * channels_ + c]; };
+              T best = at(0);
+              for (int k = 1; k < mask_.count; ++k) best = Op::pick(best, at(k));
+              out[i * outStep + static_cast<ptrdiff_t>(x) * channels_ + c] = best;
+            }
+          };
+          for (int x = 0; x < begin_; ++x) pixel(x);
+          for (int x = end_; x < width_; ++x) pixel(x);
+        }
+      }
+      if (end_ > begin_)
+        combineLines<Op>(taps, mask_.count, 0, out + static_cast<ptrdiff_t>(begin_) * channels_,
+                         static_cast<ptrdiff_t>(end_ - begin_) * channels_, lines);
+      for (int i = 0; i < rows; ++i) output_.end(y + i, 0, n, i);
+      y += rows;
+    }
+  }
+
+ private:
+  // The pixels beside the edges of so many rows are made before the rest of them.
+  static constexpr int rowsTogether = 8;
+
+  static ptrdiff_t elements(ptrdiff_t bytes) { return bytes / static_cast<ptrdiff_t>(sizeof(T)); }
+  ptrdiff_t sourceColumn(int x, int tap) const {
+    const int column = x + mask_.column[tap];
+    return column < 0 && !in_.left ? 0 : column >= width_ && !in_.right ? width_ - 1 : column;
+  }
+  // Pixel x of all lines; of the vectors that are read and written it begins `before` elements behind the start.
+  void edge(const T* const* row, int x, int before, T* out, const Lines& lines) const {
+    const T* taps[SmallMask::most];
+    for (int i = 0; i < mask_.count; ++i) taps[i] = row[i] + sourceColumn(x, i) * channels_ - before;
+    combineColumns<Op, 1, 0>(taps, mask_.count, 0, out + static_cast<ptrdiff_t>(x) * channels_ - before, lines);
+  }
+
+  const SmallMask& mask_;
+  int channels_;
+  const BorderedImage& source_;
+  const RowOutput<T>& output_;
+  Sides in_;
+  int width_, begin_, end_;
+};
 
 // ---- General masks: one tap for each set element; the others change nothing and are left out. Where room is scarce
 // the rows stand without a byte between them ----
@@ -226,7 +279,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
         T* row = rings[j].advance();
         const int length = shape.length[j];
         const ptrdiff_t n = static_cast<ptrdiff_t>((width - length + 1) * channels);
-        widenRow<Op>(from, cur, row, length, line, channels, n, false);
+        widenLines<Op>(from, cur, row, length, line, channels, n, oneLine, false);
         from = row, cur = length;
       }
     };
@@ -246,14 +299,15 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
   }
 }
 
-// Loads and stores for a vector of results, and the rows that have to be fetched with their borders.
+// What a vector of results takes, in loads of a column. An element is taken one load and the extremum at a time as
+// well, but from a row that was fetched with its borders, at any address and through a list that is made for every row.
 int64_t elementCost(const ZebiMorphState& state) {
-  int64_t elements = 2;
+  int64_t elements = 0;
   for (int64_t i = 0, n = int64_t(state.width) * state.height; i < n; ++i) elements += state.mask[i] != 0;
-  return elements;
+  return 2 + 7 * elements / 4;
 }
 int64_t ellipseCost(const ZebiMorphShape& shape) {
-  return 3 + 4 * int64_t(shape.lengths) + shape.rows;
+  return 3 + 8 * int64_t(shape.lengths) + 2 * shape.rows;
 }
 
 // The cheapest way through the elements that the scratch has room for.
@@ -261,7 +315,8 @@ template <class Op, class T = typename Op::Type>
 void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
                     Scratch scratch) {
   SmallMask small;
-  if (small.take(state)) return smallRegion<Op>(small, state.channels, source, output);
+  if (small.take(state)) return SmallRegion<Op>(small, state.channels, source, output).run();
+  if (coverRegion<Op>(*coverOf(state), {state.anchorX, state.anchorY}, state.channels, source, output, scratch)) return;
   const int width = source.size().width, px = source.pixelBytes();
   const ZebiSize mask{state.width, state.height};
   const int64_t room = scratch.left();

@@ -7,6 +7,7 @@
 #include "core/checks.h"
 #include "core/memory.h"
 #include "filter/bit_rows.h"
+#include "morph/cover.h"
 
 namespace zeb {
 
@@ -96,9 +97,15 @@ int64_t ellipseFormula(int64_t width, int pixelBytes, int64_t height, int64_t le
   return boundedProduct(boundedProduct(height, lengths) + 1, boundedProduct(width, pixelBytes) + 32) + 20 * height + 36;
 }
 
+// Masks that are taken by pieces.
+bool hasPlan(MorphKind kind, int shapeClass) {
+  return kind.typeCode != typeCodeBits && (shapeClass == zebShapeGeneral || shapeClass == zebShapeEllipse);
+}
+constexpr int64_t usefulScratch = 96 << 10;
+
 // Where the parts of a state lie, from its start; the mask goes to the next multiple of 16.
 struct Layout {
-  int64_t shape, shapeBytes, mask, tables, scratch, scratchBytes, room, total;
+  int64_t shape, shapeBytes, mask, tables, plan, scratch, scratchBytes, room, total;
 };
 
 Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& a, const Runs& runs, bool ownScratch) {
@@ -136,7 +143,15 @@ Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& 
   if (l.room == 0) l.room = l.scratchBytes;
   l.mask = l.shape + l.shapeBytes + 15;
   l.tables = l.mask + area;
-  l.scratch = l.tables + (a.shapeClass == zebShapeGeneral && !bits ? 2 * boundedProduct(16, area) : 0);
+  l.plan = l.tables + (a.shapeClass == zebShapeGeneral && !bits ? 2 * boundedProduct(16, area) : 0);
+  l.scratch = l.plan + (hasPlan(kind, a.shapeClass) ? CoverPlan::bytes(mask.size) : 0);
+  // Of what any mask of this size may need, a plan makes good use of more than its mask alone does.
+  if (hasPlan(kind, a.shapeClass)) {
+    const int64_t free = ownScratch ? morphStateSize(kind, roiWidth, mask.size) - l.scratch
+                                    : morphScratchSize(kind, roiWidth, mask.size);
+    const int64_t useful = ownScratch && free > usefulScratch ? usefulScratch : free;
+    if (useful > l.room) l.room = useful;
+  }
   l.total = l.scratch + (ownScratch ? l.room : 0);
   return l;
 }
@@ -216,12 +231,13 @@ void fillState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor,
     s.rightReach = mask.size.width - anchor.x - 1;
     s.lowerReach = mask.size.height - anchor.y - 1;
   }
-  if (l.scratch > l.tables) {
+  if (l.plan > l.tables) {
     s.erodeTable = s.mask + maskBytes(mask.size);
     s.dilateTable = s.erodeTable + 16 * maskBytes(mask.size);
     fillTables(kind, s.mask, area, s.erodeTable, s.dilateTable);
   }
   if (ownScratch) s.scratch = block + l.scratch;
+  if (l.scratch > l.plan) coverOf(s)->make(s.mask, mask.size);
   *state = s;
 }
 
