@@ -169,7 +169,7 @@ class ByteRegion {
   static constexpr int change(Zeb32s w) { return w < -255 ? -255 : w > 255 ? 255 : w; }
 
  public:
-  static constexpr int mostTaps = 256;
+  static constexpr int mostTaps = 128;  // what the lists of a row take of the stack
 
   ByteRegion(const ZebiMorphGrayState& state, Rows<const Zeb8u> src, ZebiSize roi)
       : state_(state), src_(src), roi_(roi), count_(state.width * state.height) {
