@@ -34,6 +34,11 @@ class EveryFunction : public testing::Test {
 
 constexpr int largest = 9;
 
+// The call that took most of the stack so far; the text of types.h names it.
+void tellDeepest() {
+  printf("most stack: %zu bytes, %s\n", watch().deepest.first, watch().deepest.second);
+}
+
 // Every buffer lies between inaccessible pages, scratch has exactly the reported size, often at an odd address.
 TEST_F(EveryFunction, AtAllSmallSizes) {
   constexpr int casesPerSize = 3;
@@ -50,7 +55,7 @@ TEST_F(EveryFunction, AtAllSmallSizes) {
     if (strcmp(name, "zebcvGetLibVersion") != 0) {
       EXPECT_EQ(watch().calls[name].shifts.size(), 4u) << name << " was not called on all stacks";
     }
-  printf("most stack: %zu bytes, %s\n", watch().deepest.first, watch().deepest.second);
+  tellDeepest();
   for (const Target& target : targets()) EXPECT_EQ(watch().calls.count(target.name), 1u) << target.name;
 }
 
@@ -74,6 +79,7 @@ TEST_P(EveryFunctionOf, AtEveryWidth) {
     }
     if (HasFailure()) return;
   }
+  tellDeepest();
 }
 INSTANTIATE_TEST_SUITE_P(, EveryFunctionOf, testing::ValuesIn(groups()), [](const auto& info) { return info.param; });
 

@@ -534,7 +534,7 @@ ZEB_INLINE void settle(Vec<T>& a) {
   asm("" : "+x"(a.v));
 }
 // The same place, of which nothing is known: keeps a compiler from putting what it reads there together from what it
-// stored there.
+// stored there, and from taking the sum apart that leads there.
 template <class T>
 ZEB_INLINE T* anew(T* p) {
   asm("" : "+r"(p));

@@ -83,6 +83,37 @@ class Draw {
   unsigned x_ = 0xFFFFFFFF, carry_ = 0xFFFFFFFF;
 };
 
+// Takes pixels off the list in random order. Which comes next does not depend on what becomes of it: some are drawn
+// ahead, so that no load waits for a division.
+class Drawing {
+ public:
+  Drawing(Anywhere<Zeb32s>* list, unsigned count, int width) : list_(list), count_(count), width_(width) {}
+
+  bool next(ZebiPoint* p) {
+    if (taken_ == drawn_) {
+      drawn_ = count_ < ahead ? count_ : ahead, taken_ = 0;
+      for (unsigned i = 0; i < drawn_; ++i) {
+        const unsigned at = draw_.next(count_);
+        const int pixel = list_[at];
+        list_[at] = list_[--count_];
+        points_[i] = {pixel % width_, pixel / width_};
+      }
+    }
+    if (drawn_ == 0) return false;
+    *p = points_[taken_++];
+    return true;
+  }
+
+ private:
+  static constexpr unsigned ahead = 16;
+  Anywhere<Zeb32s>* list_;
+  unsigned count_;
+  int width_;
+  Draw draw_;
+  ZebiPoint points_[ahead];
+  unsigned drawn_ = 0, taken_ = 0;
+};
+
 // One bit per pixel: edge pixels that no segment has taken.
 class EdgeMask {
  public:
@@ -249,24 +280,9 @@ ZebiPoint farthest(const EdgeMask& mask, const Settings& s, ZebiPoint from, Norm
 template <class T>
 ZebStatus findSegments(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count, Votes<T>& votes,
                        ZebiRect* out, int most, int* stored) {
-  Draw draw;
+  Drawing drawing(list, count, s.roi.width);
   *stored = 0;
-  // What is drawn next does not depend on what becomes of it: some are drawn ahead, so that no load waits for a
-  // division.
-  constexpr unsigned ahead = 16;
-  ZebiPoint points[ahead];
-  for (unsigned next = 0, drawn = 0;; ++next) {
-    if (next == drawn) {
-      if (count == 0) return zebStsOk;
-      drawn = count < ahead ? count : ahead, next = 0;
-      for (unsigned i = 0; i < drawn; ++i) {
-        const unsigned at = draw.next(count);
-        const int pixel = list[at];
-        list[at] = list[--count];
-        points[i] = {pixel % s.roi.width, pixel / s.roi.width};
-      }
-    }
-    const ZebiPoint p = points[next];
+  for (ZebiPoint p; drawing.next(&p);) {
     if (!mask.has(p.x, p.y)) continue;
     const int angle = votes.add(p.x, p.y);
     if (angle < 0) continue;
@@ -288,6 +304,7 @@ ZebStatus findSegments(const Settings& s, EdgeMask& mask, Anywhere<Zeb32s>* list
     if (*stored == most) return zebStsWarnLinesTruncated;
     out[(*stored)++] = {end[0].x, end[0].y, end[1].x, end[1].y};
   }
+  return zebStsOk;
 }
 
 // The most pixels that one cell can hold: columns or rows, whichever the line crosses steeply, times the rows or

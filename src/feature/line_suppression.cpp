@@ -93,9 +93,10 @@ ZEB_INLINE V8u secondLargest(V8u a, V8u b, V8u c, V8u d) {
 
 // Both ends of a line never lie on one side of the ring's square. So the second largest of the largest pixels of its
 // four sides tells at little cost where two sides are strong: in a thin map few pixels are left to look up, and few
-// branches to guess. rows: those around the row from -reach to reach, at column 0. top, bottom: the largest of 2 reach
-// + 1 pixels of the first row and, to be made, of the last one. src: the newest row of the source, behind which memory
-// is read ahead.
+// branches to guess.
+//
+// rows: those around the row from -reach to reach, at column 0. top, bottom: the largest of 2 reach + 1 pixels of the
+// first row and, to be made, of the last one. src: the newest row of the source, behind which memory is read ahead.
 template <int reach>
 void suppressRow(const Zeb8u* const* rows, const Zeb8u* top, Zeb8u* bottom, const Zeb8u* src, int n, Zeb8u tolerance,
                  Zeb8u* out) {

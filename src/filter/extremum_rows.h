@@ -5,6 +5,7 @@
 // part with the conjunction and the disjunction of bytes.
 #pragma once
 
+#include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -75,18 +76,12 @@ struct AnyBit {
 
 // ---- out[x] = extremum of rows[0..count-1][x], for several lines of each ----
 
-// A pointer that the compiler takes as it is: else it splits sums of row and column up and keeps a column for each
-// vector, in memory.
-template <class T>
-ZEB_INLINE const T* onePointer(const T* p) {
-  __asm__("" : "+r"(p));
-  return p;
-}
-
-// fixed: how many rows there are, where the compiler is to know; else there are two at least.
+// fixed: how many rows there are, where the compiler is to know; else there are two at least. Pointers are taken anew:
+// else the compiler splits sums of row and column up and keeps a column for each vector, in memory.
 template <class Op, int vectors, int fixed, class T>
 ZEB_INLINE void combineBlock(const T* const* rows, int count, ptrdiff_t x, T* out) {
   constexpr int lanes = Vec<T>::lanes;
+  assert(fixed > 0 || count > 1);
   Vec<T> best[vectors];
   const T* p = rows[0] + x;
 #pragma GCC unroll 8
@@ -97,18 +92,18 @@ ZEB_INLINE void combineBlock(const T* const* rows, int count, ptrdiff_t x, T* ou
   };
   if constexpr (fixed > 0) {
 #pragma GCC unroll 8
-    for (int i = 1; i < fixed; ++i) tap(onePointer(rows[i] + x));
+    for (int i = 1; i < fixed; ++i) tap(anew(rows[i] + x));
   } else {
     const T* const* const end = rows + count - 1;
     if constexpr (vectors <= 2)
       for (; end - rows > 4; rows += 4) {
 #pragma GCC unroll 4
-        for (int i = 1; i <= 4; ++i) tap(onePointer(rows[i] + x));
+        for (int i = 1; i <= 4; ++i) tap(anew(rows[i] + x));
       }
     do {
-      tap(onePointer(*++rows + x));
+      tap(anew(*++rows + x));
 #pragma GCC unroll 8
-      for (int k = 0; k < vectors; ++k) __asm__("" : "+x"(best[k].v));  // one register, no copy for behind the loop
+      for (int k = 0; k < vectors; ++k) settle(best[k]);  // one register, no copy for behind the loop
     } while (rows != end);
   }
 #pragma GCC unroll 8

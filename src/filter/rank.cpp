@@ -14,7 +14,7 @@ constexpr int64_t directRows = 8;
 // combination, or the suffixes and source rows of running blocks; and no narrower than this many pixels.
 constexpr int64_t bytesOfDirectRows = 200 << 10, bytesOfBlocks = 384 << 10, leastColumns = 256;
 
-// Lines up to so long are made eight at a time, and longer ones four at a time so that they stay in the first cache.
+// Longer lines than that are made four at a time, so that they stay in the first cache.
 constexpr ptrdiff_t bytesOfLine = 768;
 
 int64_t clamped(int64_t v, int64_t low, int64_t high) {
@@ -72,7 +72,7 @@ class RankStrip {
 
   // Lines for as many rows as are made together, and one for the running extremum of blocks.
   int mostLines() const {
-    return height_ < 3 || height_ > directRows || n_ > bytesOfLine / ptrdiff_t(sizeof(T)) ? 4 : 8;
+    return height_ < 3 || height_ > directRows || n_ > bytesOfLine / ptrdiff_t(sizeof(T)) ? 4 : rowsTogether;
   }
   T* line(int i) const { return lines_ + i * stride_; }
 

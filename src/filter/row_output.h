@@ -6,6 +6,9 @@
 
 namespace zeb {
 
+// Rows of short lines are made so many at a time, so that little is left to do for each.
+constexpr int rowsTogether = 8;
+
 // a - b, not below 0.
 template <class T>
 ZEB_INLINE Vec<T> excess(Vec<T> a, Vec<T> b) {
@@ -49,7 +52,7 @@ struct RowOutput {
   RowOutput(Rows<T> rows, int first, int end) : dst(rows), firstRow(first), endRow(end) {}
 
   // So many rows may be made together, those of a group so many elements apart.
-  int together() const { return finish == dstMinusResult ? lines : 1 << 16; }
+  int together() const { return finish == dstMinusResult ? lines : INT32_MAX; }
   ptrdiff_t step() const {
     return finish == dstMinusResult ? lineStep : dst.step() / static_cast<ptrdiff_t>(sizeof(T));
   }

@@ -135,8 +135,7 @@ int64_t columnScratchSize(const ColumnPlan& plan, int64_t width, int pixelBytes,
 
 namespace {
 
-// So many rows of short lines are made together; fewer of longer ones, so that the lines stay in the first cache.
-constexpr int rowsTogether = 8;
+// Fewer rows of longer lines are made together, so that the lines stay in the first cache.
 constexpr int64_t bytesOfLines = 14 << 10;
 
 }  // namespace

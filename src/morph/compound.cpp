@@ -307,7 +307,7 @@ ZebStatus gradient(Image<const T, channels> src, Image<T, channels> dst, ZebiSiz
   output.finish = RowOutput<T>::dstMinusResult;
   output.line = reinterpret_cast<T*>(room.image);
   output.lineStep = static_cast<ptrdiff_t>(row) * channels;
-  output.lines = static_cast<int>(room.imageBytes / (row * px) < 8 ? 1 : 8);
+  output.lines = room.imageBytes / (row * px) < rowsTogether ? 1 : rowsTogether;
   output.finite = isFinite(*pState->erode, border);
   morphRegion<Lowest<T>>(*pState->erode, source, output, room.scratch, room.scratchBytes);
   return zebStsOk;

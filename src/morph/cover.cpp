@@ -38,7 +38,7 @@ int pairs(const Bits* taps, int height, int dx, int dy) {
   return n;
 }
 
-// Loads and stores for a vector of results where every distinct column of the mask is taken once.
+// What ColumnPlan::cost() will say of the mask, without a plan and the room for it.
 int costOfColumns(const Bits* row, int width, int height) {
   Bits set[side];
   int sets = 0, columns = 0, cost = 0;

@@ -169,7 +169,7 @@ class ByteRegion {
   static constexpr int change(Zeb32s w) { return w < -255 ? -255 : w > 255 ? 255 : w; }
 
  public:
-  static constexpr int mostTaps = 128;  // what the lists of a row take of the stack
+  static constexpr int mostTaps = 256;
 
   ByteRegion(const ZebiMorphGrayState& state, Rows<const Zeb8u> src, ZebiSize roi)
       : state_(state), src_(src), roi_(roi), count_(state.width * state.height) {
@@ -268,6 +268,13 @@ class ByteRegion {
   Place tap_[mostTaps];
 };
 
+// Not inlined: the lists of either region take some KB of the stack.
+template <class Region, class T>
+__attribute__((noinline)) void runRows(const ZebiMorphGrayState& state, Rows<const T> src, Rows<T> dst, ZebiSize roi) {
+  const Region region(state, src, roi);
+  for (int y = 0; y < roi.height; ++y) region.row(y, dst[y]);
+}
+
 template <class Tap, class T = typename Tap::Type>
 ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, ZebiBorderType border,
                      const ZebiMorphGrayState* pState) {
@@ -278,15 +285,13 @@ ZebStatus grayRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize 
   if (auto bad = firstFailure(require(roi.width <= pState->roiWidth && roi.height <= pState->roiHeight, zebStsErrSize),
                               isGrayState(*pState)))
     return bad;
+  const Rows<const T> src(pSrc, srcStep);
+  const Rows<T> dst(pDst, dstStep);
   if constexpr (std::is_same_v<T, Zeb8u>) {
-    if (ByteRegion<Tap::dilates>::takes(*pState, roi)) {
-      const ByteRegion<Tap::dilates> region(*pState, Rows<const T>(pSrc, srcStep), roi);
-      for (int y = 0; y < roi.height; ++y) region.row(y, Rows<T>(pDst, dstStep)[y]);
-      return zebStsOk;
-    }
+    using Bytes = ByteRegion<Tap::dilates>;
+    if (Bytes::takes(*pState, roi)) return runRows<Bytes>(*pState, src, dst, roi), zebStsOk;
   }
-  const GrayRegion<Tap> region(*pState, Rows<const T>(pSrc, srcStep), roi);
-  for (int y = 0; y < roi.height; ++y) region.row(y, Rows<T>(pDst, dstStep)[y]);
+  runRows<GrayRegion<Tap>>(*pState, src, dst, roi);
   return zebStsOk;
 }
 

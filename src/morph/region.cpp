@@ -142,9 +142,6 @@ class SmallRegion {
   }
 
  private:
-  // The pixels beside the edges of so many rows are made before the rest of them.
-  static constexpr int rowsTogether = 8;
-
   static ptrdiff_t elements(ptrdiff_t bytes) { return bytes / static_cast<ptrdiff_t>(sizeof(T)); }
   ptrdiff_t sourceColumn(int x, int tap) const {
     const int column = x + mask_.column[tap];

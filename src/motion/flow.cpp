@@ -83,7 +83,6 @@ struct Windows {
     lattice = rows(window + 3);
     first = around + stride + 1;
   }
-  Rows<const Zeb32f> copy() const { return {lattice, stride * static_cast<int>(sizeof(Zeb32f))}; }
 
   int size, stride;
   Zeb32f* around;                 // the first image at the window's pixels and one pixel around them
@@ -92,28 +91,39 @@ struct Windows {
   const Zeb32f* first;            // the window in `around`
 };
 
-// Whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
+// n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
 template <class T>
-void fillLattice(const Level<T>& level, int x, int y, int width, int height, Zeb32f* lattice, int stride) {
-  const int blocks = roundedUp(width);
+void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
+  const int blocks = roundedUp(n);
   const bool direct = x >= 0 && x <= level.size.width - blocks;
-  const auto clamped = [](int p, int n) { return p < 0 ? 0 : p < n ? p : n - 1; };
-  for (int r = 0; r < height; ++r, lattice += stride) {
+  const auto clamped = [](int p, int end) { return p < 0 ? 0 : p < end ? p : end - 1; };
+  Zeb32f* lattice = w.lattice;
+  for (int r = 0; r < n; ++r, lattice += w.stride) {
     const T* const row = level.rows[clamped(y + r, level.size.height)];
     if (direct)
       for (int c = 0; c < blocks; c += 8) store(lattice + c, loadAsFloat(row + x + c));
     else
-      for (int c = 0; c < width; ++c) lattice[c] = static_cast<Zeb32f>(row[clamped(x + c, level.size.width)]);
+      for (int c = 0; c < n; ++c) lattice[c] = static_cast<Zeb32f>(row[clamped(x + c, level.size.width)]);
   }
 }
 
-// Rows of values between the whole pixels of as many rows and one more; width of them, in whole vectors.
+// run(rows) with the whole pixels x.., y.. of a level between which n x n values lie: straight from the image where
+// whole vectors stay inside its rows, else from a copy with repeated edges.
+template <class T, class Run>
+void onWholePixels(const Level<T>& level, int x, int y, int n, const Windows& w, Run run) {
+  if (x >= 0 && y >= 0 && x < level.size.width - roundedUp(n) && y < level.size.height - n)
+    return run(level.rows.from(x, y));
+  fillLattice(level, x, y, n + 1, w);
+  run(Rows<const Zeb32f>(w.lattice, w.stride * static_cast<int>(sizeof(Zeb32f))));
+}
+
+// n rows of values between the whole pixels of as many rows and one more; n of them, in whole vectors.
 template <class T, class Blend>
-void interpolate(Rows<const T> whole, const Frame& frame, Zeb32f* out, int width, int height, int stride, Blend blend) {
+void interpolate(Rows<const T> whole, const Frame& frame, Zeb32f* out, int n, int stride, Blend blend) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
-  for (int c = 0; c < width; c += 8) {
+  for (int c = 0; c < n; c += 8) {
     V32f above = betweenNeighbours(whole[0] + c, fx, blend);
-    for (int r = 0; r < height; ++r) {
+    for (int r = 0; r < n; ++r) {
       const V32f below = betweenNeighbours(whole[r + 1] + c, fx, blend);
       store(out + r * stride + c, blend(above, below, fy));
       above = below;
@@ -137,14 +147,10 @@ void differentiate(const Windows& w) {
 
 template <class T>
 void takeFirst(const Level<T>& level, const Frame& frame, const Windows& w) {
-  const int x = frame.x.first - 1, y = frame.y.first - 1, width = w.size + 2;
-  const bool direct = x >= 0 && y >= 0 && x < level.size.width - roundedUp(width) && y < level.size.height - width;
-  if (!direct) fillLattice(level, x, y, width + 1, width + 1, w.lattice, w.stride);
-  blending<T>(frame.x.fraction, frame.y.fraction, [&](auto blend) {
-    if (direct)
-      interpolate(level.rows.from(x, y), frame, w.around, width, width, w.stride, blend);
-    else
-      interpolate(w.copy(), frame, w.around, width, width, w.stride, blend);
+  const int n = w.size + 2;
+  onWholePixels(level, frame.x.first - 1, frame.y.first - 1, n, w, [&](auto whole) {
+    blending<T>(frame.x.fraction, frame.y.fraction,
+                [&](auto blend) { interpolate(whole, frame, w.around, n, w.stride, blend); });
   });
   differentiate(w);
 }
@@ -232,16 +238,13 @@ Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns
   return sum;
 }
 
-// Straight from the image where whole vectors stay inside its rows, else from a copy with repeated edges.
 template <bool squares, class T>
 Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
-  const int x = second.x.first, y = second.y.first;
-  const bool direct = x >= 0 && y >= 0 && x < level.size.width - roundedUp(w.size) && y < level.size.height - w.size;
-  if (!direct) fillLattice(level, x, y, w.size + 1, w.size + 1, w.lattice, w.stride);
   Difference difference;
-  blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
-    difference = direct ? differenceTo<squares>(level.rows.from(x, y), second.x, second.y, columns, rows, w, blend)
-                        : differenceTo<squares>(w.copy(), second.x, second.y, columns, rows, w, blend);
+  onWholePixels(level, second.x.first, second.y.first, w.size, w, [&](auto whole) {
+    blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
+      difference = differenceTo<squares>(whole, second.x, second.y, columns, rows, w, blend);
+    });
   });
   return difference;
 }
@@ -288,7 +291,6 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
   if (!(determinant >= leastDeterminant)) return false;
-  const double inverse = 1 / determinant;
   Point before = {0, 0};
   Round round;
   for (int k = 1;; ++k) {
@@ -296,7 +298,7 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
     const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
     if (columns.empty() || rows.empty()) return false;
     const Difference b = compare<false>(second, target, columns, rows, w);
-    const Point step = {(g.yy * b.x - g.xy * b.y) * inverse, (g.xx * b.y - g.xy * b.x) * inverse};
+    const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
     v = {v.x + step.x, v.y + step.y};
     if (!isfinite(v.x) || !isfinite(v.y)) return false;
     if (step.x * step.x + step.y * step.y < limits.squaredStep) return true;

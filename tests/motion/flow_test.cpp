@@ -41,6 +41,22 @@ struct Pair : ImagePair<T> {
   }
 };
 
+// Where one point went: from a guess, between two of a pair's pyramids.
+struct Tracked {
+  ZebiPoint_32f next;
+  Zeb8s status = 9;
+  Zeb32f error = 9;
+
+  template <class T>
+  Tracked(const Tracker<T>& tracker, ZebiOptFlowPyrLKState* state, ZebiPyramid* first, ZebiPyramid* second,
+          ZebiPoint_32f prev, ZebiPoint_32f guess, int window, int level, int rounds, Zeb32f threshold)
+      : next(guess) {
+    EXPECT_EQ(tracker.track(first, second, &prev, &next, &status, &error, 1, window, level, rounds, threshold, state),
+              zebStsOk);
+  }
+  bool stayedAt(ZebiPoint_32f p) const { return next.x == p.x && next.y == p.y && error == 0; }
+};
+
 TEST(OpticalFlow, FindsKnownMotion) {
   Random random;
   Pair<Zeb32f> pair(160, 140, 2, 5.3, -3.6, random);
@@ -48,22 +64,14 @@ TEST(OpticalFlow, FindsKnownMotion) {
   ASSERT_EQ(floats.make(&state, {160, 140}, 15, 1), zebStsOk);
   for (int i = 0; i < 50; ++i) {
     const ZebiPoint_32f prev = {random.real(30, 120), random.real(30, 100)};
-    ZebiPoint_32f next = prev;
-    Zeb8s status = 9;
-    Zeb32f error = 9;
-    ASSERT_EQ(
-        floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, 15, 2, 20, 0.001f, state),
-        zebStsOk);
-    EXPECT_EQ(status, 0);
-    EXPECT_NEAR(next.x, prev.x + 5.3f, 0.05f);
-    EXPECT_NEAR(next.y, prev.y - 3.6f, 0.05f);
-    EXPECT_LT(error, 0.01f);
+    const Tracked moved(floats, state, pair.pyramids[0], pair.pyramids[1], prev, prev, 15, 2, 20, 0.001f);
+    EXPECT_EQ(moved.status, 0);
+    EXPECT_NEAR(moved.next.x, prev.x + 5.3f, 0.05f);
+    EXPECT_NEAR(moved.next.y, prev.y - 3.6f, 0.05f);
+    EXPECT_LT(moved.error, 0.01f);
     // The same images: no motion, no error.
-    next = prev;
-    ASSERT_EQ(
-        floats.track(pair.pyramids[0], pair.pyramids[0], &prev, &next, &status, &error, 1, 15, 0, 20, 0.001f, state),
-        zebStsOk);
-    EXPECT_TRUE(status == 0 && next.x == prev.x && next.y == prev.y && error == 0);
+    const Tracked same(floats, state, pair.pyramids[0], pair.pyramids[0], prev, prev, 15, 0, 20, 0.001f);
+    EXPECT_TRUE(same.status == 0 && same.stayedAt(prev));
   }
   EXPECT_EQ(floats.release(state), zebStsOk);
 }
@@ -83,16 +91,10 @@ TEST(OpticalFlow, LosesWhatCannotBeTrackedAndNeverFaults) {
     for (float x : hostile)
       for (float y : hostile)
         for (float guess : hostile) {
-          const ZebiPoint_32f prev = {x, y};
-          ZebiPoint_32f next = {guess, y};
-          Zeb8s status = 9;
-          Zeb32f error = 9;
-          ASSERT_EQ(floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, window, 2, 5, 0,
-                                 state),
-                    zebStsOk);
+          const Tracked at(floats, state, pair.pyramids[0], pair.pyramids[1], {x, y}, {guess, y}, window, 2, 5, 0);
           if (!(std::fabs(x) < 1000 && std::fabs(y) < 1000 && std::fabs(guess) < 1000)) {
-            EXPECT_EQ(status, 2) << x << " " << y << " " << guess;
-            EXPECT_EQ(error, 0);
+            EXPECT_EQ(at.status, 2) << x << " " << y << " " << guess;
+            EXPECT_EQ(at.error, 0);
           }
         }
     EXPECT_EQ(floats.release(state), zebStsOk);
@@ -102,13 +104,8 @@ TEST(OpticalFlow, LosesWhatCannotBeTrackedAndNeverFaults) {
   for (int l = 0; l <= 2; ++l) pair.pyramids[0]->pImage[l] = flat.pixels(), pair.pyramids[0]->pStep[l] = flat.step();
   ZebiOptFlowPyrLKState* state = nullptr;
   ASSERT_EQ(bytes.make(&state, {64, 64}, 7, 0), zebStsOk);
-  const ZebiPoint_32f prev = {20, 20};
-  ZebiPoint_32f next = {21, 22};
-  Zeb8s status = 9;
-  Zeb32f error = 9;
-  ASSERT_EQ(bytes.track(pair.pyramids[0], pair.pyramids[0], &prev, &next, &status, &error, 1, 7, 1, 5, 0.1f, state),
-            zebStsOk);
-  EXPECT_TRUE(status == 1 && error == 0 && next.x == 21 && next.y == 22);
+  const Tracked lost(bytes, state, pair.pyramids[0], pair.pyramids[0], {20, 20}, {21, 22}, 7, 1, 5, 0.1f);
+  EXPECT_TRUE(lost.status == 1 && lost.stayedAt({21, 22}));
   EXPECT_EQ(bytes.release(state), zebStsOk);
 }
 
@@ -128,15 +125,10 @@ TEST(OpticalFlow, LeavesOutWhatAWholePositionDoesNotUse) {
     ZebiOptFlowPyrLKState* state = nullptr;
     ASSERT_EQ(floats.make(&state, {60, 50}, window, 0), zebStsOk);
     const ZebiPoint_32f prev = {static_cast<Zeb32f>(at.x), static_cast<Zeb32f>(at.y)};
-    ZebiPoint_32f next = {prev.x + 1, prev.y};
-    Zeb8s status = 9;
-    Zeb32f error = 9;
-    ASSERT_EQ(
-        floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, window, 0, 1, 0, state),
-        zebStsOk);
-    EXPECT_EQ(status, 0);
-    EXPECT_NEAR(next.x, prev.x, 0.3f);
-    EXPECT_NEAR(next.y, prev.y, 0.3f);
+    const Tracked found(floats, state, pair.pyramids[0], pair.pyramids[1], prev, {prev.x + 1, prev.y}, window, 0, 1, 0);
+    EXPECT_EQ(found.status, 0);
+    EXPECT_NEAR(found.next.x, prev.x, 0.3f);
+    EXPECT_NEAR(found.next.y, prev.y, 0.3f);
     EXPECT_EQ(floats.release(state), zebStsOk);
   }
 }
@@ -151,13 +143,8 @@ TEST(OpticalFlow, StandsStillOnEqualImages) {
   ASSERT_EQ(bytes.make(&state, {128, 128}, 11, 0), zebStsOk);
   for (int i = 0; i < 200; ++i) {
     const ZebiPoint_32f prev = {random.real(20, 100), random.real(20, 100)};
-    ZebiPoint_32f next = prev;
-    Zeb8s status = 9;
-    Zeb32f error = 9;
-    ASSERT_EQ(
-        bytes.track(pair.pyramids[0], pair.pyramids[0], &prev, &next, &status, &error, 1, 11, 0, 20, 0.03f, state),
-        zebStsOk);
-    ASSERT_TRUE(status != 0 || (next.x == prev.x && next.y == prev.y && error == 0)) << prev.x << " " << prev.y;
+    const Tracked same(bytes, state, pair.pyramids[0], pair.pyramids[0], prev, prev, 11, 0, 20, 0.03f);
+    ASSERT_TRUE(same.status != 0 || same.stayedAt(prev)) << prev.x << " " << prev.y;
   }
   EXPECT_EQ(bytes.release(state), zebStsOk);
 }
@@ -184,21 +171,16 @@ TEST(OpticalFlow, RoundsWithoutEnd) {
     ZebiOptFlowPyrLKState* state = nullptr;
     ASSERT_EQ(floats.make(&state, {side, side}, window, 0), zebStsOk);
     for (const int steps : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1 << 30, (1 << 30) + 1, 0x7FFFFFFF}) {
-      const ZebiPoint_32f prev = {centre, centre};
-      ZebiPoint_32f next = {centre + 1.5f, centre - 0.25f};
       double x = 1.5, y = -0.25;
       for (int k = steps % 12; k > 0; --k) {
         const double turned = turn.p * x + turn.q * y;
         y = turn.r * x + turn.p * y, x = turned;
       }
-      Zeb8s status = 9;
-      Zeb32f error = 9;
-      EXPECT_EQ(floats.track(pair.pyramids[0], pair.pyramids[1], &prev, &next, &status, &error, 1, window, 0, steps, 0,
-                             state),
-                zebStsOk);
-      EXPECT_EQ(status, 0);
-      EXPECT_EQ(static_cast<double>(next.x), centre + x) << steps << " steps";
-      EXPECT_EQ(static_cast<double>(next.y), centre + y) << steps << " steps";
+      const Tracked turned(floats, state, pair.pyramids[0], pair.pyramids[1], {centre, centre},
+                           {centre + 1.5f, centre - 0.25f}, window, 0, steps, 0);
+      EXPECT_EQ(turned.status, 0);
+      EXPECT_EQ(static_cast<double>(turned.next.x), centre + x) << steps << " steps";
+      EXPECT_EQ(static_cast<double>(turned.next.y), centre + y) << steps << " steps";
     }
     EXPECT_EQ(floats.release(state), zebStsOk);
   }
