@@ -11,6 +11,7 @@ namespace {
 
 // 0, or 1 when a result is wrong.
 int run(bench::Options options) {
+  if (options.help) return std::fputs(bench::usage, stdout), 0;
   if (!options.draw.empty()) return bench::drawTimes(options.draw), 0;
   if (options.library.empty()) options.library = ZEBCV_LIBRARY;
   bench::Bench bench{options, {}, {}, {}, bench::Library(options.library)};

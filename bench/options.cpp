@@ -19,7 +19,7 @@ const char usage[] =
     "  --draw FILE          only prints a picture (SVG) of the times in such a file\n"
     "  --size WxH           this size only (the targets hold for 1920x1080)\n"
     "  --seconds S          time for each case and size (0.3)\n"
-    "  --sizes              also the cost per pixel from 64x64 to 3840x2160 of the cases that have a target\n"
+    "  --sizes              also the cost per pixel from 64x64 to 3840x2160, and how it grows\n"
     "  --photo FILE         JPEG or PNG to scale to the region\n"
     "  --quick              smoke run: small, 0.01 s each\n";
 
@@ -82,6 +82,8 @@ Options parse(int count, char** words) {
       options.seconds = secondsFrom(value());
     } else if (word == "--sizes") {
       options.sizes = true;
+    } else if (word == "--help") {
+      options.help = true;
     } else if (word == "--quick") {
       options.quick = true;
       options.size = {320, 240};

@@ -23,6 +23,7 @@ struct Options {
   bool quick = false;
   bool failLosses = false;
   bool inTurn = false;
+  bool help = false;
 
   bool wants(const std::string& name) const;
 };

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Installs the Debian packages that building, testing and the demo need, where they are missing.
+# setup.sh [PACKAGE...]: installs the Debian packages that building, testing and the demo need, and these, where they are missing.
 set -eu
-wanted="g++-multilib cmake make pkgconf googletest libstb-dev clang libclang-rt-14-dev clang-format python-matplotlib-data valgrind"
+wanted="$* g++-multilib cmake make pkgconf googletest libstb-dev clang libclang-rt-14-dev clang-format python-matplotlib-data valgrind"
 missing=""
 for package in $wanted; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
