@@ -100,16 +100,21 @@ struct Windows {
 // n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
 template <class T>
 void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
-  const int blocks = roundedUp(n);
-  const bool direct = x >= 0 && x <= level.size.width - blocks;
   const auto clamped = [](int p, int end) { return p < 0 ? 0 : p < end ? p : end - 1; };
+  // Columns from..to-1 come from the row, at least one of them.
+  const int from = clamped(-x, n), to = clamped(level.size.width - x - 1, n) + 1;
+  const int shift = clamped(x + from, level.size.width) - from;
   Zeb32f* lattice = w.lattice;
   for (int r = 0; r < n; ++r, lattice += w.stride) {
     const T* const row = level.rows[clamped(y + r, level.size.height)];
-    if (direct)
-      for (int c = 0; c < blocks; c += 8) store(lattice + c, loadAsFloat(row + x + c));
-    else
-      for (int c = 0; c < n; ++c) lattice[c] = static_cast<Zeb32f>(row[clamped(x + c, level.size.width)]);
+    if (to - from >= 8) {
+      for (int c = from; c < to - 8; c += 8) store(lattice + c, loadAsFloat(row + shift + c));
+      store(lattice + to - 8, loadAsFloat(row + shift + to - 8));
+    } else {
+      for (int c = from; c < to; ++c) lattice[c] = static_cast<Zeb32f>(row[shift + c]);
+    }
+    for (int c = 0; c < from; ++c) lattice[c] = lattice[from];
+    for (int c = to; c < n; ++c) lattice[c] = lattice[to - 1];
   }
 }
 
@@ -305,6 +310,41 @@ class Round {
   int64_t kept_ = 1, since_ = 0;
 };
 
+// Where whole vectors of a window's rows, and the pixels right of them and below, stay inside an image.
+struct Interior {
+  Interior(int window, ZebiSize size)
+      : reach(0.5 * (window - 1)), right(size.width - roundedUp(window)), bottom(size.height - window) {}
+  double reach, right, bottom;
+};
+
+// b for a guess anywhere; false when no pixel of the window lies in both images.
+template <class T>
+__attribute__((noinline)) bool compareAcross(const Level<T>& second, const Frame& frame, Point v, const Windows& w,
+                                             Difference& b) {
+  const Frame target(v, w.size, second.size);
+  const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
+  if (columns.empty() || rows.empty()) return false;
+  b = compare<false>(second, target, columns, rows, w);
+  return true;
+}
+template <class T>
+ZEB_INLINE bool compareAt(const Level<T>& second, const Interior& interior, const Frame& frame, Point v,
+                          const Windows& w, Difference& b) {
+  const double x = v.x - interior.reach, y = v.y - interior.reach;
+  if (!(x >= 0 && y >= 0 && x < interior.right && y < interior.bottom)) return compareAcross(second, frame, v, w, b);
+  Stretch across, down;
+  across.first = static_cast<int>(x), across.fraction = static_cast<Zeb32f>(x - across.first);
+  down.first = static_cast<int>(y), down.fraction = static_cast<Zeb32f>(y - down.first);
+  blending<T>(across.fraction, down.fraction, [&](auto blend) {
+    b = differenceTo<false>(second.rows.from(across.first, down.first), across, down, frame.x.inside, frame.y.inside, w,
+                            blend);
+  });
+  return true;
+}
+
+// Steps before it is looked whether they go round.
+constexpr int soon = 16;
+
 // Moves v to where the window around u is found; false when the point is lost.
 template <class T>
 bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v, Limits limits, const Windows& w) {
@@ -314,23 +354,23 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
   if (!(determinant >= leastDeterminant)) return false;
+  const Interior interior(w.size, second.size);
   Point before = {0, 0};
   Round round;
   for (int k = 1;; ++k) {
-    const Frame target(v, w.size, second.size);
-    const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
-    if (columns.empty() || rows.empty()) return false;
-    const Difference b = compare<false>(second, target, columns, rows, w);
+    Difference b;
+    if (!compareAt(second, interior, frame, v, w, b)) return false;
     const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
     v = {v.x + step.x, v.y + step.y};
-    if (!isfinite(v.x) || !isfinite(v.y)) return false;
     if (step.x * step.x + step.y * step.y < limits.squaredStep) return true;
     if (k > 1 && fabs(step.x + before.x) < swing && fabs(step.y + before.y) < swing) {
       v = {v.x - 0.5 * step.x, v.y - 0.5 * step.y};
       return true;
     }
-    if (k >= limits.iterations) return true;
     before = step;
+    if (k < soon && k < limits.iterations) continue;
+    if (!isfinite(v.x) || !isfinite(v.y)) return false;
+    if (k >= limits.iterations) return true;
     // Whole rounds change nothing.
     if (const int64_t period = round.closedBy(v, step))
       k = limits.iterations - static_cast<int>((limits.iterations - k) % period);
