@@ -128,34 +128,32 @@ void onWholePixels(const Level<T>& level, int x, int y, int n, const Windows& w,
   run(Rows<const Zeb32f>(w.lattice, w.stride * static_cast<int>(sizeof(Zeb32f))));
 }
 
-// Goes down n rows of pixels that each lie between a row of whole pixels and the next one: body(r, pixels of row r).
-template <class T, class Blend, class Body>
-ZEB_INLINE void betweenRows(const T* whole, int64_t step, int n, V32f fx, V32f fy, Blend blend, Body body) {
+// Goes down rows of pixels that each lie between a row of whole pixels and the next one: body(to, pixels of a row) for
+// each place from `to` to `end`.
+template <class T, class To, class Blend, class Body>
+ZEB_INLINE void betweenRows(const T* whole, int step, To* to, To* end, int stride, V32f fx, V32f fy, Blend blend,
+                            Body body) {
   const auto next = [&]() ZEB_BODY {
     whole = reinterpret_cast<const T*>(reinterpret_cast<const Zeb8u*>(whole) + step);
     return betweenNeighbours(whole, fx, blend);
   };
   V32f even = betweenNeighbours(whole, fx, blend);
-  for (; n >= 2; n -= 2) {
+  for (; to < end - stride; to += 2 * stride) {
     const V32f odd = next();
-    body(blend(even, odd, fy));
+    body(to, blend(even, odd, fy));
     even = next();
-    body(blend(odd, even, fy));
+    body(to + stride, blend(odd, even, fy));
   }
-  if (n > 0) body(blend(even, next(), fy));
+  if (to < end) body(to, blend(even, next(), fy));
 }
 
 // n rows of values between the whole pixels of as many rows and one more; n of them, in whole vectors.
 template <class T, class Blend>
 void interpolate(Rows<const T> whole, const Frame& frame, Zeb32f* out, int n, int stride, Blend blend) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
-  for (int c = 0; c < n; c += 8) {
-    Zeb32f* to = out + c;
-    betweenRows(whole[0] + c, whole.step(), n, fx, fy, blend, [&](V32f a) ZEB_BODY {
-      store(to, a);
-      to += stride;
-    });
-  }
+  for (int c = 0; c < n; c += 8, out += 8)
+    betweenRows(whole[0] + c, whole.step(), out, out + n * stride, stride, fx, fy, blend,
+                [](Zeb32f* to, V32f value) ZEB_BODY { store(to, value); });
 }
 
 // All ones in the lanes whose columns c, c + 1, ... belong to the span.
@@ -225,50 +223,40 @@ Matrix matrixOf(const Windows& w, const Frame& frame) {
   return {sums[0] + sums[2], (last[0] + last[1]) + (last[2] + last[3]), sums[1] + sums[3]};
 }
 
-// The two windows compared where both lie in their images.
-struct Difference {
-  double x = 0;  // b
-  double y = 0;
-  double squares = 0;
-};
-
-// Columns are lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
+// The two windows compared where both lie in their images: b, or the sum of the squared differences as x. Columns are
+// lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
 // product per row in single precision; lanes are added in double precision. The derivatives are 0 in the lanes outside
 // the first image, and integers lie straight in the second one: they need no mask.
 template <bool squares, class T, class Blend>
-Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w,
-                        Blend blend) {
+Point differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w, Blend blend) {
   const V32f fx = splat(x.fraction), fy = splat(y.fraction);
   V64f sums[2] = {splat(0.0), splat(0.0)};
-  for (int c = 0; c < w.size; c += 8) {
+  const T* whole = second[rows.from];
+  const Eight *from = w.eights + rows.from, *to = w.eights + rows.to;
+  for (int c = 0; c < w.size; c += 8, whole += 8, from += w.size, to += w.size) {
     const V32f mask = lanesOf(columns, c);
     V32f bx = splat(0.0f), by = bx;
-    const Eight* e = w.column(c) + rows.from;
-    betweenRows(second[rows.from] + c, second.step(), rows.to - rows.from, fx, fy, blend, [&](V32f value) ZEB_BODY {
-      V32f d = load(e->first) - value;
+    betweenRows(whole, second.step(), from, to, 1, fx, fy, blend, [&](const Eight* e, V32f value) ZEB_BODY {
+      V32f d = value - load(e->first);
       if (squares || std::is_floating_point_v<T>) d = d & mask;
       if (squares) {
         bx = fma(d, d, bx);
       } else {
-        bx = fma(d, load(e->gradientX), bx);
-        by = fma(d, load(e->gradientY), by);
+        bx = fnma(d, load(e->gradientX), bx);
+        by = fnma(d, load(e->gradientY), by);
       }
-      ++e;
     });
     sums[0] = sums[0] + (widenLow(bx) + widenHigh(bx));
     if (!squares) sums[1] = sums[1] + (widenLow(by) + widenHigh(by));
   }
   Zeb64f b[4];
   store(b, sumsOfPairs(sums[0], sums[1]));
-  Difference sum;
-  (squares ? sum.squares : sum.x) = b[0] + b[2];
-  sum.y = b[1] + b[3];
-  return sum;
+  return {b[0] + b[2], b[1] + b[3]};
 }
 
 template <bool squares, class T>
-Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
-  Difference difference;
+Point compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
+  Point difference;
   onWholePixels(level, second.x.first, second.y.first, w.size, w, [&](auto whole) {
     blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
       difference = differenceTo<squares>(whole, second.x, second.y, columns, rows, w, blend);
@@ -320,7 +308,7 @@ struct Interior {
 // b for a guess anywhere; false when no pixel of the window lies in both images.
 template <class T>
 __attribute__((noinline)) bool compareAcross(const Level<T>& second, const Frame& frame, Point v, const Windows& w,
-                                             Difference& b) {
+                                             Point& b) {
   const Frame target(v, w.size, second.size);
   const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
   if (columns.empty() || rows.empty()) return false;
@@ -329,7 +317,7 @@ __attribute__((noinline)) bool compareAcross(const Level<T>& second, const Frame
 }
 template <class T>
 ZEB_INLINE bool compareAt(const Level<T>& second, const Interior& interior, const Frame& frame, Point v,
-                          const Windows& w, Difference& b) {
+                          const Windows& w, Point& b) {
   const double x = v.x - interior.reach, y = v.y - interior.reach;
   if (!(x >= 0 && y >= 0 && x < interior.right && y < interior.bottom)) return compareAcross(second, frame, v, w, b);
   Stretch across, down;
@@ -358,7 +346,7 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   Point before = {0, 0};
   Round round;
   for (int k = 1;; ++k) {
-    Difference b;
+    Point b;
     if (!compareAt(second, interior, frame, v, w, b)) return false;
     const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
     v = {v.x + step.x, v.y + step.y};
@@ -384,7 +372,7 @@ Zeb32f errorAt(const Level<T>& first, const Level<T>& second, Point u, Point v, 
   const Frame frame(u, w.size, first.size), target(v, w.size, second.size);
   const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
   if (columns.empty() || rows.empty()) return 0;
-  const double squares = compare<true>(second, target, columns, rows, w).squares;
+  const double squares = compare<true>(second, target, columns, rows, w).x;
   if (!(squares > 0)) return 0;
   const double pixels = static_cast<double>(columns.to - columns.from) * (rows.to - rows.from);
   return static_cast<Zeb32f>(sqrt(squares / pixels));
