@@ -107,14 +107,16 @@ void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
   Zeb32f* lattice = w.lattice;
   for (int r = 0; r < n; ++r, lattice += w.stride) {
     const T* const row = level.rows[clamped(y + r, level.size.height)];
+    const V32f left = splat(static_cast<Zeb32f>(row[shift + from]));
+    const V32f right = splat(static_cast<Zeb32f>(row[shift + to - 1]));
+    for (int c = 0; c < from; c += 8) store(lattice + c, left);
     if (to - from >= 8) {
       for (int c = from; c < to - 8; c += 8) store(lattice + c, loadAsFloat(row + shift + c));
       store(lattice + to - 8, loadAsFloat(row + shift + to - 8));
     } else {
-      for (int c = from; c < to; ++c) lattice[c] = static_cast<Zeb32f>(row[shift + c]);
+      store(lattice + from, loadAsFloatN(row + shift + from, to - from));
     }
-    for (int c = 0; c < from; ++c) lattice[c] = lattice[from];
-    for (int c = to; c < n; ++c) lattice[c] = lattice[to - 1];
+    for (int c = to; c < n; c += 8) store(lattice + c, right);
   }
 }
 
