@@ -1,7 +1,7 @@
 // Upright summed-area tables of an 8-bit image and of its squares (F. Crow, 1984).
 //
 // An element is the element above plus the running sum of its row. Row sums are formed sixteen pixels at a time as
-// prefix sums in registers; only one addition per block depends on the block before.
+// prefix sums in registers; only one addition and one permutation per block depend on the block before.
 #include <type_traits>
 
 #include "core/checks.h"
@@ -30,13 +30,11 @@ ZEB_INLINE V32s prefixSum(V32s a) {
   const __m256i low = _mm256_permute2x128_si256(s, s, 0x08);
   return {_mm256_add_epi32(s, _mm256_shuffle_epi32(low, 0xFF))};
 }
-ZEB_INLINE V16s prefixSum(V16s a) {
+// The same in each half.
+ZEB_INLINE V16s prefixSums(V16s a) {
   __m256i s = _mm256_add_epi16(a.v, _mm256_slli_si256(a.v, 2));
   s = _mm256_add_epi16(s, _mm256_slli_si256(s, 4));
-  s = _mm256_add_epi16(s, _mm256_slli_si256(s, 8));
-  const __m256i low = _mm256_permute2x128_si256(s, s, 0x08);
-  const __m256i last = _mm256_set1_epi16(0x0F0E);
-  return {_mm256_add_epi16(s, _mm256_shuffle_epi8(low, last))};
+  return {_mm256_add_epi16(s, _mm256_slli_si256(s, 8))};
 }
 ZEB_INLINE int firstLane(V32s a) {
   return _mm_cvtsi128_si32(_mm256_castsi256_si128(a.v));
@@ -51,13 +49,14 @@ ZEB_INLINE V32s lastLane(V32s a) {
 
 // ---- Row kernels: above and dst point at column 1 of their rows, n is the width ----
 
-// Running sums of 32 pixels, eight to a vector. Pairs are added first, so that the prefix sum runs over sixteen lanes.
+// Running sums of 16 pixels and of the next 16, eight to a vector. Pairs are added first, so that the prefix sums run
+// over eight lanes.
 struct RunningSums {
   V32s part[4];
 };
 ZEB_INLINE RunningSums runningSums(const Zeb8u* src) {
   const V8u pixels = load(src);
-  const V16s odd = prefixSum(pairSums(pixels));
+  const V16s odd = prefixSums(pairSums(pixels));
   const V16s even = odd - as<Zeb16s>(shiftRight<8>(as<Zeb16u>(pixels)));
   // The halves hold pixels 0..15 and 16..31.
   const V16s low = interleaveFirst(even, odd), high = interleaveLast(even, odd);
@@ -90,10 +89,12 @@ void sumRow(const Zeb8u* src, const S* above, S* dst, int n) {
     fetchAhead(dst + i);
     fetchAhead(dst + i + 16);
     const RunningSums sums = runningSums(src + i);
-    for (int k = 0; k < 3; ++k) store(dst + i + 8 * k, element(load(above + i + 8 * k), sums.part[k] + carry));
-    carry = sums.part[3] + carry;
-    store(dst + i + 24, element(load(above + i + 24), carry));
-    carry = lastLane(carry);
+    for (int k = 0; k < 4; k += 2) {
+      store(dst + i + 8 * k, element(load(above + i + 8 * k), sums.part[k] + carry));
+      carry = sums.part[k + 1] + carry;
+      store(dst + i + 8 * k + 8, element(load(above + i + 8 * k + 8), carry));
+      carry = lastLane(carry);
+    }
   }
   std::conditional_t<exact, unsigned, Zeb32f> sum(firstLane(carry));
   for (; i < n; ++i) {

@@ -46,6 +46,11 @@ ZEB_INLINE V64u sumPairs(V32s a) {
   return (as<uint64_t>(a) & splat(uint64_t{0xFFFFFFFF})) + shiftRight<32>(as<uint64_t>(a));
 }
 
+// a0 + a1, b0 + b1, a2 + a3, b2 + b3.
+ZEB_INLINE V64f sumsOfPairs(V64f a, V64f b) {
+  return {_mm256_hadd_pd(a.v, b.v)};
+}
+
 // a b / 32768 to the nearest integer, ties upwards.
 ZEB_INLINE V16s roundedHighProduct(V16s a, V16s b) {
   return {_mm256_mulhrs_epi16(a.v, b.v)};

@@ -14,6 +14,7 @@
 #include "core/image.h"
 #include "core/loops.h"
 #include "core/memory.h"
+#include "core/reduce.h"
 #include "core/sample.h"
 #include "core/scratch.h"
 #include "core/widen.h"
@@ -71,39 +72,51 @@ struct Frame {
   bool empty() const { return x.inside.empty() || y.inside.empty(); }
 };
 
-// The work rows of a tracker, all of one stride: whole vectors of a window's rows with three pixels beside them, and a
-// vector more.
+// Eight neighbours of a row of a window: the first image there and its derivatives; 0 in the lanes outside the image.
+struct Eight {
+  Zeb32f first[8];
+  Zeb32f gradientX[8];
+  Zeb32f gradientY[8];
+};
+
+// The work rows of a tracker: whole vectors of a window's rows with three pixels beside them, and a vector more; and
+// the window itself in columns of eight pixels.
 struct Windows {
   Windows(Zeb8u* buffer, int64_t bytes, int window) : size(window), stride(roundedUp(window + 3) + 8) {
     Scratch scratch(buffer, bytes);
     const auto rows = [&](int count) { return scratch.take<Zeb32f>(static_cast<int64_t>(stride) * count); };
     around = rows(window + 2);
-    gradientX = rows(window);
-    gradientY = rows(window);
     lattice = rows(window + 3);
-    first = around + stride + 1;
+    eights = scratch.take<Eight>(static_cast<int64_t>(roundedUp(window) / 8) * window);
   }
+  Eight* column(int x) const { return eights + static_cast<ptrdiff_t>(x / 8) * size; }
 
   int size, stride;
-  Zeb32f* around;                 // the first image at the window's pixels and one pixel around them
-  Zeb32f *gradientX, *gradientY;  // its derivatives at the window's pixels
-  Zeb32f* lattice;                // an image at whole pixels
-  const Zeb32f* first;            // the window in `around`
+  Zeb32f* around;   // the first image at the window's pixels and one pixel around them
+  Zeb32f* lattice;  // an image at whole pixels
+  Eight* eights;
 };
 
 // n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
 template <class T>
 void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
-  const int blocks = roundedUp(n);
-  const bool direct = x >= 0 && x <= level.size.width - blocks;
   const auto clamped = [](int p, int end) { return p < 0 ? 0 : p < end ? p : end - 1; };
+  // Columns from..to-1 come from the row, at least one of them.
+  const int from = clamped(-x, n), to = clamped(level.size.width - x - 1, n) + 1;
+  const int shift = clamped(x + from, level.size.width) - from;
   Zeb32f* lattice = w.lattice;
   for (int r = 0; r < n; ++r, lattice += w.stride) {
     const T* const row = level.rows[clamped(y + r, level.size.height)];
-    if (direct)
-      for (int c = 0; c < blocks; c += 8) store(lattice + c, loadAsFloat(row + x + c));
-    else
-      for (int c = 0; c < n; ++c) lattice[c] = static_cast<Zeb32f>(row[clamped(x + c, level.size.width)]);
+    const V32f left = splat(static_cast<Zeb32f>(row[shift + from]));
+    const V32f right = splat(static_cast<Zeb32f>(row[shift + to - 1]));
+    for (int c = 0; c < from; c += 8) store(lattice + c, left);
+    if (to - from >= 8) {
+      for (int c = from; c < to - 8; c += 8) store(lattice + c, loadAsFloat(row + shift + c));
+      store(lattice + to - 8, loadAsFloat(row + shift + to - 8));
+    } else {
+      store(lattice + from, loadAsFloatN(row + shift + from, to - from));
+    }
+    for (int c = to; c < n; c += 8) store(lattice + c, right);
   }
 }
 
@@ -117,30 +130,56 @@ void onWholePixels(const Level<T>& level, int x, int y, int n, const Windows& w,
   run(Rows<const Zeb32f>(w.lattice, w.stride * static_cast<int>(sizeof(Zeb32f))));
 }
 
+// Goes down rows of pixels that each lie between a row of whole pixels and the next one: body(to, pixels of a row) for
+// each place from `to` to `end`.
+template <class T, class To, class Blend, class Body>
+ZEB_INLINE void betweenRows(const T* whole, int step, To* to, To* end, int stride, V32f fx, V32f fy, Blend blend,
+                            Body body) {
+  const auto next = [&]() ZEB_BODY {
+    whole = reinterpret_cast<const T*>(reinterpret_cast<const Zeb8u*>(whole) + step);
+    return betweenNeighbours(whole, fx, blend);
+  };
+  V32f even = betweenNeighbours(whole, fx, blend);
+  for (; to < end - stride; to += 2 * stride) {
+    const V32f odd = next();
+    body(to, blend(even, odd, fy));
+    even = next();
+    body(to + stride, blend(odd, even, fy));
+  }
+  if (to < end) body(to, blend(even, next(), fy));
+}
+
 // n rows of values between the whole pixels of as many rows and one more; n of them, in whole vectors.
 template <class T, class Blend>
 void interpolate(Rows<const T> whole, const Frame& frame, Zeb32f* out, int n, int stride, Blend blend) {
   const V32f fx = splat(frame.x.fraction), fy = splat(frame.y.fraction);
-  for (int c = 0; c < n; c += 8) {
-    V32f above = betweenNeighbours(whole[0] + c, fx, blend);
-    for (int r = 0; r < n; ++r) {
-      const V32f below = betweenNeighbours(whole[r + 1] + c, fx, blend);
-      store(out + r * stride + c, blend(above, below, fy));
-      above = below;
-    }
-  }
+  for (int c = 0; c < n; c += 8, out += 8)
+    betweenRows(whole[0] + c, whole.step(), out, out + n * stride, stride, fx, fy, blend,
+                [](Zeb32f* to, V32f value) ZEB_BODY { store(to, value); });
+}
+
+// All ones in the lanes whose columns c, c + 1, ... belong to the span.
+ZEB_INLINE V32f lanesOf(Span span, int c) {
+  alignas(32) static constexpr Zeb32s numbers[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+  const V32s column = load(numbers) + splat(c);
+  return as<Zeb32f>(greater(column, splat(span.from - 1)) & less(column, splat(span.to)));
 }
 
 // Scharr derivatives per pixel, 3 10 3 across -1 0 1: the derivatives between pixels are those of the values there.
-void differentiate(const Windows& w) {
+void differentiate(const Windows& w, const Frame& frame) {
   const V32f outer = splat(3.0f / 32), inner = splat(10.0f / 32);
-  for (int x = 0; x < w.size; x += 8) {
+  const int stride = w.stride, size = w.size;
+  for (int x = 0; x < size; x += 8) {
+    const V32f mask = lanesOf(frame.x.inside, x);
     const Zeb32f* a = w.around + x;
-    for (int at = x, r = 0; r < w.size; ++r, a += w.stride, at += w.stride) {
-      const Zeb32f *const b = a + w.stride, *const c = b + w.stride;
+    Eight* out = w.column(x);
+    for (Eight* const end = out + size; out != end; ++out) {
+      const Zeb32f *const b = a + stride, *const c = b + stride;
       const V32f falling = load(c + 2) - load(a), rising = load(a + 2) - load(c);
-      store(w.gradientX + at, fma(inner, load(b + 2) - load(b), outer * (falling + rising)));
-      store(w.gradientY + at, fma(inner, load(c + 1) - load(a + 1), outer * (falling - rising)));
+      store(out->gradientX, fma(inner, load(b + 2) - load(b), outer * (falling + rising)) & mask);
+      store(out->gradientY, fma(inner, load(c + 1) - load(a + 1), outer * (falling - rising)) & mask);
+      store(out->first, load(b + 1) & mask);
+      a = b;
     }
   }
 }
@@ -152,23 +191,7 @@ void takeFirst(const Level<T>& level, const Frame& frame, const Windows& w) {
     blending<T>(frame.x.fraction, frame.y.fraction,
                 [&](auto blend) { interpolate(whole, frame, w.around, n, w.stride, blend); });
   });
-  differentiate(w);
-}
-
-double sumOfLanes(V64f a) {
-  Zeb64f lanes[4];
-  store(lanes, a);
-  return (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
-}
-double sumOfLanes(V32f a) {
-  return sumOfLanes(widenLow(a) + widenHigh(a));
-}
-
-// All ones in the lanes whose columns c, c + 1, ... belong to the span.
-ZEB_INLINE V32f lanesOf(Span span, int c) {
-  alignas(32) static constexpr Zeb32s numbers[8] = {0, 1, 2, 3, 4, 5, 6, 7};
-  const V32s column = load(numbers) + splat(c);
-  return as<Zeb32f>(greater(column, splat(span.from - 1)) & less(column, splat(span.to)));
+  differentiate(w, frame);
 }
 
 // G over the part of the window that lies in the image.
@@ -181,66 +204,61 @@ struct Matrix {
 Matrix matrixOf(const Windows& w, const Frame& frame) {
   // Sums of the lower and of the upper halves, so that fewer additions wait for each other.
   V64f xx[2] = {splat(0.0), splat(0.0)}, xy[2] = {xx[0], xx[0]}, yy[2] = {xx[0], xx[0]};
-  const auto add = [&](int half, V64f x, V64f y) ZEB_BODY {
+  const auto add = [&](int half, const Eight* e) ZEB_BODY {
+    const V64f x = loadAsDouble(e->gradientX + 4 * half), y = loadAsDouble(e->gradientY + 4 * half);
     xx[half] = fma(x, x, xx[half]);
     xy[half] = fma(x, y, xy[half]);
     yy[half] = fma(y, y, yy[half]);
     settle(xx[half]), settle(xy[half]), settle(yy[half]);
   };
+  const Span rows = frame.y.inside;
   for (int c = 0; c < w.size; c += 8) {
-    const V32f mask = lanesOf(frame.x.inside, c);
-    for (int r = frame.y.inside.from; r < frame.y.inside.to; ++r) {
-      const V32f ix = load(w.gradientX + r * w.stride + c) & mask, iy = load(w.gradientY + r * w.stride + c) & mask;
-      add(0, widenLow(ix), widenLow(iy));
-      if (w.size - c > 4) add(1, widenHigh(ix), widenHigh(iy));
-    }
+    const Eight *e = w.column(c) + rows.from, *const end = w.column(c) + rows.to;
+    if (w.size - c > 4)
+      for (; e != end; ++e) add(0, e), add(1, e);
+    else
+      for (; e != end; ++e) add(0, e);
   }
-  return {sumOfLanes(xx[0] + xx[1]), sumOfLanes(xy[0] + xy[1]), sumOfLanes(yy[0] + yy[1])};
+  Zeb64f sums[4], last[4];
+  store(sums, sumsOfPairs(xx[0] + xx[1], yy[0] + yy[1]));
+  store(last, xy[0] + xy[1]);
+  return {sums[0] + sums[2], (last[0] + last[1]) + (last[2] + last[3]), sums[1] + sums[3]};
 }
 
-// The two windows compared where both lie in their images.
-struct Difference {
-  double x = 0;  // b
-  double y = 0;
-  double squares = 0;
-};
-
-// Columns are lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
-// product per row in single precision; lanes are added in double precision.
+// The two windows compared where both lie in their images: b, or the sum of the squared differences as x. Columns are
+// lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
+// product per row in single precision; lanes are added in double precision. The derivatives are 0 in the lanes outside
+// the first image, and integers lie straight in the second one: they need no mask.
 template <bool squares, class T, class Blend>
-Difference differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w,
-                        Blend blend) {
+Point differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w, Blend blend) {
   const V32f fx = splat(x.fraction), fy = splat(y.fraction);
-  Difference sum;
-  for (int c = 0; c < w.size; c += 8) {
+  V64f sums[2] = {splat(0.0), splat(0.0)};
+  const T* whole = second[rows.from];
+  const Eight *from = w.eights + rows.from, *to = w.eights + rows.to;
+  for (int c = 0; c < w.size; c += 8, whole += 8, from += w.size, to += w.size) {
     const V32f mask = lanesOf(columns, c);
     V32f bx = splat(0.0f), by = bx;
-    V32f above = betweenNeighbours(second[rows.from] + c, fx, blend);
-    for (int r = rows.from; r < rows.to; ++r) {
-      const V32f below = betweenNeighbours(second[r + 1] + c, fx, blend);
-      const V32f d = (load(w.first + r * w.stride + c) - blend(above, below, fy)) & mask;
-      above = below;
+    betweenRows(whole, second.step(), from, to, 1, fx, fy, blend, [&](const Eight* e, V32f value) ZEB_BODY {
+      V32f d = value - load(e->first);
+      if (squares || std::is_floating_point_v<T>) d = d & mask;
       if (squares) {
         bx = fma(d, d, bx);
       } else {
-        bx = fma(d, load(w.gradientX + r * w.stride + c), bx);
-        by = fma(d, load(w.gradientY + r * w.stride + c), by);
+        bx = fnma(d, load(e->gradientX), bx);
+        by = fnma(d, load(e->gradientY), by);
       }
-    }
-    if (squares) {
-      sum.squares += sumOfLanes(bx);
-    } else {
-      // A lane of the gradients outside the mask may hold anything, times 0.
-      sum.x += sumOfLanes(bx & mask);
-      sum.y += sumOfLanes(by & mask);
-    }
+    });
+    sums[0] = sums[0] + (widenLow(bx) + widenHigh(bx));
+    if (!squares) sums[1] = sums[1] + (widenLow(by) + widenHigh(by));
   }
-  return sum;
+  Zeb64f b[4];
+  store(b, sumsOfPairs(sums[0], sums[1]));
+  return {b[0] + b[2], b[1] + b[3]};
 }
 
 template <bool squares, class T>
-Difference compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
-  Difference difference;
+Point compare(const Level<T>& level, const Frame& second, Span columns, Span rows, const Windows& w) {
+  Point difference;
   onWholePixels(level, second.x.first, second.y.first, w.size, w, [&](auto whole) {
     blending<T>(second.x.fraction, second.y.fraction, [&](auto blend) {
       difference = differenceTo<squares>(whole, second.x, second.y, columns, rows, w, blend);
@@ -282,6 +300,41 @@ class Round {
   int64_t kept_ = 1, since_ = 0;
 };
 
+// Where whole vectors of a window's rows, and the pixels right of them and below, stay inside an image.
+struct Interior {
+  Interior(int window, ZebiSize size)
+      : reach(0.5 * (window - 1)), right(size.width - roundedUp(window)), bottom(size.height - window) {}
+  double reach, right, bottom;
+};
+
+// b for a guess anywhere; false when no pixel of the window lies in both images.
+template <class T>
+__attribute__((noinline)) bool compareAcross(const Level<T>& second, const Frame& frame, Point v, const Windows& w,
+                                             Point& b) {
+  const Frame target(v, w.size, second.size);
+  const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
+  if (columns.empty() || rows.empty()) return false;
+  b = compare<false>(second, target, columns, rows, w);
+  return true;
+}
+template <class T>
+ZEB_INLINE bool compareAt(const Level<T>& second, const Interior& interior, const Frame& frame, Point v,
+                          const Windows& w, Point& b) {
+  const double x = v.x - interior.reach, y = v.y - interior.reach;
+  if (!(x >= 0 && y >= 0 && x < interior.right && y < interior.bottom)) return compareAcross(second, frame, v, w, b);
+  Stretch across, down;
+  across.first = static_cast<int>(x), across.fraction = static_cast<Zeb32f>(x - across.first);
+  down.first = static_cast<int>(y), down.fraction = static_cast<Zeb32f>(y - down.first);
+  blending<T>(across.fraction, down.fraction, [&](auto blend) {
+    b = differenceTo<false>(second.rows.from(across.first, down.first), across, down, frame.x.inside, frame.y.inside, w,
+                            blend);
+  });
+  return true;
+}
+
+// Steps before it is looked whether they go round.
+constexpr int soon = 16;
+
 // Moves v to where the window around u is found; false when the point is lost.
 template <class T>
 bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v, Limits limits, const Windows& w) {
@@ -291,23 +344,23 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
   if (!(determinant >= leastDeterminant)) return false;
+  const Interior interior(w.size, second.size);
   Point before = {0, 0};
   Round round;
   for (int k = 1;; ++k) {
-    const Frame target(v, w.size, second.size);
-    const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
-    if (columns.empty() || rows.empty()) return false;
-    const Difference b = compare<false>(second, target, columns, rows, w);
+    Point b;
+    if (!compareAt(second, interior, frame, v, w, b)) return false;
     const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
     v = {v.x + step.x, v.y + step.y};
-    if (!isfinite(v.x) || !isfinite(v.y)) return false;
     if (step.x * step.x + step.y * step.y < limits.squaredStep) return true;
     if (k > 1 && fabs(step.x + before.x) < swing && fabs(step.y + before.y) < swing) {
       v = {v.x - 0.5 * step.x, v.y - 0.5 * step.y};
       return true;
     }
-    if (k >= limits.iterations) return true;
     before = step;
+    if (k < soon && k < limits.iterations) continue;
+    if (!isfinite(v.x) || !isfinite(v.y)) return false;
+    if (k >= limits.iterations) return true;
     // Whole rounds change nothing.
     if (const int64_t period = round.closedBy(v, step))
       k = limits.iterations - static_cast<int>((limits.iterations - k) % period);
@@ -321,7 +374,7 @@ Zeb32f errorAt(const Level<T>& first, const Level<T>& second, Point u, Point v, 
   const Frame frame(u, w.size, first.size), target(v, w.size, second.size);
   const Span columns = common(frame.x.inside, target.x.inside), rows = common(frame.y.inside, target.y.inside);
   if (columns.empty() || rows.empty()) return 0;
-  const double squares = compare<true>(second, target, columns, rows, w).squares;
+  const double squares = compare<true>(second, target, columns, rows, w).x;
   if (!(squares > 0)) return 0;
   const double pixels = static_cast<double>(columns.to - columns.from) * (rows.to - rows.from);
   return static_cast<Zeb32f>(sqrt(squares / pixels));

@@ -18,11 +18,11 @@ int64_t bufferBytes(ZebiSize roi) {
 
 // The first run of the set of a run; the paths to it are halved on the way.
 ZEB_INLINE int leader(int* parent, int run) {
-  while (parent[run] != run) {
-    parent[run] = parent[parent[run]];
-    run = parent[run];
+  for (;;) {
+    const int next = parent[run], beyond = parent[next];
+    if (beyond == next) return next;
+    run = parent[run] = beyond;
   }
-  return run;
 }
 
 // Bits of a row's pixels that are not 0, with the links between them.
@@ -54,7 +54,7 @@ void joinMarkers(const RunWord* above, const RunWord* row, int words, int* paren
     a = leader(parent, a), b = leader(parent, b);
     if (a < b)
       parent[b] = a;
-    else
+    else if (b < a)
       parent[a] = b;
   });
 }

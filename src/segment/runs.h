@@ -19,8 +19,8 @@ struct RunWord {
   int before;       // runs of the image that start before these pixels
 
   uint32_t starts() const { return taking & ~linked; }
-  // The number of the run of pixel `bit`.
-  ZEB_INLINE int run(int bit) const { return before + __builtin_popcount(starts() << (31 - bit)) - 1; }
+  // The number of the run of the last of some first pixels, or of the last one before the word where there are none.
+  ZEB_INLINE int run(uint32_t pixels) const { return before + __builtin_popcount(starts() & pixels) - 1; }
 };
 
 // What links 32 pixels to those of the row above: right above, to the left of that, to the right of that.
@@ -73,21 +73,20 @@ ZEB_INLINE void joinRows(const RunWord* above, const RunWord* row, int words, Li
     const LinksUp link = links(i);
     const uint32_t shifted = link.above << 1 | linkBefore;
     linkBefore = link.above >> 31;
-    for (uint32_t bits = link.above & ~(shifted & word.linked & up.linked); bits; bits &= bits - 1) {
-      const int k = __builtin_ctz(bits);
-      join(up.run(k), word.run(k));
-    }
+    // All pixels up to the first one of the bits, and that one.
+    const auto upTo = [](uint32_t bits) ZEB_BODY { return bits ^ (bits - 1); };
+    for (uint32_t bits = link.above & ~(shifted & word.linked & up.linked); bits; bits &= bits - 1)
+      join(up.run(upTo(bits)), word.run(upTo(bits)));
     if (!eight) continue;
-    for (uint32_t bits = link.left & ~(link.above & up.linked) & ~(shifted & word.linked); bits; bits &= bits - 1) {
-      const int k = __builtin_ctz(bits);
-      join(k > 0 ? up.run(k - 1) : above[i - 1].run(31), word.run(k));
-    }
-    const uint32_t nextLinked = i + 1 < words ? above[i + 1].linked << 31 : 0;
+    for (uint32_t bits = link.left & ~(link.above & up.linked) & ~(shifted & word.linked); bits; bits &= bits - 1)
+      join(up.run(upTo(bits) >> 1), word.run(upTo(bits)));
+    const RunWord next = i + 1 < words ? above[i + 1] : RunWord{0, 0, 0};
+    const uint32_t startsNext = next.starts() & 1;
     for (uint32_t bits =
-             link.right & ~(link.above & (up.linked >> 1 | nextLinked)) & ~((link.above & word.linked) >> 1);
+             link.right & ~(link.above & (up.linked >> 1 | next.linked << 31)) & ~((link.above & word.linked) >> 1);
          bits; bits &= bits - 1) {
-      const int k = __builtin_ctz(bits);
-      join(k < 31 ? up.run(k + 1) : above[i + 1].run(0), word.run(k));
+      const uint32_t pixels = upTo(bits), last = pixels >> 31;
+      join(up.run(pixels << 1 | 1) + static_cast<int>(last & startsNext), word.run(pixels));
     }
   }
 }
