@@ -65,7 +65,7 @@ template <class T>
 struct Three {
   const T *above, *own;
   ptrdiff_t next, second;  // elements from the first row to the other one and to the one below that
-  T *out, *out1;           // of the result; null where the other one is not wanted
+  T *out, *out1;           // of the result
   ptrdiff_t pairStep;
 };
 
