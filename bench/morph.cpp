@@ -207,6 +207,8 @@ const Family family(
          [](const Scene& s) { return erode8u(s, rectangle(7, 7)); }},
         {"ErodeBorder 8u C1R, 63 x 63 rectangle", timesMemcpy(4.5),
          [](const Scene& s) { return erode8u(s, rectangle(63, 63)); }},
+        {"ErodeBorder 8u C1R, 255 x 255 rectangle", noTarget(),
+         [](const Scene& s) { return erode8u(s, rectangle(255, 255)); }},
         {"ErodeBorder 8u C1R, 3 x 3 cross", timesMemcpy(2.4), [](const Scene& s) { return erode8u(s, cross3()); }},
         {"ErodeBorder 8u C1R, 7 x 7 ellipse", timesMemcpy(5), [](const Scene& s) { return erode8u(s, ellipse7()); }},
         {"ErodeBorder 8u C1R, 7 x 7 general, half set", timesMemcpy(7),

@@ -37,6 +37,12 @@ ZEB_INLINE void fetchAhead(const T* p, int i, int n) {
   if (n > fetchDistance / static_cast<int>(sizeof(T))) fetchAhead(p + i);
 }
 
+// Whether n elements make a row that is mostly part of a large image.
+template <class T>
+ZEB_INLINE bool isLong(const T*, ptrdiff_t n) {
+  return n > 1024 / static_cast<ptrdiff_t>(sizeof(T));
+}
+
 // Asks for n elements that are wanted soon.
 template <class T>
 ZEB_INLINE void fetchRun(const T* p, ptrdiff_t n) {

@@ -165,6 +165,7 @@ class BorderedImage {
   }
 
   ZebiSize size() const { return size_; }
+  ptrdiff_t step() const { return step_; }  // bytes from row to row
   int pixelBytes() const { return pixelBytes_; }
   // The pixel beside the image, null where there is no one such pixel.
   const Zeb8u* constant() const { return base_ == zebBorderConst ? value_ : nullptr; }

@@ -221,93 +221,77 @@ ZEB_INLINE void combinePadded(const T* const* rows, int count, T* out, ptrdiff_t
   combineWhole<Op>(rows, count, 0, out, n, lines, false);
 }
 
-// ---- Two windows of h rows at once, h >= 2: of rows[0..h-1] and of rows[1..h] ----
+// ---- Four windows of h rows at once, h >= 3, one row further down each ----
 
-template <class Op, int vectors, class T>
-ZEB_INLINE void combinePairBlock(const T* const* rows, int h, ptrdiff_t x, T* out0, T* out1) {
-  constexpr int lanes = Vec<T>::lanes;
-  Vec<T> both[vectors];
-  const T* p = rows[1] + x;
-  for (int k = 0; k < vectors; ++k) both[k] = Op::begin(load(p + k * lanes));
-  for (int i = 2; i < h; ++i) {
-    p = rows[i] + x;
-    for (int k = 0; k < vectors; ++k) both[k] = Op::pick(both[k], load(p + k * lanes));
-  }
-  p = rows[0] + x;
-  for (int k = 0; k < vectors; ++k) store(out0 + x + k * lanes, Op::pick(both[k], load(p + k * lanes)));
-  p = rows[h] + x;
-  for (int k = 0; k < vectors; ++k) store(out1 + x + k * lanes, Op::pick(both[k], load(p + k * lanes)));
+// early(i) is a vector of row i, late(i) one of row h + i, common what all windows of more than three rows share. to(i)
+// is where a result goes.
+template <class Op, bool three, class Early, class Late, class To, class T>
+ZEB_INLINE void fourWindows(Early early, Late late, Vec<T> common, To to) {
+  // Windows that begin early end with the rows in common, those that end late begin with them.
+  const Vec<T> from2 = three ? Op::begin(early(2)) : Op::pick(common, early(2));
+  const Vec<T> from1 = Op::pick(from2, early(1));
+  store(to(0), Op::pick(from1, early(0)));
+  const Vec<T> s0 = Op::begin(late(0)), s01 = Op::pick(s0, late(1));
+  store(to(1), Op::pick(from1, s0));
+  store(to(2), Op::pick(from2, s01));
+  store(to(3), Op::pick(three ? s01 : Op::pick(common, s01), late(2)));
 }
 
-template <class Op, class T = typename Op::Type>
-inline void combinePair(const T* const* rows, int h, T* out0, T* out1, ptrdiff_t n) {
+// Of the rows from `rows` on, step elements apart; the lines of the result are outStep apart.
+template <class Op, int fixed, class T>
+ZEB_INLINE void combineFourBlocks(const T* rows, ptrdiff_t step, int h, T* out, ptrdiff_t outStep, ptrdiff_t n) {
   constexpr int lanes = Vec<T>::lanes;
-  if (n < lanes) {
-    combineRows<Op>(rows, h, out0, n);
-    combineRows<Op>(rows + 1, h, out1, n);
-    return;
-  }
+  const auto block = [=](ptrdiff_t x) ZEB_BODY {
+    // Few sums of addresses: three rows from each of some.
+    const T *const p = anew(rows + x), *q = anew(p + 3 * step);
+    const auto early = [=](int i) ZEB_BODY { return load(p + i * step); };
+    T *const to = anew(out + x), *const to2 = anew(to + 2 * outStep);
+    const auto place = [=](int i) ZEB_BODY { return i < 2 ? to + i * outStep : to2 + (i - 2) * outStep; };
+    if constexpr (fixed > 0) {
+      const T *const q3 = anew(q + 3 * step), *const q6 = fixed > 5 ? anew(q3 + 3 * step) : q3;
+      const auto further = [=](int i) ZEB_BODY {
+        return load(i < 3 ? q + i * step : i < 6 ? q3 + (i - 3) * step : q6 + (i - 6) * step);
+      };
+      Vec<T> common = Op::begin(further(0));
+      settle(common);  // in a register, not by way of memory
+#pragma GCC unroll 8
+      for (int i = 1; i < fixed - 3; ++i) common = Op::pick(common, further(i));
+      fourWindows<Op, fixed == 3>(
+          early, [=](int i) ZEB_BODY { return further(fixed - 3 + i); }, common, place);
+    } else {
+      Vec<T> common = Op::begin(load(q));
+      for (int i = 4; i < h; ++i) q += step, common = Op::pick(common, load(q));
+      q += step;
+      fourWindows<Op, false>(
+          early, [=](int i) ZEB_BODY { return load(q + i * step); }, common, place);
+    }
+  };
   ptrdiff_t x = 0;
-  if (h == 3) {
-    for (; x <= n - 4 * lanes; x += 4 * lanes) combinePairBlock<Op, 4>(rows, 3, x, out0, out1);
-  } else {
-    for (; x <= n - 4 * lanes; x += 4 * lanes) combinePairBlock<Op, 4>(rows, h, x, out0, out1);
+  if (isLong(rows, n)) {
+    const T* const entering = rows + (h - 1) * step;
+    for (; x <= n - 2 * lanes; x += 2 * lanes) {
+      for (int i = 0; i < 4; ++i) fetchAhead(entering + x + i * step);
+      block(x);
+      block(x + lanes);
+    }
   }
-  for (; x <= n - lanes; x += lanes) combinePairBlock<Op, 1>(rows, h, x, out0, out1);
-  if (x < n) combinePairBlock<Op, 1>(rows, h, n - lanes, out0, out1);
+  for (; x <= n - lanes; x += lanes) block(x);
+  if (x < n) block(n - lanes);
 }
 
-// ---- Four windows of h rows at once, h >= 3: of rows[i..i+h-1], i = 0..3 ----
-
-template <class Op, class T>
-ZEB_INLINE void combineQuadBlock(const T* const* rows, int h, ptrdiff_t x, T* const* out) {
-  // Ends of the windows that begin early, beginnings of those that end late.
-  const Vec<T> r2 = Op::begin(load(rows[2] + x));
-  const Vec<T> r12 = Op::pick(r2, load(rows[1] + x));
-  const Vec<T> r012 = Op::pick(r12, load(rows[0] + x));
-  const Vec<T> s0 = Op::begin(load(rows[h] + x));
-  const Vec<T> s01 = Op::pick(s0, load(rows[h + 1] + x));
-  const Vec<T> s012 = Op::pick(s01, load(rows[h + 2] + x));
-  if (h == 3) {
-    store(out[0] + x, r012);
-    store(out[1] + x, Op::pick(r12, s0));
-    store(out[2] + x, Op::pick(r2, s01));
-    store(out[3] + x, s012);
-    return;
-  }
-  Vec<T> common = Op::begin(load(rows[3] + x));
-  for (int i = 4; i < h; ++i) common = Op::pick(common, load(rows[i] + x));
-  store(out[0] + x, Op::pick(common, r012));
-  store(out[1] + x, Op::pick(common, Op::pick(r12, s0)));
-  store(out[2] + x, Op::pick(common, Op::pick(r2, s01)));
-  store(out[3] + x, Op::pick(common, s012));
-}
-
-template <class Op, class T>
-ZEB_INLINE void combineQuadBlocks(const T* const* rows, int h, T* const* out, ptrdiff_t n) {
-  constexpr int lanes = Vec<T>::lanes;
-  ptrdiff_t x = 0;
-  for (; x <= n - 2 * lanes; x += 2 * lanes) {
-    for (int i = -1; i < 3; ++i) fetchAhead(rows[h + i] + x);
-    combineQuadBlock<Op>(rows, h, x, out);
-    combineQuadBlock<Op>(rows, h, x + lanes, out);
-  }
-  for (; x <= n - lanes; x += lanes) combineQuadBlock<Op>(rows, h, x, out);
-  if (x < n) combineQuadBlock<Op>(rows, h, n - lanes, out);
-}
-
+// n elements, at least a vector of them.
 template <class Op, class T = typename Op::Type>
-inline void combineQuad(const T* const* rows, int h, T* const* out, ptrdiff_t n) {
-  if (n < Vec<T>::lanes) {
-    for (int i = 0; i < 4; ++i) combineRows<Op>(rows + i, h, out[i], n);
-  } else if (h == 3) {
-    combineQuadBlocks<Op>(rows, 3, out, n);
-  } else if (h == 5) {
-    combineQuadBlocks<Op>(rows, 5, out, n);
-  } else if (h == 7) {
-    combineQuadBlocks<Op>(rows, 7, out, n);
-  } else {
-    combineQuadBlocks<Op>(rows, h, out, n);
+__attribute__((noinline)) void combineFour(const T* rows, ptrdiff_t step, int h, T* out, ptrdiff_t outStep,
+                                           ptrdiff_t n) {
+  switch (h) {
+    case 3:
+      return combineFourBlocks<Op, 3>(rows, step, h, out, outStep, n);
+    case 5:
+      return combineFourBlocks<Op, 5>(rows, step, h, out, outStep, n);
+    case 7:
+      return combineFourBlocks<Op, 7>(rows, step, h, out, outStep, n);
+    default:
+      return combineFourBlocks<Op, 0>(rows, step, h, out, outStep, n);
   }
 }
 

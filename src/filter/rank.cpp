@@ -1,6 +1,7 @@
 // Minimum and maximum over a rectangle: columns by direct combination or by running blocks, rows by widening windows.
 #include "filter/rank.h"
 
+#include "filter/small_windows.h"
 #include "filter/windows_along.h"
 
 namespace zeb {
@@ -70,6 +71,13 @@ class RankStrip {
  private:
   void rows(int64_t y, int count, const T** out) const { source_.rows(y + top_, count, range_.kept, out); }
 
+  // Whether so many source rows from that of output row y on are all different ones.
+  bool apart(int y, int count) const {
+    const Sides in = source_.sides();
+    const int64_t first = y + top_;
+    return (in.top || first >= 0) && (in.bottom || first + count <= source_.size().height);
+  }
+
   // Lines for as many rows as are made together, and one for the running extremum of blocks.
   int mostLines() const {
     return height_ < 3 || height_ > directRows || n_ > bytesOfLine / ptrdiff_t(sizeof(T)) ? 4 : rowsTogether;
@@ -105,32 +113,29 @@ class RankStrip {
   }
 
   void runDirect() const {
-    const int end = output_.endRow, h = static_cast<int>(height_);
-    const T* taps[directRows + 3];
-    const int group = single() ? 1 : h >= 3 ? 4 : 2;
-    int y = output_.firstRow;
-    for (; group > 1 && y <= end - group;) {
+    const int end = output_.endRow, h = static_cast<int>(height_), group = single() || h < 3 ? 1 : 4;
+    const ptrdiff_t step = source_.step() / static_cast<ptrdiff_t>(sizeof(T));
+    const T* taps[directRows];
+    for (int y = output_.firstRow; y < end;) {
       // Groups of short lines go along their rows together.
       int made = 0;
-      for (; made < mostLines() && y + made <= end - group; made += group) {
-        rows(y + made, h + group - 1, taps);
-        T* out[4];
-        for (int i = 0; i < group; ++i) out[i] = columnsTo(y + made + i, made + i);
-        if (h >= 3) {
-          combineQuad<Numbers>(taps, h, out, kept_);
-        } else if (h == 2) {
-          combinePair<Numbers>(taps, h, out[0], out[1], kept_);
+      for (; group > 1 && made < mostLines() && y + made <= end - group; made += group) {
+        if (kept_ >= Vec<T>::lanes && apart(y + made, h + group - 1)) {
+          rows(y + made, 1, taps);
+          T* const out = columnsTo(y + made, made);
+          combineFour<Numbers>(taps[0], step, h, out, direct() ? output_.step() : stride_, kept_);
         } else {
-          for (int i = 0; i < group; ++i) combineRows<Numbers>(taps + i, 1, out[i], kept_);
+          for (int i = made; i < made + group; ++i) columnsOfRow(y + i, h, taps, i);
         }
       }
+      if (made == 0) columnsOfRow(y, h, taps, made++);
       alongRows(y, made);
       y += made;
     }
-    for (; y < end; ++y) {
-      rows(y, h, taps);
-      oneRow(y, taps, h);
-    }
+  }
+  void columnsOfRow(int y, int h, const T** taps, int i) const {
+    rows(y, h, taps);
+    combineRows<Numbers>(taps, h, columnsTo(y, i), kept_);
   }
 
   // Output rows y..y+h-1 stand on source rows y+top..: the suffixes of that block of h rows, and for all but the first
@@ -187,6 +192,7 @@ class RankStrip {
 template <class Op>
 void rankRegion(const BorderedImage& source, Window window, int channels, const RowOutput<typename Op::Type>& output,
                 Scratch scratch) {
+  if (trySmallWindows<Op>(source, window, false, channels, output)) return;
   window = withinReach(window, source, source.sides());
   const int64_t height = window.bottom - window.top + 1, width = window.right - window.left + 1;
   const int64_t bytes = height > directRows ? bytesOfBlocks / (2 * height) : bytesOfDirectRows / (height + 8);

@@ -18,11 +18,12 @@ __attribute__((noinline)) void shortWindows(const T* row, T* out, ptrdiff_t n, c
     return Op::pick(four, fromByte<(width - 4) * px>(four, fourMiddle));
   };
   const ptrdiff_t stop = exact ? n - lanes + 1 : n;
+  const bool ahead = exact && isLong(out, n);
   for (int y = lines.count; y > 0; --y, row += lines.step, out += lines.outStep) {
     Vec<T> two = pair(row);
     ptrdiff_t x = 0;
     for (; x < stop; x += lanes) {
-      if (exact) fetchAhead(out + x);
+      if (ahead) fetchAhead(out + x);
       const Vec<T> next = pair(row + x + lanes);
       store(out + x, whole(two, next));
       two = next;

@@ -1,6 +1,7 @@
 // The paths of erosion and dilation: element by element, by run lengths, by rectangles.
 #include "morph/region.h"
 
+#include "filter/small_windows.h"
 #include "filter/windows_along.h"
 #include "morph/columns.h"
 #include "morph/cover.h"
@@ -78,6 +79,15 @@ struct SmallMask {
     return left + right <= 2;
   }
 };
+
+// The middle row and the middle column of 3 x 3, the anchor in the middle.
+bool isCross(const ZebiMorphState& state) {
+  constexpr Zeb8u cross[] = {0, 1, 0, 1, 1, 1, 0, 1, 0};
+  if (state.width != 3 || state.height != 3 || state.anchorX != 1 || state.anchorY != 1) return false;
+  bool same = true;
+  for (int i = 0; i < 9; ++i) same = same && (state.mask[i] != 0) == (cross[i] != 0);
+  return same;
+}
 
 // A pixel beside an edge is the first or the last element of a vector that lies in the row; what the vector leaves
 // beside it is overwritten by the pixels further in.
@@ -311,6 +321,7 @@ int64_t ellipseCost(const ZebiMorphShape& shape) {
 template <class Op, class T = typename Op::Type>
 void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
                     Scratch scratch) {
+  if (isCross(state) && trySmallWindows<Op>(source, reachOf(state), true, state.channels, output)) return;
   SmallMask small;
   if (small.take(state)) return SmallRegion<Op>(small, state.channels, source, output).run();
   if (coverRegion<Op>(*coverOf(state), {state.anchorX, state.anchorY}, state.channels, source, output, scratch)) return;

@@ -12,6 +12,8 @@ enum class MaskKind { full, corner, cross, disc, ring, scattered, empty, gap, si
 inline ref::Element makeElement(MaskKind kind, Random& random) {
   ref::Element e;
   e.width = random.within(1, 9), e.height = random.within(1, 9);
+  // The sizes that are asked for most.
+  if (random.within(0, 2) == 0) e.width = e.height = 2 * random.within(1, 3) + 1;
   if (kind == MaskKind::wide) {
     const bool across = random.within(0, 1) != 0;
     e.width = across ? random.within(20, 75) : random.within(1, 3);
