@@ -281,6 +281,12 @@ __attribute__((noinline)) void marchSmall(Rows<const Zeb8u> src, Rows<Zeb32f> ds
   alignas(32) Zeb8u tile[Tile<narrow>::bytes];
   Marching<narrow>(src, dst, roi, radius, pBuffer, tile).run();
 }
+// A function of its own, so that its variables are not on the stack beside the tile of a small image.
+__attribute__((noinline)) void marchLarge(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
+                                          Scratch scratch) {
+  Zeb8u* const tile = scratch.take<Zeb8u>(Tile<wide>::bytes);
+  Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(Marching<wide>::tiles(roi), 1), tile).run();
+}
 
 }  // namespace
 
@@ -292,13 +298,8 @@ int64_t marchingBytes(ZebiSize roi) {
 
 void march(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* pBuffer) {
   const int64_t tiles = Marching<wide>::tiles(roi), bytes = marchingBytes(roi);
-  if (bytes < tiles + 32 + Tile<wide>::bytes) {
-    marchSmall(src, dst, roi, radius, pBuffer);
-    return;
-  }
-  Scratch scratch(pBuffer, bytes);
-  Zeb8u* const tile = scratch.take<Zeb8u>(Tile<wide>::bytes);
-  Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(tiles, 1), tile).run();
+  if (bytes < tiles + 32 + Tile<wide>::bytes) return marchSmall(src, dst, roi, radius, pBuffer);
+  marchLarge(src, dst, roi, radius, Scratch(pBuffer, bytes));
 }
 
 }  // namespace zeb
