@@ -28,7 +28,8 @@ set(ZEBCV_VECTORS -mavx2 -mfma)
 set(ZEBCV_LIBRARY_OPTIONS ${ZEBCV_FRAME_OPTIONS} ${ZEBCV_VECTORS})
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # Callers' pixels need no element alignment, so a loop must never be peeled up to a vector boundary.
-  list(APPEND ZEBCV_LIBRARY_OPTIONS --param=vect-max-peeling-for-alignment=0)
+  # Kernels name their vectors; of what is left the compiler would make two or three versions for little gain.
+  list(APPEND ZEBCV_LIBRARY_OPTIONS --param=vect-max-peeling-for-alignment=0 -fno-tree-vectorize)
 endif()
 if(ZEBCV_SANITIZE STREQUAL thread)
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)

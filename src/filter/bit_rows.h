@@ -1,6 +1,7 @@
 // Rows of bit-packed images: the leftmost pixel of a byte is its most significant bit.
 #pragma once
 
+#include "core/loops.h"
 #include "filter/border.h"
 
 namespace zeb {
@@ -27,13 +28,23 @@ inline unsigned takeBits(const Zeb8u* src, int phase, int count) {
   return ((static_cast<unsigned>(src[0]) << 8 | low) >> (16 - phase - count)) & ((1u << count) - 1);
 }
 
+// For every byte the eight bits from bit phase (0..7) of it on, those behind its end from the byte behind.
+ZEB_INLINE V8u shiftedBits(V8u bytes, V8u behind, int phase) {
+  const V8u high{_mm256_sll_epi16(bytes.v, _mm_cvtsi32_si128(phase))};
+  const V8u low{_mm256_srl_epi16(behind.v, _mm_cvtsi32_si128(8 - phase))};
+  const V8u taken = splat(static_cast<Zeb8u>(0xFF << phase));
+  return (high & taken) | andNot(taken, low);
+}
+
 // out[i] = the eight bits from bit 8 i + phase on; reads bytes + 1 bytes unless phase is 0.
 inline void shiftBits(const Zeb8u* __restrict src, int phase, Zeb8u* __restrict out, int64_t bytes) {
   if (phase == 0) {
     memcpy(out, src, static_cast<size_t>(bytes));
     return;
   }
-  for (int64_t i = 0; i < bytes; ++i) out[i] = static_cast<Zeb8u>((src[i] << 8 | src[i + 1]) >> (8 - phase));
+  forVectors<V8u::lanes>(0, static_cast<int>(bytes), [=](int i, auto part) ZEB_BODY {
+    part.to(out + i, shiftedBits(part.from(src + i), part.from(src + i + 1), phase));
+  });
 }
 
 // Copies count pixels between rows that do not overlap; no byte is touched in which none of them lies.

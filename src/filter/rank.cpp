@@ -93,7 +93,7 @@ class RankStrip {
   bool single() const { return direct() && oneByOne(); }
 
   // The rest of the way for `count` rows from y on whose extrema along the columns are there.
-  void alongRows(int y, int count) const {
+  __attribute__((noinline)) void alongRows(int y, int count) const {
     if (!direct()) {
       for (int i = 0; i < count; ++i) source_.completeLine(line(i), range_);
       if (!oneByOne()) widen(y, 0, count);
@@ -112,7 +112,7 @@ class RankStrip {
     alongRows(y, 1);
   }
 
-  void runDirect() const {
+  __attribute__((noinline)) void runDirect() const {
     const int end = output_.endRow, h = static_cast<int>(height_), group = single() || h < 3 ? 1 : 4;
     const ptrdiff_t step = source_.step() / static_cast<ptrdiff_t>(sizeof(T));
     const T* taps[directRows];
@@ -140,7 +140,7 @@ class RankStrip {
 
   // Output rows y..y+h-1 stand on source rows y+top..: the suffixes of that block of h rows, and for all but the first
   // the beginning of the next block.
-  void runBlocks() const {
+  __attribute__((noinline)) void runBlocks() const {
     const int end = output_.endRow;
     const int h = static_cast<int>(height_);
     T* prefix = line(4);

@@ -39,8 +39,9 @@ template <class Op>
 void widenBits(const Zeb8u* __restrict row, int64_t shift, Zeb8u* __restrict out, ptrdiff_t bytes) {
   const Zeb8u* ahead = row + static_cast<ptrdiff_t>(shift >> 3);
   const int phase = static_cast<int>(shift & 7);
-  for (ptrdiff_t i = 0; i < bytes; ++i)
-    out[i] = Op::pick(row[i], static_cast<Zeb8u>((ahead[i] << 8 | ahead[i + 1]) >> (8 - phase)));
+  forVectors<V8u::lanes>(0, static_cast<int>(bytes), [=](int i, auto part) ZEB_BODY {
+    part.to(out + i, Op::pick(part.from(row + i), shiftedBits(part.from(ahead + i), part.from(ahead + i + 1), phase)));
+  });
 }
 
 void finishRow(const BitOutput& output, int y, Zeb8u* result, int width) {
@@ -49,9 +50,9 @@ void finishRow(const BitOutput& output, int y, Zeb8u* result, int width) {
   Zeb8u* dst = output.dst[y];
   const Zeb8u* other = output.finish == Finish::dstMinusResult ? dst : output.other[y];
   if (output.finish == Finish::minusOther) {
-    for (ptrdiff_t i = 0; i < bytes; ++i) result[i] = static_cast<Zeb8u>(result[i] & ~other[i]);
+    mapRow([](V8u a, V8u b) { return andNot(b, a); }, result, static_cast<int>(bytes), result, other);
   } else if (output.finish != Finish::store) {
-    for (ptrdiff_t i = 0; i < bytes; ++i) result[i] = static_cast<Zeb8u>(other[i] & ~result[i]);
+    mapRow([](V8u a, V8u b) { return andNot(b, a); }, result, static_cast<int>(bytes), other, result);
   }
   memcpy(dst, result, static_cast<size_t>(whole));
   if (width & 7) mergeBits(dst + whole, 0, width & 7, result[whole] >> (8 - (width & 7)));

@@ -89,7 +89,7 @@ class GrayRegion {
       : state_(state), weights_(static_cast<const Weight*>(state.weights)), src_(src), roi_(roi) {
     const int64_t count = int64_t(state.width) * state.height;
     small_ = count <= kept;
-    for (int i = 0; small_ && i < count; ++i) prepared_[i] = Tap::prepared(weights_[i]);
+    if (small_) prepare(0, static_cast<ptrdiff_t>(count), prepared_);
   }
 
   void row(int y, T* dst) const {
@@ -111,8 +111,12 @@ class GrayRegion {
     return src_[static_cast<int>(y < 0 ? 0 : y >= roi_.height ? roi_.height - 1 : y)];
   }
 
+  __attribute__((noinline)) void prepare(ptrdiff_t from, ptrdiff_t count, Prepared* out) const {
+    for (ptrdiff_t i = 0; i < count; ++i) out[i] = Tap::prepared(weights_[from + i]);
+  }
+
   // Source and destination both fit into memory, so that a column past a row's end is still an int.
-  T pixel(int x, int y) const {
+  __attribute__((noinline)) T pixel(int x, int y) const {
     T best = Tap::at(sourceRow(int64_t(y) - state_.anchorY)[x < state_.anchorX ? 0 : x - state_.anchorX],
                      Tap::prepared(weights_[0]));
     const int last = roi_.width - 1;
@@ -141,7 +145,7 @@ class GrayRegion {
         const int rest = state_.width - from, n = small_ || rest < piece ? rest : piece;
         const Prepared* w = prepared_ + at;
         if (!small_) {
-          for (int i = 0; i < n; ++i) some[i] = Tap::prepared(weights_[at + from + i]);
+          prepare(at + from, n, some);
           w = some;
         }
         for (const Prepared* stop = w + n; w < stop; ++w, ++p) {

@@ -139,8 +139,8 @@ Vec<T> loadPadded(const T* row, int x, int width) {
 
 // p after taking in the pixels beside it in the neighbouring row, one or three: one after the other, so that one that
 // is not a number hides no other.
-template <class Op, bool eight, class T>
-ZEB_INLINE Vec<T> grownBy(Vec<T> p, const T* row, int x, int width) {
+template <class Op, class T>
+ZEB_INLINE Vec<T> grownBy(Vec<T> p, const T* row, int x, int width, bool eight) {
   constexpr int lanes = Vec<T>::lanes;
   if (x >= 1 && x <= width - lanes - 1) {
     p = Op::grown(p, load(row + x));
@@ -171,13 +171,13 @@ ZEB_INLINE void storeVector(T* row, int x, int width, Vec<T> p) {
 }
 
 // The first visit: takes in the row above (null for the first row), limits the row and closes it along itself.
-template <class Op, bool eight, class T>
-void closeRow(T* row, const T* mask, const T* above, int width) {
+template <class Op, class T>
+void closeRow(T* row, const T* mask, const T* above, int width, bool eight) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> beyond = splat(Op::template nothing<T>);
   for (int x = 0; x < width; x += lanes) {
     const Vec<T> m = loadVector<Op>(mask, x, width), old = loadVector<Op>(row, x, width);
-    Vec<T> p = Op::limited(above ? grownBy<Op, eight>(old, above, x, width) : old, m);
+    Vec<T> p = Op::limited(above ? grownBy<Op>(old, above, x, width, eight) : old, m);
     p = swept<Op, Sweep::rightwards>(p, m, beyond);
     if (!identical(p, old)) storeVector(row, x, width, p);
     beyond = p;
@@ -204,14 +204,15 @@ ZEB_INLINE Vec<T> changes(Vec<T> p, Vec<T> old) {
 // A later visit: a closed row takes in columns from..to of a neighbouring row and is closed again. changed(x, p) is
 // told of every vector that did and of the elements of it that are new, twice where both sweeps changed it. Returns the
 // vectors that were looked at.
-template <class Op, bool eight, class T, class Changed>
-ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, int from, int to, const Changed& changed) {
+template <class Op, class T, class Changed>
+ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, bool eight, int from, int to,
+                      const Changed& changed) {
   constexpr int lanes = Vec<T>::lanes;
   const int start = from / lanes * lanes;
   int x = start;
   for (; x <= to; x += lanes) {
     Vec<T> old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
-    Vec<T> p = Op::limited(grownBy<Op, eight>(old, neighbour, x, width), m);
+    Vec<T> p = Op::limited(grownBy<Op>(old, neighbour, x, width, eight), m);
     if (identical(p, old)) continue;
     const int first = x;
     // A closed row's pixels beyond the change have nothing new to give.
@@ -225,7 +226,7 @@ ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, int 
       x += lanes;
       if (x >= width) break;
       old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
-      p = x <= to ? Op::limited(grownBy<Op, eight>(old, neighbour, x, width), m) : old;
+      p = x <= to ? Op::limited(grownBy<Op>(old, neighbour, x, width, eight), m) : old;
     }
     // Back over the change and on as far as it reaches.
     beyond = splat(Op::template nothing<T>);
@@ -282,18 +283,18 @@ constexpr Zeb8u belowChanged = 2;
 // Passes over the flagged rows suit changes that are many; where they visit many vectors for each that changes, or have
 // visited the whole image often, the remaining changes are followed one by one, those first that go farthest in value:
 // what they reach then seldom changes again, so that corridors cost what they are long.
-template <class Op, bool eight, class T>
+template <class Op, class T>
 class Reconstruction {
  public:
-  Reconstruction(Rows<const T> mask, Rows<T> marker, ZebiSize size, Zeb8u* flags, Fronts fronts)
-      : mask_(mask), marker_(marker), size_(size), flags_(flags), fronts_(fronts) {}
+  Reconstruction(Rows<const T> mask, Rows<T> marker, ZebiSize size, bool eight, Zeb8u* flags, Fronts fronts)
+      : mask_(mask), marker_(marker), size_(size), eight_(eight), flags_(flags), fronts_(fronts) {}
 
   void run() {
     const int h = size_.height;
     zebsSet_8u(aboveChanged | belowChanged, flags_, h);
     for (int y = 0; y < h; ++y) {
       flags_[y] = belowChanged;
-      closeRow<Op, eight>(marker_[y], mask_[y], y > 0 ? marker_[y - 1] : static_cast<T*>(nullptr), size_.width);
+      closeRow<Op>(marker_[y], mask_[y], y > 0 ? marker_[y - 1] : static_cast<T*>(nullptr), size_.width, eight_);
     }
     flags_[h - 1] = 0;
     for (bool down = false; pass(down); down = !down) {
@@ -340,8 +341,8 @@ class Reconstruction {
   void follow() {
     while (!fronts_.empty()) {
       const Front f = fronts_.pop();
-      const int from = f.first - eight > 0 ? f.first - eight : 0;
-      const int to = f.last + eight < size_.width ? f.last + eight : size_.width - 1;
+      const int from = f.first - eight_ > 0 ? f.first - eight_ : 0;
+      const int to = f.last + eight_ < size_.width ? f.last + eight_ : size_.width - 1;
       if (f.y > 0) advance(f.y - 1, f.y, from, to);
       if (f.y < size_.height - 1) advance(f.y + 1, f.y, from, to);
     }
@@ -377,7 +378,7 @@ class Reconstruction {
   }
   template <class Changed>
   ZEB_INLINE int visit(int y, int neighbour, int from, int to, const Changed& changed) {
-    return takeIn<Op, eight>(marker_[y], mask_[y], marker_[neighbour], size_.width, from, to, changed);
+    return takeIn<Op>(marker_[y], mask_[y], marker_[neighbour], size_.width, eight_, from, to, changed);
   }
   void spread(int y) {
     if (y > 0) flags_[y - 1] |= belowChanged;
@@ -387,6 +388,7 @@ class Reconstruction {
   Rows<const T> mask_;
   Rows<T> marker_;
   ZebiSize size_;
+  bool eight_;
   Zeb8u* flags_;
   Fronts fronts_;
   int64_t visited_ = 0;
@@ -421,10 +423,7 @@ ZebStatus reconstruction(const T* pSrc, int srcStep, T* pSrcDst, int srcDstStep,
   const Fronts fronts(flags + roi.height, scratch.left());
   const Rows mask(pSrc, srcStep);
   const Rows marker(pSrcDst, srcDstStep);
-  if (norm == zebiNormInf)
-    Reconstruction<Op, true, T>(mask, marker, roi, flags, fronts).run();
-  else
-    Reconstruction<Op, false, T>(mask, marker, roi, flags, fronts).run();
+  Reconstruction<Op, T>(mask, marker, roi, norm == zebiNormInf, flags, fronts).run();
   return zebStsOk;
 }
 

@@ -2,6 +2,7 @@
 // smoothed along themselves first; as many of them as the kernel is high are kept for smoothing down the columns.
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/loops.h"
 #include "core/memory.h"
 #include "core/scratch.h"
 #include "motion/layer.h"
@@ -62,7 +63,8 @@ class Enlarger {
     Zeb32f* const read = read_[y & 1];
     if (held_[y & 1] != y) {
       const T* const row = src_[y];
-      for (int i = 0; i < srcSize_.width * channels; ++i) source_[i] = static_cast<Zeb32f>(row[i]);
+      forVectors<V32f::lanes>(0, srcSize_.width * channels,
+                              [&](int i, auto part) ZEB_BODY { part.to(source_ + i, part.floats(row + i)); });
       places_.interpolate(source_, bordered_, FromFirst());
       smoothRow<channels>(state_.kernel(), bordered_, dstSize_.width, read);
       held_[y & 1] = y;

@@ -19,8 +19,8 @@
 #include "core/checks.h"
 #include "core/entry.h"
 #include "core/image.h"
+#include "core/loops.h"
 #include "core/scratch.h"
-#include "core/vec.h"
 #include "segment/marching.h"
 
 namespace {
@@ -31,8 +31,12 @@ constexpr Zeb32f unknown = 1e30f;    // so large that adding a step changes noth
 constexpr Zeb32f farSeed = 1000000;  // of a first pixel that lies inside
 constexpr Zeb32f besideObject = -1e-10f;
 
-// A square tile by diagonals, in memory of cells() floats on a boundary of a vector. Lane r of diagonal t is the pixel
-// of row r and column t - r; a frame of one pixel holds the neighbours' values.
+// What an update may lead to at most, as a byte for each pixel: nothing where there is no pixel, the radius outside,
+// anything inside.
+enum Limit : Zeb8u { nothing, theRadius, anything };
+
+// A square tile by diagonals, in memory on a boundary of a vector. Lane r of diagonal t is the pixel of row r and
+// column t - r; a frame of one pixel holds the neighbours' values.
 template <int side>
 class Tile {
   static constexpr int lanes = V32f::lanes;
@@ -43,28 +47,28 @@ class Tile {
   static constexpr int cells = (diagonals + 4) * pitch;
 
  public:
-  static constexpr int next = pitch;        // from a value to the one in the next column
-  static constexpr int floats = 2 * cells;  // values, then limits
-  explicit Tile(Zeb32f* memory) : cells_(memory) {}
+  static constexpr int next = pitch;  // from a value to the one in the next column
+  static constexpr int bytes = cells * int{sizeof(Zeb32f) + sizeof(Limit)};  // values, then limits
+  Tile(Zeb8u* memory, Zeb32f radius)
+      : cells_(reinterpret_cast<Zeb32f*>(memory)), limits_(reinterpret_cast<Limit*>(cells_ + cells)), radius_(radius) {}
 
   Zeb32f* value(int x, int r) { return cells_ + at(x, r); }
-  // What an update may lead to at most; -1 where there is none.
-  Zeb32f* limit(int x, int r) { return cells_ + cells + at(x, r); }
+  Limit* limit(int x, int r) { return limits_ + at(x, r); }
 
   // Diagonals without pixels on some lanes: those lanes are never updated.
   void clear() {
-    for (int i = 0; i < cells; ++i) {
-      cells_[i] = unknown;
-      cells_[cells + i] = -1;
-    }
+    fillRun(cells_, cells, unknown, false);
+    memset(limits_, nothing, cells);
   }
 
   // Updates every pixel, diagonals in rising or falling order; tells whether anything changed.
-  bool sweep(bool rising) {
+  bool sweep(ZebiSize size, bool rising) {
+    alignas(32) const Zeb32f most[lanes] = {-1, radius_, unknown};
+    const V32f limits = load(most);
     V32s changed = splat(0);
-    for (int i = 0; i < diagonals; ++i) {
-      const int t = rising ? i : diagonals - 1 - i;
-      const int first = t < side ? 0 : t - side + 1, last = t < side ? t : side - 1;
+    for (int i = 0, count = size.width + size.height - 1; i < count; ++i) {
+      const int t = rising ? i : count - 1 - i;
+      const int first = t < size.width ? 0 : t - size.width + 1, last = t < size.height ? t : size.height - 1;
       for (int r = first / lanes * lanes; r <= last; r += lanes) {
         Zeb32f* p = value(t - r, r);
         const V32f s = min(load(p - pitch), load(p + pitch));
@@ -75,7 +79,8 @@ class Tile {
         const V32f slanted = splat(0.5f) * (s + u + sqrt(splat(2.0f) - d * d));
         const V32f straight = splat(1.0f) + min(s, u);
         V32f f = select(less(d, splat(1.0f)), slanted, straight);
-        f = select(greater(f, load(p + cells)), splat(unknown), f);
+        const V32s limit = loadAs32s(reinterpret_cast<const Zeb8u*>(this->limit(t - r, r)));
+        f = select(greater(f, V32f{_mm256_permutevar8x32_ps(limits.v, limit.v)}), splat(unknown), f);
         const V32f old = load(p);
         changed = changed | as<Zeb32s>(less(f, old));
         store(p, min(f, old));
@@ -89,6 +94,8 @@ class Tile {
   static int at(int x, int r) { return (x + r + 2) * pitch + r + lead; }
 
   Zeb32f* cells_;
+  Limit* limits_;
+  Zeb32f radius_;
 };
 
 // waiting: a byte per tile.
@@ -99,7 +106,7 @@ class Marching {
     return (static_cast<int64_t>(roi.width - 1) / side + 1) * ((roi.height - 1) / side + 1);
   }
 
-  Marching(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* waiting, Zeb32f* tile)
+  Marching(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* waiting, Zeb8u* tile)
       : src_(src),
         dst_(dst),
         roi_(roi),
@@ -107,7 +114,7 @@ class Marching {
         across_((roi.width - 1) / side + 1),
         down_((roi.height - 1) / side + 1),
         waiting_(waiting),
-        tile_(tile) {}
+        tile_(tile, radius) {}
 
   void run() {
     memset(waiting_, 0, static_cast<size_t>(across_) * static_cast<size_t>(down_));
@@ -156,7 +163,15 @@ class Marching {
         boundary |= isBoundary;
       };
       pixel(x0, x0 > 0 ? s[x0 - 1] : 0, x0 + 1 < roi_.width ? s[x0 + 1] : 0);
-      for (int x = x0 + 1; x < end - 1; ++x) pixel(x, s[x - 1], s[x + 1]);
+      V32s some = splat(0);
+      forVectors<8>(x0 + 1, end - 1, [&](int x, auto part) ZEB_BODY {
+        const V32s beside =
+            part.selected(up + x) | part.selected(down + x) | part.selected(s + x - 1) | part.selected(s + x + 1);
+        const V32s isBoundary = andNot(part.selected(s + x), beside);
+        some = some | isBoundary;
+        part.to(d + x, select(as<Zeb32f>(isBoundary), splat(0.0f), splat(unknown)));
+      });
+      boundary |= anyBit(some);
       if (end - 1 > x0) pixel(end - 1, s[end - 2], end < roi_.width ? s[end] : 0);
       if (!boundary) continue;
       const int tx = x0 / side, ty = y / side;
@@ -176,8 +191,8 @@ class Marching {
     bool changed = true;
     for (int flip = 0; changed; flip ^= 1) {
       read(x0, y0, size, flip);
-      const bool rising = tile_.sweep(true);
-      changed = rising && tile_.sweep(false);
+      const bool rising = tile_.sweep(size, true);
+      changed = rising && tile_.sweep(size, false);
       if (rising) write(x0, y0, size, flip, tx, ty);
     }
   }
@@ -205,8 +220,8 @@ class Marching {
       v[-next] = x0 > 0 ? d[-1] : unknown;
       v[size.width * next] = x0 + size.width < roi_.width ? d[size.width] : unknown;
       const Zeb8u* s = src_[y] + x0;
-      Zeb32f* limit = tile_.limit(0, r);
-      for (int x = 0; x < size.width; ++x) limit[x * next] = s[x] ? unknown : radius_;
+      Limit* limit = tile_.limit(0, r);
+      for (int x = 0; x < size.width; ++x) limit[x * next] = s[x] ? anything : theRadius;
     }
   }
 
@@ -239,11 +254,12 @@ class Marching {
   void sign(int y) {
     const Zeb8u* s = src_[y];
     Zeb32f* d = dst_[y];
-    for (int x = 0; x < roi_.width; ++x) {
-      const Zeb32f m = d[x];
-      const Zeb32f outside = m == 0 ? besideObject : (m <= radius_ && m < unknown) ? -m : 0.0f;
-      d[x] = s[x] ? m : outside;
-    }
+    forVectors<8>(0, roi_.width, [&](int x, auto part) ZEB_BODY {
+      const V32f m = part.from(d + x), none = splat(0.0f);
+      const V32f near = (less(m, splat(radius_)) | equal(m, splat(radius_))) & less(m, splat(unknown));
+      const V32f outside = select(equal(m, none), splat(besideObject), near & (m ^ splat(-0.0f)));
+      part.to(d + x, select(as<Zeb32f>(part.selected(s + x)), m, outside));
+    });
   }
 
   Rows<const Zeb8u> src_;
@@ -258,12 +274,18 @@ class Marching {
 
 // Wide enough that a diagonal's work covers the wait for the one before; the buffer of all but small images holds one.
 // Small images have smaller tiles on the stack. What is computed is the same.
-constexpr int wide = 64, narrow = 16;
+constexpr int wide = 64, narrow = 32;
 
 __attribute__((noinline)) void marchSmall(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
                                           Zeb8u* pBuffer) {
-  alignas(32) Zeb32f tile[Tile<narrow>::floats];
+  alignas(32) Zeb8u tile[Tile<narrow>::bytes];
   Marching<narrow>(src, dst, roi, radius, pBuffer, tile).run();
+}
+// A function of its own, so that its variables are not on the stack beside the tile of a small image.
+__attribute__((noinline)) void marchLarge(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
+                                          Scratch scratch) {
+  Zeb8u* const tile = scratch.take<Zeb8u>(Tile<wide>::bytes);
+  Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(Marching<wide>::tiles(roi), 1), tile).run();
 }
 
 }  // namespace
@@ -276,13 +298,8 @@ int64_t marchingBytes(ZebiSize roi) {
 
 void march(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* pBuffer) {
   const int64_t tiles = Marching<wide>::tiles(roi), bytes = marchingBytes(roi);
-  if (bytes < tiles + 32 + int64_t{sizeof(Zeb32f)} * Tile<wide>::floats) {
-    marchSmall(src, dst, roi, radius, pBuffer);
-    return;
-  }
-  Scratch scratch(pBuffer, bytes);
-  Zeb32f* const tile = scratch.take<Zeb32f>(Tile<wide>::floats);
-  Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(tiles, 1), tile).run();
+  if (bytes < tiles + 32 + Tile<wide>::bytes) return marchSmall(src, dst, roi, radius, pBuffer);
+  marchLarge(src, dst, roi, radius, Scratch(pBuffer, bytes));
 }
 
 }  // namespace zeb
