@@ -20,7 +20,7 @@
  *   none, is refused with zebStsErrContextMatch. A state that holds pointers into itself may not be moved or copied;
  *   the text of each kind tells.
  * - No function takes more than 16 KB of stack; callers may keep it aligned to 4 bytes only. The largest is
- *   zebiDistanceTransform_5x5_8u32f_C1R with 13 KB.
+ *   zebiInpaintInitAlloc_8u_C1R with 15 KB.
  * - Results are those of the default floating-point environment: round to nearest, denormals on. Other modes are left
  * as they are found and may change results. Images whose values are 0 or of ordinary magnitude raise no exception but
  *   inexact and, where results are tiny, underflow; infinities, values that are not numbers and huge ones may raise
