@@ -216,6 +216,7 @@ const Family family(
          [](const Scene& s) { return erode8u(s, rectangle(3, 3)); }},
         {"ErodeBorder 8u C1R, 7 x 7 rectangle", timesMemcpy(3.0),
          [](const Scene& s) { return erode8u(s, rectangle(7, 7)); }},
+        {"ErodeBorder 8u C1R, 7 x 2 rectangle", noTarget(), [](const Scene& s) { return erode8u(s, rectangle(7, 2)); }},
         {"ErodeBorder 8u C1R, 63 x 63 rectangle", timesMemcpy(4.5),
          [](const Scene& s) { return erode8u(s, rectangle(63, 63)); }},
         {"ErodeBorder 8u C1R, 255 x 255 rectangle", noTarget(),

@@ -113,29 +113,34 @@ class RankStrip {
   }
 
   __attribute__((noinline)) void runDirect() const {
-    const int end = output_.endRow, h = static_cast<int>(height_), group = single() || h < 3 ? 1 : 4;
+    const int end = output_.endRow, h = static_cast<int>(height_), group = single() ? 1 : 4;
     const ptrdiff_t step = source_.step() / static_cast<ptrdiff_t>(sizeof(T));
-    const T* taps[directRows];
+    const T* taps[directRows + 3];
     for (int y = output_.firstRow; y < end;) {
       // Groups of short lines go along their rows together.
       int made = 0;
       for (; group > 1 && made < mostLines() && y + made <= end - group; made += group) {
+        rows(y + made, h + group - 1, taps);
         if (kept_ >= Vec<T>::lanes && apart(y + made, h + group - 1)) {
-          rows(y + made, 1, taps);
           T* const out = columnsTo(y + made, made);
-          combineFour<Numbers>(taps[0], step, h, out, direct() ? output_.step() : stride_, kept_);
+          const ptrdiff_t outStep = direct() ? output_.step() : stride_;
+          if (h >= 3) {
+            combineFour<Numbers>(taps[0], step, h, out, outStep, kept_);
+          } else {
+            combineLines<Numbers>(taps, h, 0, out, kept_, {group, step, outStep});
+          }
         } else {
-          for (int i = made; i < made + group; ++i) columnsOfRow(y + i, h, taps, i);
+          for (int i = 0; i < group; ++i) combineRows<Numbers>(taps + i, h, columnsTo(y + made + i, made + i), kept_);
         }
       }
-      if (made == 0) columnsOfRow(y, h, taps, made++);
+      if (made == 0) {
+        rows(y, h, taps);
+        combineRows<Numbers>(taps, h, columnsTo(y, 0), kept_);
+        made = 1;
+      }
       alongRows(y, made);
       y += made;
     }
-  }
-  void columnsOfRow(int y, int h, const T** taps, int i) const {
-    rows(y, h, taps);
-    combineRows<Numbers>(taps, h, columnsTo(y, i), kept_);
   }
 
   // Output rows y..y+h-1 stand on source rows y+top..: the suffixes of that block of h rows, and for all but the first
