@@ -26,6 +26,8 @@ struct Departure {
 };
 const std::vector<ZebStatus> masked = {zebStsErrNullPointer, zebStsErrSize,     zebStsErrStep,
                                        zebStsErrNotEvenStep, zebStsErrMaskSize, zebStsErrBorder};
+const std::vector<ZebStatus> composed = {zebStsErrNullPointer, zebStsErrSize, zebStsErrStep, zebStsErrBorder,
+                                         zebStsErrNotEvenStep};
 const Departure departures[] = {
     {"zebiAdd_16u32f_C1IR", {zebStsErrNullPointer, zebStsErrSize, zebStsErrStep}},
     {"zebiCannyBorder_",
@@ -51,7 +53,12 @@ const Departure departures[] = {
     {"zebiGetDistanceTransformMask_", {zebStsErrNullPointer, zebStsErrSize, zebStsErrBadArgument}},
     {"zebiGetDistanceTransformMask", {zebStsErrBadArgument, zebStsErrNullPointer, zebStsErrSize}},
     {"zebiHoughProbLineInit_", {zebStsErrSize, zebStsErrBadArgument, zebStsErrNullPointer}},
-    {"zebiMorphologyInit_", {zebStsErrSize, zebStsErrAnchor}}};
+    {"zebiMorphologyInit_", {zebStsErrSize, zebStsErrAnchor}},
+    {"zebiMorphOpenBorder_", composed},
+    {"zebiMorphCloseBorder_", composed},
+    {"zebiMorphTophatBorder_", composed},
+    {"zebiMorphBlackhatBorder_", composed},
+    {"zebiMorphGradientBorder_", composed}};
 // Functions that hold their arguments against what a state says before they look what it is.
 const char* const readStateFirst[] = {"zebiErodeBorder",          "zebiDilateBorder",       "zebiMorphOpenBorder_",
                                       "zebiMorphCloseBorder_",    "zebiMorphTophatBorder_", "zebiMorphBlackhatBorder_",
@@ -98,6 +105,9 @@ bool Probe::plant(const std::string& name, Choice& c) {
       faults_.erase(
           std::remove_if(faults_.begin(), faults_.end(), [](const Fault& f) { return f.check == Check::evenStep; }),
           faults_.end());
+  for (const char* family : readStateFirst)
+    for (Fault& fault : faults_)
+      if (startsWith(name, family) && fault.check == Check::state) fault.check = Check::anywhere, fault.want = 0;
   const auto* const departure = std::find_if(std::begin(departures), std::end(departures),
                                              [&](const Departure& d) { return startsWith(name, d.names); });
   if (departure != std::end(departures))
@@ -106,9 +116,6 @@ bool Probe::plant(const std::string& name, Choice& c) {
       const auto at = std::find(order.begin(), order.end(), fault.want);
       fault.check = at == order.end() ? Check::anywhere : static_cast<Check>(at - order.begin());
     }
-  for (const char* family : readStateFirst)
-    for (Fault& fault : faults_)
-      if (startsWith(name, family) && fault.check == Check::state) fault.check = Check::anywhere, fault.want = 0;
   if (faults_.empty()) return false;
   const auto any = [this](Choice& choice) {
     return &faults_[static_cast<size_t>(choice.within(0, static_cast<int>(faults_.size()) - 1))];

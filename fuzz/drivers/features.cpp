@@ -234,10 +234,13 @@ void peaks(Choice& c, Function<int, int*> query,
               scratch.get());
     return;
   }
+  f.refused(zebStsErrSize, src.pixels(), src.step(), size, threshold, list.get(), most, &count, norm, widest + 1,
+            scratch.get());
   const int border = c.within(1, widest);
+  // More than half the height also where the width is spoiled.
+  const int wrong = c.coin() ? 0 : size.height / 2 + 1;
   f.ok(c, src.pixels(), src.step(), size, threshold, list.get(), orElse(most, 0, zebStsErrSize), &count,
-       orElse(norm, int(zebiNormL2), zebStsErrBadArgument), orElse(border, c.coin() ? 0 : widest + 1, zebStsErrSize),
-       scratch.get());
+       orElse(norm, int(zebiNormL2), zebStsErrBadArgument), orElse(border, wrong, zebStsErrSize), scratch.get());
   list.check(count, ref::peaks(src.plane(), threshold, norm == zebiNormInf, border, static_cast<size_t>(most)),
              "norm " + std::to_string(norm) + ", " + src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");

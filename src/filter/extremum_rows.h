@@ -334,47 +334,42 @@ inline void suffixRows(const T* const* rows, int count, T* suffix, ptrdiff_t str
   }
 }
 
-// prefix = extremum of prefix and row; out = extremum of prefix and suffix. Doing an element twice changes nothing.
-template <class Op, class T = typename Op::Type>
-inline void advanceRow(const T* row, T* prefix, const T* suffix, T* out, ptrdiff_t n) {
-  constexpr int lanes = Vec<T>::lanes;
-  const auto block = [=](ptrdiff_t x) {
-    const Vec<T> p = Op::pick(load(prefix + x), load(row + x));
-    store(prefix + x, p);
-    store(out + x, Op::pick(p, load(suffix + x)));
+// For one row after the other: prefix = extremum of prefix and row, out = extremum of prefix and suffix.
+template <class Op, int rows, class T>
+inline void advanceRows(const T* const* entering, T* prefix, const T* const* suffixes, T* const* out, ptrdiff_t n) {
+  constexpr int lanes = Vec<T>::lanes, vectors = 2;
+  const auto block = [=](ptrdiff_t x, auto count) ZEB_BODY {
+    Vec<T> best[count.value];
+    for (int k = 0; k < count.value; ++k) best[k] = load(prefix + x + k * lanes);
+#pragma GCC unroll 4
+    for (int i = 0; i < rows; ++i) {
+      const T *const row = entering[i] + x, *const suffix = suffixes[i] + x;
+      T* const to = out[i] + x;
+      for (int k = 0; k < count.value; ++k) {
+        best[k] = Op::pick(best[k], load(row + k * lanes));
+        store(to + k * lanes, Op::pick(best[k], load(suffix + k * lanes)));
+      }
+    }
+    for (int k = 0; k < count.value; ++k) store(prefix + x + k * lanes, best[k]);
   };
+  // The last vector overlaps the one before it: its prefix is put aside, as rows must enter once only.
+  const bool whole = n % lanes == 0, apart = !whole && n >= lanes;
+  T last[lanes];
+  if (apart) {
+    const Vec<T> before = load(prefix + n - lanes);
+    block(n - lanes, std::integral_constant<int, 1>());
+    store(last, load(prefix + n - lanes));
+    store(prefix + n - lanes, before);
+  }
   ptrdiff_t x = 0;
-  for (; x <= n - 2 * lanes; x += 2 * lanes) {
-    block(x);
-    block(x + lanes);
-  }
-  for (; x <= n - lanes; x += lanes) block(x);
-  if (x == n) return;
-  if (n >= lanes) return block(n - lanes);
-  for (; x < n; ++x) {
-    prefix[x] = Op::pick(prefix[x], row[x]);
-    out[x] = Op::pick(prefix[x], suffix[x]);
-  }
-}
-
-// Two rows of that: out[0] from rows[0], out[1] from both.
-template <class Op, class T = typename Op::Type>
-inline void advanceTwoRows(const T* const* rows, T* prefix, const T* const* suffixes, T* const* out, ptrdiff_t n) {
-  constexpr int lanes = Vec<T>::lanes;
-  ptrdiff_t x = 0;
-  for (; x <= n - lanes; x += lanes) {
-    const Vec<T> p0 = Op::pick(load(prefix + x), load(rows[0] + x));
-    const Vec<T> p1 = Op::pick(p0, load(rows[1] + x));
-    store(out[0] + x, Op::pick(p0, load(suffixes[0] + x)));
-    store(out[1] + x, Op::pick(p1, load(suffixes[1] + x)));
-    store(prefix + x, p1);
-  }
-  for (; x < n; ++x) {
-    const T p0 = Op::pick(prefix[x], rows[0][x]);
-    out[0][x] = Op::pick(p0, suffixes[0][x]);
-    prefix[x] = Op::pick(p0, rows[1][x]);
-    out[1][x] = Op::pick(prefix[x], suffixes[1][x]);
-  }
+  for (; x <= n - vectors * lanes; x += vectors * lanes) block(x, std::integral_constant<int, vectors>());
+  for (; x <= n - lanes; x += lanes) block(x, std::integral_constant<int, 1>());
+  if (apart) return store(prefix + n - lanes, load(last));
+  for (; x < n; ++x)
+    for (int i = 0; i < rows; ++i) {
+      prefix[x] = Op::pick(prefix[x], entering[i][x]);
+      out[i][x] = Op::pick(prefix[x], suffixes[i][x]);
+    }
 }
 
 }  // namespace zeb

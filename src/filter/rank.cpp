@@ -50,6 +50,8 @@ class RankStrip {
         kept_(static_cast<ptrdiff_t>(range_.keptCount() * channels)),
         at_(static_cast<ptrdiff_t>(x) * channels),
         n_(static_cast<ptrdiff_t>(columns) * channels) {
+    const ptrdiff_t reach = range_.before > range_.after ? range_.before : range_.after;
+    within_ = static_cast<ptrdiff_t>(clamped(width_ - reach, 0, range_.keptCount()));
     stride_ = static_cast<ptrdiff_t>(scratchStride(range_.to - range_.from, source.pixelBytes()) / sizeof(T));
     // The kept columns begin at a boundary, so that the stores to them do not straddle cache lines.
     const int64_t place = range_.before * channels;
@@ -94,18 +96,23 @@ class RankStrip {
 
   // The rest of the way for `count` rows from y on whose extrema along the columns are there.
   __attribute__((noinline)) void alongRows(int y, int count) const {
+    ptrdiff_t made = 1;
     if (!direct()) {
-      for (int i = 0; i < count; ++i) source_.completeLine(line(i), range_);
-      if (!oneByOne()) widen(y, 0, count);
+      // Windows that are no longer than what is left of one beside an edge need no border: it repeats them instead.
+      made = widenWithin<Op>(columnsTo(y, 0), kept_, within_, channels_, {count, stride_, stride_});
+      BorderedImage::Columns c = range_;
+      c.to -= made - 1, c.keptEnd -= made - 1;
+      for (int i = 0; i < count; ++i) source_.completeLine(line(i), c);
+      if (!oneByOne()) widen(made, y, 0, count);
     }
     for (int i = 0; i < count; ++i) {
-      if (!direct() && oneByOne()) widen(y + i, i, 1);
+      if (!direct() && oneByOne()) widen(made, y + i, i, 1);
       output_.end(y + i, at_, n_, oneByOne() ? 0 : i);
     }
   }
-  void widen(int y, int i, int count) const {
-    widenLines<Op>(line(i), 1, output_.begin(y, at_), width_, line(i), channels_, n_, {count, stride_, output_.step()},
-                   true);
+  void widen(ptrdiff_t made, int y, int i, int count) const {
+    widenLines<Op>(line(i), made, output_.begin(y, at_), width_, line(i), channels_, n_,
+                   {count, stride_, output_.step()}, true);
   }
   void oneRow(int y, const T* const* taps, int count) const {
     combineRows<Numbers>(taps, count, columnsTo(y, 0), kept_);
@@ -144,39 +151,47 @@ class RankStrip {
   }
 
   // Output rows y..y+h-1 stand on source rows y+top..: the suffixes of that block of h rows, and for all but the first
-  // the beginning of the next block.
+  // the beginning of the next block. Rows that repeat the first or the last of the image are taken once.
   __attribute__((noinline)) void runBlocks() const {
-    const int end = output_.endRow;
-    const int h = static_cast<int>(height_);
-    T* prefix = line(4);
+    const int end = output_.endRow, h = static_cast<int>(height_), group = single() ? 1 : 4;
+    const int64_t below = source_.sides().bottom ? INT64_MAX / 2 : source_.size().height;
+    T* const prefix = line(4);
     for (int64_t y = output_.firstRow; y < end; y += h) {
-      rows(y, h, rows_);
-      suffixRows<Numbers>(rows_, h, suffixes_, stride_, kept_);
-      const int first = static_cast<int>(y), last = static_cast<int>(end - y < h ? end - y : h);
-      const T *next[2], *suffix[2] = {suffixes_, suffixes_ + stride_};
-      oneRow(first, suffix, 1);
-      if (last == 1) continue;
-      rows(y + h, 1, next);
-      combineRows<Numbers>(next, 1, prefix, kept_);
-      next[1] = suffix[1];
-      oneRow(first + 1, next, 2);
-      int j = 2;
-      while (!single() && j < last - 1) {
-        int made = 0;
-        for (; made < 4 && j + made < last - 1; made += 2) {
-          const int at = j + made;
-          rows(y + h + at - 1, 2, next);
-          suffix[0] = suffixes_ + at * stride_, suffix[1] = suffix[0] + stride_;
-          T* out[2] = {columnsTo(first + at, made), columnsTo(first + at + 1, made + 1)};
-          advanceTwoRows<Numbers>(next, prefix, suffix, out, kept_);
+      const int first = static_cast<int>(y), many = static_cast<int>(end - y < h ? end - y : h);
+      const int64_t top = y + top_;
+      const int lead = source_.sides().top ? 0 : static_cast<int>(clamped(-top, 0, h - 1));
+      const int different = h - lead - (below - top < h ? static_cast<int>(clamped(h - (below - top), 0, h - 1)) : 0);
+      rows(y + lead, different, rows_);
+      suffixRows<Numbers>(rows_, different, suffixes_, stride_, kept_);
+      const auto suffix = [=](int j) { return suffixes_ + clamped(j - lead, 0, different - 1) * stride_; };
+      const T* taps[2] = {suffix(0), prefix};
+      oneRow(first, taps, 1);
+      for (int j = 1; j < many;) {
+        // The row that enters with result j, and whether it repeats the one before.
+        const int64_t entering = top + h + j - 1;
+        const int made = j == 1 ? 1 : many - j < group ? many - j : group;
+        const T *next[4], *suffixesNow[4];
+        T* out[4];
+        for (int i = 0; i < made; ++i) suffixesNow[i] = suffix(j + i), out[i] = columnsTo(first + j + i, i);
+        if (j == 1) {
+          rows(y + h, 1, next);
+          combineRows<Numbers>(next, 1, prefix, kept_);
+        }
+        if (j == 1 || entering > below - 1) {
+          for (int i = 0; i < made; ++i) {
+            taps[0] = suffixesNow[i];
+            combineRows<Numbers>(taps, 2, out[i], kept_);
+          }
+        } else {
+          rows(y + h + j - 1, made, next);
+          if (made == 4) {
+            advanceRows<Numbers, 4>(next, prefix, suffixesNow, out, kept_);
+          } else {
+            for (int i = 0; i < made; ++i) advanceRows<Numbers, 1>(next + i, prefix, suffixesNow + i, out + i, kept_);
+          }
         }
         alongRows(first + j, made);
         j += made;
-      }
-      for (; j < last; ++j) {
-        rows(y + h + j - 1, 1, next);
-        advanceRow<Numbers>(next[0], prefix, suffixes_ + j * stride_, columnsTo(first + j, 0), kept_);
-        alongRows(first + j, 1);
       }
     }
   }
@@ -187,6 +202,7 @@ class RankStrip {
   int64_t width_, height_, top_;
   BorderedImage::Columns range_;
   ptrdiff_t kept_, at_, n_, stride_;
+  ptrdiff_t within_;  // the longest windows of which every result has some that lie in the kept columns
   T* lines_;
   T* suffixes_ = nullptr;
   const T** rows_ = nullptr;

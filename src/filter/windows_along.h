@@ -33,17 +33,40 @@ __attribute__((noinline)) void shortWindows(const T* row, T* out, ptrdiff_t n, c
   }
 }
 
-// Windows of 32 pixels of one byte from those of 8, in whole vectors and in place.
-template <class Op>
-void windowsOf32(Zeb8u* row, ptrdiff_t n, const Lines& lines) {
-  for (int y = lines.count; y > 0; --y, row += lines.step) {
-    V8u eight = load(row);
-    for (ptrdiff_t x = 0; x < n; x += 32) {
-      const V8u next = load(row + x + 32), middle = halvesBetween(eight, next);
-      const V8u sixteen = Op::pick(eight, fromByte<8>(eight, middle));
-      store(row + x, Op::pick(sixteen, Op::pick(middle, fromByte<8>(middle, next))));
-      eight = next;
-    }
+// The extremum over 4 pixels of `px` bytes from p on.
+template <class Op, int px, class T>
+ZEB_INLINE Vec<T> fourPixels(const T* p) {
+  constexpr int pixel = px / static_cast<int>(sizeof(T));
+  const Vec<T> two = Op::pick(load(p), load(p + pixel));
+  return Op::pick(Op::pick(two, load(p + 2 * pixel)), load(p + 3 * pixel));
+}
+// The windows that are so many bytes longer than those in a; next holds those of the vector behind it.
+template <class Op, int bytes, class T>
+ZEB_INLINE Vec<T> longerBy(Vec<T> a, Vec<T> next) {
+  return Op::pick(a, fromByte<bytes>(a, halvesBetween(a, next)));
+}
+
+// Windows as long as a vector, in whole vectors; out may be the row. Shorter ones are carried on until those of the
+// vectors behind are there; of the last vectors behind the row only what stands in the line counts.
+template <class Op, int px, class T>
+__attribute__((noinline)) void vectorWindows(const T* row, T* out, ptrdiff_t n, const Lines& lines) {
+  constexpr int lanes = Vec<T>::lanes;
+  for (int y = lines.count; y > 0; --y, row += lines.step, out += lines.outStep) {
+    const auto within = [=](ptrdiff_t x) ZEB_BODY { return x < n + lanes ? x : n + lanes; };
+    Vec<T> last = fourPixels<Op, px>(row + within(2 * lanes)), middle = fourPixels<Op, px>(row + within(lanes));
+    Vec<T> half = longerBy<Op, 4 * px>(fourPixels<Op, px>(row), middle), eight = longerBy<Op, 4 * px>(middle, last);
+    if constexpr (px == 1) half = longerBy<Op, 8>(half, eight);
+    ptrdiff_t x = 0;
+    const auto one = [&](ptrdiff_t ahead) ZEB_BODY {
+      const Vec<T> four = fourPixels<Op, px>(row + ahead), nextEight = longerBy<Op, 4 * px>(last, four);
+      Vec<T> nextHalf = eight;
+      if constexpr (px == 1) nextHalf = longerBy<Op, 8>(eight, nextEight);
+      store(out + x, longerBy<Op, 16>(half, nextHalf));
+      last = four, eight = nextEight, half = nextHalf;
+      x += lanes;
+    };
+    while (x < n - 2 * lanes) one(x + 3 * lanes);
+    while (x < n) one(within(x + 3 * lanes));
   }
 }
 
@@ -78,6 +101,25 @@ bool tryShortWindows(ptrdiff_t width, int px, const T* row, T* out, ptrdiff_t n,
   return false;
 }
 
+// Windows within the n elements of a line, in place; their length, as long as a vector and then three times that as
+// often as `longest` allows, or 1 where pixels are no single elements of one or two bytes.
+template <class Op, class T = typename Op::Type>
+ptrdiff_t widenWithin(T* line, ptrdiff_t n, ptrdiff_t longest, int channels, const Lines& lines) {
+  constexpr ptrdiff_t vector = Vec<T>::lanes;
+  if constexpr (sizeof(T) <= 2) {
+    if (channels > 1 || longest < vector) return 1;
+    vectorWindows<Op, sizeof(T)>(line, line, n - vector + 1, lines);
+    ptrdiff_t cur = vector;
+    for (; 3 * cur <= longest; cur *= 3) {
+      const T* const taps[] = {line, line + cur, line + 2 * cur};
+      combinePadded<Op>(taps, 3, line, n - 3 * cur + 1, lines);
+    }
+    return cur;
+  } else {
+    return 1;
+  }
+}
+
 // from[x] holds the extremum over `shorter` pixels from x on; out[x] gets that over `longer`, n elements in all, in
 // several lines. A window is covered by overlapping shorter ones, in passes of a few taps each. Passes before the last
 // go to temp, lines as far apart as those of from, which may be from itself; they write whole vectors and so does the
@@ -94,13 +136,16 @@ void widenLines(const T* from, int64_t shorter, T* out, int64_t longer, T* temp,
   const ptrdiff_t wider = longer;
   if (cur == 1) {
     if (tryShortWindows<Op>(wider, px, from, out, n, lines, exact)) return;
-    const ptrdiff_t reach = (wider - 8) * channels;
-    if (wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + reach, between, false)) from = temp, cur = 8;
-    if constexpr (sizeof(T) == 1) {
-      if (cur == 8 && px == 1 && wider >= 32) {
-        windowsOf32<Op>(temp, n + wider - 32, between);
-        cur = 32;
+    // Of windows of 8 there is more than a pass of seven taps to make.
+    const bool far = wider > 56 && channels == 1 && sizeof(T) <= 2;
+    if constexpr (sizeof(T) <= 2) {
+      if (far) {
+        vectorWindows<Op, sizeof(T)>(from, temp, n + wider - Vec<T>::lanes, between);
+        from = temp, cur = Vec<T>::lanes;
       }
+    }
+    if (!far && wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + (wider - 8) * channels, between, false)) {
+      from = temp, cur = 8;
     }
   }
   const T* taps[mostTaps];

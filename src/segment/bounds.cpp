@@ -60,7 +60,8 @@ ZebStatus boundSegments(T* pMarker, int markerStep, ZebiSize roi, T val, ZebiNor
   const Rows<T> rows = marker.rows();
   const auto kernel = norm == zebiNormInf ? markRow<Reach::around, T> : markRow<Reach::below, T>;
   for (int y = 0; y + 1 < roi.height; ++y) kernel(rows[y], rows[y + 1], roi.width, val);
-  markRow<Reach::right, T>(rows[roi.height - 1], nullptr, roi.width, val);
+  T* const last = rows[roi.height - 1];
+  markRow<Reach::right, T>(last, last, roi.width, val);
   return zebStsOk;
 }
 
