@@ -19,30 +19,6 @@ void copyRegion(const BorderedImage& source, int channels, const RowOutput<T>& o
   }
 }
 
-// Rows that enter at the bottom and are forgotten at the top: a ring of as many scratch rows as are looked back on.
-template <class T>
-class SlidingRows {
- public:
-  void carve(Scratch* scratch, int rows, ptrdiff_t stride, ptrdiff_t offset, unsigned alignment = 32) {
-    first_ = scratch->take<T>(rows * stride, alignment) + offset;
-    rows_ = rows, stride_ = stride, newest_ = -1;
-  }
-  T* advance() {
-    newest_ = newest_ + 1 == rows_ ? 0 : newest_ + 1;
-    return first_ + newest_ * stride_;
-  }
-  // The row that entered this many rows before the newest.
-  T* back(int rows) const {
-    const int slot = newest_ - rows;
-    return first_ + (slot < 0 ? slot + rows_ : slot) * stride_;
-  }
-
- private:
-  T* first_;
-  int rows_, newest_;
-  ptrdiff_t stride_;
-};
-
 // Strips of columns whose ring of rows stays in the second cache, and no narrower than so many pixels.
 constexpr int64_t bytesOfRing = 512 << 10, leastColumns = 256;
 int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
@@ -204,15 +180,11 @@ void generalRegion(const ZebiMorphState& state, const BorderedImage& source, con
     const auto range = source.columns(int64_t(x) + left - state.anchorX, int64_t(x) + columns + right - state.anchorX);
     const int64_t width = range.to - range.from;
     Scratch rest = scratch;
-    SlidingRows<T> ring;
-    if (tight) {
-      ring.carve(&rest, rows, static_cast<ptrdiff_t>(width * channels), 0, sizeof(T));
-    } else {
-      ring.carve(&rest, rows, static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T)),
-                 -(range.before * channels) & (Vec<T>::lanes - 1));
-    }
+    RowRing<T> ring = tight ? RowRing<T>(rest, rows, width * channels, sizeof(T))
+                            : RowRing<T>(rest, rows, scratchStride(width, source.pixelBytes()) / int64_t(sizeof(T)), 32,
+                                         -(range.before * channels) & (Vec<T>::lanes - 1));
     const auto fetch = [&](int64_t y) {
-      T* row = ring.advance();
+      T* row = ring.enter();
       if (tight) {
         source.fetch(y, range, reinterpret_cast<Zeb8u*>(row));
       } else {
@@ -250,7 +222,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
     if (shape.reach[j] > left) left = shape.reach[j];
     if (r > right) right = r;
   }
-  SlidingRows<T>* rings = scratch.take<SlidingRows<T>>(lengths, alignof(SlidingRows<T>));
+  RowRing<T>* rings = scratch.take<RowRing<T>>(lengths, alignof(RowRing<T>));
   const T** taps = scratch.take<const T*>(shape.rows, alignof(const T*));
   const auto kept = [&](int j) {
     int first = 0;
@@ -268,7 +240,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
     const ptrdiff_t stride = static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T));
     const ptrdiff_t offset = -(range.before * channels) & (Vec<T>::lanes - 1);
     Scratch rest = scratch;
-    for (int j = 0; j < lengths; ++j) rings[j].carve(&rest, kept(j), stride, offset);
+    for (int j = 0; j < lengths; ++j) rings[j] = RowRing<T>(rest, kept(j), stride, 32, offset);
     T* line = rest.take<T>(stride) + offset;
 
     const auto enter = [&](int64_t y) {
@@ -276,14 +248,14 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
       int j = lengths - 1, cur = 1;
       const T* from = line;
       if (shape.length[j] == 1) {
-        T* row = rings[j--].advance();
+        T* row = rings[j--].enter();
         source.fetchLine(y, range, row);
         from = row;
       } else {
         source.fetchLine(y, range, line);
       }
       for (; j >= 0; --j) {
-        T* row = rings[j].advance();
+        T* row = rings[j].enter();
         const int length = shape.length[j];
         const ptrdiff_t n = static_cast<ptrdiff_t>((width - length + 1) * channels);
         widenLines<Op>(from, cur, row, length, line, channels, n, oneLine, false);
