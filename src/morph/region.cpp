@@ -211,28 +211,31 @@ void generalRegion(const ZebiMorphState& state, const BorderedImage& source, con
 // ---- Ellipses: every source row is filtered once for each distinct run length, the longer from the shorter; an output
 // row combines as many filtered rows as the mask has rows ----
 
+// Rows of the ring of length j.
+int keptRows(const ZebiMorphShape& shape, int j) {
+  int first = 0;
+  while (shape.lengthIndex[first] != j) ++first;
+  return shape.height - shape.rowOffset[first];
+}
+EllipseExtent extentOf(const ZebiMorphShape& shape) {
+  EllipseExtent extent;
+  extent.rows = shape.rows;
+  for (int j = 0; j < shape.lengths; ++j) extent.add(shape.length[j], shape.reach[j], keptRows(shape, j));
+  return extent;
+}
+
 template <class Op, class T = typename Op::Type>
 void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
                    Scratch scratch) {
   const ZebiMorphShape& shape = *state.shape;
   const int channels = state.channels, lengths = shape.lengths, height = shape.height;
-  int64_t left = 0, right = 0, ringRows = 0;
-  for (int j = 0; j < lengths; ++j) {
-    const int64_t r = int64_t(shape.length[j]) - 1 - shape.reach[j];
-    if (shape.reach[j] > left) left = shape.reach[j];
-    if (r > right) right = r;
-  }
+  const EllipseExtent extent = extentOf(shape);
+  const int64_t left = extent.left, right = extent.right;
   RowRing<T>* rings = scratch.take<RowRing<T>>(lengths, alignof(RowRing<T>));
   const T** taps = scratch.take<const T*>(shape.rows, alignof(const T*));
-  const auto kept = [&](int j) {
-    int first = 0;
-    while (shape.lengthIndex[first] != j) ++first;
-    return height - shape.rowOffset[first];
-  };
-  for (int j = 0; j < lengths; ++j) ringRows += kept(j);
 
   const int all = source.size().width;
-  const int strip = stripColumns(all, ringRows, source.pixelBytes(), left + right);
+  const int strip = stripColumns(all, extent.kept, source.pixelBytes(), left + right);
   for (int x = 0; x < all;) {
     const int columns = strip < all - x ? strip : all - x;
     const auto range = source.columns(x - left, int64_t(x) + columns + right);
@@ -240,7 +243,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
     const ptrdiff_t stride = static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T));
     const ptrdiff_t offset = -(range.before * channels) & (Vec<T>::lanes - 1);
     Scratch rest = scratch;
-    for (int j = 0; j < lengths; ++j) rings[j] = RowRing<T>(rest, kept(j), stride, 32, offset);
+    for (int j = 0; j < lengths; ++j) rings[j] = RowRing<T>(rest, keptRows(shape, j), stride, 32, offset);
     T* line = rest.take<T>(stride) + offset;
 
     const auto enter = [&](int64_t y) {
@@ -300,7 +303,8 @@ void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, co
   const int width = source.size().width, px = source.pixelBytes();
   const ZebiSize mask{state.width, state.height};
   const int64_t room = scratch.left();
-  const bool ellipseFits = state.shapeClass == zebShapeEllipse && ellipseScratchSize(width, px, *state.shape) <= room;
+  const bool ellipseFits =
+      state.shapeClass == zebShapeEllipse && ellipseScratchSize(width, px, extentOf(*state.shape)) <= room;
   const bool elementsFit = generalScratchSize(width, px, mask) <= room;
   int64_t best = INT64_MAX;
   if (ellipseFits) best = ellipseCost(*state.shape);
