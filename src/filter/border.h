@@ -128,18 +128,30 @@ class BorderedImage {
   // one store. Kernels compute whole vectors: floats get numbers behind the range, so that none of them is invalid.
   template <class T>
   ZEB_INLINE void completeLine(T* line, const Columns& c) const {
+    completeLines(line, c, 1, 0);
+  }
+  // Of so many lines, so many elements apart.
+  template <class T>
+  ZEB_INLINE void completeLines(T* line, const Columns& c, int count, ptrdiff_t stride) const {
     constexpr int lanes = Vec<T>::lanes;
-    if constexpr (std::is_floating_point_v<T>) {
-      T* const behind = line + (c.to - c.from) * (pixelBytes_ / static_cast<int>(sizeof(T)));
-      store(behind, splat(T(0)));
-      store(behind + lanes, splat(T(0)));
+    const ptrdiff_t width = c.to - c.from, before = c.before, after = c.after, kept = c.keptCount();
+    const int px = pixelBytes_;
+    const bool usual = px == static_cast<int>(sizeof(T)) && before <= lanes && after <= lanes;
+    for (; count > 0; --count, line += stride) {
+      if constexpr (std::is_floating_point_v<T>) {
+        T* const behind = line + width * (px / static_cast<int>(sizeof(T)));
+        store(behind, splat(T(0)));
+        store(behind + lanes, splat(T(0)));
+      }
+      if (!usual) {
+        complete(reinterpret_cast<Zeb8u*>(line), c);
+        continue;
+      }
+      T* const first = line + before;
+      T* const end = first + kept;
+      if (before > 0) store(first - lanes, splat(*first));
+      if (after > 0) store(end, splat(end[-1]));
     }
-    if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.before > lanes || c.after > lanes)
-      return complete(reinterpret_cast<Zeb8u*>(line), c);
-    T* first = line + c.before;
-    T* end = first + c.keptCount();
-    if (c.before > 0) store(first - lanes, splat(*first));
-    if (c.after > 0) store(end, splat(end[-1]));
   }
 
   // The columns of row y, all of the range, under any rule. Reads no pixel but those. fixedBytes: those of a pixel,

@@ -303,24 +303,23 @@ void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, co
   const int width = source.size().width, px = source.pixelBytes();
   const ZebiSize mask{state.width, state.height};
   const int64_t room = scratch.left();
-  const bool ellipseFits =
-      state.shapeClass == zebShapeEllipse && ellipseScratchSize(width, px, extentOf(*state.shape)) <= room;
-  const bool elementsFit = generalScratchSize(width, px, mask) <= room;
-  int64_t best = INT64_MAX;
-  if (ellipseFits) best = ellipseCost(*state.shape);
-  if (elementsFit) {
-    const int64_t cost = elementCost(state);
-    if (cost < best) best = cost;
-  }
+  const int64_t elements = elementCost(state);
+  const auto elementsFit = [&] { return generalScratchSize(width, px, mask) <= room; };
+  const auto ellipseFits = [&](int64_t most) {
+    return state.shapeClass == zebShapeEllipse && ellipseCost(*state.shape) <= most &&
+           ellipseScratchSize(width, px, extentOf(*state.shape)) <= room;
+  };
   if (ColumnPlan::roomFor(mask) <= room) {
     ColumnPlan plan;
     Scratch rest = scratch;
     plan.make(state.mask, mask, &rest);
-    if (plan.cost() <= best && columnScratchSize(plan, width, px, mask) <= room)
+    if ((plan.cost() <= elements || !elementsFit()) && !ellipseFits(plan.cost() - 1) &&
+        columnScratchSize(plan, width, px, mask) <= room)
       return columnRegion<Op>(plan, {state.anchorX, state.anchorY}, state.channels, source, output, rest);
   }
-  if (ellipseFits && best == ellipseCost(*state.shape)) return ellipseRegion<Op>(state, source, output, scratch);
-  generalRegion<Op>(state, source, output, scratch, !elementsFit);
+  const bool fit = elementsFit();
+  if (ellipseFits(fit ? elements : INT64_MAX)) return ellipseRegion<Op>(state, source, output, scratch);
+  generalRegion<Op>(state, source, output, scratch, !fit);
 }
 
 }  // namespace
