@@ -75,39 +75,60 @@ struct Step {
   bool fresh;
 };
 
-// The extrema of all sets for some vectors of columns. Where nested, one extremum runs through all of them.
-template <class Op, int vectors, bool nested, class T>
-ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x, ptrdiff_t lineX) {
+// The extrema of all sets for some vectors of columns in one or two rows. Where nested, one extremum runs through all
+// of them.
+template <class Op, int vectors, int rows, bool nested, class T>
+ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x, ptrdiff_t lineX, const Lines& lines) {
   constexpr int lanes = Vec<T>::lanes;
-  Vec<T> best[vectors];
+  Vec<T> best[vectors], below[vectors];
   const T* p = step->row + x;
   for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+  if (rows == 2)
+    for (int k = 0; k < vectors; ++k) below[k] = load(p + lines.step + k * lanes);
   for (const Step<T>* end = step + count;;) {
     if (step->line != nullptr) {
       T* line = step->line + lineX;
       for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
+      if (rows == 2)
+        for (int k = 0; k < vectors; ++k) store(line + lines.outStep + k * lanes, below[k]);
     }
     if (++step == end) return;
     p = step->row + x;
     if (!nested && step->fresh) {
       for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+      if (rows == 2)
+        for (int k = 0; k < vectors; ++k) below[k] = load(p + lines.step + k * lanes);
     } else {
       for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
+      if (rows == 2)
+        for (int k = 0; k < vectors; ++k) below[k] = Op::pick(below[k], load(p + lines.step + k * lanes));
     }
   }
 }
 
-// Several lines: of the rows, to the lines of the sets from element `to` on.
+// Several lines: of the rows, to the lines of the sets from element `to` on. Of short ones two rows at once.
 template <class Op, bool nested, class T>
 void setsRows(const Step<T>* steps, int count, ptrdiff_t n, ptrdiff_t to, const Lines& lines) {
   constexpr int lanes = Vec<T>::lanes;
   ptrdiff_t from = 0;
-  for (int y = lines.count; y > 0; --y, from += lines.step, to += lines.outStep) {
+  int y = lines.count;
+  if (n >= lanes && n < 6 * lanes)
+    for (; y > 1; y -= 2, from += 2 * lines.step, to += 2 * lines.outStep) {
+      ptrdiff_t x = 0;
+      for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, 2, nested>(steps, count, from + x, to + x, lines);
+      for (; x < n; x += lanes) {
+        const ptrdiff_t at = x < n - lanes ? x : n - lanes;
+        setsBlock<Op, 1, 2, nested>(steps, count, from + at, to + at, lines);
+      }
+    }
+  for (; y > 0; --y, from += lines.step, to += lines.outStep) {
     ptrdiff_t x = 0;
-    for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, nested>(steps, count, from + x, to + x);
-    for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, nested>(steps, count, from + x, to + x);
-    for (; x <= n - lanes; x += lanes) setsBlock<Op, 1, nested>(steps, count, from + x, to + x);
-    if (x < n && n >= lanes) setsBlock<Op, 1, nested>(steps, count, from + n - lanes, to + n - lanes), x = n;
+    for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, 1, nested>(steps, count, from + x, to + x, lines);
+    for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, 1, nested>(steps, count, from + x, to + x, lines);
+    for (; x < n && n >= lanes; x += lanes) {
+      const ptrdiff_t at = x < n - lanes ? x : n - lanes;
+      setsBlock<Op, 1, 1, nested>(steps, count, from + at, to + at, lines);
+    }
     for (; x < n; ++x) {
       T best = steps[0].row[from + x];
       for (int i = 0; i < count; ++i) {
