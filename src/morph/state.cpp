@@ -74,7 +74,7 @@ bool eachLength(const Mask& mask, int anchor, const Analysis& a, Take take) {
 
 // Images of three and four floats a pixel filter each distinct length of a small ellipse at more cost than they save.
 bool toGeneral(MorphKind kind, int64_t area) {
-  return (kind.typeCode == zeb32f && ((kind.channels == 3 && area < 17) || (kind.channels == 4 && area < 49)));
+  return kind.typeCode == zeb32f && ((kind.channels == 3 && area < 17) || (kind.channels == 4 && area < 49));
 }
 
 Analysis analyse(MorphKind kind, const Mask& mask, ZebiPoint anchor) {
