@@ -158,16 +158,16 @@ TensorRows<Zeb8u>::TensorRows(TensorForm form, const BorderedImage& source, Scra
   // Products are formed in whole vectors. What lies behind the columns counts for nothing, but memory checkers follow
   // sums of pairs by eight bytes only: left unwritten, it would seem to be in the last results.
   for (int q = 0; q <= form.window; ++q)
-    store(dx_[q] + columns_, splat(Zeb16s(0))), store(dy_[q] + columns_, splat(Zeb16s(0)));
+    store(dx_.back(q) + columns_, splat(Zeb16s(0))), store(dy_.back(q) + columns_, splat(Zeb16s(0)));
   while (entered_ < form.after()) enter(entered_++);
 }
 
 void TensorRows<Zeb8u>::enter(int q) {
-  derivatives_.form(q, dx_[q], dy_[q]);
-  const int old = q - form_.window;
-  const bool none = old < -form_.before();
-  (width_ == Width::wide ? follow<uint64_t> : follow<Zeb32s>)(dx_[q], dy_[q], none ? none_ : dx_[old],
-                                                              none ? none_ : dy_[old], columns_, sums_);
+  Zeb16s *const dx = dx_.enter(), *const dy = dy_.enter();
+  derivatives_.form(q, dx, dy);
+  const bool none = q - form_.window < -form_.before();
+  (width_ == Width::wide ? follow<uint64_t> : follow<Zeb32s>)(dx, dy, none ? none_ : dx_.back(form_.window),
+                                                              none ? none_ : dy_.back(form_.window), columns_, sums_);
 }
 
 void TensorRows<Zeb8u>::next() {

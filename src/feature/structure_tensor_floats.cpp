@@ -71,9 +71,9 @@ TensorRows<Zeb32f>::TensorRows(TensorForm form, const BorderedImage& source, Scr
 
 void TensorRows<Zeb32f>::next() {
   ++y_;
-  for (; entered_ <= y_ + form_.after(); ++entered_) derivatives_.form(entered_, dx_[entered_], dy_[entered_]);
+  for (; entered_ <= y_ + form_.after(); ++entered_) derivatives_.form(entered_, dx_.enter(), dy_.enter());
   const Zeb32f *dx[mostRows], *dy[mostRows];
-  for (int i = 0; i < form_.window; ++i) dx[i] = dx_[y_ - form_.before() + i], dy[i] = dy_[y_ - form_.before() + i];
+  for (int i = 0; i < form_.window; ++i) dx[i] = dx_.back(form_.window - 1 - i), dy[i] = dy_.back(form_.window - 1 - i);
   sumColumns(dx, dy, form_.window, columns_, sums_);
   x_ = 0;
 }

@@ -128,18 +128,30 @@ class BorderedImage {
   // one store. Kernels compute whole vectors: floats get numbers behind the range, so that none of them is invalid.
   template <class T>
   ZEB_INLINE void completeLine(T* line, const Columns& c) const {
+    completeLines(line, c, 1, 0);
+  }
+  // Of so many lines, so many elements apart.
+  template <class T>
+  ZEB_INLINE void completeLines(T* line, const Columns& c, int count, ptrdiff_t stride) const {
     constexpr int lanes = Vec<T>::lanes;
-    if constexpr (std::is_floating_point_v<T>) {
-      T* const behind = line + (c.to - c.from) * (pixelBytes_ / static_cast<int>(sizeof(T)));
-      store(behind, splat(T(0)));
-      store(behind + lanes, splat(T(0)));
+    const ptrdiff_t width = c.to - c.from, before = c.before, after = c.after, kept = c.keptCount();
+    const int px = pixelBytes_;
+    const bool usual = px == static_cast<int>(sizeof(T)) && before <= lanes && after <= lanes;
+    for (; count > 0; --count, line += stride) {
+      if constexpr (std::is_floating_point_v<T>) {
+        T* const behind = line + width * (px / static_cast<int>(sizeof(T)));
+        store(behind, splat(T(0)));
+        store(behind + lanes, splat(T(0)));
+      }
+      if (!usual) {
+        complete(reinterpret_cast<Zeb8u*>(line), c);
+        continue;
+      }
+      T* const first = line + before;
+      T* const end = first + kept;
+      if (before > 0) store(first - lanes, splat(*first));
+      if (after > 0) store(end, splat(end[-1]));
     }
-    if (pixelBytes_ != static_cast<int>(sizeof(T)) || c.before > lanes || c.after > lanes)
-      return complete(reinterpret_cast<Zeb8u*>(line), c);
-    T* first = line + c.before;
-    T* end = first + c.keptCount();
-    if (c.before > 0) store(first - lanes, splat(*first));
-    if (c.after > 0) store(end, splat(end[-1]));
   }
 
   // The columns of row y, all of the range, under any rule. Reads no pixel but those. fixedBytes: those of a pixel,
@@ -213,7 +225,7 @@ template <class T>
 void completeEnds(T* line, const BorderedImage::Columns& c, int channels, const T* pixel);
 
 // The last `count` rows of a sequence, each with room for a number of elements: row y stands where row y - count stood.
-// Rows may have numbers from -count on. A count of 0 is told when the ring is made.
+// Rows may have numbers from -count on.
 template <class T, int count = 0>
 class RowRing {
  public:
@@ -230,24 +242,33 @@ class RowRing {
   T* first_;
   ptrdiff_t stride_;
 };
+// As many rows as are told when the ring is made. They enter one after the other and are found from the newest back,
+// which takes no division; a row begins `offset` elements behind the start of its room.
 template <class T>
 class RowRing<T, 0> {
  public:
   static int64_t bytes(int count, int64_t stride) { return count * stride * static_cast<int64_t>(sizeof(T)); }
 
-  RowRing(Scratch& scratch, int count, int64_t stride, unsigned alignment = 1)
-      : first_(scratch.take<T>(count * stride, alignment)),
+  RowRing(Scratch& scratch, int count, int64_t stride, unsigned alignment = 1, ptrdiff_t offset = 0)
+      : first_(scratch.take<T>(count * stride, alignment) + offset),
         stride_(static_cast<ptrdiff_t>(stride)),
-        count_(static_cast<unsigned>(count)) {}
+        count_(count) {}
 
-  T* operator[](int y) const {
-    return first_ + static_cast<ptrdiff_t>((static_cast<unsigned>(y) + count_) % count_) * stride_;
+  // Room for the next row, in the place of the oldest.
+  T* enter() {
+    newest_ = newest_ + 1 == count_ ? 0 : newest_ + 1;
+    return first_ + newest_ * stride_;
+  }
+  // The row that entered this many rows before the newest.
+  T* back(int rows) const {
+    const int at = newest_ - rows;
+    return first_ + (at < 0 ? at + count_ : at) * stride_;
   }
 
  private:
   T* first_;
   ptrdiff_t stride_;
-  unsigned count_;
+  int count_, newest_ = -1;
 };
 
 }  // namespace zeb

@@ -79,7 +79,7 @@ void bitRegion(const ZebiMorphState& state, const BitRows& source, const BitOutp
   const int rows = mask.rows(), phases = mask.rectangle ? 1 : 8;
   Zeb8u* line = scratch.take<Zeb8u>(stride);
   Zeb8u* result = scratch.take<Zeb8u>(stride);
-  Zeb8u* ring = scratch.take<Zeb8u>(int64_t(rows) * phases * stride);
+  RowRing<Zeb8u> ring(scratch, rows, int64_t(phases) * stride, 32);
   struct Element {
     int row, column;
   };
@@ -101,9 +101,8 @@ void bitRegion(const ZebiMorphState& state, const BitRows& source, const BitOutp
       }
   }
 
-  const auto slot = [=](int64_t t) { return ring + static_cast<ptrdiff_t>(t % rows) * phases * stride; };
-  const auto enter = [&](int64_t t) {
-    source.fetch(t + mask.top - state.anchorY, from, to, line);
+  const auto enter = [&](int64_t y) {
+    source.fetch(y + mask.top - state.anchorY, from, to, line);
     Zeb8u *windows = line, *wider = result;
     for (int64_t cur = 1; mask.rectangle && cur < mask.columns();) {
       const int64_t next = 2 * cur < mask.columns() ? 2 * cur : mask.columns();
@@ -111,15 +110,16 @@ void bitRegion(const ZebiMorphState& state, const BitRows& source, const BitOutp
       cur = next;
       std::swap(windows, wider);
     }
+    Zeb8u* const row = ring.enter();
     for (int p = 0; p < phases; ++p)
-      if (used & 1u << p) shiftBits(windows, p, slot(t) + p * stride, static_cast<ptrdiff_t>(bytesOfBits(to - from)));
+      if (used & 1u << p) shiftBits(windows, p, row + p * stride, static_cast<ptrdiff_t>(bytesOfBits(to - from)));
   };
-  for (int t = 0; t < rows - 1; ++t) enter(t);
+  for (int y = 0; y < rows - 1; ++y) enter(y);
   for (int y = 0; y < height; ++y) {
     enter(int64_t(y) + rows - 1);
     const Zeb8u* row = nullptr;
     for (int i = 0, last = -1; i < count; ++i) {
-      if (elements[i].row != last) last = elements[i].row, row = slot(int64_t(y) + last);
+      if (elements[i].row != last) last = elements[i].row, row = ring.back(rows - 1 - last);
       taps[i] = row + (elements[i].column & 7) * stride + (elements[i].column >> 3);
     }
     combinePadded<Op>(taps, count, result, bytes);

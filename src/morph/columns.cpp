@@ -3,74 +3,66 @@
 
 namespace zeb {
 
-namespace {
-
-// One distinct set of rows while the plan is made.
-struct Candidate {
-  uint64_t key;  // of its rows; columns with the same key are compared row by row
-  int column, rows;
-};
-
-}  // namespace
-
-int64_t ColumnPlan::roomFor(ZebiSize mask) {
-  return int64_t(mask.width) * int64_t(sizeof(Set) + sizeof(int) + sizeof(Candidate)) +
-         4 * boundedProduct(mask.width, mask.height) + 32;
-}
-
 void ColumnPlan::make(const Zeb8u* mask, ZebiSize size, Scratch* scratch) {
   const int w = size.width, h = size.height;
-  const auto at = [=](int column, int row) { return mask[static_cast<ptrdiff_t>(row) * w + column] != 0; };
+  const ptrdiff_t words = static_cast<ptrdiff_t>(wordsOf(h));
   set = scratch->take<Set>(w, alignof(Set));
   setOf = scratch->take<int>(w, alignof(int));
   tapRow = scratch->take<int>(int64_t(w) * h, alignof(int));
-  Candidate* found = scratch->take<Candidate>(w, alignof(int));
+  // The rows of every column as bits.
+  Bits* const bits = scratch->take<Bits>(w * words, alignof(Bits));
+  memset(bits, 0, static_cast<size_t>(w * words) * sizeof(Bits));
+  for (int y = 0; y < h; ++y, mask += w) {
+    Bits* word = bits + y / rowsInWord;
+    for (int x = 0; x < w; ++x, word += words) *word |= Bits(mask[x] != 0) << y % rowsInWord;
+  }
+  // Distinct sets, small ones first.
   left = w, right = -1, top = h, bottom = -1;
   sets = taps = columns = 0;
   for (int x = 0; x < w; ++x) {
-    Candidate c{0, x, 0};
-    for (int y = 0; y < h; ++y) {
-      c.key = (c.key ^ (at(x, y) ? 2 : 1)) * 0x9E3779B97F4A7C15u;
-      if (!at(x, y)) continue;
-      ++c.rows;
-      if (y < top) top = y;
-      if (y > bottom) bottom = y;
+    const Bits* const column = bits + x * words;
+    int rows = 0;
+    for (ptrdiff_t k = 0; k < words; ++k) {
+      if (column[k] == 0) continue;
+      const int row = static_cast<int>(k) * rowsInWord;
+      const int first = row + __builtin_ctz(column[k]), last = row + rowsInWord - 1 - __builtin_clz(column[k]);
+      if (first < top) top = first;
+      if (last > bottom) bottom = last;
+      rows += __builtin_popcount(column[k]);
     }
     setOf[x] = -1;
-    if (c.rows == 0) continue;
+    if (rows == 0) continue;
     if (x < left) left = x;
     right = x;
     ++columns;
-    const auto alike = [&](const Candidate& other) {
-      if (other.key != c.key || other.rows != c.rows) return false;
-      for (int y = 0; y < h; ++y)
-        if (at(x, y) != at(other.column, y)) return false;
-      return true;
+    const auto alike = [&](const Set& other) {
+      const Bits* const its = bits + other.column * words;
+      ptrdiff_t k = 0;
+      while (k < words && its[k] == column[k]) ++k;
+      return k == words;
     };
-    int i = 0;
-    while (i < sets && !alike(found[i])) ++i;
-    setOf[x] = i;
-    if (i == sets) found[sets++] = c;
-  }
-  // Small sets first. setOf still counts in the order of discovery.
-  for (int i = 0; i < sets; ++i) set[i].first = i;
-  for (int i = 1; i < sets; ++i) {
-    const int moved = set[i].first;
-    int to = i;
-    for (; to > 0 && found[set[to - 1].first].rows > found[moved].rows; --to) set[to].first = set[to - 1].first;
-    set[to].first = moved;
+    int at = 0;
+    while (at < sets && !(set[at].rows == rows && alike(set[at]))) ++at;
+    if (at == sets) {
+      for (; at > 0 && set[at - 1].rows > rows; --at) set[at] = set[at - 1];
+      for (int i = left; i < x; ++i) setOf[i] += setOf[i] >= at;
+      set[at] = {x, rows, false};
+      ++sets;
+    }
+    setOf[x] = at;
   }
   for (int i = 0; i < sets; ++i) {
-    const int column = found[set[i].first].column, before = i > 0 ? set[i - 1].first : 0;
-    bool onward = i > 0;
-    for (int y = 0; y < h && onward; ++y) onward = !at(before, y) || at(column, y);
+    const Bits* const column = bits + set[i].column * words;
+    const Bits* const before = i > 0 ? bits + set[i - 1].column * words : nullptr;
+    set[i].onward = i > 0;
+    for (ptrdiff_t k = 0; k < words && set[i].onward; ++k) set[i].onward = (before[k] & ~column[k]) == 0;
     const int start = taps;
-    for (int y = 0; y < h; ++y)
-      if (at(column, y) && !(onward && at(before, y))) tapRow[taps++] = y;
-    found[set[i].first].rows = i;
-    set[i] = {column, taps - start, onward};
+    for (ptrdiff_t k = 0; k < words; ++k)
+      for (Bits rest = set[i].onward ? column[k] & ~before[k] : column[k]; rest != 0; rest &= rest - 1)
+        tapRow[taps++] = static_cast<int>(k) * rowsInWord + __builtin_ctz(rest);
+    set[i].rows = taps - start;
   }
-  for (int x = left; x <= right; ++x) setOf[x - left] = setOf[x] < 0 ? -1 : found[setOf[x]].rows;
+  for (int x = left; x <= right; ++x) setOf[x - left] = setOf[x];
 }
 
 namespace {
@@ -83,43 +75,66 @@ struct Step {
   bool fresh;
 };
 
-// The extrema of all sets for some vectors of columns. Where nested, one extremum runs through all of them.
-template <class Op, int vectors, bool nested, class T>
-ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x, ptrdiff_t lineX) {
+// The extrema of all sets for some vectors of columns in one or two rows. Where nested, one extremum runs through all
+// of them.
+template <class Op, int vectors, int rows, bool nested, class T>
+ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x, ptrdiff_t lineX, const Lines& lines) {
   constexpr int lanes = Vec<T>::lanes;
-  Vec<T> best[vectors];
+  Vec<T> best[vectors], below[vectors];
   const T* p = step->row + x;
   for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+  if (rows == 2)
+    for (int k = 0; k < vectors; ++k) below[k] = load(p + lines.step + k * lanes);
   for (const Step<T>* end = step + count;;) {
     if (step->line != nullptr) {
       T* line = step->line + lineX;
       for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
+      if (rows == 2)
+        for (int k = 0; k < vectors; ++k) store(line + lines.outStep + k * lanes, below[k]);
     }
     if (++step == end) return;
     p = step->row + x;
     if (!nested && step->fresh) {
       for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
+      if (rows == 2)
+        for (int k = 0; k < vectors; ++k) below[k] = load(p + lines.step + k * lanes);
     } else {
       for (int k = 0; k < vectors; ++k) best[k] = Op::pick(best[k], load(p + k * lanes));
+      if (rows == 2)
+        for (int k = 0; k < vectors; ++k) below[k] = Op::pick(below[k], load(p + lines.step + k * lanes));
     }
   }
 }
 
-// Of the rows from element `from` on, to the lines from element `to` on.
+// Several lines: of the rows, to the lines of the sets from element `to` on. Of short ones two rows at once.
 template <class Op, bool nested, class T>
-void setsRow(const Step<T>* steps, int count, ptrdiff_t n, ptrdiff_t from, ptrdiff_t to) {
+void setsRows(const Step<T>* steps, int count, ptrdiff_t n, ptrdiff_t to, const Lines& lines) {
   constexpr int lanes = Vec<T>::lanes;
-  ptrdiff_t x = 0;
-  for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, nested>(steps, count, from + x, to + x);
-  for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, nested>(steps, count, from + x, to + x);
-  for (; x <= n - lanes; x += lanes) setsBlock<Op, 1, nested>(steps, count, from + x, to + x);
-  if (x == n) return;
-  if (n >= lanes) return setsBlock<Op, 1, nested>(steps, count, from + n - lanes, to + n - lanes);
-  for (; x < n; ++x) {
-    T best = steps[0].row[from + x];
-    for (int i = 0; i < count; ++i) {
-      best = steps[i].fresh ? steps[i].row[from + x] : Op::pick(best, steps[i].row[from + x]);
-      if (steps[i].line != nullptr) steps[i].line[to + x] = best;
+  ptrdiff_t from = 0;
+  int y = lines.count;
+  if (n >= lanes && n < 6 * lanes)
+    for (; y > 1; y -= 2, from += 2 * lines.step, to += 2 * lines.outStep) {
+      ptrdiff_t x = 0;
+      for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, 2, nested>(steps, count, from + x, to + x, lines);
+      for (; x < n; x += lanes) {
+        const ptrdiff_t at = x < n - lanes ? x : n - lanes;
+        setsBlock<Op, 1, 2, nested>(steps, count, from + at, to + at, lines);
+      }
+    }
+  for (; y > 0; --y, from += lines.step, to += lines.outStep) {
+    ptrdiff_t x = 0;
+    for (; x <= n - 6 * lanes; x += 6 * lanes) setsBlock<Op, 6, 1, nested>(steps, count, from + x, to + x, lines);
+    for (; x <= n - 2 * lanes; x += 2 * lanes) setsBlock<Op, 2, 1, nested>(steps, count, from + x, to + x, lines);
+    for (; x < n && n >= lanes; x += lanes) {
+      const ptrdiff_t at = x < n - lanes ? x : n - lanes;
+      setsBlock<Op, 1, 1, nested>(steps, count, from + at, to + at, lines);
+    }
+    for (; x < n; ++x) {
+      T best = steps[0].row[from + x];
+      for (int i = 0; i < count; ++i) {
+        best = steps[i].fresh ? steps[i].row[from + x] : Op::pick(best, steps[i].row[from + x]);
+        if (steps[i].line != nullptr) steps[i].line[to + x] = best;
+      }
     }
   }
 }
@@ -181,15 +196,14 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   for (int y = output.firstRow; y < output.endRow; y += together) {
     const int made = output.endRow - y < together ? output.endRow - y : together;
     const bool even = y + above >= 0 && y + made - 1 + above + maskRows <= height;
-    for (int r = 0; r < made; ++r) {
-      if (r == 0 || !even) {
-        source.rows(y + r + above, maskRows, range.kept, rows);
-        for (int i = 0; i < plan.taps; ++i) steps[i].row = rows[plan.tapRow[i] - plan.top];
-      }
-      (nested ? setsRow<Op, true, T> : setsRow<Op, false, T>)(steps, plan.taps, kept, even ? r * step : 0, r * stride);
+    const int alike = even ? made : 1;
+    for (int r = 0; r < made; r += alike) {
+      source.rows(y + r + above, maskRows, range.kept, rows);
+      for (int i = 0; i < plan.taps; ++i) steps[i].row = rows[plan.tapRow[i] - plan.top];
+      (nested ? setsRows<Op, true, T> : setsRows<Op, false, T>)(steps, plan.taps, kept, r * stride,
+                                                                {alike, step, stride});
     }
-    for (int i = 0; i < plan.sets; ++i)
-      for (int r = 0; r < made; ++r) source.completeLine(first + (i * together + r) * stride, range);
+    for (int i = 0; i < plan.sets; ++i) source.completeLines(first + i * together * stride, range, made, stride);
     combineLines<Op>(shifted, count, 0, output.begin(y, 0), n, {made, stride, output.step()});
     for (int r = 0; r < made; ++r) output.end(y + r, 0, n, r);
   }

@@ -12,7 +12,7 @@ namespace zeb {
 // What is to be done for a mask, in room that the caller provides.
 struct ColumnPlan {
   struct Set {
-    int first;    // column of the mask that has it
+    int column;   // of the mask, the first that has it
     int rows;     // how many rows of it the taps add
     bool onward;  // from the set before
   };
@@ -27,8 +27,13 @@ struct ColumnPlan {
   // Loads and stores for a vector of results.
   int64_t cost() const { return taps + 2 * int64_t(sets) + columns; }
 
-  // Bytes that make() needs for a mask.
-  static int64_t roomFor(ZebiSize mask);
+  // Bytes that make() needs for a mask of a state; rows of its columns are told as bits.
+  using Bits = uint32_t;
+  static constexpr int rowsInWord = 32;
+  static constexpr int64_t wordsOf(int rows) { return (int64_t(rows) + rowsInWord - 1) / rowsInWord; }
+  static constexpr int64_t roomFor(ZebiSize mask) {
+    return mask.width * (int64_t(sizeof(Set)) + 4 * (1 + wordsOf(mask.height) + mask.height)) + 32;
+  }
   void make(const Zeb8u* mask, ZebiSize size, Scratch* scratch);
 };
 

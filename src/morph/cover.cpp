@@ -1,6 +1,8 @@
 // Masks as few overlapping pieces.
 #include "morph/cover.h"
 
+#include "morph/columns.h"
+
 namespace zeb {
 
 namespace {
@@ -38,25 +40,12 @@ int pairs(const Bits* taps, int height, int dx, int dy) {
   return n;
 }
 
-// What ColumnPlan::cost() will say of the mask, without a plan and the room for it.
-int costOfColumns(const Bits* row, int width, int height) {
-  Bits set[side];
-  int sets = 0, columns = 0, cost = 0;
-  for (int x = 0; x < width; ++x) {
-    Bits column = 0;
-    for (int y = 0; y < height; ++y) column |= (row[y] >> x & 1) << y;
-    columns += column != 0;
-    int i = 0;
-    while (i < sets && set[i] != column) ++i;
-    if (column == 0 || i < sets) continue;
-    for (i = sets++; i > 0 && count(set[i - 1]) > count(column); --i) set[i] = set[i - 1];
-    set[i] = column;
-  }
-  for (int i = 0; i < sets; ++i) {
-    const bool onward = i > 0 && (set[i - 1] & ~set[i]) == 0;
-    cost += 2 + count(onward ? set[i] & ~set[i - 1] : set[i]);
-  }
-  return cost + columns;
+int64_t costOfColumns(const Zeb8u* mask, ZebiSize size) {
+  alignas(int) Zeb8u room[ColumnPlan::roomFor({side, side})];
+  Scratch scratch(room, sizeof(room));
+  ColumnPlan plan;
+  plan.make(mask, size, &scratch);
+  return plan.cost();
 }
 
 // A piece costs two taps and a store for each pixel, for which a displacement must save some more taps.
@@ -91,7 +80,7 @@ void CoverPlan::make(const Zeb8u* mask, ZebiSize size) {
   }
   places[0].most = w * h;
   piece[0] = {0, 0, 0};
-  const int columns = costOfColumns(places[0].taps, w, h);
+  const int64_t columns = costOfColumns(mask, size);
   int made = 1;
   for (; made < mostPieces; ++made) {
     int best = leastPairs - 1, from = 0, bestX = 0, bestY = 0;

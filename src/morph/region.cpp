@@ -19,30 +19,6 @@ void copyRegion(const BorderedImage& source, int channels, const RowOutput<T>& o
   }
 }
 
-// Rows that enter at the bottom and are forgotten at the top: a ring of as many scratch rows as are looked back on.
-template <class T>
-class SlidingRows {
- public:
-  void carve(Scratch* scratch, int rows, ptrdiff_t stride, ptrdiff_t offset, unsigned alignment = 32) {
-    first_ = scratch->take<T>(rows * stride, alignment) + offset;
-    rows_ = rows, stride_ = stride, newest_ = -1;
-  }
-  T* advance() {
-    newest_ = newest_ + 1 == rows_ ? 0 : newest_ + 1;
-    return first_ + newest_ * stride_;
-  }
-  // The row that entered this many rows before the newest.
-  T* back(int rows) const {
-    const int slot = newest_ - rows;
-    return first_ + (slot < 0 ? slot + rows_ : slot) * stride_;
-  }
-
- private:
-  T* first_;
-  int rows_, newest_;
-  ptrdiff_t stride_;
-};
-
 // Strips of columns whose ring of rows stays in the second cache, and no narrower than so many pixels.
 constexpr int64_t bytesOfRing = 512 << 10, leastColumns = 256;
 int stripColumns(int width, int64_t rows, int pixelBytes, int64_t reach) {
@@ -204,15 +180,11 @@ void generalRegion(const ZebiMorphState& state, const BorderedImage& source, con
     const auto range = source.columns(int64_t(x) + left - state.anchorX, int64_t(x) + columns + right - state.anchorX);
     const int64_t width = range.to - range.from;
     Scratch rest = scratch;
-    SlidingRows<T> ring;
-    if (tight) {
-      ring.carve(&rest, rows, static_cast<ptrdiff_t>(width * channels), 0, sizeof(T));
-    } else {
-      ring.carve(&rest, rows, static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T)),
-                 -(range.before * channels) & (Vec<T>::lanes - 1));
-    }
+    RowRing<T> ring = tight ? RowRing<T>(rest, rows, width * channels, sizeof(T))
+                            : RowRing<T>(rest, rows, scratchStride(width, source.pixelBytes()) / int64_t(sizeof(T)), 32,
+                                         -(range.before * channels) & (Vec<T>::lanes - 1));
     const auto fetch = [&](int64_t y) {
-      T* row = ring.advance();
+      T* row = ring.enter();
       if (tight) {
         source.fetch(y, range, reinterpret_cast<Zeb8u*>(row));
       } else {
@@ -239,28 +211,31 @@ void generalRegion(const ZebiMorphState& state, const BorderedImage& source, con
 // ---- Ellipses: every source row is filtered once for each distinct run length, the longer from the shorter; an output
 // row combines as many filtered rows as the mask has rows ----
 
+// Rows of the ring of length j.
+int keptRows(const ZebiMorphShape& shape, int j) {
+  int first = 0;
+  while (shape.lengthIndex[first] != j) ++first;
+  return shape.height - shape.rowOffset[first];
+}
+EllipseExtent extentOf(const ZebiMorphShape& shape) {
+  EllipseExtent extent;
+  extent.rows = shape.rows;
+  for (int j = 0; j < shape.lengths; ++j) extent.add(shape.length[j], shape.reach[j], keptRows(shape, j));
+  return extent;
+}
+
 template <class Op, class T = typename Op::Type>
 void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, const RowOutput<T>& output,
                    Scratch scratch) {
   const ZebiMorphShape& shape = *state.shape;
   const int channels = state.channels, lengths = shape.lengths, height = shape.height;
-  int64_t left = 0, right = 0, ringRows = 0;
-  for (int j = 0; j < lengths; ++j) {
-    const int64_t r = int64_t(shape.length[j]) - 1 - shape.reach[j];
-    if (shape.reach[j] > left) left = shape.reach[j];
-    if (r > right) right = r;
-  }
-  SlidingRows<T>* rings = scratch.take<SlidingRows<T>>(lengths, alignof(SlidingRows<T>));
+  const EllipseExtent extent = extentOf(shape);
+  const int64_t left = extent.left, right = extent.right;
+  RowRing<T>* rings = scratch.take<RowRing<T>>(lengths, alignof(RowRing<T>));
   const T** taps = scratch.take<const T*>(shape.rows, alignof(const T*));
-  const auto kept = [&](int j) {
-    int first = 0;
-    while (shape.lengthIndex[first] != j) ++first;
-    return height - shape.rowOffset[first];
-  };
-  for (int j = 0; j < lengths; ++j) ringRows += kept(j);
 
   const int all = source.size().width;
-  const int strip = stripColumns(all, ringRows, source.pixelBytes(), left + right);
+  const int strip = stripColumns(all, extent.kept, source.pixelBytes(), left + right);
   for (int x = 0; x < all;) {
     const int columns = strip < all - x ? strip : all - x;
     const auto range = source.columns(x - left, int64_t(x) + columns + right);
@@ -268,7 +243,7 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
     const ptrdiff_t stride = static_cast<ptrdiff_t>(scratchStride(width, source.pixelBytes()) / sizeof(T));
     const ptrdiff_t offset = -(range.before * channels) & (Vec<T>::lanes - 1);
     Scratch rest = scratch;
-    for (int j = 0; j < lengths; ++j) rings[j].carve(&rest, kept(j), stride, offset);
+    for (int j = 0; j < lengths; ++j) rings[j] = RowRing<T>(rest, keptRows(shape, j), stride, 32, offset);
     T* line = rest.take<T>(stride) + offset;
 
     const auto enter = [&](int64_t y) {
@@ -276,14 +251,14 @@ void ellipseRegion(const ZebiMorphState& state, const BorderedImage& source, con
       int j = lengths - 1, cur = 1;
       const T* from = line;
       if (shape.length[j] == 1) {
-        T* row = rings[j--].advance();
+        T* row = rings[j--].enter();
         source.fetchLine(y, range, row);
         from = row;
       } else {
         source.fetchLine(y, range, line);
       }
       for (; j >= 0; --j) {
-        T* row = rings[j].advance();
+        T* row = rings[j].enter();
         const int length = shape.length[j];
         const ptrdiff_t n = static_cast<ptrdiff_t>((width - length + 1) * channels);
         widenLines<Op>(from, cur, row, length, line, channels, n, oneLine, false);
@@ -328,23 +303,23 @@ void elementsRegion(const ZebiMorphState& state, const BorderedImage& source, co
   const int width = source.size().width, px = source.pixelBytes();
   const ZebiSize mask{state.width, state.height};
   const int64_t room = scratch.left();
-  const bool ellipseFits = state.shapeClass == zebShapeEllipse && ellipseScratchSize(width, px, *state.shape) <= room;
-  const bool elementsFit = generalScratchSize(width, px, mask) <= room;
-  int64_t best = INT64_MAX;
-  if (ellipseFits) best = ellipseCost(*state.shape);
-  if (elementsFit) {
-    const int64_t cost = elementCost(state);
-    if (cost < best) best = cost;
-  }
+  const int64_t elements = elementCost(state);
+  const auto elementsFit = [&] { return generalScratchSize(width, px, mask) <= room; };
+  const auto ellipseFits = [&](int64_t most) {
+    return state.shapeClass == zebShapeEllipse && ellipseCost(*state.shape) <= most &&
+           ellipseScratchSize(width, px, extentOf(*state.shape)) <= room;
+  };
   if (ColumnPlan::roomFor(mask) <= room) {
     ColumnPlan plan;
     Scratch rest = scratch;
     plan.make(state.mask, mask, &rest);
-    if (plan.cost() <= best && columnScratchSize(plan, width, px, mask) <= room)
+    if ((plan.cost() <= elements || !elementsFit()) && !ellipseFits(plan.cost() - 1) &&
+        columnScratchSize(plan, width, px, mask) <= room)
       return columnRegion<Op>(plan, {state.anchorX, state.anchorY}, state.channels, source, output, rest);
   }
-  if (ellipseFits && best == ellipseCost(*state.shape)) return ellipseRegion<Op>(state, source, output, scratch);
-  generalRegion<Op>(state, source, output, scratch, !elementsFit);
+  const bool fit = elementsFit();
+  if (ellipseFits(fit ? elements : INT64_MAX)) return ellipseRegion<Op>(state, source, output, scratch);
+  generalRegion<Op>(state, source, output, scratch, !fit);
 }
 
 }  // namespace

@@ -17,80 +17,93 @@ struct Analysis {
   int shapeClass;
   int firstColumn, endColumn;  // of all elements
   int firstRow, lastRow;
-  int rows, lengths;
+  int rows;             // with elements
+  EllipseExtent lists;  // of an ellipse
 };
 
-// The first column of the one run of a row and the column behind it; false where there is a second run. A row without
-// elements has begin == end.
-bool runOf(const Mask& mask, int row, int* begin, int* end) {
+struct Run {
+  int begin, end;
+
+  int length() const { return end - begin; }
+};
+
+// The one run of a row, empty where the row has no elements; false where there is a second run.
+bool runOf(const Mask& mask, int y, Run* run) {
+  const Mask::Row row = mask.row(y);
   const int width = mask.size.width;
   int x = 0;
-  while (x < width && !mask.at(x, row)) ++x;
-  *begin = *end = x;
-  if (x == width) return *begin = *end = 0, true;
-  while (x < width && mask.at(x, row)) ++x;
-  *end = x;
-  while (x < width && !mask.at(x, row)) ++x;
+  while (x < width && !row[x]) ++x;
+  run->begin = x;
+  while (x < width && row[x]) ++x;
+  run->end = x;
+  while (x < width && !row[x]) ++x;
   return x == width;
 }
 
-// The four lists of an ellipse, in room for as many entries as the mask has rows.
-struct Runs {
-  int *rowOffset, *lengthIndex, *length, *reach;
-};
-Runs runsIn(int* room, int64_t rows, int64_t lengths) {
-  return {room, room + rows, room + 2 * rows, room + 2 * rows + lengths};
-}
-
-// Inserts a run into the descending list; false where its length is listed with another reach.
-bool insertLength(const Runs& runs, int* lengths, int row, int length, int reach) {
-  int at = 0;
-  while (at < *lengths && runs.length[at] > length) ++at;
-  if (at < *lengths && runs.length[at] == length) {
-    runs.lengthIndex[row] = at;
-    return runs.reach[at] == reach;
+// Tells take(length, reach, row) the distinct lengths of runs, longest first, how far their runs reach to the left of
+// the anchor, and the first row, from the first with elements, that has each. False where a length has two reaches.
+// A pass over the rows finds the longest that were not told yet, as many as the stack is to hold.
+template <class Take>
+bool eachLength(const Mask& mask, int anchor, const Analysis& a, Take take) {
+  constexpr int most = 256;
+  struct {
+    int length, reach, row;
+  } found[most];
+  for (int count = most, below = INT32_MAX; count == most; below = found[most - 1].length) {
+    count = 0;
+    for (int y = a.firstRow; y <= a.lastRow; ++y) {
+      Run run;
+      runOf(mask, y, &run);
+      const int length = run.length(), reach = anchor - run.begin;
+      if (length == 0 || length >= below) continue;
+      int at = count;
+      while (at > 0 && found[at - 1].length < length) --at;
+      if (at > 0 && found[at - 1].length == length) {
+        if (found[at - 1].reach != reach) return false;
+        continue;
+      }
+      if (at == most) continue;
+      if (count < most) ++count;
+      for (int i = count - 1; i > at; --i) found[i] = found[i - 1];
+      found[at] = {length, reach, y - a.firstRow};
+    }
+    for (int i = 0; i < count; ++i) take(found[i].length, found[i].reach, found[i].row);
   }
-  for (int i = *lengths; i > at; --i) runs.length[i] = runs.length[i - 1], runs.reach[i] = runs.reach[i - 1];
-  for (int i = 0; i < row; ++i)
-    if (runs.lengthIndex[i] >= at) ++runs.lengthIndex[i];
-  runs.length[at] = length;
-  runs.reach[at] = reach;
-  runs.lengthIndex[row] = at;
-  ++*lengths;
   return true;
-}
-
-Analysis analyse(const Mask& mask, ZebiPoint anchor, const Runs& runs) {
-  Analysis a{zebShapeEmpty, mask.size.width, 0, -1, -1, 0, 0};
-  bool single = true, alike = true, around = true, consistent = true;
-  int firstBegin = 0, firstEnd = 0;
-  for (int y = 0; y < mask.size.height && single; ++y) {
-    int begin, end;
-    single = runOf(mask, y, &begin, &end);
-    if (begin == end) continue;
-    if (a.firstRow < 0) a.firstRow = y, firstBegin = begin, firstEnd = end;
-    alike = alike && begin == firstBegin && end == firstEnd && y == a.firstRow + a.rows;
-    around = around && begin <= anchor.x && anchor.x < end;
-    a.lastRow = y;
-    if (begin < a.firstColumn) a.firstColumn = begin;
-    if (end > a.endColumn) a.endColumn = end;
-    runs.rowOffset[a.rows] = y - a.firstRow;
-    if (consistent && around) consistent = insertLength(runs, &a.lengths, a.rows, end - begin, anchor.x - begin);
-    ++a.rows;
-  }
-  if (a.rows == 0) return a;
-  around = around && a.firstRow <= anchor.y && anchor.y <= a.lastRow;
-  a.shapeClass = !single                ? zebShapeGeneral
-                 : alike                ? zebShapeRectangle
-                 : around && consistent ? zebShapeEllipse
-                                        : zebShapeGeneral;
-  return a;
 }
 
 // Images of three and four floats a pixel filter each distinct length of a small ellipse at more cost than they save.
 bool toGeneral(MorphKind kind, int64_t area) {
-  return kind.typeCode == typeCodeBits ||
-         (kind.typeCode == zeb32f && ((kind.channels == 3 && area < 17) || (kind.channels == 4 && area < 49)));
+  return kind.typeCode == zeb32f && ((kind.channels == 3 && area < 17) || (kind.channels == 4 && area < 49));
+}
+
+Analysis analyse(MorphKind kind, const Mask& mask, ZebiPoint anchor) {
+  Analysis a{zebShapeEmpty, mask.size.width, 0, -1, -1, 0, {}};
+  bool single = true, alike = true, around = true;
+  Run first{0, 0};
+  for (int y = 0; y < mask.size.height && single; ++y) {
+    Run run;
+    single = runOf(mask, y, &run);
+    if (run.length() == 0) continue;
+    if (a.firstRow < 0) a.firstRow = y, first = run;
+    alike = alike && run.begin == first.begin && run.end == first.end && y == a.firstRow + a.rows;
+    around = around && run.begin <= anchor.x && anchor.x < run.end;
+    a.lastRow = y;
+    if (run.begin < a.firstColumn) a.firstColumn = run.begin;
+    if (run.end > a.endColumn) a.endColumn = run.end;
+    ++a.rows;
+  }
+  if (a.rows == 0) return a;
+  a.shapeClass = zebShapeGeneral;
+  if (!single || kind.typeCode == typeCodeBits) return a;
+  if (alike) return a.shapeClass = zebShapeRectangle, a;
+  if (!around || anchor.y < a.firstRow || anchor.y > a.lastRow || toGeneral(kind, mask.area())) return a;
+  const int height = a.lastRow - a.firstRow + 1;
+  a.lists.rows = a.rows;
+  const bool consistent =
+      eachLength(mask, anchor.x, a, [&](int length, int reach, int row) { a.lists.add(length, reach, height - row); });
+  if (consistent) a.shapeClass = zebShapeEllipse;
+  return a;
 }
 
 int64_t ellipseFormula(int64_t width, int pixelBytes, int64_t height, int64_t lengths) {
@@ -108,28 +121,23 @@ struct Layout {
   int64_t shape, shapeBytes, mask, tables, plan, scratch, scratchBytes, room, total;
 };
 
-Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& a, const Runs& runs, bool ownScratch) {
+Layout layoutOf(MorphKind kind, int roiWidth, const Mask& mask, const Analysis& a, bool ownScratch) {
   const int px = kind.pixelBytes();
   const int64_t area = maskBytes(mask.size);
   Layout l{};
   l.shape = stateHeaderBytes;
   const bool bits = kind.typeCode == typeCodeBits;
   if (a.shapeClass != zebShapeGeneral && !bits) l.shapeBytes = sizeof(ZebiMorphShape);
-  ZebiMorphShape shape{};
   switch (a.shapeClass) {
     case zebShapeRectangle:
       l.scratchBytes = rankBufferSize(roiWidth, px, {a.endColumn - a.firstColumn, a.rows});
       break;
     case zebShapeEllipse: {
-      l.shapeBytes += 8 * (int64_t(a.rows) + a.lengths);
-      l.scratchBytes = ellipseFormula(roiWidth, px, mask.size.height, a.lengths);
-      shape.height = a.lastRow - a.firstRow + 1;
-      shape.rows = a.rows, shape.lengths = a.lengths;
-      shape.rowOffset = runs.rowOffset, shape.lengthIndex = runs.lengthIndex;
-      shape.length = runs.length, shape.reach = runs.reach;
+      l.shapeBytes += 8 * (int64_t(a.rows) + a.lists.lengths);
+      l.scratchBytes = ellipseFormula(roiWidth, px, mask.size.height, a.lists.lengths);
       // A mask much wider than the region: its bordered rows do not fit; taken element by element they do.
       const int64_t tight = tightScratchSize(roiWidth, px, mask.size);
-      if (ellipseScratchSize(roiWidth, px, shape) > l.scratchBytes && tight > l.scratchBytes) l.room = tight;
+      if (ellipseScratchSize(roiWidth, px, a.lists) > l.scratchBytes && tight > l.scratchBytes) l.room = tight;
       break;
     }
     case zebShapeGeneral:
@@ -182,8 +190,30 @@ void fillTables(MorphKind kind, const Zeb8u* mask, int64_t count, Zeb8u* erode, 
   }
 }
 
-void fillState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, const Analysis& a, const Runs& runs,
-               const Layout& l, bool ownScratch, ZebiMorphState* state) {
+// The lists of an ellipse, right behind its record.
+void fillLists(const Mask& mask, int anchor, const Analysis& a, ZebiMorphShape* shape) {
+  shape->rows = a.rows;
+  shape->rowOffset = reinterpret_cast<int*>(shape + 1);
+  shape->lengthIndex = shape->rowOffset + a.rows;
+  shape->length = shape->lengthIndex + a.rows;
+  shape->reach = shape->length + a.lists.lengths;
+  eachLength(mask, anchor, a, [&](int length, int reach, int) {
+    shape->length[shape->lengths] = length;
+    shape->reach[shape->lengths++] = reach;
+  });
+  for (int y = a.firstRow, i = 0; y <= a.lastRow; ++y) {
+    Run run;
+    runOf(mask, y, &run);
+    if (run.length() == 0) continue;
+    int index = 0;
+    while (shape->length[index] != run.length()) ++index;
+    shape->rowOffset[i] = y - a.firstRow;
+    shape->lengthIndex[i++] = index;
+  }
+}
+
+void fillState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, const Analysis& a, const Layout& l,
+               bool ownScratch, ZebiMorphState* state) {
   Zeb8u* block = reinterpret_cast<Zeb8u*>(state);
   ZebiMorphState s{};
   s.typeCode = kind.typeCode;
@@ -198,35 +228,27 @@ void fillState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor,
   s.room = static_cast<int>(l.room);
   if (l.shapeBytes > 0) {
     s.shape = reinterpret_cast<ZebiMorphShape*>(block + l.shape);
-    ZebiMorphShape shape{1, 1, 0, 0, {0, 0}, 0, 0, nullptr, nullptr, nullptr, nullptr};
+    ZebiMorphShape& shape = *s.shape;
+    shape = {1, 1, 0, 0, {0, 0}, 0, 0, nullptr, nullptr, nullptr, nullptr};
     if (a.shapeClass != zebShapeEmpty) {
       shape.width = a.endColumn - a.firstColumn, shape.height = a.lastRow - a.firstRow + 1;
       shape.anchorX = anchor.x - a.firstColumn, shape.anchorY = anchor.y - a.firstRow;
     }
     if (a.shapeClass == zebShapeEllipse) {
-      s.lengths = shape.lengths = a.lengths;
-      shape.rows = a.rows;
-      const Runs to = runsIn(reinterpret_cast<int*>(s.shape + 1), a.rows, a.lengths);
-      shape.rowOffset = to.rowOffset, shape.lengthIndex = to.lengthIndex;
-      shape.length = to.length, shape.reach = to.reach;
-      const size_t rows = static_cast<size_t>(a.rows) * sizeof(int);
-      const size_t lengths = static_cast<size_t>(a.lengths) * sizeof(int);
-      memmove(to.rowOffset, runs.rowOffset, rows);
-      memmove(to.lengthIndex, runs.lengthIndex, rows);
-      memmove(to.length, runs.length, lengths);
-      memmove(to.reach, runs.reach, lengths);
+      fillLists(mask, anchor.x, a, s.shape);
+      s.lengths = shape.lengths;
     } else {
       s.width = shape.width, s.height = shape.height;
       s.anchorX = shape.anchorX, s.anchorY = shape.anchorY;
     }
-    *s.shape = shape;
   }
   s.mask = reinterpret_cast<Zeb8u*>((reinterpret_cast<uintptr_t>(block + l.mask - 15) + 15) & ~uintptr_t(15));
   const int64_t area = mask.area();
-  for (int y = 0; y < mask.size.height; ++y)
-    for (int x = 0; x < mask.size.width; ++x)
-      s.mask[static_cast<ptrdiff_t>(y) * mask.size.width + x] = mask.bytes[static_cast<ptrdiff_t>(
-          mask.reflected ? area - 1 - (int64_t(y) * mask.size.width + x) : int64_t(y) * mask.size.width + x)];
+  for (int y = 0; y < mask.size.height; ++y) {
+    const Mask::Row row = mask.row(y);
+    Zeb8u* const out = s.mask + static_cast<ptrdiff_t>(y) * mask.size.width;
+    for (int x = 0; x < mask.size.width; ++x) out[x] = row[x];
+  }
   if (a.shapeClass == zebShapeGeneral) {
     s.rightReach = mask.size.width - anchor.x - 1;
     s.lowerReach = mask.size.height - anchor.y - 1;
@@ -260,19 +282,9 @@ int64_t tightScratchSize(int64_t width, int pixelBytes, ZebiSize mask) {
          boundedProduct(elementBytes, boundedProduct(mask.width, mask.height)) + 16;
 }
 
-int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& shape) {
-  int64_t left = 0, right = 0, rows = 1;
-  for (int j = 0; j < shape.lengths; ++j) {
-    const int64_t r = int64_t(shape.length[j]) - 1 - shape.reach[j];
-    if (shape.reach[j] > left) left = shape.reach[j];
-    if (r > right) right = r;
-    int first = 0;
-    while (shape.lengthIndex[first] != j) ++first;
-    rows += shape.height - shape.rowOffset[first];
-  }
-  return boundedProduct(rows, scratchStrideBound(width + left + right, pixelBytes)) +
-         static_cast<int64_t>(sizeof(void*)) * shape.rows +
-         (8 + 2 * static_cast<int64_t>(sizeof(void*))) * shape.lengths + 96;
+int64_t ellipseScratchSize(int64_t width, int pixelBytes, const EllipseExtent& e) {
+  return boundedProduct(e.kept + 1, scratchStrideBound(width + e.left + e.right, pixelBytes)) +
+         static_cast<int64_t>(sizeof(void*)) * e.rows + (8 + 2 * static_cast<int64_t>(sizeof(void*))) * e.lengths + 96;
 }
 
 int64_t bitScratchSize(int64_t width, ZebiSize mask) {
@@ -306,14 +318,11 @@ ZebStatus buildable(int roiWidth, ZebiSize mask, ZebiPoint anchor) {
 
 namespace {
 
-// Analysis and layout; the lists of an ellipse go to `room`.
-ZebStatus plan(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch, const Runs& runs,
-               Analysis* a, Layout* l) {
-  *a = analyse(mask, anchor, runs);
-  if (kind.typeCode == typeCodeBits ? a->shapeClass != zebShapeEmpty
-                                    : a->shapeClass == zebShapeEllipse && toGeneral(kind, mask.area()))
-    a->shapeClass = zebShapeGeneral;
-  *l = layoutOf(kind, roiWidth, mask, *a, runs, ownScratch);
+ZebStatus plan(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch, Analysis* a,
+               Layout* l) {
+  if (morphStateSize(kind, roiWidth, mask.size) > INT32_MAX) return zebStsErrOverflow;
+  *a = analyse(kind, mask, anchor);
+  *l = layoutOf(kind, roiWidth, mask, *a, ownScratch);
   return l->total > INT32_MAX || l->room > INT32_MAX ? zebStsErrOverflow : zebStsOk;
 }
 
@@ -321,51 +330,23 @@ ZebStatus plan(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor,
 
 ZebStatus buildState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
                      ZebiMorphState* state) {
-  // The lists are made behind the place where the shape record will be, in room that later holds mask and scratch.
-  // Bit-packed states are too small for that, and keep no lists.
   Analysis a;
   Layout l;
-  if (kind.typeCode == typeCodeBits) {
-    bool empty = true;
-    for (int y = 0; y < mask.size.height && empty; ++y)
-      for (int x = 0; x < mask.size.width && empty; ++x) empty = !mask.at(x, y);
-    a = {empty ? zebShapeEmpty : zebShapeGeneral, 0, 0, 0, 0, 0, 0};
-    l = layoutOf(kind, roiWidth, mask, a, Runs(), ownScratch);
-    if (l.total > INT32_MAX || l.room > INT32_MAX) return zebStsErrOverflow;
-    fillState(kind, roiWidth, mask, anchor, a, Runs(), l, ownScratch, state);
-    return zebStsOk;
-  }
-  if (morphStateSize(kind, roiWidth, mask.size) > INT32_MAX) return zebStsErrOverflow;
-  const int64_t h = mask.size.height;
-  int* room = reinterpret_cast<int*>(reinterpret_cast<Zeb8u*>(state) + stateHeaderBytes + sizeof(ZebiMorphShape) +
-                                     static_cast<ptrdiff_t>(16 * h));
-  const Runs runs = runsIn(room, h, h);
-  if (auto bad = plan(kind, roiWidth, mask, anchor, ownScratch, runs, &a, &l)) return bad;
-  fillState(kind, roiWidth, mask, anchor, a, runs, l, ownScratch, state);
+  if (auto bad = plan(kind, roiWidth, mask, anchor, ownScratch, &a, &l)) return bad;
+  fillState(kind, roiWidth, mask, anchor, a, l, ownScratch, state);
   return zebStsOk;
 }
 
 ZebStatus newState(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch,
                    ZebiMorphState** state) {
-  const int64_t h = mask.size.height;
-  if (16 * h > INT32_MAX || morphStateSize(kind, roiWidth, mask.size) > INT32_MAX) return zebStsErrOverflow;
-  int* room = reinterpret_cast<int*>(allocateState(16 * h));
-  if (room == nullptr) return zebStsErrMemAlloc;
-  const Runs runs = runsIn(room, h, h);
   Analysis a;
   Layout l;
-  ZebStatus status = plan(kind, roiWidth, mask, anchor, ownScratch, runs, &a, &l);
-  if (status == zebStsOk) {
-    ZebiMorphState* made = reinterpret_cast<ZebiMorphState*>(allocateState(l.total));
-    if (made == nullptr) {
-      status = zebStsErrMemAlloc;
-    } else {
-      fillState(kind, roiWidth, mask, anchor, a, runs, l, ownScratch, made);
-      *state = made;
-    }
-  }
-  zebsFree(room);
-  return status;
+  if (auto bad = plan(kind, roiWidth, mask, anchor, ownScratch, &a, &l)) return bad;
+  ZebiMorphState* made = reinterpret_cast<ZebiMorphState*>(allocateState(l.total));
+  if (made == nullptr) return zebStsErrMemAlloc;
+  fillState(kind, roiWidth, mask, anchor, a, l, ownScratch, made);
+  *state = made;
+  return zebStsOk;
 }
 
 Window reachOf(const ZebiMorphState& state) {

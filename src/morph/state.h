@@ -91,9 +91,31 @@ struct Mask {
   bool reflected = false;
 
   int64_t area() const { return static_cast<int64_t>(size.width) * size.height; }
-  bool at(int column, int row) const {
-    const int64_t i = static_cast<int64_t>(row) * size.width + column;
-    return bytes[static_cast<ptrdiff_t>(reflected ? area() - 1 - i : i)] != 0;
+
+  struct Row {
+    const Zeb8u* first;
+    int step;
+
+    Zeb8u operator[](int column) const { return first[static_cast<ptrdiff_t>(column) * step]; }
+  };
+  Row row(int y) const {
+    const int64_t first = static_cast<int64_t>(y) * size.width;
+    return {bytes + static_cast<ptrdiff_t>(reflected ? area() - 1 - first : first), reflected ? -1 : 1};
+  }
+};
+
+// How far the lists of an ellipse go: what its path keeps depends on it.
+struct EllipseExtent {
+  int rows = 0, lengths = 0;    // entries
+  int64_t left = 0, right = 0;  // pixels beside the anchor
+  int64_t kept = 0;             // source rows, filtered by one length each, from the first mask row that has it down
+
+  void add(int length, int reach, int keptRows) {
+    const int64_t behind = int64_t(length) - 1 - reach;
+    ++lengths;
+    if (reach > left) left = reach;
+    if (behind > right) right = behind;
+    kept += keptRows;
   }
 };
 
@@ -108,7 +130,7 @@ int64_t morphStateSize(MorphKind kind, int roiWidth, ZebiSize mask);
 // Of the rows of one path, and its lists of pointers.
 int64_t generalScratchSize(int64_t width, int pixelBytes, ZebiSize mask);
 int64_t tightScratchSize(int64_t width, int pixelBytes, ZebiSize mask);  // the same without a byte to spare
-int64_t ellipseScratchSize(int64_t width, int pixelBytes, const ZebiMorphShape& shape);
+int64_t ellipseScratchSize(int64_t width, int pixelBytes, const EllipseExtent& extent);
 int64_t bitScratchSize(int64_t width, ZebiSize mask);
 
 // ---- Building ----

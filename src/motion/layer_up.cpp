@@ -31,7 +31,8 @@ class Enlarger {
     for (int y = 0; y < dstSize_.height; ++y) {
       for (; made < dstSize_.height && made <= y + state_.reach(); ++made) makeRow(made);
       smoothColumns(
-          state_.kernel(), [this](int q) -> const Zeb32f* { return ring_[q]; }, y, dstSize_.height, n, smooth_);
+          state_.kernel(), [&](int q) -> const Zeb32f* { return ring_.back(made - 1 - q); }, y, dstSize_.height, n,
+          smooth_);
       T* const out = dst[y];
       for (int i = 0; i < n; i += 8) storePixels(out + i, load(smooth_ + i), n - i);
     }
@@ -75,7 +76,7 @@ class Enlarger {
     const Place place = placeAt(y / rate(), srcSize_.height);
     const Zeb32f* const s = readRow(place.index);
     const Zeb32f* const t = place.fraction > 0 ? readRow(place.index + 1) : s;
-    Zeb32f* const out = ring_[y];
+    Zeb32f* const out = ring_.enter();
     const V32f fraction = splat(place.fraction);
     for (int i = 0; i < dstSize_.width * channels; i += 8)
       store(out + i, FromFirst()(load(s + i), load(t + i), fraction));

@@ -157,6 +157,32 @@ TEST(Morphology, ShapeRecord) {
   zebiMorphologyFree(state);
 }
 
+// More lengths than are found in one pass over the mask: a triangle, and the same with two runs of three pixels that
+// reach unequally far.
+TEST(Morphology, ManyLengths) {
+  constexpr int side = 600;
+  std::vector<Zeb8u> mask(side * side);
+  for (int y = 0; y < side; ++y)
+    memset(&mask[static_cast<size_t>(y) * side + 1], 1, static_cast<size_t>(y < 1 ? 1 : y));
+  ZebiMorphState* state = nullptr;
+  ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(5, mask.data(), {side, side}, {1, 1}, &state), zebStsOk);
+  EXPECT_EQ(morphState(state).word<unsigned>(17), 2u);
+  const Record record = morphShape(morphState(state).pointer<void>(4));
+  EXPECT_EQ(record.word<unsigned>(7), side - 1u);
+  for (int i = 0; i < side; ++i) {
+    EXPECT_EQ(record.pointer<int>(9)[i], side - 1 - std::max(i, 1)) << i;
+    if (i < side - 1) {
+      EXPECT_EQ(record.pointer<int>(10)[i], side - 1 - i) << i;
+      EXPECT_EQ(record.pointer<int>(11)[i], 0) << i;
+    }
+  }
+  EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
+  memcpy(&mask[0], "\1\1\1\0", 4);
+  ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(5, mask.data(), {side, side}, {1, 1}, &state), zebStsOk);
+  EXPECT_EQ(morphState(state).word<unsigned>(17), 0u);
+  EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
+}
+
 TEST(Morphology, FloatThresholdsAndTables) {
   const auto shapeOf = [](auto initAlloc, ZebiSize size) {
     // A diamond of sorts: an ellipse that is no rectangle.
