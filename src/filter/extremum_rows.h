@@ -144,6 +144,14 @@ ZEB_INLINE void combineBlocks(const T* const* rows, int count, ptrdiff_t from, T
   constexpr int lanes = Vec<T>::lanes;
   const ptrdiff_t last = exact ? n - lanes : n;
   ptrdiff_t x = 0;
+  // Worth a loop of its own where memory keeps up with it.
+  if (sizeof(T) == 1 && lines.count == 1) {
+    for (; x <= n - 6 * lanes; x += 6 * lanes) {
+#pragma GCC unroll 8
+      for (int k = 0; k < 6; k += 2) fetchAhead(out + x + k * lanes);
+      combineBlock<Op, 6, fixed>(rows, count, from + x, out + x);
+    }
+  }
   for (; x <= n - 6 * lanes; x += 6 * lanes) combineColumns<Op, 6, fixed>(rows, count, from + x, out + x, lines);
   for (; x <= n - 2 * lanes; x += 2 * lanes) combineColumns<Op, 2, fixed>(rows, count, from + x, out + x, lines);
   for (; x < n; x += lanes) {
