@@ -144,7 +144,8 @@ ZEB_INLINE void combineBlocks(const T* const* rows, int count, ptrdiff_t from, T
   constexpr int lanes = Vec<T>::lanes;
   const ptrdiff_t last = exact ? n - lanes : n;
   ptrdiff_t x = 0;
-  if (lines.count == 1) {
+  // Worth a loop of its own where memory keeps up with it.
+  if (sizeof(T) == 1 && lines.count == 1) {
     for (; x <= n - 6 * lanes; x += 6 * lanes) {
 #pragma GCC unroll 8
       for (int k = 0; k < 6; k += 2) fetchAhead(out + x + k * lanes);
