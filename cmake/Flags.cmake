@@ -20,10 +20,8 @@ add_compile_options(-m${ZEBCV_WIDTH} -msse2 -mfpmath=sse -ffp-contract=off)
 add_link_options(-m${ZEBCV_WIDTH})
 set(ZEBCV_WARNINGS -Wall -Wextra -Werror)
 # What runs before or while the processor is looked at is built for any processor, the kernels for AVX2 and FMA.
-# Nothing here throws, nor calls what could: no tables to unwind by, which would be a fifteenth of the library.
 set(ZEBCV_FRAME_OPTIONS
     ${ZEBCV_WARNINGS} -mtune=haswell -fno-math-errno -fno-strict-aliasing -fvisibility=hidden -fPIC
-    -fno-asynchronous-unwind-tables -fno-unwind-tables
     ${ZEBCV_STACK_OPTIONS}
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics;-fvisibility-inlines-hidden>)
 set(ZEBCV_VECTORS -mavx2 -mfma)
