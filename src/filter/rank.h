@@ -2,8 +2,9 @@
 //
 // Columns first: up to eight rows are combined directly, four output rows at a time; more rows by blocks of as many
 // rows as the rectangle has, in which every window is the end of one block and the beginning of the next (van Herk,
-// 1992; Gil and Werman, 1993). Then along the row by widening windows, each covered by overlapping shorter ones.
-// Neither costs more for larger rectangles but for the logarithm of the width.
+// 1992; Gil and Werman, 1993). Then along the row by widening windows, each covered by overlapping shorter ones; while
+// they fit into what an edge leaves of the whole, without the borders. Neither costs more for larger rectangles but for
+// the logarithm of the width.
 #pragma once
 
 #include "core/checks.h"
