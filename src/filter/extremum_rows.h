@@ -354,7 +354,7 @@ inline void advanceRows(const T* const* entering, T* prefix, const T* const* suf
     for (int k = 0; k < count.value; ++k) store(prefix + x + k * lanes, best[k]);
   };
   // The last vector overlaps the one before it: its prefix is put aside, as rows must enter once only.
-  const bool whole = n % lanes == 0, apart = !whole && n >= lanes;
+  const bool apart = n >= lanes && n % lanes != 0;
   T last[lanes];
   if (apart) {
     const Vec<T> before = load(prefix + n - lanes);

@@ -102,7 +102,7 @@ class RankStrip {
       made = widenWithin<Op>(columnsTo(y, 0), kept_, within_, channels_, {count, stride_, stride_});
       BorderedImage::Columns c = range_;
       c.to -= made - 1, c.keptEnd -= made - 1;
-      for (int i = 0; i < count; ++i) source_.completeLine(line(i), c);
+      source_.completeLines(line(0), c, count, stride_);
       if (!oneByOne()) widen(made, y, 0, count);
     }
     for (int i = 0; i < count; ++i) {

@@ -136,17 +136,16 @@ void widenLines(const T* from, int64_t shorter, T* out, int64_t longer, T* temp,
   const ptrdiff_t wider = longer;
   if (cur == 1) {
     if (tryShortWindows<Op>(wider, px, from, out, n, lines, exact)) return;
-    // Of windows of 8 there is more than a pass of seven taps to make.
-    const bool far = wider > 56 && channels == 1 && sizeof(T) <= 2;
     if constexpr (sizeof(T) <= 2) {
-      if (far) {
+      // More than one pass of seven taps makes of windows of 8.
+      if (channels == 1 && wider > 56) {
         vectorWindows<Op, sizeof(T)>(from, temp, n + wider - Vec<T>::lanes, between);
         from = temp, cur = Vec<T>::lanes;
       }
     }
-    if (!far && wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + (wider - 8) * channels, between, false)) {
+    const ptrdiff_t reach = (wider - 8) * channels;
+    if (cur == 1 && wider > 8 && tryShortWindows<Op>(8, px, from, temp, n + reach, between, false))
       from = temp, cur = 8;
-    }
   }
   const T* taps[mostTaps];
   for (;;) {

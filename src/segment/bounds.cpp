@@ -60,6 +60,7 @@ ZebStatus boundSegments(T* pMarker, int markerStep, ZebiSize roi, T val, ZebiNor
   const Rows<T> rows = marker.rows();
   const auto kernel = norm == zebiNormInf ? markRow<Reach::around, T> : markRow<Reach::below, T>;
   for (int y = 0; y + 1 < roi.height; ++y) kernel(rows[y], rows[y + 1], roi.width, val);
+  // The last row has none below; its own stands there and is not looked at.
   T* const last = rows[roi.height - 1];
   markRow<Reach::right, T>(last, last, roi.width, val);
   return zebStsOk;
