@@ -46,10 +46,9 @@ constexpr Zeb32f unreached = std::numeric_limits<Zeb32f>::max();
 
 enum class Way { forward, backward };
 
-// Rows advance together, `rows` of them, each `skew` columns behind the one above it.
-constexpr int rows = 8;
-template <int mask>
-constexpr int skew = mask == 5 ? 4 : 3;
+// Rows advance together, `rows` of them, each `skew` columns behind the one above it: as many as keep the wait for the
+// row above shorter than the wait within the row, and those that a square takes at once.
+constexpr int rows = 8, skew = 4;
 
 // What a strip knows of some steps, by lane: lane r belongs to row r.
 constexpr int chunk = 64;
@@ -65,19 +64,13 @@ struct Order {
   }
 };
 
-// Which rows of the strip that begins at row y have a pixel at step t.
-template <int mask>
+// The strip of rows that begins at row y.
 struct StripShape {
   ZebiSize size;
   int y;
 
-  bool whole() const { return y <= size.height - rows; }
-  int64_t steps() const { return int64_t{size.width} + (rows - 1) * skew<mask>; }
-  int first(int64_t t) const { return t < size.width ? 0 : static_cast<int>((t - size.width) / skew<mask>) + 1; }
-  int last(int64_t t) const {
-    const int reached = t < (rows - 1) * skew<mask> ? static_cast<int>(t) / skew<mask> : rows - 1;
-    return reached < size.height - 1 - y ? reached : size.height - 1 - y;
-  }
+  int height() const { return size.height - y < rows ? size.height - y : rows; }
+  int64_t steps() const { return int64_t{size.width} + (rows - 1) * skew; }
   // Of the steps t to t + chunk - 1, counted from t, those at which all rows have pixels.
   struct Full {
     int from, end;
@@ -85,7 +78,15 @@ struct StripShape {
   };
   Full full(int64_t t) const {
     const auto within = [](int64_t v) { return static_cast<int>(v < 0 ? 0 : v > chunk ? chunk : v); };
-    return {whole() ? within((rows - 1) * skew<mask> - t) : chunk, within(size.width - t)};
+    return {height() == rows ? within((rows - 1) * skew - t) : chunk, within(size.width - t)};
+  }
+  // Infinity for the rows that have no pixel at step t, 0 for the others.
+  V32f outside(int64_t t) const {
+    const V32s lane = {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)};
+    const V32s column = splat(static_cast<int>(static_cast<uint32_t>(t))) - lane * splat(skew);  // < 0: beyond 2^31
+    const __m256i last = _mm256_set1_epi32(size.width - 1);
+    const V32s along = {_mm256_cmpeq_epi32(_mm256_max_epu32(column.v, last), last)};
+    return as<Zeb32f>(andNot(along & greater(splat(height()), lane), as<Zeb32s>(splat(infinity))));
   }
 };
 
@@ -94,31 +95,80 @@ struct StripShape {
 template <Way way, class T>
 class Squares {
  public:
-  template <int mask>
-  void place(Rows<T> image, const Order<way>& order, const StripShape<mask>& strip) {
-    for (int r = 0; r < rows && strip.whole(); ++r) {
-      const int start = way == Way::forward ? -skew<mask> * r : strip.size.width - 4 + skew<mask> * r;
-      row_[r] = image[order.row(strip.y + r)] + start;
-    }
+  void place(Rows<T> image, const StripShape& strip) {
+    height_ = strip.height();
+    width_ = strip.size.width;
+    const Order<way> order{strip.size};
+    for (int r = 0; r < height_; ++r)
+      row_[r] = image[order.row(strip.y + r)] + (way == Way::forward ? -skew * r : width_ - 4 + skew * r);
   }
 
   // The values of step k of four in lane[k].
   void read(int64_t t, Lanes* lane) const {
-    V32f v[4];
-    for (int r = 0; r < 4; ++r) v[r] = limit(at(r, t), at(r + 4, t));
-    transposeHalves(v[0], v[1], v[2], v[3]);
-    for (int k = 0; k < 4; ++k) store(lane[way == Way::forward ? k : 3 - k], v[k]);
+    readFrom([this, t](int r) { return at(r, t); }, lane);
   }
   void write(int64_t t, const Lanes* lane) const {
-    V32f v[4];
-    for (int k = 0; k < 4; ++k) v[k] = load(lane[way == Way::forward ? k : 3 - k]);
-    transposeHalves(v[0], v[1], v[2], v[3]);
-    for (int r = 0; r < 4; ++r) storeHalves(at(r, t), at(r + 4, t), v[r]);
+    writeTo([this, t](int r) { return at(r, t); }, lane);
+  }
+
+  // The same where not every row has all four pixels; what lies outside is infinite.
+  void readEdge(int64_t t, Lanes* lane) const {
+    std::remove_const_t<T> square[rows][4];
+    for (int r = 0; r < rows; ++r) {
+      const Span within = span(r, t);
+      if (within.whole()) {
+        memcpy(square[r], at(r, t), sizeof square[r]);
+        continue;
+      }
+      for (int i = 0; i < 4; ++i) square[r][i] = within.holds(i) ? at(r, t)[i] : outside;
+    }
+    readFrom([&](int r) { return square[r]; }, lane);
+  }
+  void writeEdge(int64_t t, const Lanes* lane) const {
+    T square[rows][4];
+    writeTo([&](int r) { return square[r]; }, lane);
+    for (int r = 0; r < rows; ++r) {
+      const Span within = span(r, t);
+      if (within.whole()) {
+        memcpy(at(r, t), square[r], sizeof square[r]);
+        continue;
+      }
+      for (int i = within.from; i < within.end; ++i) at(r, t)[i] = square[r][i];
+    }
   }
 
  private:
+  static constexpr T outside = std::is_same_v<T, Zeb32f> ? static_cast<T>(infinity) : T{255};
+
   T* at(int r, int64_t t) const {
     return row_[r] + (way == Way::forward ? static_cast<ptrdiff_t>(t) : -static_cast<ptrdiff_t>(t));
+  }
+  // Of the four pixels at at(r, t), those inside the image.
+  struct Span {
+    int from, end;
+    bool whole() const { return end - from == 4; }
+    bool holds(int i) const { return i >= from && i < end; }
+  };
+  Span span(int r, int64_t t) const {
+    if (r >= height_) return {0, 0};
+    const int64_t column = way == Way::forward ? t - skew * r : width_ - 4 - t + skew * r;
+    const auto within = [](int64_t v) { return static_cast<int>(v < 0 ? 0 : v > 4 ? 4 : v); };
+    return {within(-column), within(width_ - column)};
+  }
+
+  template <class At>
+  static void readFrom(At at, Lanes* lane) {
+    V32f v[4];
+    for (int r = 0; r < 4; ++r) v[r] = limit(at(r), at(r + 4));
+    transposeHalves(v[0], v[1], v[2], v[3]);
+    for (int k = 0; k < 4; ++k) store(lane[way == Way::forward ? k : 3 - k], v[k]);
+  }
+  template <class At>
+  static void writeTo(At at, const Lanes* lane) {
+    V32f v[4];
+    for (int k = 0; k < 4; ++k) v[k] = load(lane[way == Way::forward ? k : 3 - k]);
+    transposeHalves(v[0], v[1], v[2], v[3]);
+    for (int r = 0; r < 4; ++r) storeHalves(at(r), at(r + 4), v[r]);
   }
   // What values may be at most: those of the pass before, or 0 at object pixels.
   static V32f limit(const Zeb32f* a, const Zeb32f* b) { return loadHalves(a, b); }
@@ -127,11 +177,12 @@ class Squares {
   }
 
   T* row_[rows];
+  int height_, width_;
 };
 
 template <int mask, Way way>
 class Pass {
-  static constexpr int past = mask == 5 ? 10 : skew<mask> + 1;  // steps kept of the chunk before
+  static constexpr int past = mask == 5 ? 2 * skew + 2 : skew + 1;  // steps kept of the chunk before
   using Source = std::conditional_t<way == Way::forward, const Zeb8u, Zeb32f>;
 
  public:
@@ -150,30 +201,28 @@ class Pass {
   }
 
  private:
-  using Shape = StripShape<mask>;
-
-  void advance(const Shape& strip) {
-    sources_.place(source_, order_, strip);
-    results_.place(dst_, order_, strip);
+  void advance(const StripShape& strip) {
+    sources_.place(source_, strip);
+    results_.place(dst_, strip);
     const Zeb32f* up1 = strip.y >= 1 ? dst_[order_.row(strip.y - 1)] : nullptr;
     const Zeb32f* up2 = strip.y >= 2 ? dst_[order_.row(strip.y - 2)] : nullptr;
     // What the rows above the strip hold before step 0.
     for (int i = 0; i < past; ++i) {
       store(above_[i], splat(infinity));
       store(twoAbove_[i], splat(infinity));
-      above_[i][0] = twoAbove_[i][1] = valueAt(up1, i - past + int64_t{skew<mask>});
-      twoAbove_[i][0] = valueAt(up2, i - past + int64_t{2 * skew<mask>});
+      above_[i][0] = twoAbove_[i][1] = valueAt(up1, i - past + int64_t{skew});
+      twoAbove_[i][0] = valueAt(up2, i - past + int64_t{2 * skew});
     }
     V32f beside = splat(infinity);
     for (int64_t t = 0, end = strip.steps(); t < end; t += chunk) {
       const int count = end - t < chunk ? static_cast<int>(end - t) : chunk;
       const auto full = strip.full(t);
       const bool edge = !full.holds(0, chunk);
-      copyRow(up1, t + skew<mask>, up1_);
-      if (mask == 5) copyRow(up2, t + 2 * skew<mask>, up2_);
+      copyRow(up1, t + skew, up1_);
+      if (mask == 5) copyRow(up2, t + 2 * skew, up2_);
       readLimits(strip, full, t, count, edge);
       beside = edge ? recur<true>(beside, count) : recur<false>(beside, chunk);
-      writeResults(strip, full, t, count);
+      writeResults(full, t, count);
       for (int i = 0; i < past; ++i) {
         store(above_[i], load(above_[chunk + i]));
         if (mask == 5) store(twoAbove_[i], load(twoAbove_[chunk + i]));
@@ -185,12 +234,11 @@ class Pass {
     return row && x >= 0 && x < order_.size.width ? row[order_.column(x)] : infinity;
   }
   void copyRow(const Zeb32f* row, int64_t x, Zeb32f* out) const {
-    if (!row || x + chunk > order_.size.width) {
-      for (int i = 0; i < chunk; ++i) out[i] = valueAt(row, x + i);
-      return;
-    }
-    const Zeb32f* p = row + order_.column(x);
-    for (int i = 0; i < chunk; ++i) out[i] = way == Way::forward ? p[i] : p[-i];
+    const int64_t left = row ? order_.size.width - x : 0;
+    const int count = left < 0 ? 0 : left > chunk ? chunk : static_cast<int>(left);
+    const Zeb32f* p = count > 0 ? row + order_.column(x) : nullptr;
+    for (int i = 0; i < count; ++i) out[i] = way == Way::forward ? p[i] : p[-i];
+    for (int i = count; i < chunk; ++i) out[i] = infinity;
   }
 
   // limit_ is what a pixel's value may be at most; pixels outside the image have the floor infinity.
@@ -200,11 +248,10 @@ class Pass {
     for (int i = 0; i < count; ++i) {
       const auto above = [this, i](int steps) { return load(above_[past + i + steps]); };
       const auto twoAbove = [this, i](int steps) { return load(twoAbove_[past + i + steps]); };
-      V32f candidate =
-          min(min(above(1 - skew<mask>), above(-1 - skew<mask>)) + diagonal, above(-skew<mask>) + straight);
+      V32f candidate = min(min(above(1 - skew), above(-1 - skew)) + diagonal, above(-skew) + straight);
       if constexpr (mask == 5) {
-        const V32f jumps = min(min(above(2 - skew<mask>), above(-2 - skew<mask>)),
-                               min(twoAbove(1 - 2 * skew<mask>), twoAbove(-1 - 2 * skew<mask>)));
+        const V32f jumps =
+            min(min(above(2 - skew), above(-2 - skew)), min(twoAbove(1 - 2 * skew), twoAbove(-1 - 2 * skew)));
         candidate = min(candidate, jumps + knight);
       }
       v = min(min(candidate, load(limit_[i])), v + straight);
@@ -217,38 +264,25 @@ class Pass {
     return v;
   }
 
-  // By squares where four steps have all rows, else pixel by pixel.
-  void readLimits(const Shape& strip, const typename Shape::Full& full, int64_t t, int count, bool edge) {
+  void readLimits(const StripShape& strip, const StripShape::Full& full, int64_t t, int count, bool edge) {
     for (int i = 0; i < count; i += 4) {
-      if (!full.holds(i, 4)) {
-        for (int k = i; k < i + 4 && k < count; ++k) readStep(strip, t + k, k);
-        continue;
+      if (full.holds(i, 4)) {
+        sources_.read(t + i, limit_ + i);
+      } else {
+        sources_.readEdge(t + i, limit_ + i);
       }
-      sources_.read(t + i, limit_ + i);
-      for (int k = i; edge && k < i + 4; ++k) store(floor_[k], splat(0.0f));
     }
+    for (int i = 0; edge && i < count; ++i) store(floor_[i], strip.outside(t + i));
     if constexpr (way == Way::forward)
       if (strip.y == 0 && t == 0 && source_[0][0]) limit_[0][0] = unreached;
   }
-  void readStep(const Shape& strip, int64_t t, int i) {
-    store(limit_[i], splat(infinity));
-    store(floor_[i], splat(infinity));
-    for (int r = strip.first(t), last = strip.last(t); r <= last; ++r) {
-      const Source pixel = source_[order_.row(strip.y + r)][order_.column(t - skew<mask> * r)];
-      floor_[i][r] = 0;
-      limit_[i][r] = way == Way::backward ? static_cast<Zeb32f>(pixel) : pixel ? infinity : 0;
-    }
-  }
-
-  void writeResults(const Shape& strip, const typename Shape::Full& full, int64_t t, int count) {
+  void writeResults(const StripShape::Full& full, int64_t t, int count) const {
     for (int i = 0; i < count; i += 4) {
       if (full.holds(i, 4)) {
         results_.write(t + i, value_ + i);
-        continue;
+      } else {
+        results_.writeEdge(t + i, value_ + i);
       }
-      for (int k = i; k < i + 4 && k < count; ++k)
-        for (int r = strip.first(t + k), last = strip.last(t + k); r <= last; ++r)
-          dst_[order_.row(strip.y + r)][order_.column(t + k - skew<mask> * r)] = value_[k][r];
     }
   }
 
