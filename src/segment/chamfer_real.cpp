@@ -26,21 +26,6 @@ ZEB_INLINE V32s loadHalvesAs32s(const Zeb8u* low, const Zeb8u* high) {
   memcpy(&b, high, 4);
   return {_mm256_cvtepu8_epi32(_mm_insert_epi32(_mm_cvtsi32_si128(a), b, 1))};
 }
-// Each half: element j of vector i becomes element i of vector j.
-ZEB_INLINE void transposeHalves(V32f& a, V32f& b, V32f& c, V32f& d) {
-  const __m256 ab0 = _mm256_unpacklo_ps(a.v, b.v), ab1 = _mm256_unpackhi_ps(a.v, b.v);
-  const __m256 cd0 = _mm256_unpacklo_ps(c.v, d.v), cd1 = _mm256_unpackhi_ps(c.v, d.v);
-  a.v = _mm256_shuffle_ps(ab0, cd0, 0x44);
-  b.v = _mm256_shuffle_ps(ab0, cd0, 0xEE);
-  c.v = _mm256_shuffle_ps(ab1, cd1, 0x44);
-  d.v = _mm256_shuffle_ps(ab1, cd1, 0xEE);
-}
-// Every lane's value moves to the next lane; the first lane takes the value at p.
-ZEB_INLINE V32f moveUpOneLane(V32f a, const Zeb32f* p) {
-  const __m256 moved = _mm256_permutevar8x32_ps(a.v, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6));
-  return {_mm256_blend_ps(moved, _mm256_broadcast_ss(p), 1)};
-}
-
 constexpr Zeb32f infinity = std::numeric_limits<Zeb32f>::infinity();
 constexpr Zeb32f unreached = std::numeric_limits<Zeb32f>::max();
 

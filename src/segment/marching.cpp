@@ -10,7 +10,10 @@
 //
 // The field is swept in the four diagonal directions, tile by tile, a tile as long as its values or its neighbours'
 // change. In a tile all pixels of one diagonal depend on the diagonals before and after it only, so they are updated
-// at once: the tile is stored by diagonals, row r of the tile as lane r.
+// at once: the tile is stored by diagonals, row r of the tile as lane r. Each diagonal waits for the one before, so
+// rising and falling diagonals take turns.
+//
+// While the updates go on the sign bit of a pixel of dst tells that it lies outside.
 //
 // J. N. Tsitsiklis, Efficient algorithms for globally optimal trajectories (1995); H. Zhao, A fast sweeping method for
 // Eikonal equations (2005).
@@ -21,6 +24,7 @@
 #include "core/image.h"
 #include "core/loops.h"
 #include "core/scratch.h"
+#include "core/shuffle.h"
 #include "segment/marching.h"
 
 namespace {
@@ -31,110 +35,137 @@ constexpr Zeb32f unknown = 1e30f;    // so large that adding a step changes noth
 constexpr Zeb32f farSeed = 1000000;  // of a first pixel that lies inside
 constexpr Zeb32f besideObject = -1e-10f;
 
-// What an update may lead to at most, as a byte for each pixel: nothing where there is no pixel, the radius outside,
-// anything inside.
-enum Limit : Zeb8u { nothing, theRadius, anything };
+// What an update may lead to at most: nothing where there is no pixel, the radius outside, anything inside.
+enum Limit { nothing, theRadius, anything };
 
-// A square tile by diagonals, in memory on a boundary of a vector. Lane r of diagonal t is the pixel of row r and
-// column t - r; a frame of one pixel holds the neighbours' values.
-template <int side>
+// A tile by diagonals. Lane r of diagonal t is the pixel of row r and column t - r; a frame of one pixel holds the
+// neighbours' values. Limits are words of eight lanes, four bits each. It stands on the stack of the call.
 class Tile {
-  static constexpr int lanes = V32f::lanes;
-  // Of a diagonal, so that rows -1 and side have their place; wide tiles keep vectors on their boundaries.
-  static constexpr int lead = side < 64 ? lanes / 2 : lanes;
-  static constexpr int pitch = side + 2 * lead;
-  static constexpr int diagonals = 2 * side - 1;
-  static constexpr int cells = (diagonals + 4) * pitch;
-
  public:
+  static constexpr int lanes = V32f::lanes;
+  static constexpr int width = 64, height = 32;
+  // A diagonal has its row -1 before it and its row `height` behind it, where the lead of the next one is.
+  static constexpr int lead = 4, pitch = height + lead;
+  static constexpr int diagonals = width + height + 1;
+  static constexpr int cells = diagonals * pitch + lead;
   static constexpr int next = pitch;  // from a value to the one in the next column
-  static constexpr int bytes = cells * int{sizeof(Zeb32f) + sizeof(Limit)};  // values, then limits
-  Tile(Zeb8u* memory, Zeb32f radius)
-      : cells_(reinterpret_cast<Zeb32f*>(memory)), limits_(reinterpret_cast<Limit*>(cells_ + cells)), radius_(radius) {}
 
-  Zeb32f* value(int x, int r) { return cells_ + at(x, r); }
-  Limit* limit(int x, int r) { return limits_ + at(x, r); }
-
-  // Diagonals without pixels on some lanes: those lanes are never updated.
-  void clear() {
-    fillRun(cells_, cells, unknown, false);
-    memset(limits_, nothing, cells);
+  // Words for the limits of the tiles of a region.
+  static int64_t limitWords(ZebiSize roi) {
+    const int across = roi.width < width ? roi.width : width;
+    const int down = roi.height < height ? (roi.height + lanes - 1) / lanes * lanes : height;
+    return int64_t{across + down + 1} * (height / lanes);
   }
 
-  // Updates every pixel, diagonals in rising or falling order; tells whether anything changed.
-  bool sweep(ZebiSize size, bool rising) {
-    alignas(32) const Zeb32f most[lanes] = {-1, radius_, unknown};
-    const V32f limits = load(most);
+  Tile(uint32_t* limits, Zeb32f radius) : most_{-1, radius, unknown}, limits_(limits) {
+    fillRun(cells_, cells, unknown, false);  // places that are no pixel's are read with their neighbours
+  }
+
+  Zeb32f* value(int x, int r) { return cells_ + at(x + r, r); }
+
+  // Row r and the seven below it on diagonal t: magnitudes, and limits by their signs.
+  void set(int t, int r, V32f v) {
+    store(cells_ + at(t, r), abs(v));
+    // The signs of a lane's four bytes are the bits of its limit: the second for anything, the first for the radius.
+    const V32s code = splat(0x8000) ^ (shiftRight<31>(as<Zeb32s>(v)) & splat(0x8080));
+    *limit(t, r) = static_cast<uint32_t>(_mm256_movemask_epi8(code.v));
+  }
+  // Those that are no pixels of the tile never change.
+  void keepOutside(ZebiSize size, int t, int r) {
+    const int first = t - r - size.width + 1, last = size.height - 1 < t ? size.height - 1 - r : t - r;
+    uint32_t& limits = *limit(t, r);
+    if (first > 0) limits &= first < lanes ? ~uint32_t{0} << (4 * first) : 0;
+    if (last < lanes - 1) limits &= last >= 0 ? ~uint32_t{0} >> (4 * (lanes - 1 - last)) : 0;
+  }
+
+  // Updates every pixel twice, by rising and by falling diagonals; tells whether anything changed. Where that is
+  // likely, the two go side by side, and neither waits for its own diagonals; else the falling ones may not be needed.
+  bool sweep(ZebiSize size, bool likely) {
+    const int last = size.width + size.height - 2;
     V32s changed = splat(0);
-    for (int i = 0, count = size.width + size.height - 1; i < count; ++i) {
-      const int t = rising ? i : count - 1 - i;
-      const int first = t < size.width ? 0 : t - size.width + 1, last = t < size.height ? t : size.height - 1;
-      for (int r = first / lanes * lanes; r <= last; r += lanes) {
-        Zeb32f* p = value(t - r, r);
-        const V32f s = min(load(p - pitch), load(p + pitch));
-        const V32f u = min(load(p - pitch - 1), load(p + pitch + 1));
-        // Farther apart than a step they are not used: neither a square that is too large nor a negative root is
-        // formed.
-        const V32f d = min(abs(s - u), splat(1.0f));
-        const V32f slanted = splat(0.5f) * (s + u + sqrt(splat(2.0f) - d * d));
-        const V32f straight = splat(1.0f) + min(s, u);
-        V32f f = select(less(d, splat(1.0f)), slanted, straight);
-        const V32s limit = loadAs32s(reinterpret_cast<const Zeb8u*>(this->limit(t - r, r)));
-        f = select(greater(f, V32f{_mm256_permutevar8x32_ps(limits.v, limit.v)}), splat(unknown), f);
-        const V32f old = load(p);
-        changed = changed | as<Zeb32s>(less(f, old));
-        store(p, min(f, old));
-      }
+    for (int t = 0; t <= last; ++t) {
+      update<-1>(size, t, changed);
+      if (likely) update<1>(size, last - t, changed);
     }
-    return anyBit(changed);
+    if (!anyBit(changed)) return false;
+    for (int t = last; t >= 0 && !likely; --t) update<1>(size, t, changed);
+    return true;
   }
 
  private:
   // Row above and column to the left both lie on the diagonal before: one pitch back, one lane back or the same lane.
-  static int at(int x, int r) { return (x + r + 2) * pitch + r + lead; }
+  static int at(int t, int r) { return (t + 1) * pitch + r + lead; }
+  uint32_t* limit(int t, int r) { return limits_ + (t + 1) * (height / lanes) + r / lanes; }
 
-  Zeb32f* cells_;
-  Limit* limits_;
-  Zeb32f radius_;
+  // Diagonal t, after the one at t + before.
+  template <int before>
+  void update(ZebiSize size, int t, V32s& changed) {
+    const V32f limits = load(most_);
+    const V32s places = {_mm256_setr_epi32(0, 4, 8, 12, 16, 20, 24, 28)};
+    const int first = t < size.width ? 0 : t - size.width + 1, last = t < size.height ? t : size.height - 1;
+    for (int r = first / lanes * lanes; r <= last; r += lanes) {
+      Zeb32f* p = cells_ + at(t, r);
+      // A load across two vectors that have just been stored would wait until they are in memory.
+      const Zeb32f* fresh = p + before * pitch;
+      const Zeb32f* other = p - before * pitch;
+      const V32f beside = load(fresh);
+      const V32f s = min(beside, load(other));
+      const V32f u = min(before < 0 ? moveUpOneLane(beside, fresh - 1) : moveDownOneLane(beside, fresh + lanes),
+                         load(other - before));
+      // Farther apart than a step they are not used: neither a square that is too large nor a negative root is formed.
+      const V32f d = min(abs(s - u), splat(1.0f));
+      const V32f slanted = splat(0.5f) * (s + u + sqrt(splat(2.0f) - d * d));
+      // The larger one is that which does not hold.
+      const V32f f = min(slanted, splat(1.0f) + min(s, u));
+      const V32s code = {_mm256_srlv_epi32(_mm256_set1_epi32(static_cast<int>(*limit(t, r))), places.v)};
+      const V32f old = load(p), now = select(greater(f, lanesAt(limits, code)), old, min(f, old));
+      changed = changed | as<Zeb32s>(less(now, old));
+      store(p, now);
+    }
+  }
+
+  alignas(32) Zeb32f cells_[cells];
+  alignas(32) Zeb32f most_[lanes];  // by limit
+  uint32_t* limits_;
 };
 
-// waiting: a byte per tile.
-template <int side>
+// Why a tile must be swept: a neighbour has changed, or it has itself and is likely to be done.
+enum class Waiting : Zeb8u { no, forNeighbour, forItself };
+
 class Marching {
  public:
   static int64_t tiles(ZebiSize roi) {
-    return (static_cast<int64_t>(roi.width - 1) / side + 1) * ((roi.height - 1) / side + 1);
+    return (static_cast<int64_t>(roi.width - 1) / Tile::width + 1) * ((roi.height - 1) / Tile::height + 1);
   }
 
-  Marching(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* waiting, Zeb8u* tile)
+  Marching(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Scratch scratch)
       : src_(src),
         dst_(dst),
         roi_(roi),
         radius_(radius),
-        across_((roi.width - 1) / side + 1),
-        down_((roi.height - 1) / side + 1),
-        waiting_(waiting),
-        tile_(tile, radius) {}
+        across_((roi.width - 1) / Tile::width + 1),
+        down_((roi.height - 1) / Tile::height + 1),
+        tile_(scratch.take<uint32_t>(Tile::limitWords(roi), alignof(uint32_t)), radius),
+        waiting_(scratch.take<Waiting>(tiles(roi), 1)) {}
 
   void run() {
     memset(waiting_, 0, static_cast<size_t>(across_) * static_cast<size_t>(down_));
     for (int y = 0; y < roi_.height; ++y) start(y);
     if (src_[0][0]) {
       dst_[0][0] = farSeed;
-      waiting_[0] = 1;
+      waiting_[0] = Waiting::forNeighbour;
     }
-    tile_.clear();
     for (bool any = true; any;) {
       any = false;
       for (int way = 0; way < 4; ++way)
         for (int i = 0; i < down_; ++i)
           for (int j = 0; j < across_; ++j) {
             const int ty = way & 1 ? down_ - 1 - i : i, tx = (way == 1 || way == 2) ? across_ - 1 - j : j;
-            Zeb8u& waits = waiting_[number(tx, ty)];
-            if (!waits) continue;
-            waits = 0;
+            const Waiting why = waiting_[number(tx, ty)];
+            if (why == Waiting::no) continue;
+            waiting_[number(tx, ty)] = Waiting::no;
             any = true;
-            settle(tx, ty);
+            advance(tx, ty, why);
           }
     }
     for (int y = 0; y < roi_.height; ++y) sign(y);
@@ -145,7 +176,7 @@ class Marching {
     return static_cast<size_t>(ty) * static_cast<size_t>(across_) + static_cast<size_t>(tx);
   }
   void wake(int tx, int ty) {
-    if (tx >= 0 && ty >= 0 && tx < across_ && ty < down_) waiting_[number(tx, ty)] = 1;
+    if (tx >= 0 && ty >= 0 && tx < across_ && ty < down_) waiting_[number(tx, ty)] = Waiting::forNeighbour;
   }
 
   // Boundary pixels, zero with a neighbour that is not, get 0; all others are unknown.
@@ -154,12 +185,12 @@ class Marching {
     const Zeb8u* up = y > 0 ? src_[y - 1] : s;
     const Zeb8u* down = y + 1 < roi_.height ? src_[y + 1] : s;
     Zeb32f* d = dst_[y];
-    for (int x0 = 0; x0 < roi_.width; x0 += roi_.width - x0 < side ? roi_.width - x0 : side) {
-      const int end = roi_.width - x0 < side ? roi_.width : x0 + side;
+    for (int x0 = 0; x0 < roi_.width; x0 += roi_.width - x0 < Tile::width ? roi_.width - x0 : Tile::width) {
+      const int end = roi_.width - x0 < Tile::width ? roi_.width : x0 + Tile::width;
       int boundary = 0;
       const auto pixel = [&](int x, int left, int right) {
         const int isBoundary = (s[x] == 0) & ((up[x] | down[x] | left | right) != 0);
-        d[x] = isBoundary ? 0.0f : unknown;
+        d[x] = copysignf(isBoundary ? 0.0f : unknown, s[x] ? 1.0f : -1.0f);
         boundary |= isBoundary;
       };
       pixel(x0, x0 > 0 ? s[x0 - 1] : 0, x0 + 1 < roi_.width ? s[x0 + 1] : 0);
@@ -167,98 +198,168 @@ class Marching {
       forVectors<8>(x0 + 1, end - 1, [&](int x, auto part) ZEB_BODY {
         const V32s beside =
             part.selected(up + x) | part.selected(down + x) | part.selected(s + x - 1) | part.selected(s + x + 1);
-        const V32s isBoundary = andNot(part.selected(s + x), beside);
+        const V32s object = part.selected(s + x), isBoundary = andNot(object, beside);
         some = some | isBoundary;
-        part.to(d + x, select(as<Zeb32f>(isBoundary), splat(0.0f), splat(unknown)));
+        const V32f magnitude = as<Zeb32f>(andNot(isBoundary, as<Zeb32s>(splat(unknown))));
+        part.to(d + x, magnitude | as<Zeb32f>(andNot(object, as<Zeb32s>(splat(-0.0f)))));
       });
       boundary |= anyBit(some);
       if (end - 1 > x0) pixel(end - 1, s[end - 2], end < roi_.width ? s[end] : 0);
       if (!boundary) continue;
-      const int tx = x0 / side, ty = y / side;
+      const int tx = x0 / Tile::width, ty = y / Tile::height;
       wake(tx, ty);
-      if (y % side == 0) wake(tx, ty - 1);
-      if (y % side == side - 1) wake(tx, ty + 1);
+      if (y % Tile::height == 0) wake(tx, ty - 1);
+      if (y % Tile::height == Tile::height - 1) wake(tx, ty + 1);
       if (d[x0] == 0) wake(tx - 1, ty);
       if (d[end - 1] == 0) wake(tx + 1, ty);
     }
   }
 
-  // Sweeps a tile until nothing changes in it, and wakes the neighbours that may change because of it.
-  void settle(int tx, int ty) {
-    const int x0 = tx * side, y0 = ty * side;
-    const ZebiSize size = {roi_.width - x0 < side ? roi_.width - x0 : side,
-                           roi_.height - y0 < side ? roi_.height - y0 : side};
-    bool changed = true;
-    for (int flip = 0; changed; flip ^= 1) {
-      read(x0, y0, size, flip);
-      const bool rising = tile_.sweep(size, true);
-      changed = rising && tile_.sweep(size, false);
-      if (rising) write(x0, y0, size, flip, tx, ty);
+  // The part of the image that is in the tile, by the tile's rows; those of a flipped tile stand upside down: its
+  // diagonals are the other ones.
+  struct Place {
+    int tx, ty, x0, y0;
+    ZebiSize size;
+    bool flipped;
+    int y(int r) const { return y0 + (flipped ? size.height - 1 - r : r); }
+  };
+
+  // Sweeps a tile in all four directions and wakes the neighbours that may change because of it. One that still changes
+  // waits for its turn like them: they may have better values for it by then.
+  void advance(int tx, int ty, Waiting why) {
+    const int x0 = tx * Tile::width, y0 = ty * Tile::height;
+    const ZebiSize size = {roi_.width - x0 < Tile::width ? roi_.width - x0 : Tile::width,
+                           roi_.height - y0 < Tile::height ? roi_.height - y0 : Tile::height};
+    for (int flip = 0; flip < 2; ++flip) {
+      const Place place = {tx, ty, x0, y0, size, flip != 0};
+      read(place);
+      if (!tile_.sweep(size, why == Waiting::forNeighbour)) return;
+      wakeNeighbours(place);
+      write(place);
     }
+    waiting_[number(tx, ty)] = Waiting::forItself;
   }
 
-  // The rows of a flipped tile stand upside down: its diagonals are the other ones.
-  int rowOf(int r, ZebiSize size, int flip) const { return flip ? size.height - 1 - r : r; }
+  // Eight rows of a tile from row r on, four columns of each: those on the diagonals t to t + 3. The four rows below
+  // the first four are in the upper halves.
+  struct Square {
+    Zeb32f* row[Tile::lanes];
+    int r, t, width;
 
-  void read(int x0, int y0, ZebiSize size, int flip) {
-    const bool whole = size.width == side && size.height == side;
-    if (!whole || !wholeBefore_) tile_.clear();
-    wholeBefore_ = whole;
-    constexpr int next = Tile<side>::next;
-    for (int r = -1; r <= size.height; ++r) {
-      const int y = y0 + rowOf(r, size, flip);
-      const bool inner = r >= 0 && r < size.height;
-      const bool exists = y >= 0 && y < roi_.height;
-      Zeb32f* v = tile_.value(0, r);
-      if (!exists) {
-        for (int x = 0; x < size.width; ++x) v[x * next] = unknown;
-        continue;
-      }
-      const Zeb32f* d = dst_[y] + x0;
-      for (int x = 0; x < size.width; ++x) v[x * next] = d[x];
-      if (!inner) continue;
-      v[-next] = x0 > 0 ? d[-1] : unknown;
-      v[size.width * next] = x0 + size.width < roi_.width ? d[size.width] : unknown;
-      const Zeb8u* s = src_[y] + x0;
-      Limit* limit = tile_.limit(0, r);
-      for (int x = 0; x < size.width; ++x) limit[x * next] = s[x] ? anything : theRadius;
+    bool inside() const { return t - r - (Tile::lanes - 1) >= 0 && t - r + 3 < width; }
+    Zeb32f* low(int k) const { return row[k] + (t - r - k); }
+    Zeb32f* high(int k) const { return row[k + 4] + (t - r - k - 4); }
+    // Which pixels of row k and of the one four below it are from column `first` to column `last`.
+    V32s within(int k, int first, int last) const {
+      const V32s column = splat(t - r - k) + V32s{_mm256_setr_epi32(0, 1, 2, 3, -4, -3, -2, -1)};
+      return andNot(greater(splat(first), column) | greater(column, splat(last)), splat(-1));
     }
+    V32f from(int k) const { return loadHalves(low(k), high(k)); }
+    V32f from(int k, V32s mask) const {
+      const __m128 a = _mm_maskload_ps(low(k), _mm256_castsi256_si128(mask.v));
+      const __m128 b = _mm_maskload_ps(high(k), _mm256_extracti128_si256(mask.v, 1));
+      return {_mm256_insertf128_ps(_mm256_castps128_ps256(a), b, 1)};
+    }
+    void to(int k, V32f v, V32s mask) const {
+      _mm_maskstore_ps(low(k), _mm256_castsi256_si128(mask.v), _mm256_castps256_ps128(v.v));
+      _mm_maskstore_ps(high(k), _mm256_extracti128_si256(mask.v, 1), _mm256_extractf128_ps(v.v, 1));
+    }
+  };
+  // Rows that the tile does not have are its last one.
+  Square squareAt(const Place& place, int r) const {
+    Square square;
+    for (int k = 0; k < Tile::lanes; ++k) {
+      const int own = r + k < place.size.height ? r + k : place.size.height - 1;
+      square.row[k] = dst_[place.y(own)] + place.x0;
+    }
+    square.r = r;
+    square.width = place.size.width;
+    return square;
   }
 
-  void write(int x0, int y0, ZebiSize size, int flip, int tx, int ty) {
-    constexpr int next = Tile<side>::next;
-    bool left = false, right = false;
-    for (int r = 0; r < size.height; ++r) {
-      const Zeb32f* v = tile_.value(0, r);
-      Zeb32f* d = dst_[y0 + rowOf(r, size, flip)] + x0;
-      const int last = size.width - 1;
-      left |= v[0] < d[0] && v[0] < v[-next];
-      right |= v[last * next] < d[last] && v[last * next] < v[size.width * next];
-      if (r == 0 || r == size.height - 1) {
-        // A flipped tile's first row is the lowest.
-        for (int outer = r - 1; outer <= r + 1; outer += 2) {
-          if (outer >= 0 && outer < size.height) continue;
-          const Zeb32f* beyond = tile_.value(0, outer);
-          bool lower = false;
-          for (int x = 0; x < size.width; ++x) lower |= v[x * next] < d[x] && v[x * next] < beyond[x * next];
-          if (lower) wake(tx, (outer < 0) != (flip != 0) ? ty - 1 : ty + 1);
+  void read(const Place& place) {
+    const ZebiSize size = place.size;
+    const int first = place.x0 > 0 ? -1 : 0, last = place.x0 + size.width < roi_.width ? size.width : size.width - 1;
+    for (int r = 0; r < size.height; r += Tile::lanes) {
+      Square square = squareAt(place, r);
+      const int end = r + Tile::lanes + size.width;
+      for (square.t = r - 1; square.t < end; square.t += 4) {
+        V32f v[4];
+        for (int k = 0; k < 4; ++k) {
+          if (square.inside()) {
+            v[k] = square.from(k);
+          } else {
+            const V32s mask = square.within(k, first, last);
+            v[k] = select(mask, square.from(k, mask), splat(unknown));
+          }
+        }
+        transposeHalves(v[0], v[1], v[2], v[3]);
+        const bool whole = square.inside() && r + Tile::lanes <= size.height;
+        for (int k = 0; k < 4 && (whole || square.t + k < end); ++k) {
+          tile_.set(square.t + k, r, v[k]);
+          if (!whole) tile_.keepOutside(size, square.t + k, r);
         }
       }
-      for (int x = 0; x < size.width; ++x) d[x] = v[x * next];
     }
-    if (left) wake(tx - 1, ty);
-    if (right) wake(tx + 1, ty);
+    for (int r = -1; r <= size.height; r += size.height + 1) {
+      const int y = place.y(r);
+      const Zeb32f* d = y >= 0 && y < roi_.height ? dst_[y] + place.x0 : nullptr;
+      Zeb32f* v = tile_.value(0, r);
+      for (int x = 0; x < size.width; ++x) v[x * Tile::next] = d ? fabsf(d[x]) : unknown;
+    }
+  }
+
+  void write(const Place& place) {
+    for (int r = 0; r < place.size.height; r += Tile::lanes) {
+      Square square = squareAt(place, r);
+      const V32s upper = splat(place.size.height - r), row = {_mm256_setr_epi32(0, 0, 0, 0, 4, 4, 4, 4)};
+      for (square.t = r; square.t < r + Tile::lanes - 1 + place.size.width; square.t += 4) {
+        V32f v[4];
+        for (int k = 0; k < 4; ++k) v[k] = load(tile_.value(square.t + k - r, r));
+        transposeHalves(v[0], v[1], v[2], v[3]);
+        for (int k = 0; k < 4; ++k) {
+          if (square.inside() && r + Tile::lanes <= place.size.height) {
+            storeHalves(square.low(k), square.high(k), v[k] | (square.from(k) & splat(-0.0f)));
+          } else {
+            const V32s mask = square.within(k, 0, place.size.width - 1) & greater(upper, row + splat(k));
+            square.to(k, v[k] | (square.from(k, mask) & splat(-0.0f)), mask);
+          }
+        }
+      }
+    }
+  }
+
+  // Those beside a pixel that has become lower and is lower than its neighbour there.
+  void wakeNeighbours(const Place& place) {
+    const int right = place.size.width - 1, bottom = place.size.height - 1;
+    const auto lowers = [&](int x, int r, int beyondX, int beyondR) {
+      const Zeb32f v = *tile_.value(x, r);
+      return v < fabsf(dst_[place.y(r)][place.x0 + x]) && v < *tile_.value(beyondX, beyondR);
+    };
+    bool toLeft = false, toRight = false, toFirst = false, toLast = false;
+    for (int r = 0; r <= bottom; ++r) {
+      toLeft |= lowers(0, r, -1, r);
+      toRight |= lowers(right, r, right + 1, r);
+    }
+    for (int x = 0; x <= right; ++x) {
+      toFirst |= lowers(x, 0, x, -1);
+      toLast |= lowers(x, bottom, x, bottom + 1);
+    }
+    if (toLeft) wake(place.tx - 1, place.ty);
+    if (toRight) wake(place.tx + 1, place.ty);
+    // A flipped tile's first row is the lowest.
+    if (toFirst) wake(place.tx, place.flipped ? place.ty + 1 : place.ty - 1);
+    if (toLast) wake(place.tx, place.flipped ? place.ty - 1 : place.ty + 1);
   }
 
   // Magnitudes become signed distances.
   void sign(int y) {
-    const Zeb8u* s = src_[y];
     Zeb32f* d = dst_[y];
     forVectors<8>(0, roi_.width, [&](int x, auto part) ZEB_BODY {
-      const V32f m = part.from(d + x), none = splat(0.0f);
-      const V32f near = (less(m, splat(radius_)) | equal(m, splat(radius_))) & less(m, splat(unknown));
-      const V32f outside = select(equal(m, none), splat(besideObject), near & (m ^ splat(-0.0f)));
-      part.to(d + x, select(as<Zeb32f>(part.selected(s + x)), m, outside));
+      const V32f v = part.from(d + x), m = abs(v);
+      const V32f near = atMost(m, splat(radius_)) & less(m, splat(unknown));
+      const V32f outside = select(equal(m, splat(0.0f)), splat(besideObject), near & v);
+      part.to(d + x, {_mm256_blendv_ps(m.v, outside.v, v.v)});
     });
   }
 
@@ -267,26 +368,9 @@ class Marching {
   ZebiSize roi_;
   Zeb32f radius_;
   int across_, down_;  // tiles
-  Zeb8u* waiting_;     // 1 where a tile must be swept
-  bool wholeBefore_ = false;
-  Tile<side> tile_;
+  Tile tile_;
+  Waiting* waiting_;  // by tile
 };
-
-// Wide enough that a diagonal's work covers the wait for the one before; the buffer of all but small images holds one.
-// Small images have smaller tiles on the stack. What is computed is the same.
-constexpr int wide = 64, narrow = 32;
-
-__attribute__((noinline)) void marchSmall(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
-                                          Zeb8u* pBuffer) {
-  alignas(32) Zeb8u tile[Tile<narrow>::bytes];
-  Marching<narrow>(src, dst, roi, radius, pBuffer, tile).run();
-}
-// A function of its own, so that its variables are not on the stack beside the tile of a small image.
-__attribute__((noinline)) void marchLarge(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius,
-                                          Scratch scratch) {
-  Zeb8u* const tile = scratch.take<Zeb8u>(Tile<wide>::bytes);
-  Marching<wide>(src, dst, roi, radius, scratch.take<Zeb8u>(Marching<wide>::tiles(roi), 1), tile).run();
-}
 
 }  // namespace
 
@@ -297,9 +381,7 @@ int64_t marchingBytes(ZebiSize roi) {
 }
 
 void march(Rows<const Zeb8u> src, Rows<Zeb32f> dst, ZebiSize roi, Zeb32f radius, Zeb8u* pBuffer) {
-  const int64_t tiles = Marching<wide>::tiles(roi), bytes = marchingBytes(roi);
-  if (bytes < tiles + 32 + Tile<wide>::bytes) return marchSmall(src, dst, roi, radius, pBuffer);
-  marchLarge(src, dst, roi, radius, Scratch(pBuffer, bytes));
+  Marching(src, dst, roi, radius, Scratch(pBuffer, marchingBytes(roi))).run();
 }
 
 }  // namespace zeb
