@@ -54,6 +54,9 @@ struct Dilation {
   template <class T>
   static constexpr T nothing = std::is_floating_point_v<T> ? -std::numeric_limits<T>::infinity()
                                                            : std::numeric_limits<T>::lowest();
+  template <class T>
+  static constexpr T everything = std::is_floating_point_v<T> ? std::numeric_limits<T>::infinity()
+                                                              : std::numeric_limits<T>::max();
   template <class V>
   static ZEB_INLINE V grown(V p, V q) {
     return max(q, p);
@@ -67,6 +70,9 @@ struct Erosion {
   template <class T>
   static constexpr T nothing = std::is_floating_point_v<T> ? std::numeric_limits<T>::infinity()
                                                            : std::numeric_limits<T>::max();
+  template <class T>
+  static constexpr T everything = std::is_floating_point_v<T> ? -std::numeric_limits<T>::infinity()
+                                                              : std::numeric_limits<T>::lowest();
   template <class V>
   static ZEB_INLINE V grown(V p, V q) {
     return min(q, p);
@@ -89,41 +95,52 @@ ZEB_INLINE V moved(V a, V beyond) {
     return movedDown<bytes>(a, beyond);
 }
 
+// The element that stands nearest to the vector beside this one, everywhere.
+template <Sweep sweep, class T>
+ZEB_INLINE Vec<T> nearest(Vec<T> a) {
+  constexpr bool last = sweep == Sweep::rightwards;
+  constexpr int outer = last ? 8 - static_cast<int>(sizeof(T)) : 0;  // in its eight bytes
+  const __m256i eight = _mm256_permute4x64_epi64(bits(a.v), last ? 0xff : 0);
+  if constexpr (sizeof(T) == 8)
+    return as<T>(V8u{eight});
+  else if constexpr (sizeof(T) == 4)
+    return as<T>(V8u{_mm256_shuffle_epi32(eight, last ? 0xff : 0)});
+  else
+    return as<T>(V8u{_mm256_shuffle_epi8(
+        eight, sizeof(T) == 2 ? _mm256_set1_epi16(outer + ((outer + 1) << 8)) : _mm256_set1_epi8(outer))});
+}
+
 // One composition of the clamps [p, m] with those some bytes before them.
 template <class Op, Sweep sweep, int bytes, class T>
 ZEB_INLINE void compose(Vec<T>& p, Vec<T>& m) {
   // The clamp that changes nothing stands beyond the vector.
   const Vec<T> before = moved<sweep, bytes>(p, splat(Op::template nothing<T>));
-  const Vec<T> limit = moved<sweep, bytes>(m, splat(static_cast<T>(~Op::template nothing<T>)));
+  const Vec<T> limit = moved<sweep, bytes>(m, splat(Op::template everything<T>));
   const Vec<T> grown = Op::limited(Op::grown(p, before), m);
   m = Op::limited(Op::grown(p, limit), m);
   p = grown;
 }
 
 // p after the values of the vector beyond (the one before in the direction of the sweep) and its own have travelled
-// through it. p lies within the mask m.
+// through it. p lies within the mask m. Only the last step waits for the vector beyond.
 template <class Op, Sweep sweep, class T>
 ZEB_INLINE Vec<T> swept(Vec<T> p, Vec<T> m, Vec<T> beyond) {
-  Vec<T> next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
+  const Vec<T> next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
   if (identical(next, p)) return p;
-  if constexpr (std::is_integral_v<T>) {
-    // The value that enters: the one nearest to this vector, everywhere.
-    alignas(32) T values[Vec<T>::lanes];
-    store(values, beyond);
-    const Vec<T> entering = splat(values[sweep == Sweep::rightwards ? Vec<T>::lanes - 1 : 0]);
-    if constexpr (sizeof(T) == 1) compose<Op, sweep, 1>(p, m);
-    compose<Op, sweep, 2>(p, m);
-    compose<Op, sweep, 4>(p, m);
-    compose<Op, sweep, 8>(p, m);
-    compose<Op, sweep, 16>(p, m);
-    return Op::limited(Op::grown(p, entering), m);
-  } else {
-    do {
-      p = next;
-      next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
-    } while (!identical(next, p));
-    return p;
+  const Vec<T> old = p;
+  if constexpr (std::is_floating_point_v<T>) {
+    // A mask that is not a number limits nothing. What is not a number in the marker lets nothing pass.
+    const Vec<T> nothing = splat(Op::template nothing<T>);
+    m = Op::grown(nothing, Op::grown(p, Op::limited(splat(Op::template everything<T>), m)));
+    p = Op::grown(nothing, p);
   }
+  if constexpr (sizeof(T) == 1) compose<Op, sweep, 1>(p, m);
+  if constexpr (sizeof(T) <= 2) compose<Op, sweep, 2>(p, m);
+  if constexpr (sizeof(T) <= 4) compose<Op, sweep, 4>(p, m);
+  compose<Op, sweep, 8>(p, m);
+  compose<Op, sweep, 16>(p, m);
+  p = Op::limited(Op::grown(p, nearest<sweep>(beyond)), m);
+  return std::is_floating_point_v<T> ? Op::grown(old, p) : p;
 }
 
 // ---- One row ----
