@@ -218,16 +218,37 @@ ZEB_INLINE Vec<T> changes(Vec<T> p, Vec<T> old) {
     return select(greater(p, old) | less(p, old), p, nothing);
 }
 
+// The first vector from x on, in steps of whole vectors, that a closed row's neighbour changes, or the first one beyond
+// the last one. Both pixels beside each of them are in the row.
+template <class Op, bool eight, class T>
+__attribute__((noinline)) int firstToChange(const T* row, const T* mask, const T* neighbour, int x, int last) {
+  for (; x <= last; x += Vec<T>::lanes) {
+    const Vec<T> old = load(row + x);
+    Vec<T> p = Op::grown(old, load(neighbour + x));
+    if (eight) p = Op::grown(Op::grown(p, load(neighbour + x - 1)), load(neighbour + x + 1));
+    if (!identical(Op::limited(p, load(mask + x)), old)) break;
+  }
+  return x;
+}
+
+// How many columns a visit is about: few, or all, of which few will change.
+enum class Columns { few, all };
+
 // A later visit: a closed row takes in columns from..to of a neighbouring row and is closed again. changed(x, p) is
 // told of every vector that did and of the elements of it that are new, twice where both sweeps changed it. Returns the
 // vectors that were looked at.
-template <class Op, class T, class Changed>
+template <class Op, Columns columns, class T, class Changed>
 ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, bool eight, int from, int to,
                       const Changed& changed) {
   constexpr int lanes = Vec<T>::lanes;
   const int start = from / lanes * lanes;
   int x = start;
+  const int last = to < width - lanes ? to : width - lanes - 1;
   for (; x <= to; x += lanes) {
+    if (columns == Columns::all && x > 0 && x <= last) {
+      x = (eight ? firstToChange<Op, true, T> : firstToChange<Op, false, T>)(row, mask, neighbour, x, last);
+      if (x > to) break;
+    }
     Vec<T> old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
     Vec<T> p = Op::limited(grownBy<Op>(old, neighbour, x, width, eight), m);
     if (identical(p, old)) continue;
@@ -332,7 +353,7 @@ class Reconstruction {
       if (!(flags_[y] & flag)) continue;
       flags_[y] &= static_cast<Zeb8u>(~flag);
       bool any = false;
-      visited_ += visit(y, down ? y - 1 : y + 1, 0, size_.width - 1, [&](int, Vec<T>) {
+      visited_ += visit<Columns::all>(y, down ? y - 1 : y + 1, 0, size_.width - 1, [&](int, Vec<T>) {
         any = true;
         ++changedVectors;
       });
@@ -369,7 +390,7 @@ class Reconstruction {
   void advance(int y, int neighbour, int from, int to) {
     constexpr int lanes = Vec<T>::lanes;
     Front front{0, 0, y, 0, -1};
-    visit(y, neighbour, from, to, [&](int x, Vec<T> p) {
+    visit<Columns::few>(y, neighbour, from, to, [&](int x, Vec<T> p) {
       const uint32_t rank = rankOf<Op>(p);
       if (rank != front.rank || x > front.last + 1 || x + lanes < front.first || front.last < 0) {
         add(front);
@@ -393,9 +414,9 @@ class Reconstruction {
     if (front.last < 0) return;
     if (const int lost = fronts_.push(front); lost >= 0) spread(lost);
   }
-  template <class Changed>
+  template <Columns columns, class Changed>
   ZEB_INLINE int visit(int y, int neighbour, int from, int to, const Changed& changed) {
-    return takeIn<Op>(marker_[y], mask_[y], marker_[neighbour], size_.width, eight_, from, to, changed);
+    return takeIn<Op, columns>(marker_[y], mask_[y], marker_[neighbour], size_.width, eight_, from, to, changed);
   }
   void spread(int y) {
     if (y > 0) flags_[y - 1] |= belowChanged;
