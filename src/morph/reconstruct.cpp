@@ -98,16 +98,9 @@ ZEB_INLINE V moved(V a, V beyond) {
 // The element that stands nearest to the vector beside this one, everywhere.
 template <Sweep sweep, class T>
 ZEB_INLINE Vec<T> nearest(Vec<T> a) {
-  constexpr bool last = sweep == Sweep::rightwards;
-  constexpr int outer = last ? 8 - static_cast<int>(sizeof(T)) : 0;  // in its eight bytes
-  const __m256i eight = _mm256_permute4x64_epi64(bits(a.v), last ? 0xff : 0);
-  if constexpr (sizeof(T) == 8)
-    return as<T>(V8u{eight});
-  else if constexpr (sizeof(T) == 4)
-    return as<T>(V8u{_mm256_shuffle_epi32(eight, last ? 0xff : 0)});
-  else
-    return as<T>(V8u{_mm256_shuffle_epi8(
-        eight, sizeof(T) == 2 ? _mm256_set1_epi16(outer + ((outer + 1) << 8)) : _mm256_set1_epi8(outer))});
+  alignas(32) T values[Vec<T>::lanes];
+  store(values, a);
+  return splat(values[sweep == Sweep::rightwards ? Vec<T>::lanes - 1 : 0]);
 }
 
 // One composition of the clamps [p, m] with those some bytes before them.
