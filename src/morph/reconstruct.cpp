@@ -236,12 +236,12 @@ ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, bool
   constexpr int lanes = Vec<T>::lanes;
   const int start = from / lanes * lanes;
   int x = start;
-  const int last = to < width - lanes ? to : width - lanes - 1;
-  for (; x <= to; x += lanes) {
-    if (columns == Columns::all && x > 0 && x <= last) {
-      x = (eight ? firstToChange<Op, true, T> : firstToChange<Op, false, T>)(row, mask, neighbour, x, last);
-      if (x > to) break;
-    }
+  const auto next = [=](int k) {
+    k += lanes;
+    if (columns == Columns::few || k > width - lanes - 1) return k;
+    return (eight ? firstToChange<Op, true, T> : firstToChange<Op, false, T>)(row, mask, neighbour, k, width - lanes - 1);
+  };
+  for (; x <= to; x = next(x)) {
     Vec<T> old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
     Vec<T> p = Op::limited(grownBy<Op>(old, neighbour, x, width, eight), m);
     if (identical(p, old)) continue;
