@@ -139,8 +139,9 @@ ZEB_INLINE Vec<T> swept(Vec<T> p, Vec<T> m, Vec<T> beyond) {
 // ---- One row ----
 
 // A vector of a row with elements beyond its ends taken as nothing. x may start one before the row or end behind it.
+// Apart, so that what it needs takes no registers from the loops over whole vectors.
 template <class Op, class T>
-Vec<T> loadPadded(const T* row, int x, int width) {
+__attribute__((noinline)) Vec<T> loadPadded(const T* row, int x, int width) {
   constexpr int lanes = Vec<T>::lanes;
   alignas(32) T block[lanes];
   for (int i = 0; i < lanes; ++i) block[i] = x + i >= 0 && x + i < width ? row[x + i] : Op::template nothing<T>;
@@ -211,8 +212,8 @@ ZEB_INLINE Vec<T> changes(Vec<T> p, Vec<T> old) {
     return select(greater(p, old) | less(p, old), p, nothing);
 }
 
-// The first vector from x on, in steps of whole vectors, that a closed row's neighbour changes, or the first one beyond
-// the last one. Both pixels beside each of them are in the row.
+// The first vector of a closed row that its neighbour changes, of those from x to last, or the one behind them. All of
+// them have a pixel on either side.
 template <class Op, bool eight, class T>
 __attribute__((noinline)) int firstToChange(const T* row, const T* mask, const T* neighbour, int x, int last) {
   for (; x <= last; x += Vec<T>::lanes) {
@@ -224,7 +225,7 @@ __attribute__((noinline)) int firstToChange(const T* row, const T* mask, const T
   return x;
 }
 
-// How many columns a visit is about: few, or all, of which few will change.
+// What a visit is about: few columns, or all of them, where most vectors may stay as they are.
 enum class Columns { few, all };
 
 // A later visit: a closed row takes in columns from..to of a neighbouring row and is closed again. changed(x, p) is
@@ -236,12 +237,15 @@ ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, bool
   constexpr int lanes = Vec<T>::lanes;
   const int start = from / lanes * lanes;
   int x = start;
-  const auto next = [=](int k) {
-    k += lanes;
-    if (columns == Columns::few || k > width - lanes - 1) return k;
-    return (eight ? firstToChange<Op, true, T> : firstToChange<Op, false, T>)(row, mask, neighbour, k, width - lanes - 1);
-  };
-  for (; x <= to; x = next(x)) {
+  int last = -1;
+  if constexpr (columns == Columns::all) last = to < width - lanes ? to : width - lanes - 1;
+  for (; x <= to; x += lanes) {
+    if constexpr (columns == Columns::all) {
+      if (x > 0 && x <= last) {
+        x = (eight ? firstToChange<Op, true, T> : firstToChange<Op, false, T>)(row, mask, neighbour, x, last);
+        if (x > to) break;
+      }
+    }
     Vec<T> old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
     Vec<T> p = Op::limited(grownBy<Op>(old, neighbour, x, width, eight), m);
     if (identical(p, old)) continue;
