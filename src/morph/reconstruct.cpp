@@ -3,8 +3,8 @@
 //
 // A visited row takes in a neighbouring row and is then closed along itself in both directions, so that it stays as it
 // is until a row beside it changes. Along a row, taking in the pixel before and limiting by the mask is a clamp to
-// [marker, mask]; clamps composed are clamps again, so a whole vector of integers is swept in logarithmically many
-// steps. The result is unique, so the order of the visits decides about the work alone.
+// [marker, mask]; clamps composed are clamps again, so a whole vector is swept in logarithmically many steps. The
+// result is unique but for the signs of zeros, so the order of the visits decides about the work alone.
 #include <limits>
 #include <type_traits>
 
@@ -120,20 +120,15 @@ template <class Op, Sweep sweep, class T>
 ZEB_INLINE Vec<T> swept(Vec<T> p, Vec<T> m, Vec<T> beyond) {
   const Vec<T> next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
   if (identical(next, p)) return p;
-  const Vec<T> old = p;
-  if constexpr (std::is_floating_point_v<T>) {
-    // A mask that is not a number limits nothing. What is not a number in the marker lets nothing pass.
-    const Vec<T> nothing = splat(Op::template nothing<T>);
-    m = Op::grown(nothing, Op::grown(p, Op::limited(splat(Op::template everything<T>), m)));
-    p = Op::grown(nothing, p);
-  }
+  // A mask that is not a number limits nothing. A pixel that is not one gets a mask alike: they stay so and pass
+  // nothing.
+  if constexpr (std::is_floating_point_v<T>) m = Op::grown(p, Op::limited(splat(Op::template everything<T>), m));
   if constexpr (sizeof(T) == 1) compose<Op, sweep, 1>(p, m);
   if constexpr (sizeof(T) <= 2) compose<Op, sweep, 2>(p, m);
   if constexpr (sizeof(T) <= 4) compose<Op, sweep, 4>(p, m);
   compose<Op, sweep, 8>(p, m);
   compose<Op, sweep, 16>(p, m);
-  p = Op::limited(Op::grown(p, nearest<sweep>(beyond)), m);
-  return std::is_floating_point_v<T> ? Op::grown(old, p) : p;
+  return Op::limited(Op::grown(p, nearest<sweep>(beyond)), m);
 }
 
 // ---- One row ----
