@@ -3,8 +3,8 @@
 //
 // A visited row takes in a neighbouring row and is then closed along itself in both directions, so that it stays as it
 // is until a row beside it changes. Along a row, taking in the pixel before and limiting by the mask is a clamp to
-// [marker, mask]; clamps composed are clamps again, so a whole vector of integers is swept in logarithmically many
-// steps. The result is unique, so the order of the visits decides about the work alone.
+// [marker, mask]; clamps composed are clamps again, so a whole vector is swept in logarithmically many steps. The
+// result is unique but for the signs of zeros, so the order of the visits decides about the work alone.
 #include <limits>
 #include <type_traits>
 
@@ -54,6 +54,9 @@ struct Dilation {
   template <class T>
   static constexpr T nothing = std::is_floating_point_v<T> ? -std::numeric_limits<T>::infinity()
                                                            : std::numeric_limits<T>::lowest();
+  template <class T>
+  static constexpr T everything = std::is_floating_point_v<T> ? std::numeric_limits<T>::infinity()
+                                                              : std::numeric_limits<T>::max();
   template <class V>
   static ZEB_INLINE V grown(V p, V q) {
     return max(q, p);
@@ -67,6 +70,9 @@ struct Erosion {
   template <class T>
   static constexpr T nothing = std::is_floating_point_v<T> ? std::numeric_limits<T>::infinity()
                                                            : std::numeric_limits<T>::max();
+  template <class T>
+  static constexpr T everything = std::is_floating_point_v<T> ? -std::numeric_limits<T>::infinity()
+                                                              : std::numeric_limits<T>::lowest();
   template <class V>
   static ZEB_INLINE V grown(V p, V q) {
     return min(q, p);
@@ -89,48 +95,48 @@ ZEB_INLINE V moved(V a, V beyond) {
     return movedDown<bytes>(a, beyond);
 }
 
+// The element that stands nearest to the vector beside this one, everywhere.
+template <Sweep sweep, class T>
+ZEB_INLINE Vec<T> nearest(Vec<T> a) {
+  alignas(32) T values[Vec<T>::lanes];
+  store(values, a);
+  return splat(values[sweep == Sweep::rightwards ? Vec<T>::lanes - 1 : 0]);
+}
+
 // One composition of the clamps [p, m] with those some bytes before them.
 template <class Op, Sweep sweep, int bytes, class T>
 ZEB_INLINE void compose(Vec<T>& p, Vec<T>& m) {
   // The clamp that changes nothing stands beyond the vector.
   const Vec<T> before = moved<sweep, bytes>(p, splat(Op::template nothing<T>));
-  const Vec<T> limit = moved<sweep, bytes>(m, splat(static_cast<T>(~Op::template nothing<T>)));
+  const Vec<T> limit = moved<sweep, bytes>(m, splat(Op::template everything<T>));
   const Vec<T> grown = Op::limited(Op::grown(p, before), m);
   m = Op::limited(Op::grown(p, limit), m);
   p = grown;
 }
 
 // p after the values of the vector beyond (the one before in the direction of the sweep) and its own have travelled
-// through it. p lies within the mask m.
+// through it. p lies within the mask m. Only the last step waits for the vector beyond.
 template <class Op, Sweep sweep, class T>
 ZEB_INLINE Vec<T> swept(Vec<T> p, Vec<T> m, Vec<T> beyond) {
-  Vec<T> next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
+  const Vec<T> next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
   if (identical(next, p)) return p;
-  if constexpr (std::is_integral_v<T>) {
-    // The value that enters: the one nearest to this vector, everywhere.
-    alignas(32) T values[Vec<T>::lanes];
-    store(values, beyond);
-    const Vec<T> entering = splat(values[sweep == Sweep::rightwards ? Vec<T>::lanes - 1 : 0]);
-    if constexpr (sizeof(T) == 1) compose<Op, sweep, 1>(p, m);
-    compose<Op, sweep, 2>(p, m);
-    compose<Op, sweep, 4>(p, m);
-    compose<Op, sweep, 8>(p, m);
-    compose<Op, sweep, 16>(p, m);
-    return Op::limited(Op::grown(p, entering), m);
-  } else {
-    do {
-      p = next;
-      next = Op::limited(Op::grown(p, moved<sweep, sizeof(T)>(p, beyond)), m);
-    } while (!identical(next, p));
-    return p;
-  }
+  // A mask that is not a number limits nothing. A pixel that is not one gets a mask alike: they stay so and pass
+  // nothing.
+  if constexpr (std::is_floating_point_v<T>) m = Op::grown(p, Op::limited(splat(Op::template everything<T>), m));
+  if constexpr (sizeof(T) == 1) compose<Op, sweep, 1>(p, m);
+  if constexpr (sizeof(T) <= 2) compose<Op, sweep, 2>(p, m);
+  if constexpr (sizeof(T) <= 4) compose<Op, sweep, 4>(p, m);
+  compose<Op, sweep, 8>(p, m);
+  compose<Op, sweep, 16>(p, m);
+  return Op::limited(Op::grown(p, nearest<sweep>(beyond)), m);
 }
 
 // ---- One row ----
 
 // A vector of a row with elements beyond its ends taken as nothing. x may start one before the row or end behind it.
+// Apart, so that what it needs takes no registers from the loops over whole vectors.
 template <class Op, class T>
-Vec<T> loadPadded(const T* row, int x, int width) {
+__attribute__((noinline)) Vec<T> loadPadded(const T* row, int x, int width) {
   constexpr int lanes = Vec<T>::lanes;
   alignas(32) T block[lanes];
   for (int i = 0; i < lanes; ++i) block[i] = x + i >= 0 && x + i < width ? row[x + i] : Op::template nothing<T>;
@@ -201,16 +207,40 @@ ZEB_INLINE Vec<T> changes(Vec<T> p, Vec<T> old) {
     return select(greater(p, old) | less(p, old), p, nothing);
 }
 
+// The first vector of a closed row that its neighbour changes, of those from x to last, or the one behind them. All of
+// them have a pixel on either side.
+template <class Op, bool eight, class T>
+__attribute__((noinline)) int firstToChange(const T* row, const T* mask, const T* neighbour, int x, int last) {
+  for (; x <= last; x += Vec<T>::lanes) {
+    const Vec<T> old = load(row + x);
+    Vec<T> p = Op::grown(old, load(neighbour + x));
+    if (eight) p = Op::grown(Op::grown(p, load(neighbour + x - 1)), load(neighbour + x + 1));
+    if (!identical(Op::limited(p, load(mask + x)), old)) break;
+  }
+  return x;
+}
+
+// What a visit is about: few columns, or all of them, where most vectors may stay as they are.
+enum class Columns { few, all };
+
 // A later visit: a closed row takes in columns from..to of a neighbouring row and is closed again. changed(x, p) is
 // told of every vector that did and of the elements of it that are new, twice where both sweeps changed it. Returns the
 // vectors that were looked at.
-template <class Op, class T, class Changed>
+template <class Op, Columns columns, class T, class Changed>
 ZEB_INLINE int takeIn(T* row, const T* mask, const T* neighbour, int width, bool eight, int from, int to,
                       const Changed& changed) {
   constexpr int lanes = Vec<T>::lanes;
   const int start = from / lanes * lanes;
   int x = start;
+  int last = -1;
+  if constexpr (columns == Columns::all) last = to < width - lanes ? to : width - lanes - 1;
   for (; x <= to; x += lanes) {
+    if constexpr (columns == Columns::all) {
+      if (x > 0 && x <= last) {
+        x = (eight ? firstToChange<Op, true, T> : firstToChange<Op, false, T>)(row, mask, neighbour, x, last);
+        if (x > to) break;
+      }
+    }
     Vec<T> old = loadVector<Op>(row, x, width), m = loadVector<Op>(mask, x, width);
     Vec<T> p = Op::limited(grownBy<Op>(old, neighbour, x, width, eight), m);
     if (identical(p, old)) continue;
@@ -315,7 +345,7 @@ class Reconstruction {
       if (!(flags_[y] & flag)) continue;
       flags_[y] &= static_cast<Zeb8u>(~flag);
       bool any = false;
-      visited_ += visit(y, down ? y - 1 : y + 1, 0, size_.width - 1, [&](int, Vec<T>) {
+      visited_ += visit<Columns::all>(y, down ? y - 1 : y + 1, 0, size_.width - 1, [&](int, Vec<T>) {
         any = true;
         ++changedVectors;
       });
@@ -352,7 +382,7 @@ class Reconstruction {
   void advance(int y, int neighbour, int from, int to) {
     constexpr int lanes = Vec<T>::lanes;
     Front front{0, 0, y, 0, -1};
-    visit(y, neighbour, from, to, [&](int x, Vec<T> p) {
+    visit<Columns::few>(y, neighbour, from, to, [&](int x, Vec<T> p) {
       const uint32_t rank = rankOf<Op>(p);
       if (rank != front.rank || x > front.last + 1 || x + lanes < front.first || front.last < 0) {
         add(front);
@@ -376,9 +406,9 @@ class Reconstruction {
     if (front.last < 0) return;
     if (const int lost = fronts_.push(front); lost >= 0) spread(lost);
   }
-  template <class Changed>
+  template <Columns columns, class Changed>
   ZEB_INLINE int visit(int y, int neighbour, int from, int to, const Changed& changed) {
-    return takeIn<Op>(marker_[y], mask_[y], marker_[neighbour], size_.width, eight_, from, to, changed);
+    return takeIn<Op, columns>(marker_[y], mask_[y], marker_[neighbour], size_.width, eight_, from, to, changed);
   }
   void spread(int y) {
     if (y > 0) flags_[y - 1] |= belowChanged;
