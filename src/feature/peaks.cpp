@@ -14,9 +14,11 @@ namespace {
 using namespace zeb;
 
 // The columns of a row's peaks and of the strong vectors of two rows take 5 bytes a pixel and 36 more, a part of this.
-int64_t bufferSize(int roiWidth) {
+constexpr int64_t bufferSize(int roiWidth) {
   return (((int64_t{roiWidth} + 5) >> 2) * 128) | 32;
 }
+constexpr int widest = (1 << 26) - 6;
+static_assert(bufferSize(widest) <= INT32_MAX && bufferSize(widest + 1) > INT32_MAX);
 
 // ---- The test of one neighbourhood, in vectors ----
 
@@ -106,7 +108,6 @@ struct StrongVectors {
 // that hold one are compared with their neighbours. Both loops run without a branch on the values.
 template <int neighbours, class T>
 int findPeaks(Rows<const T> src, ZebiSize size, T threshold, ZebiPoint* out, int most, int border, Zeb8u* pBuffer) {
-  if (size.width - border <= border || size.height - border <= border) return 0;
   Scratch scratch(pBuffer, bufferSize(size.width));
   Peaks found(out, most, scratch.take<Zeb32s>(int64_t{size.width} + 7, 1));
   StrongVectors<T> strong{scratch.take<Zeb32s>(size.width / 8 + 1, 1)};
@@ -145,12 +146,16 @@ ZebStatus peaksOf(const T* pSrc, int srcStep, ZebiSize roi, T threshold, ZebiPoi
                   int* pPeakCount, int norm, int border, Zeb8u* pBuffer) {
   const auto src = image(pSrc, srcStep);
   // The counts stand before the step.
-  if (auto bad = firstFailure(
-          present(pSrc, pPeak, pPeakCount, pBuffer), hasArea(roi), atLeastOne(maxPeakCount), atLeastOne(border),
-          require(int64_t{2} * border <= roi.width && int64_t{2} * border <= roi.height, zebStsErrSize),
-          checked(roi, src), isNeighbourhood(norm, zebStsErrBadArgument),
-          require(bufferSize(roi.width) <= INT32_MAX, zebStsErrOverflow)))
+  if (auto bad =
+          firstFailure(present(pSrc, pPeak, pPeakCount, pBuffer), hasArea(roi), atLeastOne(maxPeakCount),
+                       atLeastOne(border), require(border <= roi.width / 2 && border <= roi.height / 2, zebStsErrSize)))
     return bad;
+  if (auto bad = firstFailure(checked(roi, src), isNeighbourhood(norm, zebStsErrBadArgument),
+                              require(roi.width <= widest, zebStsErrOverflow)))
+    return bad;
+  // The border may take all columns or rows.
+  *pPeakCount = 0;
+  if (roi.width - border == border || roi.height - border == border) return zebStsOk;
   const auto find = norm == zebiNormInf ? findPeaks<8, T> : findPeaks<4, T>;
   *pPeakCount = find(src.rows(), roi, threshold, pPeak, maxPeakCount, border, pBuffer);
   return zebStsOk;

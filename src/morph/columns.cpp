@@ -81,19 +81,21 @@ template <class Op, int vectors, int rows, bool nested, class T>
 ZEB_INLINE void setsBlock(const Step<T>* step, int count, ptrdiff_t x, ptrdiff_t lineX, const Lines& lines) {
   constexpr int lanes = Vec<T>::lanes;
   Vec<T> best[vectors], below[vectors];
-  const T* p = step->row + x;
+  // Of many vectors, sums of row and column are made at once: else the compiler keeps a column for each, in memory.
+  const auto at = [](auto* p) ZEB_BODY { return vectors > 2 ? anew(p) : p; };
+  const T* p = at(step->row + x);
   for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
   if (rows == 2)
     for (int k = 0; k < vectors; ++k) below[k] = load(p + lines.step + k * lanes);
   for (const Step<T>* end = step + count;;) {
     if (step->line != nullptr) {
-      T* line = step->line + lineX;
+      T* const line = at(step->line + lineX);
       for (int k = 0; k < vectors; ++k) store(line + k * lanes, best[k]);
       if (rows == 2)
         for (int k = 0; k < vectors; ++k) store(line + lines.outStep + k * lanes, below[k]);
     }
     if (++step == end) return;
-    p = step->row + x;
+    p = at(step->row + x);
     if (!nested && step->fresh) {
       for (int k = 0; k < vectors; ++k) best[k] = load(p + k * lanes);
       if (rows == 2)

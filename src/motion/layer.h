@@ -6,7 +6,6 @@
 #include <stdint.h>
 
 #include <limits>
-#include <type_traits>
 
 #include "core/image.h"
 #include "core/narrow.h"
@@ -40,25 +39,25 @@ struct LayerState {
 };
 
 // The first n of eight values as pixels; all of them where n is larger. What is not a number becomes 0.
+ZEB_INLINE void storePixels(Zeb32f* p, V32f v, int n) {
+  if (n >= 8)
+    store(p, v);
+  else
+    storeN(p, v, n);
+}
 template <class T>
 ZEB_INLINE void storePixels(T* p, V32f v, int n) {
-  Vec<T> pixels;
-  if constexpr (std::is_floating_point_v<T>) {
-    pixels = v;
-  } else {
-    const V32f top = splat(static_cast<Zeb32f>(std::numeric_limits<T>::max()));
-    const V32s whole = truncateToInt(min(max(v, splat(0.0f)), top) + splat(0.5f));
-    if constexpr (sizeof(T) == 1) {
-      const V16s words = narrowTo16s(whole, whole);
-      pixels = narrowTo8u(words, words);
-    } else {
-      pixels = narrowTo16u(whole, whole);
-    }
-  }
-  if (n >= 8)
-    storeN(p, pixels, 8);  // a constant count: one store
+  const V32f top = splat(static_cast<Zeb32f>(std::numeric_limits<T>::max()));
+  const __m256i whole = truncateToInt(min(max(v, splat(0.0f)), top) + splat(0.5f)).v;
+  const __m128i words = _mm_packus_epi32(_mm256_castsi256_si128(whole), _mm256_extracti128_si256(whole, 1));
+  const __m128i pixels = sizeof(T) == 1 ? _mm_packus_epi16(words, words) : words;
+  alignas(16) T block[16 / sizeof(T)];
+  const auto to = reinterpret_cast<__m128i*>(n >= 8 ? p : block);
+  if constexpr (sizeof(T) == 1)
+    _mm_storel_epi64(to, pixels);
   else
-    storeN(p, pixels, n);
+    _mm_storeu_si128(to, pixels);
+  if (n < 8) copyFew(p, block, n * static_cast<int>(sizeof(T)));
 }
 
 template <class T>

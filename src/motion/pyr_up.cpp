@@ -64,26 +64,32 @@ Zeb32f oddSum(Zeb32f b, Zeb32f c) {
 
 // ---- Rows. Sums are at most 255 x 8 (bytes), taken as signed 16-bit lanes. ----
 
+// The pixels that have both neighbours, in vectors of so many, the last of which overlaps the one before it; of shorter
+// rows none. Yields the first pixel that is left to do.
+template <int lanes, class Block>
+ZEB_INLINE int innerVectors(int from, int width, Block block) {
+  const int last = width - 1 - lanes;
+  if (last < from) return from;
+  for (int x = from; x < last; x += lanes) block(x);
+  block(last);
+  return width - 1;
+}
 template <class T>
 int innerRow(const T* row, int width, Zeb16u* out, int from, Channels<1>) {
   const V8u flip = splat(GaussType<T>::flip);
   const auto bytes = reinterpret_cast<const Zeb8u*>(row);
-  const auto pixels = [=](int at) { return widenedFlipped(bytes + at, flip); };
-  int x = from;
-  for (; x <= width - 17; x += 16) {
+  const auto pixels = [=](int at) ZEB_BODY { return widenedFlipped(bytes + at, flip); };
+  return innerVectors<V16s::lanes>(from, width, [=](int x) ZEB_BODY {
     const V16s b = pixels(x), c = pixels(x + 1);
     const V16s even = evenSum(pixels(x - 1), b, c), odd = oddSum(b, c);
     storeInOrder(reinterpret_cast<Zeb16s*>(out) + 2 * x, interleaveFirst(even, odd), interleaveLast(even, odd));
-  }
-  return x;
+  });
 }
 int innerRow(const Zeb32f* row, int width, Zeb32f* out, int from, Channels<1>) {
-  int x = from;
-  for (; x <= width - 9; x += 8) {
+  return innerVectors<V32f::lanes>(from, width, [=](int x) ZEB_BODY {
     const V32f b = load(row + x), c = load(row + x + 1);
     storeInTurn(out + 2 * x, evenSum(load(row + x - 1), b, c), oddSum(b, c));
-  }
-  return x;
+  });
 }
 template <class T, class Sum>
 int innerRow(const T*, int, Sum*, int from, Channels<3>) {

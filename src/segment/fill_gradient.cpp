@@ -153,7 +153,23 @@ class GradientRegion {
       x += steps;
       if (steps < lanes) return x;
     }
-    while (!map[x + 1] && step_(row + x * channels, row + (x + 1) * channels)) ++x;
+    return runAtEnd(step_, row, map, x, size_.width);
+  }
+  // The same from one of the last columns of a row, where a block reaches back over columns before it. Not part of the
+  // loops that lead here, which fit the registers without it.
+  static __attribute__((noinline)) int runAtEnd(const Step<T, channels>& step, const T* row, const Zeb8u* map, int x,
+                                                int width) {
+    constexpr int lanes = Vec<T>::lanes, element = sizeof(T);
+    const int at = width - 1 - lanes, before = x - at;
+    if (channels == 1 && at >= 0 && before < lanes) {
+      const unsigned seen = ~topBits(equal(load(map + at + 1), splat(Zeb8u(0)))) >> before;
+      const unsigned bad = step.failing(row + at, row + at + 1, 0) >> (before * element);
+      int steps = lanes - before;
+      if (seen && __builtin_ctz(seen) < steps) steps = __builtin_ctz(seen);
+      if (bad && __builtin_ctz(bad) / element < steps) steps = __builtin_ctz(bad) / element;
+      return x + steps;
+    }
+    while (!map[x + 1] && step(row + x * channels, row + (x + 1) * channels)) ++x;
     return x;
   }
 
