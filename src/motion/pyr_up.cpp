@@ -64,15 +64,14 @@ Zeb32f oddSum(Zeb32f b, Zeb32f c) {
 
 // ---- Rows. Sums are at most 255 x 8 (bytes), taken as signed 16-bit lanes. ----
 
-// The pixels that have both neighbours, in vectors of so many, the last of which overlaps the one before it; of shorter
-// rows none. Yields the first pixel that is left to do.
+// The pixels that have both neighbours, in whole vectors; of rows shorter than one none. Yields the first pixel that is
+// left to do.
 template <int lanes, class Block>
 ZEB_INLINE int innerVectors(int from, int width, Block block) {
-  const int last = width - 1 - lanes;
-  if (last < from) return from;
-  for (int x = from; x < last; x += lanes) block(x);
-  block(last);
-  return width - 1;
+  const int end = width - 1;
+  if (end - from < lanes) return from;
+  forOverlappingVectors<lanes>(from, end, [=](int x, auto) ZEB_BODY { block(x); });
+  return end;
 }
 template <class T>
 int innerRow(const T* row, int width, Zeb16u* out, int from, Channels<1>) {

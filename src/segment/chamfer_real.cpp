@@ -26,6 +26,7 @@ ZEB_INLINE V32s loadHalvesAs32s(const Zeb8u* low, const Zeb8u* high) {
   memcpy(&b, high, 4);
   return {_mm256_cvtepu8_epi32(_mm_insert_epi32(_mm_cvtsi32_si128(a), b, 1))};
 }
+
 constexpr Zeb32f infinity = std::numeric_limits<Zeb32f>::infinity();
 constexpr Zeb32f unreached = std::numeric_limits<Zeb32f>::max();
 

@@ -244,9 +244,12 @@ class Marching {
   // the first four are in the upper halves.
   struct Square {
     Zeb32f* row[Tile::lanes];
-    int r, t, width;
+    int r, t;
+    ZebiSize size;  // of the tile
 
-    bool inside() const { return t - r - (Tile::lanes - 1) >= 0 && t - r + 3 < width; }
+    bool inside() const { return t - r - (Tile::lanes - 1) >= 0 && t - r + 3 < size.width; }
+    // Whether all of its pixels are the tile's own.
+    bool whole() const { return inside() && r + Tile::lanes <= size.height; }
     Zeb32f* low(int k) const { return row[k] + (t - r - k); }
     Zeb32f* high(int k) const { return row[k + 4] + (t - r - k - 4); }
     // Which pixels of row k and of the one four below it are from column `first` to column `last`.
@@ -273,7 +276,7 @@ class Marching {
       square.row[k] = dst_[place.y(own)] + place.x0;
     }
     square.r = r;
-    square.width = place.size.width;
+    square.size = place.size;
     return square;
   }
 
@@ -294,10 +297,9 @@ class Marching {
           }
         }
         transposeHalves(v[0], v[1], v[2], v[3]);
-        const bool whole = square.inside() && r + Tile::lanes <= size.height;
-        for (int k = 0; k < 4 && (whole || square.t + k < end); ++k) {
+        for (int k = 0; k < 4 && square.t + k < end; ++k) {
           tile_.set(square.t + k, r, v[k]);
-          if (!whole) tile_.keepOutside(size, square.t + k, r);
+          if (!square.whole()) tile_.keepOutside(size, square.t + k, r);
         }
       }
     }
@@ -318,7 +320,7 @@ class Marching {
         for (int k = 0; k < 4; ++k) v[k] = load(tile_.value(square.t + k - r, r));
         transposeHalves(v[0], v[1], v[2], v[3]);
         for (int k = 0; k < 4; ++k) {
-          if (square.inside() && r + Tile::lanes <= place.size.height) {
+          if (square.whole()) {
             storeHalves(square.low(k), square.high(k), v[k] | (square.from(k) & splat(-0.0f)));
           } else {
             const V32s mask = square.within(k, 0, place.size.width - 1) & greater(upper, row + splat(k));
