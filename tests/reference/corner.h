@@ -14,7 +14,12 @@ Plane<Zeb32f> structureTensor(const Sampler<S>& at, ZebiSize roi, int filter, in
   using Sum = std::conditional_t<sizeof(S) == 1, int64_t, Zeb32f>;
   const int before = (window - 1) / 2;
   const ZebiSize all = {roi.width + window - 1, roi.height + window - 1};
-  const Sampler<S> moved = [&](int x, int y) { return at(x - before, y - before); };
+  // Every pixel is asked for once: the taps of a window of 255 would ask millions of times.
+  const int reach = taps / 2;
+  Plane<S> source(all.width + 2 * reach, all.height + 2 * reach);
+  for (int y = 0; y < source.height; ++y)
+    for (int x = 0; x < source.width; ++x) source.at(x, y) = at(x - reach - before, y - reach - before);
+  const Sampler<S> moved = [&](int x, int y) { return source.at(x + reach, y + reach); };
   const Taps smooth = filter == zebFilterScharr ? Taps::scharr : Taps::smooth;
   const Plane<D> dx = fixedFilter<D>(moved, all, Fixed{Taps::first, smooth}, taps);
   const Plane<D> dy = fixedFilter<D>(moved, all, Fixed{smooth, Taps::first}, taps);
@@ -47,7 +52,7 @@ Plane<Zeb32f> structureTensor(const Sampler<S>& at, ZebiSize roi, int filter, in
 
 enum class Corner { minEigenVal, eigenValsVecs, harris };
 
-inline std::vector<Zeb32f> cornerResponse(Corner kind, Zeb32f a, Zeb32f b, Zeb32f c, Zeb32f k) {
+inline std::array<Zeb32f, 6> cornerResponse(Corner kind, Zeb32f a, Zeb32f b, Zeb32f c, Zeb32f k) {
   if (kind == Corner::harris) {
     const Zeb32f t = a + c, bb = b * b, tt = t * t;
     return {std::fma(-k, tt, std::fma(a, c, -bb))};

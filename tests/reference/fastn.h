@@ -11,12 +11,13 @@ namespace ref {
 struct Position {
   int x, y;
 };
-inline std::vector<Position> circle(int radius) {
-  if (radius == 1) return {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
-  if (radius == 2)
-    return {{2, 0}, {2, 1}, {1, 2}, {0, 2}, {-1, 2}, {-2, 1}, {-2, 0}, {-2, -1}, {-1, -2}, {0, -2}, {1, -2}, {2, -1}};
-  return {{3, 0},  {3, 1},   {2, 2},   {1, 3},   {0, 3},  {-1, 3}, {-2, 2}, {-3, 1},
-          {-3, 0}, {-3, -1}, {-2, -2}, {-1, -3}, {0, -3}, {1, -3}, {2, -2}, {3, -1}};
+inline const std::vector<Position>& circle(int radius) {
+  static const std::vector<Position> near = {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
+  static const std::vector<Position> middle = {{2, 0},  {2, 1},   {1, 2},   {0, 2},  {-1, 2}, {-2, 1},
+                                               {-2, 0}, {-2, -1}, {-1, -2}, {0, -2}, {1, -2}, {2, -1}};
+  static const std::vector<Position> far = {{3, 0},  {3, 1},   {2, 2},   {1, 3},   {0, 3},  {-1, 3}, {-2, 2}, {-3, 1},
+                                            {-3, 0}, {-3, -1}, {-2, -2}, {-1, -3}, {0, -3}, {1, -3}, {2, -2}, {3, -1}};
+  return radius == 1 ? near : radius == 2 ? middle : far;
 }
 
 struct SegmentTest {
@@ -27,7 +28,7 @@ struct SegmentTest {
 
   // Of every arc of the circle the least difference of one sign, and of those the largest.
   int best(const Plane<Zeb8u>& image, int x, int y, int sign) const {
-    const auto ring = circle(radius);
+    const auto& ring = circle(radius);
     int largest = -256;
     for (int start = 0; start < positions(); ++start) {
       int least = 256;
@@ -46,7 +47,7 @@ struct SegmentTest {
   }
   int orientation(const Plane<Zeb8u>& image, int x, int y) const {
     const int sign = best(image, x, y, 1) >= best(image, x, y, -1) ? 1 : -1, count = positions();
-    const auto ring = circle(radius);
+    const auto& ring = circle(radius);
     const auto marked = [&](int i) {
       const Position p = ring[static_cast<size_t>((i + count) % count)];
       return sign * (image.at(x + p.x, y + p.y) - image.at(x, y)) > threshold;

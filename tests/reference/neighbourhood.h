@@ -1,6 +1,8 @@
 // Filters with fixed kernels, Gaussian smoothing and the taps of both, from their definitions.
 #pragma once
 
+#include <array>
+
 #include "reference/canny.h"
 #include "reference/filter.h"
 
@@ -10,18 +12,20 @@ namespace ref {
 
 enum class Taps { smooth, first, second, scharr, mean };
 
-inline std::vector<int> tapsOf(Taps taps, int n) {
+// The first n are the taps.
+inline std::array<int, 5> tapsOf(Taps taps, int n) {
+  using All = std::array<int, 5>;
   switch (taps) {
     case Taps::smooth:
-      return n == 3 ? std::vector<int>{1, 2, 1} : std::vector<int>{1, 4, 6, 4, 1};
+      return n == 3 ? All{1, 2, 1} : All{1, 4, 6, 4, 1};
     case Taps::first:
-      return n == 3 ? std::vector<int>{-1, 0, 1} : std::vector<int>{-1, -2, 0, 2, 1};
+      return n == 3 ? All{-1, 0, 1} : All{-1, -2, 0, 2, 1};
     case Taps::second:
-      return n == 3 ? std::vector<int>{1, -2, 1} : std::vector<int>{1, 0, -2, 0, 1};
+      return n == 3 ? All{1, -2, 1} : All{1, 0, -2, 0, 1};
     case Taps::scharr:
       return {3, 10, 3};
     default:
-      return std::vector<int>(static_cast<size_t>(n), 1);
+      return {1, 1, 1, 1, 1};
   }
 }
 
