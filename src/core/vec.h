@@ -220,12 +220,6 @@ ZEB_INLINE V32f operator+(V32f a, V32f b) {
 ZEB_INLINE V64f operator+(V64f a, V64f b) {
   return {_mm256_add_pd(a.v, b.v)};
 }
-ZEB_INLINE V8u operator-(V8u a, V8u b) {
-  return {_mm256_sub_epi8(a.v, b.v)};
-}
-ZEB_INLINE V16u operator-(V16u a, V16u b) {
-  return {_mm256_sub_epi16(a.v, b.v)};
-}
 ZEB_INLINE V16s operator-(V16s a, V16s b) {
   return {_mm256_sub_epi16(a.v, b.v)};
 }
@@ -266,9 +260,6 @@ ZEB_INLINE V8u addSat(V8u a, V8u b) {
 }
 ZEB_INLINE V16u addSat(V16u a, V16u b) {
   return {_mm256_adds_epu16(a.v, b.v)};
-}
-ZEB_INLINE V16s addSat(V16s a, V16s b) {
-  return {_mm256_adds_epi16(a.v, b.v)};
 }
 ZEB_INLINE V8u subSat(V8u a, V8u b) {
   return {_mm256_subs_epu8(a.v, b.v)};
@@ -412,9 +403,6 @@ ZEB_INLINE V64u shiftRight(V64u a) {
 
 ZEB_INLINE V16s abs(V16s a) {
   return {_mm256_abs_epi16(a.v)};
-}
-ZEB_INLINE V32s abs(V32s a) {
-  return {_mm256_abs_epi32(a.v)};
 }
 ZEB_INLINE V32f abs(V32f a) {
   return andNot(splat(-0.0f), a);

@@ -72,14 +72,6 @@ ZEB_INLINE V32f loadAsFloatN(const T* p, int n) {
 }
 
 // The halves of a vector, widened in order.
-ZEB_INLINE V16s widenLow(V8u a) {
-  return {_mm256_cvtepu8_epi16(_mm256_castsi256_si128(a.v))};
-}
-
-ZEB_INLINE V16s widenHigh(V8u a) {
-  return {_mm256_cvtepu8_epi16(_mm256_extracti128_si256(a.v, 1))};
-}
-
 ZEB_INLINE V32s widenLow(V16s a) {
   return {_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))};
 }

@@ -37,11 +37,6 @@ constexpr ZebiBorderType ofThreeBits(ZebiBorderType type) {
   return type & ~8;
 }
 
-// The base rule of one side: in memory where the side's flag is set.
-constexpr int borderOnSide(ZebiBorderType type, int sideFlag) {
-  return type & sideFlag ? static_cast<int>(zebBorderInMem) : borderBase(type);
-}
-
 // On which sides of a region the pixels beyond the edge exist in memory.
 struct Sides {
   bool left = false, right = false, top = false, bottom = false;

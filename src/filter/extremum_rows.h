@@ -62,16 +62,12 @@ struct Highest<Zeb32f> : Extremum<Zeb32f, false> {
 struct EveryBit {
   using Type = Zeb8u;
   static ZEB_INLINE V8u begin(V8u first) { return first; }
-  static ZEB_INLINE Zeb8u begin(Zeb8u first) { return first; }
   static ZEB_INLINE V8u pick(V8u a, V8u b) { return a & b; }
-  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a & b; }
 };
 struct AnyBit {
   using Type = Zeb8u;
   static ZEB_INLINE V8u begin(V8u first) { return first; }
-  static ZEB_INLINE Zeb8u begin(Zeb8u first) { return first; }
   static ZEB_INLINE V8u pick(V8u a, V8u b) { return a | b; }
-  static ZEB_INLINE Zeb8u pick(Zeb8u a, Zeb8u b) { return a | b; }
 };
 
 // ---- out[x] = extremum of rows[0..count-1][x], for several lines of each ----

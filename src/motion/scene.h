@@ -15,8 +15,6 @@ struct SceneHead {
   int width, height;
   int frames;  // learned, up to mostFrames
   int body;    // bytes from the record's start
-
-  ZebiSize size() const { return {width, height}; }
 };
 static_assert(sizeof(SceneHead) == 20);
 
