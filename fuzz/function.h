@@ -198,6 +198,7 @@ class Function : public Named {
   ZebStatus operator()(Choice& c, V... values) const {
     const std::tuple<A...> arguments(static_cast<A>(plain(values))...);
     if (c.oneIn(c.fixed() ? 3 : 8)) refuse(c, arguments, std::index_sequence_for<A...>(), values...);
+    if (isQuery()) enlarge(c, arguments, std::index_sequence_for<A...>(), values...);
     return perform(c, arguments);
   }
   // The same, with a result of zebStsOk.
@@ -209,7 +210,7 @@ class Function : public Named {
   // A call that nothing can make valid at its size: refused with this status, and noted all the same.
   template <class... V>
   void refused(ZebStatus want, V... values) const {
-    const std::tuple<A...> arguments(static_cast<A>(values)...);
+    const std::tuple<A...> arguments(static_cast<A>(plain(values))...);
     Probe probe;
     std::apply([&](const A&... a) { (addOutput(probe, a), ...); }, arguments);
     const ZebStatus status = invoke(arguments, 4);
@@ -324,6 +325,45 @@ class Function : public Named {
     const ZebStatus status = invoke(arguments, c.shift());
     if (status < 0) probe.repair();
     expectRefusal(probe, status, probe.planted(), probe.want());
+  }
+
+  // ---- Queries of large sizes ----
+
+  bool isQuery() const { return strstr(name(), "Size") && (... || std::is_same_v<A, int*>); }
+  // Regions of up to the largest size are answered with no less than smaller ones, or do not fit and write nothing.
+  // What is chosen here is not drawn from the input. Masks and kernels that the query reads stay as they are.
+  template <size_t... I, class... V>
+  void enlarge(Choice peek, Arguments arguments, std::index_sequence<I...>, V... values) const {
+    if (invoke(arguments, peek.shift()) != zebStsOk) return;
+    const int small[] = {answer(std::get<I>(arguments))...};
+    constexpr bool reads = (... || (std::is_pointer_v<A> && std::is_const_v<std::remove_pointer_t<A>>));
+    const auto grow = [&](int& extent) {
+      extent = peek.coin() ? INT32_MAX : peek.within(std::max(extent, 1 << 14), INT32_MAX);
+    };
+    const auto look = [&](auto& argument, size_t index, const auto& value) {
+      using P = std::decay_t<decltype(argument)>;
+      constexpr bool plainly = std::is_same_v<P, std::decay_t<decltype(value)>>;
+      if constexpr (plainly && std::is_same_v<P, ZebiSize> && !reads) {
+        if (peek.coin()) grow(argument.width);
+        if (peek.coin()) grow(argument.height);
+      } else if constexpr (plainly && std::is_same_v<P, int>) {
+        if (index == 0) grow(argument);
+      }
+    };
+    (look(std::get<I>(arguments), I, values), ...);
+    Probe probe;
+    (addOutput(probe, std::get<I>(arguments)), ...);
+    const ZebStatus status = invoke(arguments, peek.shift());
+    if (status != zebStsOk) expectRefusal(probe, status, "a large size", zebStsErrOverflow);
+    require((... && (small[I] <= answer(std::get<I>(arguments)))), std::string(name()) + ": less for a large size");
+  }
+  template <class T>
+  static int answer(T argument) {
+    if constexpr (std::is_same_v<T, int*>) {
+      return *argument;
+    } else {
+      return 0;
+    }
   }
 
   // The single value that an output argument points to.

@@ -100,6 +100,9 @@ void corners(Choice& c, const F& f, const Q& query, Corner kind, K... k) {
   const Scratch buffer = c.scratch(bytes);
   const int floats = kind == Corner::eigenValsVecs ? 6 : 1;
   const Image<Zeb32f> dst = c.empty<Zeb32f>(s.size, floats);
+  const int wide = INT32_MAX / (4 * floats);
+  f.refused(zebStsErrOverflow, s.pixels(), wide * int(sizeof(S)), dst.pixels(), wide * 4 * floats, ZebiSize{wide, 1},
+            s.filter, s.mask, s.window, k..., s.border, s.value, buffer.get());
   const auto want =
       ref::corners(kind,
                    ref::structureTensor(ref::bordered<S>(s.image.plane(), s.left, s.top, s.size, s.border, s.value),

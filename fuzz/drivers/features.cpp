@@ -83,6 +83,8 @@ void cannyBorder(Choice& c) {
   int bytes = 0;
   FUNCTION(zebiCannyBorderGetSize).ok(c, size, filter, orElse(mask, 53, zebStsErrMaskSize), keep(zeb8u), &bytes);
   const Scratch scratch = c.scratch(bytes);
+  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(), ZebiSize{INT32_MAX, INT32_MAX},
+            filter, mask, border, value, t.low, t.high, norm, scratch.get());
   // Its steps are taken as they are, so a region may be spoiled by sizes without an area only.
   const ZebiSize noArea = {size.width, c.within(-9, 0)};
   f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()),
@@ -125,7 +127,7 @@ struct List {
 
 // ---- Hough ----
 
-// A drawing and steps of an accumulator of at most some ten thousand cells.
+// A drawing and steps of an accumulator, most of at most some ten thousand cells.
 struct Lines {
   explicit Lines(Choice& c)
       : size(c.size(60, 20)), src{content(c), c.layout<Zeb8u>()}, grid{size, delta(c)}, most(c.within(1, 12)) {
@@ -142,7 +144,8 @@ struct Lines {
   ZebiPoint_32f delta(Choice& c) const {
     const auto widest = static_cast<Zeb32f>(size.width + size.height);
     const Zeb32f rho = c.coin() ? static_cast<Zeb32f>(c.within(1, 4)) : c.real(0.1f, 9);
-    const Zeb32f theta = c.coin() ? 3.14159f / static_cast<Zeb32f>(c.within(1, 40)) : c.real(0.03f, 3.14159f);
+    Zeb32f theta = c.coin() ? 3.14159f / static_cast<Zeb32f>(c.within(1, 40)) : c.real(0.03f, 3.14159f);
+    if (rho >= 1 && c.oneIn(8)) theta = c.real(0.006f, 0.02f);
     return {std::min(rho, widest), theta};
   }
   ZebiSize noArea(Choice& c) const { return c.coin() ? ZebiSize{0, size.height} : ZebiSize{size.width, -1}; }

@@ -13,12 +13,16 @@ using Query = Function<ZebiSize, int, int*>;
 // A kernel, its divisor and the scratch for it.
 template <class K>
 struct Kernel {
-  Kernel(Choice& c, bool positiveDivisor) : taps(c.oneIn(4) ? c.within(1, 40) : c.within(1, 9)) {
+  Kernel(Choice& c, bool positiveDivisor)
+      : taps(c.oneIn(4)   ? c.within(1, 40)
+             : c.oneIn(3) ? 2 * c.within(1, 2) + 1
+                          : c.within(1, 9)) {
     Random random = c.random();
     values = test::randomKernel<K>(taps, c.within(0, 3), random);
     for (const K v : values) c.look(v);
     divisor = test::randomDivisor(positiveDivisor, random);
     if (c.oneIn(8)) divisor = c.within(positiveDivisor ? 1 : INT32_MIN, INT32_MAX);
+    if (c.oneIn(4)) divisor = 1 << c.within(0, 3);
     if (divisor == 0) divisor = 1;
   }
   Scratch scratch(Choice& c, const Query& query, ZebiSize size) const {

@@ -28,7 +28,9 @@ struct Pair : test::ImagePair<T> {
   Pair(Choice& c, ZebiSize size, int level, bool smooth) {
     Random random = c.random();
     const Texture texture(random);
-    const double move[2] = {static_cast<double>(c.real(-2, 2)), static_cast<double>(c.real(-2, 2))};
+    const bool still = c.oneIn(4);
+    const double move[2] = {still ? 0 : static_cast<double>(c.real(-2, 2)),
+                            still ? 0 : static_cast<double>(c.real(-2, 2))};
     const double top = sizeof(T) == 1 ? 255 : sizeof(T) == 2 ? 60000 : 1;
     for (ZebiPyramid*& pyramid : this->pyramids)
       FUNCTION(zebiPyramidInitAlloc).ok(c, &pyramid, std::max(level, 1), size, 2.0f);
@@ -90,10 +92,12 @@ void flow(Choice& c, Function<ZebiOptFlowPyrLKState**, ZebiSize, int, int> make,
   const Pair<T> pair(c, size, c.within(0, 2), smooth);
   const Settings s = {c.within(1, c.oneIn(4) ? 33 : 17), c.within(1, 4), c.coin() ? 0.01f : c.real(0, 1)};
   const int points = c.within(1, 6);
+  const bool whole = c.oneIn(4);  // between no pixels, where nothing moves
   std::vector<ZebiPoint_32f> prev, guess;
   for (int i = 0; i < points; ++i) {
     prev.push_back({coordinate(c, size.width, smooth), coordinate(c, size.height, smooth)});
     guess.push_back({prev.back().x + c.real(-1, 1), prev.back().y + c.real(-1, 1)});
+    if (whole) prev.back() = {std::floor(prev.back().x), std::floor(prev.back().y)}, guess.back() = prev.back();
   }
   const auto n = static_cast<size_t>(points);
   const test::GuardedBytes next(n * sizeof(ZebiPoint_32f), test::Place::back), status(n, test::Place::back),

@@ -276,7 +276,10 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   const int kind = c.within(0, 2);
   if (kind == 0) wanted = 15;
   if (kind == 2) wanted = 1;
+  constexpr int wide = INT32_MAX / std::max(channels * sizeof(S), sizeof(D));
   const auto call = [&](auto value, auto types) {
+    f.refused(zebStsErrOverflow, src.pixels(), wide * channels * int(sizeof(S)), gx.pixels(), wide * int(sizeof(D)),
+              nullptr, 0, nullptr, 0, nullptr, 0, ZebiSize{wide, 1}, mask, choice, src.border, value, buffer.get());
     const auto with = [&](auto... outputs) {
       f.ok(c, src.pixels(), src.image.step(), outputs..., size, mask, choice, types, value, buffer.get());
     };

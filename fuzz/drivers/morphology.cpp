@@ -16,7 +16,9 @@ using test::MaskKind;
 
 Element element(Choice& c, bool anyAnchor) {
   Random random = c.random();
-  const auto kind = static_cast<MaskKind>(c.oneIn(32) ? static_cast<int>(MaskKind::wide) : c.within(0, 8));
+  const auto kind = c.oneIn(32)   ? MaskKind::wide
+                    : c.oneIn(32) ? MaskKind::large
+                                  : static_cast<MaskKind>(c.within(0, 8));
   Element e = test::makeElement(kind, random);
   if (anyAnchor && c.coin()) e.anchorX = c.within(0, e.width - 1), e.anchorY = c.within(0, e.height - 1);
   return e;
@@ -116,6 +118,12 @@ int badBorder(Choice& c) {
   return c.oneOf(bad);
 }
 
+// Regions of bits are of a few vectors, too.
+ZebiSize regionOf(Choice& c, bool packed) {
+  const ZebiSize size = c.size(70, 14);
+  return packed && c.slack(2) == 1 ? ZebiSize{size.width + c.slack(2000), 1 + size.height % 3} : size;
+}
+
 template <class T>
 using Bordered = Function<const T*, int, T*, int, ZebiSize, ZebiBorderType, T, const ZebiMorphState*, Zeb8u*>;
 
@@ -123,7 +131,7 @@ template <class T>
 void bordered(Choice& c, const Function<int, ZebiSize, int*, int*>& query,
               const Function<int, const Zeb8u*, ZebiSize, ZebiMorphState*, Zeb8u*>& init, const Bordered<T>& f,
               int channels, bool packed, bool lowest) {
-  const ZebiSize size = c.size(70, 14);
+  const ZebiSize size = regionOf(c, packed);
   const Element e = element(c, false);
   const ZebiSize maskSize = {e.width, e.height};
   const Scene<T> s(c, c.random(), size, channels, packed, e.anchorX, e.width - 1 - e.anchorX, e.anchorY,
@@ -132,6 +140,7 @@ void bordered(Choice& c, const Function<int, ZebiSize, int*, int*>& query,
   int specSize = 0, bufferSize = 0;
   query.ok(c, stateWidth, maskSize, &specSize, &bufferSize);
   const Scratch spec = c.scratch(specSize), buffer = c.scratch(bufferSize);
+  init.refused(zebStsErrOverflow, INT32_MAX, e.mask.data(), maskSize, stateIn<ZebiMorphState>(spec), buffer.get());
   init.ok(c, stateWidth, e.mask.data(), maskSize, stateIn<ZebiMorphState>(spec), buffer.get());
   const Image<T> dst = destination<T>(c, size, channels, packed);
   if (packed) test::mayBeLookedAt(dst);  // the bits behind the width stay
@@ -170,9 +179,11 @@ void owning(Choice& c, const Function<int, const Zeb8u*, ZebiSize, int*>& query,
   int bytes = 0;
   query.ok(c, stateWidth, e.mask.data(), maskSize, &bytes);
   const Scratch memory = c.scratch(bytes);
+  ZebiMorphState* allocated = nullptr;
+  init.refused(zebStsErrOverflow, INT32_MAX, e.mask.data(), maskSize, anchor, stateIn<ZebiMorphState>(memory));
+  initAlloc.refused(zebStsErrOverflow, INT32_MAX, e.mask.data(), maskSize, anchor, &allocated);
   init.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor),
           stateIn<ZebiMorphState>(memory));
-  ZebiMorphState* allocated = nullptr;
   initAlloc.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor), &allocated);
   const Image<T> dst = c.empty<T>(size, channels), again = c.empty<T>(size, channels);
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
@@ -206,7 +217,7 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
               const Function<ZebiMorphAdvState**, ZebiSize, const Zeb8u*, ZebiSize, ZebiPoint>& initAlloc,
               const Composed<T>& f, int channels, bool packed, Compound operation) {
   // Also higher than their pixels are many: the intermediate image of a state in the caller's memory goes by strips.
-  const ZebiSize size = c.oneIn(4) ? c.size(12, 130) : c.size(70, 14);
+  const ZebiSize size = c.oneIn(4) ? c.size(12, 130) : regionOf(c, packed);
   const Element e = element(c, true);
   const ZebiSize maskSize = {e.width, e.height}, stateSize = {size.width + c.slack(20), size.height + c.slack(9)};
   const ZebiPoint anchor = {e.anchorX, e.anchorY};
@@ -214,9 +225,12 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   int specSize = 0, bufferSize = 0;
   query.ok(c, stateSize, maskSize, &specSize, &bufferSize);
   const Scratch spec = c.scratch(specSize), buffer = c.scratch(bufferSize);
+  constexpr ZebiSize hopeless = {INT32_MAX, INT32_MAX};
+  ZebiMorphAdvState* allocated = nullptr;
+  init.refused(zebStsErrOverflow, stateIn<ZebiMorphAdvState>(spec), hopeless, e.mask.data(), maskSize, anchor);
+  initAlloc.refused(zebStsErrOverflow, &allocated, hopeless, e.mask.data(), maskSize, anchor);
   init.ok(c, stateIn<ZebiMorphAdvState>(spec), stateSize, e.mask.data(), maskSize,
           orElse(anchor, outside(c, e), zebStsErrAnchor));
-  ZebiMorphAdvState* allocated = nullptr;
   initAlloc.ok(c, &allocated, stateSize, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor));
   const Image<T> dst = destination<T>(c, size, channels, packed);
   if (packed) test::mayBeLookedAt(dst);  // the bits behind the width stay

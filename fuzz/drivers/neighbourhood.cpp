@@ -29,6 +29,9 @@ void fixed(Choice& c, const F& f, const Q& query, const Fixed& filter, int n, Ma
     return told;
   });
   const Scratch buffer = c.scratch(bytes);
+  constexpr int wide = INT32_MAX / sizeof(D);
+  f.refused(zebStsErrOverflow, src.pixels(), wide * int(sizeof(S)), dst.pixels(), wide * int(sizeof(D)),
+            ZebiSize{wide, 1}, mask..., src.border, src.value[0], buffer.get());
   f.ok(c, src.pixels(), src.image.step(), dst.pixels(), dst.step(), size, mask..., src.types(), src.value[0],
        buffer.get());
   const auto want =
@@ -124,7 +127,10 @@ void gaussian(Choice& c, const F& f, ZebDataType type) {
 
   // Where a width is spoiled, a step that was too small may hold it.
   const ZebiSize flat = {size.width, c.within(-9, 0)};
+  constexpr int wide = INT32_MAX / (channels * sizeof(S)), wideStep = wide * channels * sizeof(S);
   const auto call = [&](auto value, auto types) {
+    f.refused(zebStsErrOverflow, src.pixels(), wideStep, dst.pixels(), wideStep, ZebiSize{wide, 1}, src.border, value,
+              state(memory), buffer.get());
     const auto run = [&](auto spec) {
       f.ok(c, src.pixels(), src.image.step(), dst.pixels(), dst.step(), orElse(size, flat, zebStsErrSize), types, value,
            spec, buffer.get());

@@ -1,4 +1,6 @@
 // Halving and doubling, pyramid records, layers of any rate.
+#include <numeric>
+
 #include "function.h"
 #include "motion/layer_result.h"
 #include "reference/gauss_pyramid.h"
@@ -106,6 +108,23 @@ DRIVER("motion", "zebiPyramidInitAlloc", record(c));
 
 // ---- Layers of any rate ----
 
+// The size that follows a source's on the way down under a state for sources up to `served`.
+ZebiSize nextLevel(ZebiSize source, ZebiSize served, Zeb32f rate, int taps) {
+  const auto below = [=](ZebiSize size) {
+    ZebiSize next = {};
+    require(zebiGetPyramidDownROI(size, &next, rate) == zebStsOk, "the next size");
+    return next;
+  };
+  std::vector<ZebiSize> chain;
+  if (served.width > taps && served.height > taps)
+    for (ZebiSize size = served; chain.empty() || size.width > 1 || size.height > 1; size = below(size))
+      chain.push_back(size);
+  for (const bool equal : {true, false})
+    for (const ZebiSize& size : chain)
+      if (size.height == source.height && (!equal || size.width == source.width)) return below(size);
+  return below(source);
+}
+
 template <class T, class K, class State>
 void layer(Choice& c, Function<State**, ZebiSize, Zeb32f, const K*, int, int> make,
            Function<const T*, int, ZebiSize, T*, int, ZebiSize, State*> f, Function<State*> release, int channels,
@@ -116,24 +135,32 @@ void layer(Choice& c, Function<State**, ZebiSize, Zeb32f, const K*, int, int> ma
   const bool mixed = c.oneIn(4);  // negative weights among them
   for (size_t i = 0; i <= kernel.size() / 2; ++i)
     kernel[i] = kernel[kernel.size() - 1 - i] = static_cast<K>(c.within(mixed ? -2 : 0, 9));
-  kernel[kernel.size() / 2] = static_cast<K>(c.within(mixed ? 60 : 1, 90));
+  K& middle = kernel[kernel.size() / 2];
+  if (sizeof(T) == 1 && mixed && c.coin())  // weights that leave their 16 bits: the sum is small
+    middle = static_cast<K>(c.within(-2, 2) - std::accumulate(kernel.begin(), kernel.end(), K(0)) + middle);
+  else
+    middle = static_cast<K>(c.within(mixed ? 60 : 1, 90));
   const bool symmetric = !c.oneIn(8);
   if (!symmetric) kernel.back() = static_cast<K>(kernel.back() + K(1));
   ZebiSize out = {}, largest = {};
-  if (down) {
-    FUNCTION(zebiGetPyramidDownROI).ok(c, size, &out, rate);
-  } else {
-    FUNCTION(zebiGetPyramidUpROI).ok(c, size, &out, &largest, rate);
-    out = {c.within(out.width, largest.width), c.within(out.height, largest.height)};
+  FUNCTION(zebiGetPyramidUpROI).ok(c, size, &out, &largest, rate);
+  // The largest source that the state serves: this one, one that is as high, or one whose next level is as high.
+  ZebiSize served = size;
+  if (const int kind = c.slack(5); kind == 1 || kind == 2) {
+    served.width = c.within(size.width, std::max(largest.width, size.width + 20));
+    if (kind == 2 && out.height >= size.height) served.height = c.within(out.height, largest.height);
   }
+  if (down)
+    out = nextLevel(size, served, rate, static_cast<int>(kernel.size()));
+  else
+    out = {c.within(out.width, largest.width), c.within(out.height, largest.height)};
   Plane<T> content = c.plane<T>(size.width, size.height, channels);
   if constexpr (std::is_floating_point_v<T>)
     for (T& v : content.data)
       if (!(std::fabs(v) < 1000)) v = T(1);
   const Image<T> src(content, c.layout<T>()), dst = c.empty<T>(out, channels);
-  // A state that serves larger sources, too, may know another chain of levels and is not asked here.
   State* state = nullptr;
-  const ZebStatus made = make(c, &state, size, orElse(rate, badRate(c)), kernel.data(),
+  const ZebStatus made = make(c, &state, served, orElse(rate, badRate(c)), kernel.data(),
                               orElse(static_cast<int>(kernel.size()), c.coin() ? 4 : 1, zebStsErrBadArgument),
                               orElse(zebInterLinear, 1, zebStsErrBadArgument));
   require(made == (symmetric ? zebStsOk : zebStsWarnKernelNotSymmetric), "status of the state");
@@ -141,7 +168,8 @@ void layer(Choice& c, Function<State**, ZebiSize, Zeb32f, const K*, int, int> ma
   f.ok(c, src.pixels(), src.step(), size, dst.pixels(), dst.step(), orElse(out, wrong), state);
   release.ok(c, state);
   require(test::agreesWithLayer(dst.plane(), content, kernel, rate, down),
-          "rate " + test::shown(rate) + ", " + std::to_string(kernel.size()) + " taps, " + src.describe());
+          "rate " + test::shown(rate) + ", " + std::to_string(kernel.size()) + " taps, for " +
+              std::to_string(served.width) + " x " + std::to_string(served.height) + ", " + src.describe());
   require(src.intact() && dst.intact(), "wrote outside");
 }
 

@@ -25,6 +25,7 @@ Image<T> picture(Choice& c, ZebiSize size, int channels) {
       Plane<T> p(size.width, size.height, channels);
       for (T& v : p.data) v = random.within(0, 9) == 0 ? infinity : test::noiseValue<T>(random);
       for (size_t i = 0; i < static_cast<size_t>(channels) && random.within(0, 1); ++i) p.data[i] = infinity;
+      if (random.within(0, 9) == 0) std::fill(p.data.begin(), p.data.end(), std::numeric_limits<T>::quiet_NaN());
       c.look(infinity);
       return Image<T>{p, c.layout<T>()};
     }

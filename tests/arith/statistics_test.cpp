@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "support/image.h"
 
@@ -78,12 +79,15 @@ TEST(Statistics, DeviationOfManyWords) {
     EXPECT_EQ(mean, want.mean);
     EXPECT_EQ(deviation, want.deviation) << width;
   }
-  // All bits between those of a double and the last 64 are those of a tie here; what lies behind them decides.
-  Picture<Zeb16u> tie(200000, 1, 0);
-  std::fill_n(tie.pixels.begin(), 84309, Zeb16u(65535));
-  Zeb64f deviation = 0;
-  ASSERT_EQ(zebiMean_StdDev_16u_C1R(tie.data(), tie.step(), tie.size, nullptr, &deviation), zebStsOk);
-  EXPECT_EQ(deviation, ref::meanAndDeviation(tie.plane(), {}).deviation);
+  // All bits between those of a double and the last 64 are those of a tie in the first of these; what lies behind them
+  // decides. In the second one all 64 bits are taken, and none behind them.
+  for (const auto& [pixels, white] : {std::pair(200000, 84309), std::pair(100000, 50001)}) {
+    Picture<Zeb16u> halves(pixels, 1, 0);
+    std::fill_n(halves.pixels.begin(), white, Zeb16u(65535));
+    Zeb64f deviation = 0;
+    ASSERT_EQ(zebiMean_StdDev_16u_C1R(halves.data(), halves.step(), halves.size, nullptr, &deviation), zebStsOk);
+    EXPECT_EQ(deviation, ref::meanAndDeviation(halves.plane(), {}).deviation) << pixels;
+  }
 }
 
 // The sample taken off beforehand keeps a small deviation beside a large mean.

@@ -181,6 +181,7 @@ TEST(HoughProbLine, RefusesHopelessSizes) {
             zebStsErrOverflow);
   for (const ZebiPoint_32f fine : {ZebiPoint_32f{1e-20f, 1}, {1, 1e-20f}})
     EXPECT_EQ(zebiHoughProbLineGetSize_8u_C1R({20, 10}, fine, &spec, &size), zebStsErrOverflow);
+  EXPECT_EQ(zebiHoughProbLineInit_8u32f_C1R({20, 10}, {1, 1e-20f}, 0, p.get()), zebStsErrOverflow);
 }
 
 }  // namespace

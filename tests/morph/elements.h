@@ -7,17 +7,26 @@
 namespace test {
 
 // What a mask looks like; every path of the library and every way into it.
-enum class MaskKind { full, corner, cross, disc, ring, scattered, empty, gap, single, wide };
+enum class MaskKind { full, corner, cross, disc, ring, scattered, empty, gap, single, wide, large };
 
 inline ref::Element makeElement(MaskKind kind, Random& random) {
   ref::Element e;
   e.width = random.within(1, 9), e.height = random.within(1, 9);
   // The sizes that are asked for most.
   if (random.within(0, 2) == 0) e.width = e.height = 2 * random.within(1, 3) + 1;
+  if (kind == MaskKind::cross && random.within(0, 1)) e.width = e.height = 3;
   if (kind == MaskKind::wide) {
     const bool across = random.within(0, 1) != 0;
     e.width = across ? random.within(20, 75) : random.within(1, 3);
     e.height = across ? random.within(1, 3) : random.within(12, 40);
+  }
+  // Where fewer displacements are looked for, where pieces are too many, and beyond what is taken apart into them.
+  if (kind == MaskKind::large) {
+    const int shape = random.within(0, 2);
+    e.width = shape == 0 ? random.within(1, 12) : random.within(16, shape == 1 ? 70 : 40);
+    e.height = shape == 1 ? random.within(2, 12) : random.within(16, 40);
+    const MaskKind kinds[] = {MaskKind::cross, MaskKind::disc, MaskKind::ring, MaskKind::scattered, MaskKind::gap};
+    kind = kinds[random.within(0, 4)];
   }
   e.anchorX = (e.width - 1) / 2, e.anchorY = (e.height - 1) / 2;
   e.mask.assign(static_cast<size_t>(e.width) * e.height, 0);

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "reference/morph.h"
 #include "support/compare.h"
 #include "support/record.h"
@@ -54,12 +56,15 @@ void checkLarge(const Functions<T>& f, const Element& e, ZebiSize roi, bool lowe
       << "mask " << e.width << " x " << e.height << ", anchor " << e.anchorX << ", " << e.anchorY;
 }
 
-// Regions much wider and much narrower than a disc; rectangles larger than the region and in a high one.
+// Regions much wider and much narrower than a disc, also where the state has no room for the list of its elements;
+// rectangles larger than the region and in a high one.
 TEST(Erode, LargeMasks) {
   const auto& f = bytes;
   const Element disc = maskOf(45, 45, [](int x, int y) { return (x - 22) * (x - 22) + (y - 22) * (y - 22) <= 484; });
   checkLarge(f, disc, {1500, 9}, true);
   checkLarge(f, disc, {3, 50}, true);
+  checkLarge(f, maskOf(131, 113, [](int x, int y) { return std::hypot((x - 65) / 65.0, (y - 56) / 56.0) <= 1; }),
+             {3, 4}, true);
   checkLarge(f, {std::vector<Zeb8u>(61 * 63, 1), 61, 63, 60, 0}, {20, 11}, true);
   checkLarge(f, {std::vector<Zeb8u>(61 * 63, 1), 61, 63, 30, 31}, {300, 140}, true);
 }
@@ -70,9 +75,11 @@ TEST(Erode, StripsOfColumns) {
   const auto& f = floats;
   const Element diagonal = maskOf(45, 45, [](int x, int y) { return x == y && x % 4 == 0; });
   const Element plus = maskOf(61, 31, [](int x, int y) { return (y >= 10 && y <= 20) || (x >= 20 && x <= 40); });
+  const Element stem = maskOf(61, 31, [](int x, int y) { return (y >= 10 && y <= 20) || x == 30; });
   for (bool lowest : {true, false}) {
     checkLarge(f, diagonal, {1500, 2}, lowest);
     checkLarge(f, plus, {1500, 2}, lowest);
+    checkLarge(f, stem, {1500, 2}, lowest);
   }
 }
 
@@ -157,26 +164,29 @@ TEST(Morphology, ShapeRecord) {
   zebiMorphologyFree(state);
 }
 
-// More lengths than are found in one pass over the mask: a triangle, and the same with two runs of three pixels that
-// reach unequally far.
+// More lengths than are found in one pass over the mask: a triangle, either way up, and the same with two runs of three
+// pixels that reach unequally far.
 TEST(Morphology, ManyLengths) {
   constexpr int side = 600;
-  std::vector<Zeb8u> mask(side * side);
-  for (int y = 0; y < side; ++y)
-    memset(&mask[static_cast<size_t>(y) * side + 1], 1, static_cast<size_t>(y < 1 ? 1 : y));
+  std::vector<Zeb8u> mask;
   ZebiMorphState* state = nullptr;
-  ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(5, mask.data(), {side, side}, {1, 1}, &state), zebStsOk);
-  EXPECT_EQ(morphState(state).word<unsigned>(17), 2u);
-  const Record record = morphShape(morphState(state).pointer<void>(4));
-  EXPECT_EQ(record.word<unsigned>(7), side - 1u);
-  for (int i = 0; i < side; ++i) {
-    EXPECT_EQ(record.pointer<int>(9)[i], side - 1 - std::max(i, 1)) << i;
-    if (i < side - 1) {
-      EXPECT_EQ(record.pointer<int>(10)[i], side - 1 - i) << i;
-      EXPECT_EQ(record.pointer<int>(11)[i], 0) << i;
+  for (const bool longestFirst : {true, false}) {
+    const auto length = [=](int row) { return std::max(longestFirst ? side - 1 - row : row, 1); };
+    mask.assign(side * side, 0);
+    for (int y = 0; y < side; ++y) memset(&mask[static_cast<size_t>(y) * side + 1], 1, static_cast<size_t>(length(y)));
+    ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(5, mask.data(), {side, side}, {1, 1}, &state), zebStsOk);
+    EXPECT_EQ(morphState(state).word<unsigned>(17), 2u);
+    const Record record = morphShape(morphState(state).pointer<void>(4));
+    EXPECT_EQ(record.word<unsigned>(7), side - 1u);
+    for (int i = 0; i < side; ++i) {
+      EXPECT_EQ(record.pointer<int>(9)[i], side - 1 - length(i)) << i;
+      if (i < side - 1) {
+        EXPECT_EQ(record.pointer<int>(10)[i], side - 1 - i) << i;
+        EXPECT_EQ(record.pointer<int>(11)[i], 0) << i;
+      }
     }
+    EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
   }
-  EXPECT_EQ(zebiMorphologyFree(state), zebStsOk);
   memcpy(&mask[0], "\1\1\1\0", 4);
   ASSERT_EQ(zebiMorphologyInitAlloc_8u_C1R(5, mask.data(), {side, side}, {1, 1}, &state), zebStsOk);
   EXPECT_EQ(morphState(state).word<unsigned>(17), 0u);

@@ -46,7 +46,7 @@ Plane<T> reconstructed(const Family<T>& f, const Plane<T>& maskPlane, const Plan
 }
 
 // Corridors one pixel wide, through which a value travels far, and plateaus.
-enum class Scenery { maze, comb, spiral, diagonal, plateaus };
+enum class Scenery { maze, comb, spiral, diagonal, streams, plateaus };
 
 template <class T>
 Plane<T> scenery(Scenery kind, int w, int h, Random& random) {
@@ -65,17 +65,21 @@ Plane<T> scenery(Scenery kind, int w, int h, Random& random) {
         const int ring = std::min(std::min(x, y), std::min(w - 1 - x, h - 1 - y));
         open = ring % 2 == 0 || (y == ring + 1 && x == ring);
       }
+      if (kind == Scenery::streams) open = y % 3 != 2 && (x + 2 * (y % 3)) % 4 != 1;  // between two rows, to and fro
       p.at(x, y) = open ? T(100) : T(3);
     }
   return p;
 }
 
-// One marked pixel in corridors, noise on plateaus.
+// One marked pixel in corridors, noise on plateaus, the springs of all streams, each higher than those before it: more
+// of them advance at once than the buffer has room for.
 template <class T>
 void check(const Family<T>& f, Scenery kind, int w, int h, bool eight, Random& random) {
   auto mask = scenery<T>(kind, w, h, random), marker = Plane<T>(w, h);
   if (kind == Scenery::plateaus)
     fillPlane(marker, Content::noise, random);
+  else if (kind == Scenery::streams)
+    for (int y = 0; y < h; y += 3) marker.at(0, y) = static_cast<T>(10 + 80 * y / h);
   else
     marker.at(random.within(0, w - 1), random.within(0, h - 1)) = T(99);
   if (!f.dilate) {  // the dual image
@@ -95,6 +99,7 @@ void checkAll(const Family<T> (&families)[n]) {
         for (int w : {29, 67, 130}) check(f, kind, w, 101, eight, random);
       check(f, Scenery::plateaus, 3, 150, eight, random);
       check(f, Scenery::plateaus, 200, 40, eight, random);
+      check(f, Scenery::streams, 29, 240, eight, random);
     }
 }
 

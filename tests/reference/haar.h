@@ -1,6 +1,7 @@
 // A stage of a Haar cascade at one pixel, from its definition.
 #pragma once
 
+#include <climits>
 #include <cmath>
 #include <vector>
 
@@ -59,9 +60,10 @@ bool passes(const HaarStage<Zeb32f>& stage, const Plane<S>& upright, const Plane
   return !(threshold > sum);
 }
 
-// v x 2^-shift to nearest even; exact in long double for the values of the tests.
+// v x 2^-shift to nearest even, the nearest value of 64 bits where it has more; exact in long double.
 inline long long scaledDown(long long v, int shift) {
-  return std::llrint(std::ldexp(static_cast<long double>(v), -shift));
+  const long double scaled = std::ldexp(static_cast<long double>(v), -shift);
+  return scaled >= 0x1p63L ? LLONG_MAX : scaled <= -0x1p63L ? LLONG_MIN : std::llrint(scaled);
 }
 
 inline bool passesScaled(const HaarStage<Zeb32s>& stage, const Plane<Zeb32s>& upright, const Plane<Zeb32s>& tilted,

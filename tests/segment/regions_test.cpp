@@ -1,27 +1,34 @@
-// Results worked out by hand: where floods meet, labels that run out, what inpainting restores exactly.
+// Results worked out by hand: where floods meet, labels that run out, what inpainting restores exactly; floods of an
+// image too large for the drivers.
+#include "reference/regions.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
+#include "support/random.h"
 #include "zebcv.h"
 
 namespace {
 
 using Row = std::vector<Zeb8u>;
 
-// Markers in a flat row, flooded by either segmentation.
-Row flooded(Row marker, int flag, bool gradient) {
-  const ZebiSize size = {static_cast<int>(marker.size()), 1};
-  const Row flat(marker.size(), 7);
+// Floods the markers by either segmentation.
+void flood(const Row& image, Row& markers, ZebiSize size, int flag, bool gradient) {
   int bytes = 0;
-  EXPECT_EQ(
+  ASSERT_EQ(
       (gradient ? zebiSegmentGradientGetBufferSize_8u_C1IR : zebiSegmentWatershedGetBufferSize_8u_C1IR)(size, &bytes),
       zebStsOk);
   std::vector<Zeb8u> buffer(static_cast<size_t>(bytes));
   const auto segment = gradient ? zebiSegmentGradient_8u_C1IR : zebiSegmentWatershed_8u_C1IR;
-  EXPECT_EQ(segment(flat.data(), size.width, marker.data(), size.width, size, zebiNormL1, flag, buffer.data()),
+  ASSERT_EQ(segment(image.data(), size.width, markers.data(), size.width, size, zebiNormL1, flag, buffer.data()),
             zebStsOk);
-  return marker;
+}
+// In a flat row.
+Row flooded(Row markers, int flag, bool gradient) {
+  const Row flat(markers.size(), 7);
+  flood(flat, markers, {static_cast<int>(markers.size()), 1}, flag, gradient);
+  return markers;
 }
 
 TEST(Segmentation, DividesPlateausMidway) {
@@ -34,6 +41,23 @@ TEST(Segmentation, DividesPlateausMidway) {
     EXPECT_EQ(flooded({0, 0, 255, 0, 9, 0}, zebSegmentBoundary, gradient), (Row{0, 0, 255, 9, 9, 9}));
     EXPECT_EQ(flooded({0, 0, 255, 0, 9, 0}, 0, gradient), (Row{255, 255, 255, 255, 9, 9}));
   }
+}
+
+// So large that pixels further on in the queues are fetched ahead of their turn.
+TEST(Segmentation, OfMoreThanTheCacheHolds) {
+  constexpr ZebiSize size = {640, 360};
+  test::Random random;
+  ref::Plane<Zeb8u> image(size.width, size.height), markers = image;
+  for (Zeb8u& v : image.data) v = static_cast<Zeb8u>(random.within(0, 3));
+  for (int i = 0; i < 40; ++i)
+    markers.at(random.within(0, size.width - 1), random.within(0, size.height - 1)) = static_cast<Zeb8u>(1 + i);
+  for (const bool gradient : {false, true})
+    for (const int flag : {0, int(zebSegmentBoundary)}) {
+      Row got = markers.data;
+      flood(image.data, got, size, flag, gradient);
+      EXPECT_TRUE(got == ref::segmented(image, markers, zebiNormL1, flag != 0, gradient).data)
+          << "gradient " << gradient << ", flag " << flag;
+    }
 }
 
 TEST(LabelMarkers, StartAgainWhenTheyRunOut) {
