@@ -13,7 +13,7 @@ AGAINST ?=
 BENCH ?= $(if $(AGAINST),,--sizes)
 FUZZ_SECONDS ?= 30
 
-.PHONY: all setup demo docs test bench sanitize clang debug threads memory widths fuzz install package baseline format format-check clean
+.PHONY: all setup demo docs test bench sanitize clang debug coverage threads memory widths fuzz install package baseline format format-check clean
 
 all: build/release$(W)/CMakeCache.txt
 	@cmake --build build/release$(W) -j$(JOBS) --target zebcv zebcore
@@ -55,6 +55,12 @@ endif
 clang debug clang-debug sanitize: %: build/%$(W)/CMakeCache.txt
 	@cmake --build build/$@$(W) -j$(JOBS)
 	@tools/run_tests.sh build/$@$(W) -j$(JOBS)
+
+# The lines of the library that no test reaches.
+coverage: build/coverage$(W)/CMakeCache.txt
+	@tools/setup.sh llvm
+	@cmake --build build/coverage$(W) -j$(JOBS)
+	@JOBS=$(JOBS) tools/coverage.sh build/coverage$(W)
 
 # What only 64 bits have room or tools for: the thread checker over what runs in several threads, and the memory checker.
 threads: build/threads64/CMakeCache.txt build/release64/CMakeCache.txt
