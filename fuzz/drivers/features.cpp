@@ -16,7 +16,7 @@ using ref::Plane;
 
 struct Thresholds {
   explicit Thresholds(Choice& c)
-      : low(c.coin() ? static_cast<Zeb32f>(c.within(0, 60)) : c.real(0, 300)),
+      : low(c.coin() ? static_cast<Zeb32f>(c.within(0, 60)) : c.real(0, c.oneIn(8) ? 1e5f : 300)),
         high(c.oneIn(3) ? low : low + c.real(0, 200)),
         bad(c.oneIn(3) ? high + 1
             : c.coin() ? -1e-30f

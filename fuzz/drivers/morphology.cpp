@@ -236,6 +236,8 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   if (packed) test::mayBeLookedAt(dst);  // the bits behind the width stay
   const auto want = resultIn(dst, ref::compound(operation, s.region, e), packed);
   const ZebiMorphAdvState* state = c.coin() ? stateIn<ZebiMorphAdvState>(spec) : allocated;
+  f.refused(zebStsErrSize, s.pixels(), s.src.step(), dst.pixels(), dst.step(), ZebiSize{size.width, INT32_MAX},
+            s.around.border, T(3), state, buffer.get());
   f.ok(c, s.pixels(), s.src.step(), dst.pixels(), dst.step(), size,
        orElse(s.around.border, badBorder(c), zebStsErrBorder), T(3), state, buffer.get());
   FUNCTION(zebiMorphAdvFree).ok(c, allocated);
@@ -296,9 +298,13 @@ void gray(Choice& c, const Function<ZebiSize, const W*, ZebiSize, int*>& query,
   int bytes = 0;
   query.ok(c, stateSize, weights.data(), maskSize, &bytes);
   const Scratch memory = c.scratch(bytes);
+  ZebiMorphGrayState* allocated = nullptr;
+  for (const ZebiSize mask : {ZebiSize{INT32_MAX, INT32_MAX}, ZebiSize{e.width, INT32_MAX / e.width}}) {
+    init.refused(zebStsErrOverflow, stateIn<ZebiMorphGrayState>(memory), stateSize, weights.data(), mask, anchor);
+    initAlloc.refused(zebStsErrOverflow, &allocated, stateSize, weights.data(), mask, anchor);
+  }
   init.ok(c, stateIn<ZebiMorphGrayState>(memory), stateSize, weights.data(), maskSize,
           orElse(anchor, outside(c, e), zebStsErrAnchor));
-  ZebiMorphGrayState* allocated = nullptr;
   initAlloc.ok(c, &allocated, stateSize, weights.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor));
   const ZebiMorphGrayState* state = c.coin() ? stateIn<ZebiMorphGrayState>(memory) : allocated;
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,

@@ -144,6 +144,7 @@ void layer(Choice& c, Function<State**, ZebiSize, Zeb32f, const K*, int, int> ma
   if (!symmetric) kernel.back() = static_cast<K>(kernel.back() + K(1));
   ZebiSize out = {}, largest = {};
   FUNCTION(zebiGetPyramidUpROI).ok(c, size, &out, &largest, rate);
+  const ZebiSize least = out;
   // The largest source that the state serves: this one, one that is as high, or one whose next level is as high.
   ZebiSize served = size;
   if (const int kind = c.slack(5); kind == 1 || kind == 2) {
@@ -166,6 +167,13 @@ void layer(Choice& c, Function<State**, ZebiSize, Zeb32f, const K*, int, int> ma
   require(made == (symmetric ? zebStsOk : zebStsWarnKernelNotSymmetric), "status of the state");
   const ZebiSize wrong = {down ? out.width + 1 : largest.width + 1, out.height};
   f.ok(c, src.pixels(), src.step(), size, dst.pixels(), dst.step(), orElse(out, wrong), state);
+  for (const ZebiSize beyond : {ZebiSize{served.width + 1, 1}, ZebiSize{1, served.height + 1}}) {
+    ZebiSize next = nextLevel(beyond, served, rate, static_cast<int>(kernel.size())), highest = {};
+    if (!down) require(zebiGetPyramidUpROI(beyond, &next, &highest, rate) == zebStsOk, "the size above");
+    f.refused(zebStsErrSize, src.pixels(), INT32_MAX, beyond, dst.pixels(), INT32_MAX, next, state);
+  }
+  const ZebiSize tooSmall = {out.width, (down ? out.height : least.height) - 1};
+  f.refused(zebStsErrSize, src.pixels(), src.step(), size, dst.pixels(), INT32_MAX, tooSmall, state);
   release.ok(c, state);
   require(test::agreesWithLayer(dst.plane(), content, kernel, rate, down),
           "rate " + test::shown(rate) + ", " + std::to_string(kernel.size()) + " taps, for " +

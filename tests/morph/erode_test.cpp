@@ -69,17 +69,21 @@ TEST(Erode, LargeMasks) {
   checkLarge(f, {std::vector<Zeb8u>(61 * 63, 1), 61, 63, 30, 31}, {300, 140}, true);
 }
 
-// So many bytes to a row that the rows of the mask go through the cache in three strips of columns: element by element,
-// and by two run lengths.
+// So many bytes to a row that the rows of the mask go through the cache in strips of columns: element by element, by
+// two run lengths, by pieces, and a rectangle.
 TEST(Erode, StripsOfColumns) {
   const auto& f = floats;
   const Element diagonal = maskOf(45, 45, [](int x, int y) { return x == y && x % 4 == 0; });
   const Element plus = maskOf(61, 31, [](int x, int y) { return (y >= 10 && y <= 20) || (x >= 20 && x <= 40); });
   const Element stem = maskOf(61, 31, [](int x, int y) { return (y >= 10 && y <= 20) || x == 30; });
+  Random random;
+  const Element scattered = maskOf(15, 15, [&](int, int) { return random.within(0, 1) != 0; });
   for (bool lowest : {true, false}) {
     checkLarge(f, diagonal, {1500, 2}, lowest);
     checkLarge(f, plus, {1500, 2}, lowest);
     checkLarge(f, stem, {1500, 2}, lowest);
+    checkLarge(f, scattered, {1501, 9}, lowest);
+    checkLarge(f, {std::vector<Zeb8u>(45 * 41, 1), 45, 41, 22, 20}, {700, 12}, lowest);
   }
 }
 
