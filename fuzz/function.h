@@ -336,7 +336,8 @@ class Function : public Named {
   void enlarge(Choice peek, Arguments arguments, std::index_sequence<I...>, V... values) const {
     if (invoke(arguments, peek.shift()) != zebStsOk) return;
     const int small[] = {answer(std::get<I>(arguments))...};
-    constexpr bool reads = (... || (std::is_pointer_v<A> && std::is_const_v<std::remove_pointer_t<A>>));
+    constexpr bool reads = (... || (std::is_pointer_v<A> && std::is_const_v<std::remove_pointer_t<A>> &&
+                                    !isState<std::remove_pointer_t<A>>));
     const auto grow = [&](int& extent) {
       extent = peek.coin() ? INT32_MAX : peek.within(std::max(extent, 1 << 14), INT32_MAX);
     };

@@ -57,6 +57,8 @@ void rank(Choice& c, const Function<int, ZebiSize, int*>& query,
                              anchor.y};
   const auto plane = src.plane();
   const auto want = ref::extremum(ref::Region<T>{&plane, 0, 0, size.width, size.height}, element, lowest);
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
+            ZebiSize{rect.width, INT32_MAX}, anchor, buffer.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
        orElse(rect, c.oneOf(none), zebStsErrMaskSize, Check::own),
        orElse(anchor, c.oneOf(outside), zebStsErrAnchor, Check::state), buffer.get());
