@@ -3,6 +3,7 @@
 #include "zebcv/fastn.h"
 #include "core/checks.h"
 #include "core/entry.h"
+#include "core/loops.h"
 #include "core/scratch.h"
 #include "core/shuffle.h"
 #include "core/state_id.h"
@@ -318,9 +319,7 @@ ZEB_ENTRY(zebiFastN2DToVec_8u)
   int count = 0;
   for (int y = 0; y < roiSize.height && count < maxCount; ++y) {
     const Zeb8u* const row = src.rows()[y];
-    for (int x = 0; x < roiSize.width && count < maxCount; x += V8u::lanes) {
-      const int lanes = roiSize.width - x < V8u::lanes ? roiSize.width - x : V8u::lanes;
-      const V8u pixels = lanes == V8u::lanes ? load(row + x) : loadN(row + x, lanes);
+    const auto list = [&](int x, V8u pixels) ZEB_BODY {
       for (unsigned left = ~topBits(equal(pixels, splat(Zeb8u(0)))); left != 0 && count < maxCount; left &= left - 1) {
         const int at = x + __builtin_ctz(left);
         ZebiFastNCorner corner = {at, y, row[at], 0, 0};
@@ -331,7 +330,10 @@ ZEB_ENTRY(zebiFastN2DToVec_8u)
         }
         pCorner[count++] = corner;
       }
-    }
+    };
+    int x = 0;
+    for (; x <= roiSize.width - V8u::lanes && count < maxCount; x += V8u::lanes) list(x, load(row + x));
+    if (x < roiSize.width && count < maxCount) list(x, loadN(row + x, roiSize.width - x));
   }
   *pCount = count;
   return zebStsOk;

@@ -46,9 +46,9 @@ constexpr int lanes = V8u::lanes;
 int64_t stride(int width) {
   return (int64_t{width} + lanes - 1) / lanes * lanes + 2 * lanes;
 }
-// As many rows of the source as the ring is high, and as many of their widest pixels.
+// As many rows of the source as the ring is high.
 int64_t bufferBytes(int width, int reach) {
-  return 2 * (2 * reach + 1) * stride(width) + lanes - 1;
+  return (2 * reach + 1) * stride(width) + lanes - 1;
 }
 
 // The strong ones of eight positions as one bit for each.
@@ -92,17 +92,16 @@ ZEB_INLINE V8u secondLargest(V8u a, V8u b, V8u c, V8u d) {
 }
 
 // Both ends of a line never lie on one side of the ring's square. So the second largest of the largest pixels of its
-// four sides tells at little cost where two sides are strong: in a thin map few pixels are left to look up, and few
-// branches to guess.
+// four sides, the corners to the left and right ones, tells at little cost where two sides are strong: in a thin map
+// few pixels are left to look up, and few branches to guess.
 //
-// rows: those around the row from -reach to reach, at column 0. top, bottom: the largest of 2 reach + 1 pixels of the
-// first row and, to be made, of the last one. src: the newest row of the source, behind which memory is read ahead.
+// rows: those around the row from -reach to reach, at column 0. src: the newest row of the source, behind which memory
+// is read ahead.
 template <int reach>
-void suppressRow(const Zeb8u* const* rows, const Zeb8u* top, Zeb8u* bottom, const Zeb8u* src, int n, Zeb8u tolerance,
-                 Zeb8u* out) {
+void suppressRow(const Zeb8u* const* rows, const Zeb8u* src, int n, Zeb8u tolerance, Zeb8u* out) {
   const auto column = [=](int x) {
-    V8u largest = load(rows[1] + x);
-    for (int i = 2; i < 2 * reach; ++i) largest = max(largest, load(rows[i] + x));
+    V8u largest = load(rows[0] + x);
+    for (int i = 1; i <= 2 * reach; ++i) largest = max(largest, load(rows[i] + x));
     return largest;
   };
   const V8u zero = splat(Zeb8u(0));
@@ -110,11 +109,9 @@ void suppressRow(const Zeb8u* const* rows, const Zeb8u* top, Zeb8u* bottom, cons
   for (int x = 0; x < n; x += lanes) {
     fetchAhead(src + x);
     fetchAhead(out + x);
-    const V8u below = largestAround<reach>(rows[2 * reach] + x);
-    store(bottom + x, below);
+    const V8u above = largestAround<reach - 1>(rows[0] + x), below = largestAround<reach - 1>(rows[2 * reach] + x);
     const V8u next = column(x + lanes), behind = halvesBetween(sides, next);
-    const V8u second =
-        secondLargest(load(top + x), below, fromByte<16 - reach>(before, sides), fromByte<reach>(sides, behind));
+    const V8u second = secondLargest(above, below, fromByte<16 - reach>(before, sides), fromByte<reach>(sides, behind));
     sides = next, before = behind;
     const V8u pixels = load(rows[reach] + x);
     const V8u least = max(subSat(pixels, splat(tolerance)), splat(Zeb8u(1)));
@@ -133,18 +130,14 @@ void suppressRow(const Zeb8u* const* rows, const Zeb8u* top, Zeb8u* bottom, cons
 template <int reach>
 void suppress(const BorderedImage& source, Rows<Zeb8u> dst, ZebiSize size, Zeb8u tolerance, Scratch scratch) {
   const auto columns = source.columns(-reach, int64_t{size.width} + reach);
-  const RowRing<Zeb8u, 2 * reach + 1> ring(scratch, stride(size.width), lanes), largest(scratch, stride(size.width));
+  const RowRing<Zeb8u, 2 * reach + 1> ring(scratch, stride(size.width), lanes);
   for (int y = -reach; y < size.height + reach; ++y) {
     source.fetch<1>(y, columns, ring[y] + lanes - reach);
-    if (y < reach) {
-      for (int x = 0; x < size.width; x += lanes) store(largest[y] + x, largestAround<reach>(ring[y] + lanes + x));
-      continue;
-    }
+    if (y < reach) continue;
     const Zeb8u* rows[2 * reach + 1];
     for (int i = 0; i <= 2 * reach; ++i) rows[i] = ring[y - 2 * reach + i] + lanes;
-    suppressRow<reach>(rows, largest[y - 2 * reach], largest[y],
-                       reinterpret_cast<const Zeb8u*>(source.row(y < size.height ? y : size.height - 1)), size.width,
-                       tolerance, dst[y - reach]);
+    suppressRow<reach>(rows, reinterpret_cast<const Zeb8u*>(source.row(y < size.height ? y : size.height - 1)),
+                       size.width, tolerance, dst[y - reach]);
   }
 }
 
