@@ -127,16 +127,17 @@ void respond(const Request<T>& job, TensorForm form, int64_t bytes, int floats, 
   }
 }
 
+// reported: the bytes that the query of the function tells, which may be more than this type needs.
 template <int floats, class T>
-ZebStatus corners(const Request<T>& job, Response response, Zeb32f k = 0) {
+ZebStatus corners(const Request<T>& job, Response response, Bytes reported, Zeb32f k = 0) {
   if (auto bad = firstFailure(
           checked(job.roi, image(job.pSrc, job.srcStep), image<floats>(job.pDst, job.dstStep), also(job.pBuffer)),
           fits(job.filterType, job.mask, job.window), require(k >= 0 && k <= 1, zebStsErrBadArgument),
           takesBorder(borderBase(ofThreeBits(job.border)))))
     return bad;
   const TensorForm form = {operatorOf(job.filterType, job.mask), job.window};
-  const int64_t bytes = TensorRows<T>::scratchBytes(form, job.roi.width);
-  if (bytes > INT32_MAX) return zebStsErrOverflow;
+  int bytes = 0;
+  if (auto bad = reportSize(reported(form, job.roi.width), &bytes)) return bad;
   respond(job, form, bytes, floats, response, k);
   return zebStsOk;
 }
@@ -159,21 +160,21 @@ QUERY(zebiHarrisCornerGetBufferSize, bytesOfEither)
    ZebiBorderType borderType, T borderValue, Zeb8u* pBuffer) {                                                        \
     return corners<1, T>(                                                                                             \
         {pSrc, srcStep, pDst, dstStep, roiSize, filterType, mask, winSize, borderType, borderValue, pBuffer},         \
-        minEigenVal);                                                                                                 \
+        minEigenVal, TensorRows<T>::scratchBytes);                                                                    \
   }                                                                                                                   \
   ZEB_ENTRY(zebiEigenValsVecs_##form)                                                                                 \
   (const T* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize, int filterType, int mask, int winSize,    \
    ZebiBorderType borderType, T borderValue, Zeb8u* pBuffer) {                                                        \
     return corners<valuesAndVectors, T>(                                                                              \
         {pSrc, srcStep, pDst, dstStep, roiSize, filterType, mask, winSize, borderType, borderValue, pBuffer},         \
-        eigenValsVecs);                                                                                               \
+        eigenValsVecs, TensorRows<T>::scratchBytes);                                                                  \
   }                                                                                                                   \
   ZEB_ENTRY(zebiHarrisCorner_##form)                                                                                  \
   (const T* pSrc, int srcStep, Zeb32f* pDst, int dstStep, ZebiSize roiSize, int filterType, int mask, int winSize,    \
    Zeb32f k, ZebiBorderType borderType, T borderValue, Zeb8u* pBuffer) {                                              \
     return corners<1, T>(                                                                                             \
         {pSrc, srcStep, pDst, dstStep, roiSize, filterType, mask, winSize, borderType, borderValue, pBuffer}, harris, \
-        k);                                                                                                           \
+        bytesOfEither, k);                                                                                            \
   }
 RESPONSES(8u32f_C1R, Zeb8u)
 RESPONSES(32f_C1R, Zeb32f)

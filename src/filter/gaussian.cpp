@@ -84,7 +84,11 @@ void putFloats(const Curve& curve, int kernelSize, Zeb8u* taps) {
   for (int i = 0; i <= kernelSize / 2; ++i) putTap(taps, kernelSize, i, static_cast<Zeb32f>(curve(i)));
 }
 
-// ---- Scratch ----
+// ---- Sizes ----
+
+int64_t stateBytes(int kernelSize) {
+  return static_cast<int64_t>(sizeof(State)) + int64_t{kernelSize} * tapBytes;
+}
 
 template <class L>
 struct Room {
@@ -263,7 +267,7 @@ ZEB_ENTRY(zebiFilterGaussianGetBufferSize)
   if (auto bad = firstFailure(present(pSpecSize, pBufferSize), hasArea(roiSize), isKernelSize(kernelSize),
                               takesImages(dataType, numChannels)))
     return bad;
-  const int64_t spec = static_cast<int64_t>(sizeof(State)) + int64_t{kernelSize} * tapBytes;
+  const int64_t spec = stateBytes(kernelSize);
   const int64_t buffer = dataType == zeb8u ? Room<Zeb16s>::bytes(roiSize, kernelSize, numChannels)
                                            : Room<Zeb32f>::bytes(roiSize, kernelSize, numChannels);
   if (spec > INT32_MAX || buffer > INT32_MAX) return zebStsErrOverflow;
@@ -276,7 +280,8 @@ ZEB_ENTRY(zebiFilterGaussianInit)
 (int kernelSize, Zeb32f sigma, ZebDataType dataType, int numChannels, ZebiFilterGaussianState* pSpec) {
   if (auto bad = firstFailure(present(pSpec), isKernelSize(kernelSize),
                               require(sigma > 0 && sigma <= std::numeric_limits<Zeb32f>::max(), zebStsErrBadArgument),
-                              takesImages(dataType, numChannels)))
+                              takesImages(dataType, numChannels),
+                              require(stateBytes(kernelSize) <= INT32_MAX, zebStsErrOverflow)))
     return bad;
   const State state = {idOf(dataType, numChannels), dataType, numChannels, kernelSize, sigma, {}};
   memcpy(pSpec, &state, sizeof(state));

@@ -8,6 +8,7 @@ RowWindow::RowWindow(const BorderedImage& source, int kept, int64_t stride, Scra
       hasConstant_(source.constant() != nullptr),
       last_(source.size().height - 1),
       kept_(kept),
+      shift_((int64_t{farthest} + kept - 1) / kept * kept),
       stride_(static_cast<ptrdiff_t>(stride)),
       first_(scratch.take<Zeb8u>(kept * stride)),
       constant_(scratch.take<Zeb8u>(stride)),

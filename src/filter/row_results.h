@@ -22,7 +22,8 @@ class RowWindow {
   Wanted move(int64_t from, int count);
 
   Zeb8u* slot(int64_t row) const {
-    const auto shifted = static_cast<unsigned>(row + int64_t{farthest} * kept_);  // not below 0
+    // Neither below 0 nor above 2^32 - 1: kernels that have a buffer are no longer than 2^29.
+    const auto shifted = static_cast<unsigned>(row + shift_);
     return first_ + static_cast<ptrdiff_t>(shifted % static_cast<unsigned>(kept_)) * stride_;
   }
   Zeb8u* constant() const { return constant_; }
@@ -32,6 +33,7 @@ class RowWindow {
   bool top_, bottom_, hasConstant_;  // in memory; wanted but not made
   int64_t last_;
   int kept_;
+  int64_t shift_;  // the least multiple of the rows kept that the farthest row above needs
   ptrdiff_t stride_;
   Zeb8u *first_, *constant_;
   const Zeb8u** rows_;
