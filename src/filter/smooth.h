@@ -72,7 +72,8 @@ void smoothColumns(const SymmetricKernel& kernel, RowAt rowAt, int y, int height
   }
 }
 
-// bordered: the first pixel of a row with reach() pixels of room on both sides, which are filled here.
+// bordered: the first pixel of a row with reach() pixels of room on both sides, which are filled here, and a vector
+// more, which is read.
 template <int channels>
 void smoothRow(const SymmetricKernel& kernel, Zeb32f* bordered, int width, Zeb32f* out) {
   for (int j = 1; j <= kernel.reach; ++j)
@@ -82,6 +83,7 @@ void smoothRow(const SymmetricKernel& kernel, Zeb32f* bordered, int width, Zeb32
       bordered[(width - 1 + j) * channels + c] = mirrored(width - 1 + j);
     }
   const int reach = kernel.reach, n = width * channels;
+  store(bordered + n + reach * channels, splat(0.0f));
   const bool unitSum = kernel.unitSum;
   const Zeb32f* const weights = kernel.centre;
   const V32f own = splat(weights[0]);

@@ -87,6 +87,9 @@ struct Windows {
     const auto rows = [&](int count) { return scratch.take<Zeb32f>(static_cast<int64_t>(stride) * count); };
     around = rows(window + 2);
     lattice = rows(window + 3);
+    // Whole vectors are read of both, whose last elements nothing else may have written.
+    memset(around, 0, static_cast<size_t>(stride) * static_cast<size_t>(window + 2) * sizeof(Zeb32f));
+    memset(lattice, 0, static_cast<size_t>(stride) * static_cast<size_t>(window + 3) * sizeof(Zeb32f));
     eights = scratch.take<Eight>(static_cast<int64_t>(roundedUp(window) / 8) * window);
   }
   Eight* column(int x) const { return eights + static_cast<ptrdiff_t>(x / 8) * size; }

@@ -127,7 +127,9 @@ class Inpainting {
     }
     Zeb8u* const out = image_[y] + x * channels;
     for (int c = 0; c < channels; ++c) {
-      const int value = roundToInt(total(sums.a[c]) / total(sums.b[isophote ? c : 0]));
+      // No known pixel about it: only where the scan begins farther inside a mask than distances reach.
+      const Zeb32f all = total(sums.b[isophote ? c : 0]);
+      const int value = all > 0 ? roundToInt(total(sums.a[c]) / all) : 0;
       out[c] = static_cast<Zeb8u>(value < 0 ? 0 : value > 255 ? 255 : value);
     }
   }

@@ -16,7 +16,7 @@ namespace {
 
 using namespace zeb;
 
-constexpr int64_t slack = 256;  // the header and the boundaries of the pieces
+constexpr int64_t slack = 256;  // the header, the boundaries of the pieces, which the ends of the tables fill
 static_assert(sizeof(InpaintState) + 5 * 32 <= slack);
 
 // Without the order of filling, whose length the mask tells.
@@ -84,6 +84,11 @@ void sortByDistance(Rows<const Zeb8u> mask, const InpaintState& state, Zeb8u* me
 
 // ---- The state ----
 
+// A table of weights with what whole vectors read behind its end, an odd square: 7 elements more.
+int64_t tableElements(int side) {
+  return int64_t{side} * side + V32f::lanes - 1;
+}
+
 void fillWeights(const InpaintState& state) {
   const double most = static_cast<double>(state.radius) * static_cast<double>(state.radius);
   int i = 0;
@@ -94,6 +99,7 @@ void fillWeights(const InpaintState& state) {
       state.c1[i] = takesPart ? static_cast<Zeb32f>(1 / ::sqrt(d2)) : 0;
       state.c2[i] = takesPart ? static_cast<Zeb32f>(1 / d2) : 0;
     }
+  for (; i < tableElements(state.side()); ++i) state.c1[i] = state.c2[i] = 0;
 }
 
 ZebStatus make(ZebiInpaintState** ppState, const Zeb8u* pMask, int maskStep, ZebiSize roi, Zeb32f radius,
@@ -120,9 +126,8 @@ ZebStatus make(ZebiInpaintState** ppState, const Zeb8u* pMask, int maskStep, Zeb
     releaseState(block, state->id);
     return zebStsErrMemAlloc;
   }
-  // Reads of whole vectors past the end of a table end in what follows it.
-  Zeb32f* const c1 = scratch.take<Zeb32f>(int64_t{side} * side);
-  Zeb32f* const c2 = scratch.take<Zeb32f>(int64_t{side} * side);
+  Zeb32f* const c1 = scratch.take<Zeb32f>(tableElements(side));
+  Zeb32f* const c2 = scratch.take<Zeb32f>(tableElements(side));
   Zeb32f* const t = scratch.take<Zeb32f>(pixels);
   Zeb32s* const rank = scratch.take<Zeb32s>(pixels);
   *state = {inpaintId(channels), roi, method, radius, reach, masked, c1, c2, t, rank, scratch.take<Zeb32s>(masked)};
