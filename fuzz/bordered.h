@@ -1,4 +1,4 @@
-// Sources with borders, and the queries of their buffers.
+// Sources with borders.
 #pragma once
 
 #include <string>
@@ -80,15 +80,5 @@ struct Source {
   }
   int margin(int side, int reach) const { return (border & 15) == zebBorderInMem || (border & side) ? reach : 0; }
 };
-
-// The bytes of a query: within its bound, no fewer than for a narrower region, the same for any height.
-template <class Ask>
-int bufferBytes(Choice& c, ZebiSize size, int64_t most, Ask ask) {
-  const int bytes = ask(size);
-  const ZebiSize narrower = {c.within(1, size.width), size.height}, higher = {size.width, c.within(1, INT32_MAX)};
-  require(bytes >= 1 && bytes <= most, "a query told " + std::to_string(bytes) + " bytes");
-  require(ask(narrower) <= bytes && ask(higher) == bytes, "a query falls, or depends on the height");
-  return bytes;
-}
 
 }  // namespace fuzz

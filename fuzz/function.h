@@ -207,6 +207,9 @@ class Function : public Named {
     expect(zebStsOk, (*this)(c, values...), "the valid call");
   }
 
+  // The function as it is, for calls by the dozen.
+  ZebStatus bare(A... a) const { return function_(a...); }
+
   // A call that nothing can make valid at its size: refused with this status, and noted all the same.
   template <class... V>
   void refused(ZebStatus want, V... values) const {

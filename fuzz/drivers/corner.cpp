@@ -1,7 +1,7 @@
 // Responses of the structure tensor.
 #include "reference/corner.h"
 
-#include "function.h"
+#include "sizes.h"
 
 namespace {
 
@@ -91,8 +91,8 @@ void corners(Choice& c, const F& f, const Q& query, Corner kind, K... k) {
   query.ok(c, s.size, s.filters(), s.masks(), s.windows(), &bytes);
   query.ok(c, keep(ZebiSize{s.size.width + c.within(0, 99), c.within(1, INT32_MAX)}), keep(s.filter), keep(s.mask),
            keep(s.window), &more);
-  const int64_t rows = s.window + s.taps + 8, columns = s.size.width + s.window + 8;
-  require(bytes >= 1 && bytes <= more && bytes <= rows * (8 * columns + 512) + 1024, "the size of the buffer");
+  const auto most = [&](int64_t width) { return (s.window + s.taps + 8) * (8 * (width + s.window + 8) + 512) + 1024; };
+  require(bytes >= 1 && bytes <= more && bytes <= most(s.size.width), "the size of the buffer");
   query.ok(c, s.size, keep(s.filter), keep(s.filter == zebFilterSobel ? int(zebMskSize5x5) : s.mask),
            keep(c.within(s.window, 255)), &more);
   require(bytes <= more, "the size of the buffer for a larger window");
@@ -100,9 +100,12 @@ void corners(Choice& c, const F& f, const Q& query, Corner kind, K... k) {
   const Scratch buffer = c.scratch(bytes);
   const int floats = kind == Corner::eigenValsVecs ? 6 : 1;
   const Image<Zeb32f> dst = c.empty<Zeb32f>(s.size, floats);
-  const int wide = INT32_MAX / (4 * floats);
-  f.refused(zebStsErrOverflow, s.pixels(), wide * int(sizeof(S)), dst.pixels(), wide * 4 * floats, ZebiSize{wide, 1},
-            s.filter, s.mask, s.window, k..., s.border, s.value, buffer.get());
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, s.filter, s.mask, s.window, told); };
+  const int pixel = 4 * floats, element = sizeof(S);
+  atLeastRefused(leastRefused(c, ask, most), pixel, [&](int wide) {
+    f.refused(zebStsErrOverflow, s.pixels(), wide * element, dst.pixels(), wide * pixel, ZebiSize{wide, 1}, s.filter,
+              s.mask, s.window, k..., s.border, s.value, buffer.get());
+  });
   const auto want =
       ref::corners(kind,
                    ref::structureTensor(ref::bordered<S>(s.image.plane(), s.left, s.top, s.size, s.border, s.value),

@@ -1,8 +1,8 @@
 // Distance transforms: chamfer, exact, fast marching.
 #include "reference/distance.h"
-#include "function.h"
 #include "segment/features.h"
 #include "segment/marching.h"
+#include "sizes.h"
 
 namespace {
 
@@ -123,16 +123,20 @@ Scratch scratchFor(Choice& c, const Query& query, ZebiSize size) {
   return c.scratch(bytes);
 }
 
-// No buffer is large enough for this size.
-constexpr ZebiSize tooHigh = {1, INT32_MAX};
+// No buffer is large enough for this size, and one is for the size before.
+ZebiSize tooHigh(const Choice& c, const Query& query) {
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
+  return {1, static_cast<int>(leastRefused(c, ask, anyBytes))};
+}
 
 void euclid(Choice& c) {
   const auto f = FUNCTION(zebiTrueDistanceTransform_8u32f_C1R);
+  const auto query = FUNCTION(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R);
   const ZebiSize size = c.size(150, 9);
   const Image<Zeb8u> src = picture(c, size);
   const Image<Zeb32f> dst = c.empty<Zeb32f>(size);
-  const Scratch scratch = scratchFor(c, FUNCTION(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R), size);
-  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh, scratch.get());
+  const Scratch scratch = scratchFor(c, query, size);
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh(c, query), scratch.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
   require(agree(f.name(), dst, ref::euclid(src.plane())), src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");
@@ -141,13 +145,15 @@ DRIVER("segmentation", "zebiTrueDistanceTransform_8u32f_C1R", euclid(c));
 
 void marching(Choice& c) {
   const auto f = FUNCTION(zebiFastMarching_8u32f_C1R);
+  const auto query = FUNCTION(zebiFastMarchingGetBufferSize_8u32f_C1R);
   const ZebiSize size = c.size();
   const Image<Zeb8u> src = picture(c, size);
   const Image<Zeb32f> dst = c.empty<Zeb32f>(size);
-  const Scratch scratch = scratchFor(c, FUNCTION(zebiFastMarchingGetBufferSize_8u32f_C1R), size);
+  const Scratch scratch = scratchFor(c, query, size);
   Zeb32f radius = c.oneIn(4) ? c.value<Zeb32f>() : c.oneIn(4) ? static_cast<Zeb32f>(c.within(0, 9)) : c.real(0, 20);
   if (radius < 0) radius = -radius;
-  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh, radius, scratch.get());
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh(c, query), radius,
+            scratch.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(radius, -1e-40f, zebStsErrBadArgument),
        scratch.get());
   const Zeb32f counted = std::isnan(radius) ? 0 : radius;

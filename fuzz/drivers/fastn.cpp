@@ -1,8 +1,8 @@
 // The segment test, its lists, and the suppression of lines.
 #include "reference/fastn.h"
-#include "function.h"
 #include "morph/elements.h"
 #include "reference/morph.h"
+#include "sizes.h"
 
 namespace {
 
@@ -65,7 +65,8 @@ void fastN(Choice& c) {
   const auto query = FUNCTION(zebiFastNGetBufferSize);
   query.ok(c, size, stateIn(spec), &bytes);
   query.ok(c, keep(ZebiSize{size.width + c.within(0, 99), c.within(1, 99)}), stateIn(spec), &wider);
-  require(bytes <= wider && bytes <= 16 * (size.width + 512) + 1024, "the size of the buffer");
+  const auto mostBytes = [](int64_t width) { return 16 * (width + 512) + 1024; };
+  require(bytes <= wider && bytes <= mostBytes(size.width), "the size of the buffer");
   const Scratch buffer = c.scratch(bytes);
 
   const Image<Zeb8u> src{pixels(c, size.width, size.height), c.layout<Zeb8u>()};
@@ -74,6 +75,11 @@ void fastN(Choice& c) {
   test.run(src.plane(), &map, &codes);
   const bool oriented = c.coin();
   const auto f = FUNCTION(zebiFastN_8u_C1R);
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, stateIn(spec), told); };
+  atLeastRefused(leastRefused(c, ask, mostBytes), 1, [&](int wide) {
+    f.refused(zebStsErrOverflow, src.pixels(), wide, dst.pixels(), wide, nullptr, 0, ZebiSize{wide, 1}, stateIn(spec),
+              buffer.get());
+  });
   if (oriented) {
     f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), keep(orient.pixels()), orient.step(), size,
          stateIn(spec), buffer.get());
@@ -151,11 +157,17 @@ void lineSuppression(Choice& c) {
     for (int x = 0; x < size.width; ++x) want.at(x, y) = ref::withoutLine(at, x, y, reach, tolerance);
   const int badMasks[] = {0, 3, 5, 53, -1}, badBorders[] = {2, 3, 4, 5, 7, 0x12, 0xF7};
   int bytes = 0;
-  FUNCTION(zebiLineSuppressionGetBufferSize_8u_C1R)
-      .ok(c, size, orElse(mask, c.oneOf(badMasks), zebStsErrMaskSize), &bytes);
-  require(bytes <= (2 * reach + 3) * (size.width + 512) + 1024, "the size of the buffer");
+  const auto query = FUNCTION(zebiLineSuppressionGetBufferSize_8u_C1R);
+  query.ok(c, size, orElse(mask, c.oneOf(badMasks), zebStsErrMaskSize), &bytes);
   const Scratch buffer = c.scratch(bytes);
   const auto f = FUNCTION(zebiLineSuppression_8u_C1R);
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, mask, told); };
+  const auto most = [&](int64_t width) { return (2 * reach + 3) * (width + 512) + 1024; };
+  atLeastRefused(leastRefused(c, ask, most), 1, [&](int wide) {
+    f.refused(zebStsErrOverflow, src.pixels(), wide, dst.pixels(), wide, ZebiSize{wide, 1}, mask, tolerance, border,
+              value, buffer.get());
+  });
+  require(bytes <= most(size.width), "the size of the buffer");
   f.ok(c, src.pixels(around.left, around.top), src.step(), dst.pixels(), dst.step(), size,
        orElse(mask, c.oneOf(badMasks), zebStsErrMaskSize), tolerance,
        orElse(border, c.oneOf(badBorders), zebStsErrBorder, Check::state), value, buffer.get());

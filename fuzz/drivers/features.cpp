@@ -1,9 +1,9 @@
 // Canny edges, Hough lines, local peaks.
 #include "feature/drawing.h"
-#include "function.h"
 #include "reference/canny.h"
 #include "reference/hough.h"
 #include "reference/peaks.h"
+#include "sizes.h"
 
 namespace {
 
@@ -48,8 +48,12 @@ void canny(Choice& c, Function<const T*, int, const T*, int, Zeb8u*, int, ZebiSi
   const Image<Zeb8u> dst = c.empty<Zeb8u>(size);
   const Thresholds t(c);
   int bytes = 0;
-  FUNCTION(zebiCannyGetSize).ok(c, size, &bytes);
+  const auto query = FUNCTION(zebiCannyGetSize);
+  query.ok(c, size, &bytes);
   const Scratch scratch = c.scratch(bytes);
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
+  f.refused(zebStsErrOverflow, dx.pixels(), dx.step(), dy.pixels(), dy.step(), dst.pixels(), dst.step(),
+            ZebiSize{1, static_cast<int>(leastRefused(c, ask, anyBytes))}, t.low, t.high, scratch.get());
   f.ok(c, dx.pixels(), dx.step(), dy.pixels(), dy.step(), dst.pixels(), dst.step(), size, orElse(t.low, t.bad), t.high,
        scratch.get());
   require(agree(f.name(), dst, ref::canny(g, t.low, t.high, kind)),
@@ -81,10 +85,13 @@ void cannyBorder(Choice& c) {
   const int norm = c.coin() ? zebNormL1 : zebNormL2;
   const ZebiBorderType refused[] = {zebBorderWrap, zebBorderMirror, zebBorderMirrorR, 5};
   int bytes = 0;
-  FUNCTION(zebiCannyBorderGetSize).ok(c, size, filter, orElse(mask, 53, zebStsErrMaskSize), keep(zeb8u), &bytes);
+  const auto query = FUNCTION(zebiCannyBorderGetSize);
+  query.ok(c, size, filter, orElse(mask, 53, zebStsErrMaskSize), keep(zeb8u), &bytes);
   const Scratch scratch = c.scratch(bytes);
-  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(), ZebiSize{INT32_MAX, INT32_MAX},
-            filter, mask, border, value, t.low, t.high, norm, scratch.get());
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, filter, mask, zeb8u, told); };
+  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(),
+            ZebiSize{1, static_cast<int>(leastRefused(c, ask, anyBytes))}, filter, mask, border, value, t.low, t.high,
+            norm, scratch.get());
   // Its steps are taken as they are, so a region may be spoiled by sizes without an area only.
   const ZebiSize noArea = {size.width, c.within(-9, 0)};
   f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()),
@@ -227,10 +234,11 @@ void peaks(Choice& c, Function<int, int*> query,
   query.ok(c, size.width, &bytes);
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint> list(most);
-  // So wide that the bytes of scratch would not fit their count.
-  constexpr int wide = 70000000;
-  f.refused(zebStsErrOverflow, src.pixels(), 4 * wide, ZebiSize{wide, 2}, threshold, list.get(), most, &count, norm, 1,
-            scratch.get());
+  const auto ask = [&](int width, int* told) { return query.bare(width, told); };
+  atLeastRefused(leastRefused(c, ask, anyBytes), sizeof(T), [&](int wide) {
+    f.refused(zebStsErrOverflow, src.pixels(), 4 * wide, ZebiSize{wide, 2}, threshold, list.get(), most, &count, norm,
+              1, scratch.get());
+  });
   const int widest = std::min(size.width, size.height) / 2;
   if (widest == 0) {  // no pixel of a single row or column is a pixel away from every edge
     f.refused(zebStsErrSize, src.pixels(), src.step(), size, threshold, list.get(), most, &count, norm, 1,

@@ -1,7 +1,7 @@
 // Flood fills.
 #include "reference/fill.h"
-#include "function.h"
 #include "segment/shapes.h"
+#include "sizes.h"
 
 namespace {
 
@@ -51,7 +51,7 @@ struct FillCase {
     return v;
   }
 
-  // Fills by call(image and seed, record, scratch) and by the reference.
+  // Fills by call(record, scratch, a size that must be refused) and by the reference.
   template <class Call>
   void run(Choice& c, const char* name, FillKind kind, bool diagonal, Call call) {
     Plane<T> expected = image.plane();
@@ -64,7 +64,9 @@ struct FillCase {
     query.ok(c, size, &bytes);
     const Scratch scratch = c.scratch(bytes);
     auto* record = reinterpret_cast<ZebiConnectedComp*>(memory.data());
-    call(record, scratch.get());
+    // No buffer is large enough for this size, and one is for the size before.
+    const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
+    call(record, scratch.get(), ZebiSize{1, static_cast<int>(leastRefused(c, ask, anyBytes))});
     const std::string what = "seed " + std::to_string(seed.x) + ", " + std::to_string(seed.y);
     require(agree(name, image, expected), what);
     require(ref::sameComp(*record, want), what + ": record of area " + std::to_string(record->area) + ", not " +
@@ -93,13 +95,10 @@ V passed(const std::vector<T>& v) {
   }
 }
 
-// No buffer is large enough for this size.
-constexpr ZebiSize tooHigh = {1, INT32_MAX};
-
 template <class T, class V>
 void plainFill(Choice& c, Function<T*, int, ZebiSize, ZebiPoint, V, ZebiConnectedComp*, Zeb8u*> f, bool diagonal) {
   FillCase<T> fill(c, channelsOf<V>);
-  fill.run(c, f.name(), FillKind::plain, diagonal, [&](ZebiConnectedComp* record, Zeb8u* buffer) {
+  fill.run(c, f.name(), FillKind::plain, diagonal, [&](ZebiConnectedComp* record, Zeb8u* buffer, ZebiSize tooHigh) {
     f.refused(zebStsErrOverflow, fill.image.pixels(), fill.image.step(), tooHigh, ZebiPoint{0, 0},
               passed<V>(fill.value), record, buffer);
     f.ok(c, fill.image.pixels(), fill.image.step(), fill.size, orElse(fill.seed, fill.badSeed, zebStsErrOutOfRange),
@@ -111,7 +110,7 @@ template <class T, class V>
 void deltaFill(Choice& c, Function<T*, int, ZebiSize, ZebiPoint, V, V, V, ZebiConnectedComp*, Zeb8u*> f, FillKind kind,
                bool diagonal) {
   FillCase<T> fill(c, channelsOf<V>);
-  fill.run(c, f.name(), kind, diagonal, [&](ZebiConnectedComp* record, Zeb8u* buffer) {
+  fill.run(c, f.name(), kind, diagonal, [&](ZebiConnectedComp* record, Zeb8u* buffer, ZebiSize tooHigh) {
     f.refused(zebStsErrOverflow, fill.image.pixels(), fill.image.step(), tooHigh, ZebiPoint{0, 0},
               passed<V>(fill.value), passed<V>(fill.below), passed<V>(fill.above), record, buffer);
     f.ok(c, fill.image.pixels(), fill.image.step(), fill.size, orElse(fill.seed, fill.badSeed, zebStsErrOutOfRange),

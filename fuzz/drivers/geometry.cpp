@@ -3,6 +3,7 @@
 
 #include "bordered.h"
 #include "function.h"
+#include "sizes.h"
 #include "support/memcheck.h"
 
 namespace {
@@ -121,7 +122,7 @@ struct LensCase : ref::Lens {
     (c.coin() ? noCentre.x : noCentre.y) = noNumber = c.oneOf(noNumbers);
   }
   static Zeb32f length(Choice& c) {
-    const Zeb32f usual = c.real(2, 60), odd[] = {1500, 1e-30f, 1e-40f, 1e30f, 1e-18f};
+    const Zeb32f usual = c.real(2, 60), odd[] = {1500, 1e-30f, 1e-40f, 1e30f, 1e-18f, 7e-20f};
     return c.oneIn(4) ? c.oneOf(odd) : usual;
   }
   static Zeb32f point(Choice& c, int n) {
@@ -142,12 +143,19 @@ struct LensCase : ref::Lens {
   ZebiPoint_32f noFocal, noCentre;
   Zeb32f noNumber;
 };
+int64_t mostLensBytes(int64_t width) {
+  return 8 * (width + 16) + 1024;
+}
 int lensBytes(Choice& c, ZebiSize size) {
-  return bufferBytes(c, size, 8 * (int64_t{size.width} + 16) + 1024, [&](ZebiSize of) {
+  return bufferBytes(c, size, mostLensBytes(size.width), [&](ZebiSize of) {
     int told = 0;
     FUNCTION(zebiUndistortGetSize).ok(c, of, &told);
     return told;
   });
+}
+int64_t tooWideForLenses(const Choice& c) {
+  const auto ask = [](int width, int* told) { return zebiUndistortGetSize({width, 1}, told); };
+  return leastRefused(c, ask, mostLensBytes);
 }
 
 template <class T, int channels, class F>
@@ -156,6 +164,11 @@ void undistort(Choice& c, const F& f) {
   const LensCase lens(c, size);
   const Image<T> src = c.image<T>(size, channels), dst = c.empty<T>(size, channels);
   const Scratch buffer = c.scratch(lensBytes(c, size));
+  constexpr int pixel = channels * sizeof(T);
+  atLeastRefused(tooWideForLenses(c), pixel, [&](int wide) {
+    f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, dst.pixels(), wide * pixel, ZebiSize{wide, 1}, lens.focal,
+              lens.centre, lens.k1, lens.k2, buffer.get());
+  });
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, lens.focals(), lens.centres(), lens.number(lens.k1),
        lens.number(lens.k2), buffer.get());
   require(agree(f.name(), dst, ref::undistorted(src.plane(), lens)), lens.describe() + ", " + src.describe());
@@ -176,6 +189,10 @@ void lensMap(Choice& c) {
   const LensCase lens(c, size);
   const Image<Zeb32f> x = c.empty<Zeb32f>(size), y = c.empty<Zeb32f>(size);
   const Scratch buffer = c.scratch(lensBytes(c, size));
+  atLeastRefused(tooWideForLenses(c), 4, [&](int wide) {
+    f.refused(zebStsErrOverflow, x.pixels(), 4 * wide, y.pixels(), 4 * wide, ZebiSize{wide, 1}, lens.focal, lens.centre,
+              lens.k1, lens.k2, lens.p1, lens.p2, buffer.get());
+  });
   f.ok(c, x.pixels(), x.step(), y.pixels(), y.step(), size, lens.focals(), lens.centres(), lens.number(lens.k1),
        lens.number(lens.k2), lens.number(lens.p1), lens.number(lens.p2), buffer.get());
   Plane<Zeb32f> wantX(size.width, size.height), wantY = wantX;
@@ -259,14 +276,15 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   test::mayBeLookedAt(angle);
   const ZebDataType type = sizeof(S) == 1 ? zeb8u : zeb32f;
   const int element = sizeof(S) == 1 ? 2 : 4;
-  const int64_t most = (4 * reach + 8) * ((int64_t{size.width} + 2 * reach) * channels * element + 512) + 1024;
-  const int bytes = bufferBytes(c, size, most, [&](ZebiSize of) {
+  const auto most = [&](int64_t width) {
+    return (4 * reach + 8) * ((width + 2 * reach) * channels * element + 512) + 1024;
+  };
+  const auto query = FUNCTION(zebiGradientVectorGetBufferSize);
+  const int bytes = bufferBytes(c, size, most(size.width), [&](ZebiSize of) {
     int told = 0;
     const int noChannels = type == zeb32f && c.coin() ? 3 : 2;
-    FUNCTION(zebiGradientVectorGetBufferSize)
-        .ok(c, of, orElse(five ? zebMskSize5x5 : zebMskSize3x3, 35, zebStsErrMaskSize),
-            orElse(type, c.coin() ? zeb16s : 0, zebStsErrDataType),
-            orElse(channels, noChannels, noChannels == 3 ? zebStsErrChannelCount : zebStsErrNumChannels), &told);
+    query.ok(c, of, orElse(plain(mask), 35, zebStsErrMaskSize), orElse(type, c.coin() ? zeb16s : 0, zebStsErrDataType),
+             orElse(channels, noChannels, noChannels == 3 ? zebStsErrChannelCount : zebStsErrNumChannels), &told);
     return told;
   });
   const Scratch buffer = c.scratch(bytes);
@@ -276,10 +294,13 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   const int kind = c.within(0, 2);
   if (kind == 0) wanted = 15;
   if (kind == 2) wanted = 1;
-  constexpr int wide = INT32_MAX / std::max(channels * sizeof(S), sizeof(D));
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, plain(mask), type, channels, told); };
+  constexpr int pixel = channels * sizeof(S), result = sizeof(D);
   const auto call = [&](auto value, auto types) {
-    f.refused(zebStsErrOverflow, src.pixels(), wide * channels * int(sizeof(S)), gx.pixels(), wide * int(sizeof(D)),
-              nullptr, 0, nullptr, 0, nullptr, 0, ZebiSize{wide, 1}, mask, choice, src.border, value, buffer.get());
+    atLeastRefused(leastRefused(c, ask, most), std::max(pixel, result), [&](int wide) {
+      f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, gx.pixels(), wide * result, nullptr, 0, nullptr, 0,
+                nullptr, 0, ZebiSize{wide, 1}, mask, choice, src.border, value, buffer.get());
+    });
     const auto with = [&](auto... outputs) {
       f.ok(c, src.pixels(), src.image.step(), outputs..., size, mask, choice, types, value, buffer.get());
     };

@@ -3,6 +3,7 @@
 
 #include "bordered.h"
 #include "function.h"
+#include "sizes.h"
 
 namespace {
 
@@ -22,16 +23,18 @@ void fixed(Choice& c, const F& f, const Q& query, const Fixed& filter, int n, Ma
   const Source<S> src(c, size, n / 2);
   const Image<D> dst = c.empty<D>(size);
   const int element = sizeof(S) == 1 ? 2 : 4;
-  const int64_t most = (2 * n + 4) * (element * (int64_t{size.width} + 2 * n) + 512) + 1024;
-  const int bytes = bufferBytes(c, size, most, [&](ZebiSize of) {
+  const auto most = [&](int64_t width) { return (2 * n + 4) * (element * (width + 2 * n) + 512) + 1024; };
+  const int bytes = bufferBytes(c, size, most(size.width), [&](ZebiSize of) {
     int told = 0;
     query.ok(c, of, mask..., &told);
     return told;
   });
   const Scratch buffer = c.scratch(bytes);
-  constexpr int wide = INT32_MAX / sizeof(D);
-  f.refused(zebStsErrOverflow, src.pixels(), wide * int(sizeof(S)), dst.pixels(), wide * int(sizeof(D)),
-            ZebiSize{wide, 1}, mask..., src.border, src.value[0], buffer.get());
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, plain(mask)..., told); };
+  atLeastRefused(leastRefused(c, ask, most), sizeof(D), [&](int wide) {
+    f.refused(zebStsErrOverflow, src.pixels(), wide * int(sizeof(S)), dst.pixels(), wide * int(sizeof(D)),
+              ZebiSize{wide, 1}, mask..., src.border, src.value[0], buffer.get());
+  });
   f.ok(c, src.pixels(), src.image.step(), dst.pixels(), dst.step(), size, mask..., src.types(), src.value[0],
        buffer.get());
   const auto want =
@@ -111,26 +114,32 @@ void gaussian(Choice& c, const F& f, ZebDataType type) {
   const auto count = orElse(channels, badChannels, badChannels == 4 ? zebStsErrChannelCount : zebStsErrNumChannels);
   int stateBytes = 0;
   const int element = sizeof(S) == 1 ? 2 : 4;
-  const int64_t most = (n + 4) * (element * channels * (int64_t{size.width} + n) + 512) + 1024;
-  const int bytes = bufferBytes(c, size, most, [&](ZebiSize of) {
+  const auto most = [&](int64_t width) { return (n + 4) * (element * channels * (width + n) + 512) + 1024; };
+  const auto query = FUNCTION(zebiFilterGaussianGetBufferSize);
+  const int bytes = bufferBytes(c, size, most(size.width), [&](ZebiSize of) {
     int told = 0;
-    FUNCTION(zebiFilterGaussianGetBufferSize).ok(c, of, taps, types, count, &stateBytes, &told);
+    query.ok(c, of, taps, types, count, &stateBytes, &told);
     return told;
   });
   require(stateBytes == 32 + 4 * n, "the state's size");
   const Scratch buffer = c.scratch(bytes), memory = c.scratch(stateBytes), other = c.scratch(stateBytes);
   const auto state = [](const Scratch& s) { return reinterpret_cast<ZebiFilterGaussianState*>(s.get()); };
-  FUNCTION(zebiFilterGaussianInit).ok(c, taps, orElse(sigma, c.oneOf(refused)), types, count, state(memory));
+  const auto init = FUNCTION(zebiFilterGaussianInit);
+  init.refused(zebStsErrOverflow, INT32_MAX / 4 | 1, sigma, type, channels, state(memory));
+  init.ok(c, taps, orElse(sigma, c.oneOf(refused)), types, count, state(memory));
   const ZebDataType otherType = type == zeb16u ? zeb16s : zeb16u;
   const bool sameType = c.coin();
   zebiFilterGaussianInit(n, sigma, sameType ? type : otherType, sameType ? 4 - channels : channels, state(other));
 
   // Where a width is spoiled, a step that was too small may hold it.
   const ZebiSize flat = {size.width, c.within(-9, 0)};
-  constexpr int wide = INT32_MAX / (channels * sizeof(S)), wideStep = wide * channels * sizeof(S);
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, n, type, channels, &stateBytes, told); };
+  constexpr int pixel = channels * sizeof(S);
   const auto call = [&](auto value, auto types) {
-    f.refused(zebStsErrOverflow, src.pixels(), wideStep, dst.pixels(), wideStep, ZebiSize{wide, 1}, src.border, value,
-              state(memory), buffer.get());
+    atLeastRefused(leastRefused(c, ask, most), pixel, [&](int wide) {
+      f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, dst.pixels(), wide * pixel, ZebiSize{wide, 1},
+                src.border, value, state(memory), buffer.get());
+    });
     const auto run = [&](auto spec) {
       f.ok(c, src.pixels(), src.image.step(), dst.pixels(), dst.step(), orElse(size, flat, zebStsErrSize), types, value,
            spec, buffer.get());

@@ -1,9 +1,9 @@
 // Halving and doubling, pyramid records, layers of any rate.
 #include <numeric>
 
-#include "function.h"
 #include "motion/layer_result.h"
 #include "reference/gauss_pyramid.h"
+#include "sizes.h"
 
 namespace {
 
@@ -25,10 +25,12 @@ void resize(Choice& c, Function<int, ZebDataType, int, int*> query,
   query.ok(c, size.width, orElse(type, zeb16u, zebStsErrDataType), orElse(channels, 2, zebStsErrNumChannels), &bytes);
   const Scratch scratch = c.scratch(bytes);
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
-  // So wide that the bytes of scratch would not fit their count.
-  constexpr int wide = 90000000;
-  f.refused(zebStsErrOverflow, src.pixels(), wide * int(sizeof(T)), dst.pixels(), 2 * wide * int(sizeof(T)),
-            ZebiSize{wide / channels, size.height}, scratch.get());
+  const auto ask = [&](int width, int* told) { return query.bare(width, type, channels, told); };
+  const int pixel = channels * static_cast<int>(sizeof(T));
+  atLeastRefused(leastRefused(c, ask, anyBytes), 2 * pixel, [&](int wide) {
+    f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, dst.pixels(), 2 * wide * pixel,
+              ZebiSize{wide, size.height}, scratch.get());
+  });
   require(agree(f.name(), dst, down ? ref::halved(src.plane()) : ref::doubled(src.plane())), src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");
 }

@@ -1,6 +1,6 @@
 // Minimum and maximum over rectangles.
-#include "function.h"
 #include "reference/morph.h"
+#include "sizes.h"
 
 namespace {
 
@@ -50,8 +50,10 @@ void rank(Choice& c, const Function<int, ZebiSize, int*>& query,
   query.ok(c, size.width, orElse(rect, c.oneOf(none), zebStsErrMaskSize), &bytes);
   query.ok(c, keep(size.width + c.within(0, 99)), keep(ZebiSize{rect.width + c.within(0, 3), rect.height + 1}), &wider);
   require(bytes >= 1 && bytes <= wider, "the query falls");
-  require(bytes <= (rect.height + 5) * (pixel * (size.width + 2 * rect.width) + 512) + 16 * area + 1024,
-          "the query exceeds its bound");
+  const auto most = [&](int64_t width) {
+    return (rect.height + 5) * (pixel * (width + 2 * rect.width) + 512) + 16 * area + 1024;
+  };
+  require(bytes <= most(size.width), "the query exceeds its bound");
   const Scratch buffer = c.scratch(bytes);
   const ref::Element element{std::vector<Zeb8u>(static_cast<size_t>(area), 1), rect.width, rect.height, anchor.x,
                              anchor.y};
@@ -59,6 +61,11 @@ void rank(Choice& c, const Function<int, ZebiSize, int*>& query,
   const auto want = ref::extremum(ref::Region<T>{&plane, 0, 0, size.width, size.height}, element, lowest);
   f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
             ZebiSize{rect.width, INT32_MAX}, anchor, buffer.get());
+  const auto ask = [&](int width, int* told) { return query.bare(width, rect, told); };
+  atLeastRefused(leastRefused(c, ask, most), pixel, [&](int wide) {
+    const int step = static_cast<int>(wide * pixel);
+    f.refused(zebStsErrOverflow, src.pixels(), step, dst.pixels(), step, ZebiSize{wide, 1}, rect, anchor, buffer.get());
+  });
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size,
        orElse(rect, c.oneOf(none), zebStsErrMaskSize, Check::own),
        orElse(anchor, c.oneOf(outside), zebStsErrAnchor, Check::state), buffer.get());

@@ -1,8 +1,8 @@
 // Segmentation from markers, components, inpainting.
 #include "reference/regions.h"
-#include "function.h"
 #include "reference/inpaint.h"
 #include "segment/shapes.h"
+#include "sizes.h"
 
 namespace {
 
@@ -18,20 +18,27 @@ ZebiNorm otherNorm(Choice& c) {
   return c.oneOf(norms);
 }
 
-// No buffer is large enough for this size.
-constexpr ZebiSize tooHigh = {1, INT32_MAX};
-
 using Query = Function<ZebiSize, int*>;
 
+// No buffer is large enough for this size, and one is for the size before. most(size): what the query may tell.
+template <class Q, class Most, class... Selector>
+ZebiSize tooHigh(const Choice& c, const Q& query, Most most, Selector... selector) {
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, selector..., told); };
+  const auto mostOf = [&](int64_t height) { return most(1, height); };
+  return {1, static_cast<int>(leastRefused(c, ask, mostOf))};
+}
+
 // Scratch of the reported size, which is at most what is promised.
-Scratch scratchOf(Choice& c, int bytes, int64_t promised) {
-  require(bytes <= promised, "the query reports " + std::to_string(bytes) + " bytes");
+template <class Most>
+Scratch scratchOf(Choice& c, int bytes, ZebiSize size, Most most) {
+  require(bytes <= most(size.width, size.height), "the query reports " + std::to_string(bytes) + " bytes");
   return c.scratch(bytes);
 }
-Scratch scratchFor(Choice& c, const Query& query, ZebiSize size, int64_t promised) {
+template <class Most>
+Scratch scratchFor(Choice& c, const Query& query, ZebiSize size, Most most) {
   int bytes = 0;
   query.ok(c, size, &bytes);
-  return scratchOf(c, bytes, promised);
+  return scratchOf(c, bytes, size, most);
 }
 
 // Any content, a shape in two values, or a few levels, on which queues are long.
@@ -92,13 +99,13 @@ void segment(Choice& c, Function<const T*, int, T*, int, ZebiSize, ZebiNorm, int
   const Plane<T> before = marker.plane();
   const ZebiNorm norm = anyNorm(c), bad = otherNorm(c);
   const int flag = c.coin() ? zebSegmentBoundary : 0;
-  const int64_t framed = int64_t{size.width + 2} * (size.height + 2);
-  const Scratch scratch = scratchFor(c, query, size,
-                                     gradient         ? 10 * framed + 2112
-                                     : sizeof(T) == 1 ? 5 * framed + 2112
-                                                      : 6 * framed + 532800);
-  f.refused(zebStsErrOverflow, src.pixels(), src.step(), marker.pixels(), marker.step(), tooHigh, norm, flag,
-            scratch.get());
+  const auto most = [&](int64_t w, int64_t h) {
+    const int64_t framed = (w + 2) * (h + 2);
+    return gradient ? 10 * framed + 2112 : sizeof(T) == 1 ? 5 * framed + 2112 : 6 * framed + 532800;
+  };
+  const Scratch scratch = scratchFor(c, query, size, most);
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), marker.pixels(), marker.step(), tooHigh(c, query, most), norm,
+            flag, scratch.get());
   f.ok(c, src.pixels(), src.step(), marker.pixels(), stepOf(marker, size.width), size, orElse(norm, bad, zebStsErrNorm),
        orElse(flag, 2, zebStsErrBadArgument, Check::state), scratch.get());
   const auto want = ref::segmented(src.plane(), before, norm, flag != 0, gradient);
@@ -140,10 +147,11 @@ void label(Choice& c, Function<T*, int, ZebiSize, int, int, ZebiNorm, int*, Zeb8
   const int low = c.oneIn(3) ? 1 : c.within(1, static_cast<int>(most)), room = static_cast<int>(most) - low;
   const int high = low + (c.coin() ? std::min(room, c.within(0, 4)) : room);
   const ZebiNorm norm = anyNorm(c), bad = otherNorm(c);
-  const int64_t runs = (int64_t{size.width} + 1) / 2;
-  const Scratch scratch = scratchFor(c, query, size, 4 * runs * size.height + 24 * runs + 64);
+  const auto bytes = [](int64_t w, int64_t h) { return (w + 1) / 2 * (4 * h + 24) + 64; };
+  const Scratch scratch = scratchFor(c, query, size, bytes);
   int number = -1;
-  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh, low, high, norm, &number, scratch.get());
+  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh(c, query, bytes), low, high, norm, &number,
+            scratch.get());
   f.refused(zebStsErrRange, image.pixels(), image.step(), size, 5, 4, bad, &number, scratch.get());
   const bool limited = most < INT32_MAX;
   f.ok(c, image.pixels(), image.step(), size, orElse(low, 0, zebStsErrOutOfRange),
@@ -176,9 +184,12 @@ void speckles(Choice& c, Function<T*, int, ZebiSize, T, int, D, ZebiNorm, Zeb8u*
   const D badDifference = c.oneOf(refused);
   const ZebiNorm norm = anyNorm(c), bad = otherNorm(c);
   int bytes = 0;
-  FUNCTION(zebiMarkSpecklesGetBufferSize).ok(c, size, orElse(type, zeb8s, zebStsErrDataType), &bytes);
-  const Scratch scratch = scratchOf(c, bytes, (4 * int64_t{size.height} + 16) * size.width + 64);
-  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh, newVal, most, difference, norm, scratch.get());
+  const auto query = FUNCTION(zebiMarkSpecklesGetBufferSize);
+  query.ok(c, size, orElse(type, zeb8s, zebStsErrDataType), &bytes);
+  const auto mostBytes = [](int64_t w, int64_t h) { return (4 * h + 16) * w + 64; };
+  const Scratch scratch = scratchOf(c, bytes, size, mostBytes);
+  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh(c, query, mostBytes, type), newVal, most,
+            difference, norm, scratch.get());
   f.ok(c, image.pixels(), image.step(), size, newVal, orElse(most, 0, zebStsErrSize),
        orElse(difference, badDifference, zebStsErrBadArgument, Check::state),
        orElse(norm, bad, zebStsErrNorm, Check::state), scratch.get());
@@ -243,7 +254,7 @@ void inpaint(Choice& c, const InpaintInit& init, const Inpaint& f, const Inpaint
   const Zeb32f bad = c.oneOf(refused);
   const ZebiInpaintMethod method = c.coin() ? zebInpaintTelea : zebInpaintIsophote;
   ZebiInpaintState* state = nullptr;
-  init.refused(zebStsErrOverflow, &state, mask.pixels(), mask.step(), tooHigh, radius, method);
+  init.refused(zebStsErrOverflow, &state, mask.pixels(), mask.step(), ZebiSize{1, INT32_MAX}, radius, method);
   const int live = test::zebcore().liveBlocks;
   init.ok(c, &state, mask.pixels(), stepOf(mask, size.width), size, orElse(radius, bad, zebStsErrOutOfRange),
           orElse(method, 2, zebStsErrBadArgument, Check::state));

@@ -81,6 +81,21 @@ Zeb8u junkByte(size_t position) {
   return static_cast<Zeb8u>(position * 167 + (position >> 8) * 31 + 0x6B);
 }
 
+void fillWithSignals(void* start, size_t bytes) {
+  // A float that signals, and the upper half of a double that does.
+  constexpr uint32_t words[2] = {0x7FA00001, 0x7FF40001};
+  Zeb8u pattern[sizeof(words)];
+  memcpy(pattern, words, sizeof(words));
+  auto* const p = static_cast<Zeb8u*>(start);
+  const uintptr_t phase = reinterpret_cast<uintptr_t>(start);
+  for (size_t i = 0; i < bytes && i < sizeof(words); ++i) p[i] = pattern[(phase + i) % sizeof(words)];
+  for (size_t done = sizeof(words), n; done < bytes; done += n) {
+    n = std::min(done, bytes - done);
+    memcpy(p + done, p, n);
+  }
+  holdsNothing(start, bytes);
+}
+
 GuardedBytes::GuardedBytes(size_t size, Place place, size_t offset) : size_(size), previous_(newest), next_(nullptr) {
   if (place != Place::odd) offset = place == Place::front ? 0 : offset;
   const size_t room = size + (place == Place::odd ? offset : 0);

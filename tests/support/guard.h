@@ -48,11 +48,15 @@ class GuardedBytes {
 
 Zeb8u junkByte(size_t position);
 
-// A scratch buffer of exactly size bytes at an odd address, filled with junk.
+// Fills memory that holds nothing yet with signalling values that are not numbers, floats and doubles on their own
+// boundaries, so that no arithmetic on them goes unnoticed.
+void fillWithSignals(void* start, size_t bytes);
+
+// A scratch buffer of exactly size bytes at an odd address, filled with signalling values.
 class Scratch {
  public:
   explicit Scratch(int size, Place place = Place::back) : bytes_(size > 0 ? static_cast<size_t>(size) : 1, place, 1) {
-    bytes_.fillWithJunk();
+    fillWithSignals(bytes_.data(), bytes_.size());
   }
   Zeb8u* get() const { return bytes_.data(); }
   bool intact() const { return bytes_.intactMargins(); }

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "support/memcheck.h"
+#include "support/guard.h"
 
 test::ZebcoreDouble& test::zebcore() {
   thread_local ZebcoreDouble state = [] {
@@ -25,8 +25,7 @@ extern "C" void* zebMalloc(int length) {
   if (!block) return nullptr;
   ++state.liveBlocks;
   memcpy(block, &length, sizeof(length));
-  memset(block + 4, 0xCD, static_cast<size_t>(length));
-  test::holdsNothing(block + 4, static_cast<size_t>(length));
+  test::fillWithSignals(block + 4, static_cast<size_t>(length));
   return block + 4;
 }
 
