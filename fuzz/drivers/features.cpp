@@ -173,22 +173,28 @@ void houghLine(Choice& c, bool inRegion) {
                 inverted[2] = {region[1], region[0]};
   inverted[0].y += 1;
   int bytes = 0, count = -1;
-  FUNCTION(zebiHoughLineGetSize_8u_C1R)
-      .ok(c, l.size, orElse(l.grid.delta, l.badDelta), orElse(l.most, INT32_MAX, zebStsErrOverflow, Check::state),
-          &bytes);
+  const auto query = FUNCTION(zebiHoughLineGetSize_8u_C1R);
+  query.ok(c, l.size, orElse(l.grid.delta, l.badDelta), orElse(l.most, INT32_MAX, zebStsErrOverflow, Check::state),
+           &bytes);
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, l.grid.delta, l.most, told); };
+  const ZebiSize tooHigh = {1, static_cast<int>(leastRefused(c, ask, anyBytes))};
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint_32f> list(l.most);
   const auto size = orElse(l.size, l.noArea(c), zebStsErrSize);
   const auto delta = orElse(l.grid.delta, l.badDelta, zebStsErrBadArgument, Check::state);
   if (inRegion) {
-    FUNCTION(zebiHoughLine_Region_8u32f_C1R)
-        .ok(c, l.src.pixels(), l.src.step(), size, list.get(),
-            orElse(region, inverted, zebStsErrRange, Check::anywhere), orElse(l.most, 0, zebStsErrSize), &count, delta,
-            orElse(threshold, 0, zebStsErrBadArgument, Check::state), scratch.get());
+    const auto f = FUNCTION(zebiHoughLine_Region_8u32f_C1R);
+    f.refused(zebStsErrOverflow, l.src.pixels(), l.src.step(), tooHigh, list.get(), region, l.most, &count,
+              l.grid.delta, threshold, scratch.get());
+    f.ok(c, l.src.pixels(), l.src.step(), size, list.get(), orElse(region, inverted, zebStsErrRange, Check::anywhere),
+         orElse(l.most, 0, zebStsErrSize), &count, delta, orElse(threshold, 0, zebStsErrBadArgument, Check::state),
+         scratch.get());
   } else {
-    FUNCTION(zebiHoughLine_8u32f_C1R)
-        .ok(c, l.src.pixels(), l.src.step(), size, delta, orElse(threshold, 0, zebStsErrBadArgument, Check::state),
-            list.get(), orElse(l.most, 0, zebStsErrSize), &count, scratch.get());
+    const auto f = FUNCTION(zebiHoughLine_8u32f_C1R);
+    f.refused(zebStsErrOverflow, l.src.pixels(), l.src.step(), tooHigh, l.grid.delta, threshold, list.get(), l.most,
+              &count, scratch.get());
+    f.ok(c, l.src.pixels(), l.src.step(), size, delta, orElse(threshold, 0, zebStsErrBadArgument, Check::state),
+         list.get(), orElse(l.most, 0, zebStsErrSize), &count, scratch.get());
   }
   const auto want =
       ref::houghLines(l.src.plane(), l.grid, threshold, static_cast<size_t>(l.most), inRegion ? region : nullptr);
@@ -203,10 +209,15 @@ void houghSegments(Choice& c) {
   const int threshold = c.within(1, 15), length = c.within(0, 20), gap = c.within(0, 5);
   int specBytes = 0, bytes = 0, count = -1;
   const auto delta = orElse(l.grid.delta, l.badDelta);
-  FUNCTION(zebiHoughProbLineGetSize_8u_C1R).ok(c, l.size, delta, &specBytes, &bytes);
+  const auto query = FUNCTION(zebiHoughProbLineGetSize_8u_C1R);
+  query.ok(c, l.size, delta, &specBytes, &bytes);
   const Scratch specMemory = c.scratch(specBytes), scratch = c.scratch(bytes);
   auto* spec = reinterpret_cast<ZebiHoughProbSpec*>(specMemory.get());
-  FUNCTION(zebiHoughProbLineInit_8u32f_C1R).ok(c, l.size, delta, keep(c.within(0, 9)), spec);
+  const auto init = FUNCTION(zebiHoughProbLineInit_8u32f_C1R);
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, l.grid.delta, &specBytes, told); };
+  const ZebiSize tooHigh = {1, static_cast<int>(leastRefused(c, ask, anyBytes))};
+  init.refused(zebStsErrOverflow, tooHigh, l.grid.delta, 0, spec);
+  init.ok(c, l.size, delta, keep(c.within(0, 9)), spec);
   const List<ZebiRect> list(l.most);
   const auto want = ref::houghSegments(l.src.plane(), l.grid, threshold, length, gap, static_cast<size_t>(l.most));
   const ZebStatus status = FUNCTION(zebiHoughProbLine_8u32f_C1R)(

@@ -105,6 +105,15 @@ void flow(Choice& c, Function<ZebiOptFlowPyrLKState**, ZebiSize, int, int> make,
   memcpy(next.data(), guess.data(), next.size());
   ZebiOptFlowPyrLKState* state = nullptr;
   make.ok(c, &state, size, orElse(s.window, -c.within(0, 1), zebStsErrSize), c.within(0, 2));
+  int across = 0, down = 0;
+  const ZebiSize larger = {size.width + 5, size.height + 5};
+  require(zebiFilterScharrHorizGetBufferSize_32f_C1R(larger, &across) == zebStsOk &&
+              zebiFilterScharrVertGetBufferSize_32f_C1R(larger, &down) == zebStsOk,
+          "the queries of the derivatives");
+  const int levels = larger.width * larger.height * (sizeof(T) == 4 ? 2 : 3);
+  require(
+      test::zebcore().lastLength == ((s.window * 12 + 36) * (s.window + 3) + std::max(across, down) + levels) * 4 + 36,
+      "the bytes of the work buffer");
   const auto* found = reinterpret_cast<const ZebiPoint_32f*>(next.data());
   const auto* lost = reinterpret_cast<const Zeb8s*>(status.data());
   const auto* errors = reinterpret_cast<const Zeb32f*>(error.data());

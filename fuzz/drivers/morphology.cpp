@@ -1,9 +1,9 @@
 // Erosion and dilation, their compositions, grayscale morphology, reconstruction.
-#include "function.h"
 #include "morph/elements.h"
 #include "reference/compound.h"
 #include "reference/gray.h"
 #include "reference/reconstruct.h"
+#include "sizes.h"
 #include "support/memcheck.h"
 
 namespace {
@@ -140,7 +140,12 @@ void bordered(Choice& c, const Function<int, ZebiSize, int*, int*>& query,
   int specSize = 0, bufferSize = 0;
   query.ok(c, stateWidth, maskSize, &specSize, &bufferSize);
   const Scratch spec = c.scratch(specSize), buffer = c.scratch(bufferSize);
-  init.refused(zebStsErrOverflow, INT32_MAX, e.mask.data(), maskSize, stateIn<ZebiMorphState>(spec), buffer.get());
+  const auto ask = [&](int width, int* told) { return query.bare(width, maskSize, &specSize, told); };
+  atLeastRefused(leastRefused(c, ask, anyBytes), 1, [&](int wide) {
+    const std::vector<Zeb8u> none(e.mask.size());
+    for (const auto* mask : {&e.mask, &none})
+      init.refused(zebStsErrOverflow, wide, mask->data(), maskSize, stateIn<ZebiMorphState>(spec), buffer.get());
+  });
   init.ok(c, stateWidth, e.mask.data(), maskSize, stateIn<ZebiMorphState>(spec), buffer.get());
   const Image<T> dst = destination<T>(c, size, channels, packed);
   if (packed) test::mayBeLookedAt(dst);  // the bits behind the width stay
@@ -180,8 +185,11 @@ void owning(Choice& c, const Function<int, const Zeb8u*, ZebiSize, int*>& query,
   query.ok(c, stateWidth, e.mask.data(), maskSize, &bytes);
   const Scratch memory = c.scratch(bytes);
   ZebiMorphState* allocated = nullptr;
-  init.refused(zebStsErrOverflow, INT32_MAX, e.mask.data(), maskSize, anchor, stateIn<ZebiMorphState>(memory));
-  initAlloc.refused(zebStsErrOverflow, INT32_MAX, e.mask.data(), maskSize, anchor, &allocated);
+  const auto ask = [&](int width, int* told) { return query.bare(width, e.mask.data(), maskSize, told); };
+  atLeastRefused(leastRefused(c, ask, anyBytes), 1, [&](int wide) {
+    init.refused(zebStsErrOverflow, wide, e.mask.data(), maskSize, anchor, stateIn<ZebiMorphState>(memory));
+    initAlloc.refused(zebStsErrOverflow, wide, e.mask.data(), maskSize, anchor, &allocated);
+  });
   init.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor),
           stateIn<ZebiMorphState>(memory));
   initAlloc.ok(c, stateWidth, e.mask.data(), maskSize, orElse(anchor, outside(c, e), zebStsErrAnchor), &allocated);
@@ -225,7 +233,10 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   int specSize = 0, bufferSize = 0;
   query.ok(c, stateSize, maskSize, &specSize, &bufferSize);
   const Scratch spec = c.scratch(specSize), buffer = c.scratch(bufferSize);
-  constexpr ZebiSize hopeless = {INT32_MAX, INT32_MAX};
+  const auto ask = [&](int height, int* told) {
+    return query.bare({stateSize.width, height}, maskSize, &specSize, told);
+  };
+  const ZebiSize hopeless = {stateSize.width, static_cast<int>(leastRefused(c, ask, anyBytes))};
   ZebiMorphAdvState* allocated = nullptr;
   init.refused(zebStsErrOverflow, stateIn<ZebiMorphAdvState>(spec), hopeless, e.mask.data(), maskSize, anchor);
   initAlloc.refused(zebStsErrOverflow, &allocated, hopeless, e.mask.data(), maskSize, anchor);

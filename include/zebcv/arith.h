@@ -80,7 +80,8 @@ ZebStatus zebiAddProduct_32f_C1IMR(const Zeb32f* pSrc1, int src1Step, const Zeb3
 
 /**
  * Running average: acc = (src - acc) x alpha + acc; the difference is rounded, the rest is one fused step.
- * alpha may be any value: 0 keeps the accumulator, 1 replaces it by the source.
+ * alpha may be any value: 0 keeps the accumulator, 1 replaces it by the source, as far as the difference of both is a
+ * float.
  */
 ZebStatus zebiAddWeighted_8u32f_C1IR(const Zeb8u* pSrc, int srcStep, Zeb32f* pSrcDst, int srcDstStep, ZebiSize roiSize,
                                      Zeb32f alpha);
@@ -136,9 +137,9 @@ ZebStatus zebiAbsDiffC_32f_C1R(const Zeb32f* pSrc, int srcStep, Zeb32f* pDst, in
  *
  * With n and m the smaller and larger of |x| and |y| (m at least 1e-8) and a = n / m from the processor's approximate
  * reciprocal and one Newton step, the angle is (c2 a + c1) a + c0 with c2 = -15.8131895, c1 = 61.0941963,
- * c0 = -0.140500411, reflected into its octant. The error stays within about 0.2 degrees; because of c0 a vector on
- * the positive x axis gives -0.14, one just below it slightly more than 360. A component that is not a number gives a
- * result that is not one. dst may be one of the sources.
+ * c0 = -0.140500411, reflected into its octant. The error stays within about 0.2 degrees where m is from 1e-8 to 8e37;
+ * because of c0 a vector on the positive x axis gives -0.14, one just below it slightly more than 360. A component that
+ * is infinite or not a number gives a result that is not a number. dst may be one of the sources.
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (length below 1).
  */

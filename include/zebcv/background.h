@@ -148,12 +148,16 @@ ZebStatus zebiFGGaussianFree_8u_C3R(ZebiFGGaussianState* pState);
  *               -alpha complexityPrior); the matched one gains alpha, others that are not above 0 become absent. The
  *               matched one moves by r = min(alpha / w, 1): m = fma(r, d, m), v = fma(r, D - v, v) within its limits.
  *               Without a match the first absent component, or else the last, becomes (alpha, initVariance, x). It
- *               climbs past lighter ones, and the weights are divided by their sum.
+ *               climbs past lighter ones, and the weights are multiplied by 1 / their sum.
  *
  * alpha = max(learningRate, 1 / (t + 1)), where t counts the calls with a positive rate, this one included, up to
  * 65535. zebiFGMixtureForeground classifies with the record as it stands and then learns at learningRate, 0 to 1/2;
- * with 0 the record is left as it is. zebiFGMixtureBackground writes the means of the first component, rounded to
- * nearest even: no colour appears that was never seen.
+ * with 0 (or -0) the record is left as it is. zebiFGMixtureBackground writes the means of the first component, rounded
+ * to nearest even and kept in 0..255: no colour appears that was never seen.
+ *
+ * Frames are 8u of three channels, always as large as the record was made for. The foreground map has one channel, 255
+ * where foreground and 0 elsewhere; all of it is written. Source and destination must not overlap. Steps are in bytes.
+ * zebiFGMixtureBackground only reads the record, which threads may share; zebiFGMixtureForeground needs it alone.
  *
  * The record is built by Init in memory of the size that GetBufferSize reports for the same region and maxComponents,
  * at any address; nothing is allocated. It must not be moved. A second Init on the same memory starts anew.

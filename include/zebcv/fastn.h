@@ -14,9 +14,11 @@ extern "C" {
  * A pixel p is a corner where an arc of arcLength neighbouring positions of a circle around it is brighter than it, or
  * darker, by more than threshold. Circles, clockwise from the positive x axis, y downwards:
  *
- *   radius 1, P = 8    (1,0) (1,1) (0,1) (-1,1) ...
- *   radius 2, P = 12   (2,0) (2,1) (1,2) (0,2) (-1,2) (-2,1) ...
- *   radius 3, P = 16   (3,0) (3,1) (2,2) (1,3) (0,3) (-1,3) (-2,2) (-3,1) ...
+ *   radius 1, P = 8    (1,0) (1,1) (0,1) (-1,1)
+ *   radius 2, P = 12   (2,0) (2,1) (1,2) (0,2) (-1,2) (-2,1)
+ *   radius 3, P = 16   (3,0) (3,1) (2,2) (1,3) (0,3) (-1,3) (-2,2) (-3,1)
+ *
+ * and then the same positions with both signs changed, in the same order.
  *
  * brighter = the maximum over the P arcs of the minimum of I - p on the arc, darker the same of p - I; the score s is
  * the larger of the two. The pixel is a corner where s > threshold; s - 1 is the largest threshold under which it still

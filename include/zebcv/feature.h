@@ -186,7 +186,8 @@ ZebStatus zebiHoughLine_Region_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSiz
 
 /**
  * Bytes of scratch for both forms: 16 nRho + (4 width + 48) height + 16 maxLineCount + 8 A + 264.
- * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrOverflow.
+ * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrOverflow
+ * (also where a negative maxLineCount leaves no byte).
  */
 ZebStatus zebiHoughLineGetSize_8u_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int maxLineCount, int* pBufSize);
 
@@ -204,7 +205,8 @@ ZebStatus zebiHoughProbLineGetSize_8u_C1R(ZebiSize roiSize, ZebiPoint_32f delta,
 
 /**
  * Fills the tables. hint is stored only.
- * Status: zebStsOk; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrNullPointer, tested last.
+ * Status: zebStsOk; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrNullPointer, tested after them;
+ * zebStsErrOverflow (the query reports it).
  */
 ZebStatus zebiHoughProbLineInit_8u32f_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int hint, ZebiHoughProbSpec* pSpec);
 
@@ -212,7 +214,8 @@ ZebStatus zebiHoughProbLineInit_8u32f_C1R(ZebiSize roiSize, ZebiPoint_32f delta,
  * Line segments by the progressive probabilistic transform (J. Matas, C. Galambos and J. Kittler, 2000).
  *
  * Edge pixels are drawn in a random order that is the same for every call. A drawn pixel that no segment has taken yet
- * votes for every angle; its cell is trunc(x cos / deltaRho + y sin / deltaRho) + (nRho - 1) / 2 in single precision.
+ * votes for every angle; its cell is trunc(x cos / deltaRho + y sin / deltaRho) + (nRho - 1) / 2 in single precision,
+ * kept within 0 .. nRho - 1; with no cell, nRho 0, nothing is found.
  * When its strongest cell (the smallest angle among equals) holds at least threshold votes, the line is followed from
  * the pixel in both directions over the edge pixels that are left, over gaps of at most lineGap pixels. A segment whose
  * larger extent in x or y is at least lineLength is stored; its pixels are taken, and the votes of a pixel are taken

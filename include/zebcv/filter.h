@@ -43,7 +43,7 @@ extern "C" {
  * with zebBorderConst, otherwise it may be null); zebStsErrSize (width or height below 1); zebStsErrNullPointer (one of
  * the row pointers); zebStsErrSize (kernelSize below 1); zebStsErrAnchor (xAnchor not in 0..kernelSize - 1);
  * zebStsErrStep; zebStsErrNotEvenStep (not for 8u); zebStsErrBadArgument (any other borderType); zebStsErrBadArgument
- * (divisor 0; 16u: divisor below 1); zebStsOk.
+ * (divisor 0; 16u: divisor below 1); zebStsErrOverflow (the query reports it); zebStsOk.
  * @{
  */
 /** 8u to 16s, 16s taps. */
@@ -134,7 +134,7 @@ ZebStatus zebiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R(ZebiSize roiSize,
  * Status, in this order: zebStsErrNullPointer (ppSrc, pDst or pKernel); zebStsErrSize (width or height below 1);
  * zebStsErrNullPointer (one of the row pointers); zebStsErrSize (kernelSize below 1); zebStsErrStep;
  * zebStsErrNotEvenStep (not for 8-bit destinations); zebStsErrNullPointer (pBuffer); zebStsErrBadArgument (divisor 0; a
- * negative divisor is allowed in every form); zebStsOk.
+ * negative divisor is allowed in every form); zebStsErrOverflow (the query reports it); zebStsOk.
  * @{
  */
 /** 16s rows to 16s. */

@@ -63,7 +63,7 @@ extern "C" {
  *
  * Status, in this order: zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrNotEvenStep (16s and 32f);
  * zebStsErrMaskSize (mask is neither zebMskSize3x3 nor zebMskSize5x5); zebStsErrBorder (borderType without its side
- * flags is not zebBorderConst, zebBorderRepl or zebBorderInMem); zebStsOk.
+ * flags is not zebBorderConst, zebBorderRepl or zebBorderInMem); zebStsErrOverflow (the query reports it); zebStsOk.
  * @{
  */
 /** First derivative along x. */

@@ -17,16 +17,16 @@ extern "C" {
  *   e(i) = exp(-(i - r)^2 / (2 sigma sigma)),   G = 2 (e(0) + e(1) + .. + e(r - 1)) + 1,   g(i) = e(i) / G
  *
  * - 16u, 16s, 32f: the taps are g(i) in single precision.
- * - 8u: integers that sum up to 16384 and are never negative. With C(i) = 16384 (g(0) + .. + g(i)) for i < r, tap i is
- *   rint(C(i)) - rint(C(i - 1)), the other half mirrors it, the centre has the rest. So a constant image stays as it
- * is.
+ * - 8u: integers that sum up to 16384 and are never negative. With C(i) = 16384 (g(0) + .. + g(i)) for i < r and
+ *   C(-1) = 0, tap i is rint(C(i)) - rint(C(i - 1)), the other half mirrors it, the centre has the rest. So a constant
+ *   image stays as it is.
  *
  * Rows first, then columns, channels by themselves:
  *
- * - 8u: t = (S + 128) >> 8 of the exact sum S of tap x pixel along the row, then (S' + 524288) >> 20 of the exact sum
- * S' of tap x t down the column.
+ * - 8u: t = (S + 128) >> 8 of the exact sum S of tap x pixel along the row, then (S' + 524288) >> 20 of the exact
+ *   sum S' of tap x t down the column.
  * - 32f: along the row the product of tap 0, then one fused step for each further tap; down the column the same, but
- * with three taps fma(k2, r2, fma(k0, r0, k1 x r1)). A tap of 0 takes part like any other.
+ *   with three taps fma(k2, r2, fma(k0, r0, k1 x r1)). A tap of 0 takes part like any other.
  * - 16u, 16s: pixels as floats, filtered likewise, rounded to the nearest, ties to even, and saturated.
  * @{
  */
@@ -47,7 +47,8 @@ ZebStatus zebiFilterGaussianGetBufferSize(ZebiSize roiSize, int kernelSize, ZebD
  * Builds a state in memory of the caller.
  *
  * Status: zebStsErrNullPointer (pSpec); zebStsErrBadArgument (kernelSize below 3 or even, sigma not a finite value
- * above 0); zebStsErrDataType; zebStsErrNumChannels; zebStsErrChannelCount, as above; zebStsOk.
+ * above 0); zebStsErrDataType; zebStsErrNumChannels; zebStsErrChannelCount, as above; zebStsErrOverflow (the state
+ * would exceed 2^31 - 1 bytes); zebStsOk.
  */
 ZebStatus zebiFilterGaussianInit(int kernelSize, Zeb32f sigma, ZebDataType dataType, int numChannels,
                                  ZebiFilterGaussianState* pSpec);
@@ -62,7 +63,8 @@ ZebStatus zebiFilterGaussianInit(int kernelSize, Zeb32f sigma, ZebDataType dataT
  * Status, in this order, steps before sizes: zebStsErrNullPointer (pSrc, pDst, pSpec, pBuffer; C3: also borderValue
  * where the low four bits of borderType are 0); zebStsErrStep; zebStsErrNotEvenStep (not for 8u); zebStsErrSize;
  * zebStsErrBorder (borderType without its side flags is not zebBorderConst, zebBorderRepl or zebBorderInMem);
- * zebStsErrContextMatch (the state is of another kind, element type or channel count); zebStsOk.
+ * zebStsErrContextMatch (the state is of another kind, element type or channel count); zebStsErrOverflow (the query
+ * reports it for this size and kernel); zebStsOk.
  * @{
  */
 ZebStatus zebiFilterGaussianBorder_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,

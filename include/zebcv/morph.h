@@ -31,16 +31,16 @@ extern "C" {
  *
  * Floats: a pixel whose mask covers a value that is not a number gets an unspecified value; which of two zeros of
  * either sign is returned is unspecified. Masks that are taken element by element by their class (see the state), and
- * any mask with pixels in memory, return the largest finite values in place of infinities.
+ * any mask but an empty one with pixels in memory, return the largest finite values in place of infinities.
  *
  * The state is the same for every call with a region no wider than roiWidth, and no call changes it. It begins with 20
  * words: pointers to the mask copy, the erode and dilate tables, the scratch and the shape record; width, height,
  * anchor column and row of the mask (of the rectangle, relative to it, where the mask is one); right and lower reach
  * (general masks); number of distinct run lengths; bytes of scratch by the formula of the class; type code (1 8u,
- * 5 16u, 7 16s, 13 32f, 0 1u); channels; roiWidth; -1; class (0 general, 1 rectangle, 2 ellipse, 3 empty); identifier
- * of kind, type code and channels; bytes of scratch that are really used. A state points into itself: it must neither
- * be moved nor copied. What does not carry the identifier of a call's kind, type and channels is refused with
- * zebStsErrContextMatch, after all other checks.
+ * 5 16u, 7 16s, 13 32f, 0 1u); channels; roiWidth; -1; class (0 general, 1 rectangle, 2 ellipse, 3 empty; 1u: 0 or 3);
+ * identifier of kind, type code and channels; bytes of scratch that are really used. A state points into itself: it
+ * must neither be moved nor copied. What does not carry the identifier of a call's kind, type and channels is refused
+ * with zebStsErrContextMatch, after all other checks.
  *
  * Masks of floats with three channels are ellipses from an area (width x height of the mask) of 17, with four channels
  * from 49; smaller ones are general.
@@ -86,7 +86,7 @@ ZebStatus zebiMorphologyInit_32f_C4R(int roiWidth, const Zeb8u* pMask, ZebiSize 
                                      ZebiMorphState* pState);
 
 /**
- * Allocates a state of exactly the size that its mask needs and builds it; release it with zebiMorphologyFree. A
+ * Allocates a state of the size that its mask needs and builds it; release it with zebiMorphologyFree. A
  * failure leaves nothing allocated and *ppState as it was.
  *
  * Status: zebStsOk; zebStsErrNullPointer (pMask or ppState); zebStsErrSize; zebStsErrAnchor; zebStsErrMemAlloc;

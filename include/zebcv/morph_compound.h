@@ -113,8 +113,9 @@ ZebStatus zebiMorphAdvFree(ZebiMorphAdvState* pState);
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (a step below the
  * row); zebStsErrBorder (the low four bits of borderType are neither zebBorderRepl nor zebBorderInMem); zebStsErrSize
- * (wider than the state's region, or an intermediate image of more pixels than the state's); zebStsErrNotEvenStep (16u,
- * 16s, 32f: a step that is no multiple of the element); zebStsErrContextMatch (not a state for these elements).
+ * (wider than the state's region, or an intermediate image that takes more bytes than the state's);
+ * zebStsErrNotEvenStep (16u, 16s, 32f: a step that is no multiple of the element); zebStsErrContextMatch (not a state
+ * for these elements).
  */
 ZebStatus zebiMorphOpenBorder_8u_C1R(const Zeb8u* pSrc, int srcStep, Zeb8u* pDst, int dstStep, ZebiSize roiSize,
                                      ZebiBorderType borderType, Zeb8u borderValue, const ZebiMorphAdvState* pState,

@@ -126,7 +126,8 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  * fused, from the nearest neighbour outwards: w[0] c + sum of w[j] x (a[j] + b[j]). Outside pixels are mirrored without
  * repeating the edge, as often as needed. Linear interpolation between neighbours s and t at the fraction f goes along
  * the rows, then down the columns; beyond the last pixel the last one is taken. Integer results are rounded to nearest
- * (0.5 added, truncated) and saturated.
+ * (0.5 added, truncated) and saturated. Sums and differences of two 32f pixels are formed, so values beyond 2^126 may
+ * become infinite or NaN.
  *
  * Down: the source is smoothed, columns then rows, and read at (rate x, rate y) as (1 - f) s + f t, s itself where f is
  * 0. The weights are taken as they were truncated, so an integer image may come out a little darker (a white 16u image
@@ -149,9 +150,9 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  *
  * Layer calls, status in this order: zebStsErrNullPointer (pSrc, pDst or pState); zebStsErrSize (source width or height
  * below 1); zebStsErrStep (a step smaller than its row); zebStsErrBadArgument (state's rate); zebStsErrSize
- * (destination not as required, or source larger than the state serves); zebStsErrContextMatch (the state is not one of
- * this direction, type and channels; where the chain of the state would have to be asked for the size, before that);
- * up only: zebStsErrMemAlloc; zebStsOk.
+ * (destination not as required); zebStsErrContextMatch (the state is not one of this direction, type and channels;
+ * down, where the chain of the state is asked for the size, before that); zebStsErrSize (source larger than the state
+ * serves); up only: zebStsErrMemAlloc; zebStsOk.
  *
  * Free: zebStsErrNullPointer; zebStsErrContextMatch; zebStsOk.
  * @{
@@ -238,7 +239,9 @@ ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
  * number.
  *
  * pNext holds the guesses on entry and the places found on return (a lost point's last guess), both in level 0.
- * pStatus: 0 for a point tracked to level 0, else the level on which it was lost (0 also for one lost on level 0).
+ * pStatus: 0 for a point tracked to level 0, else the level on which it was lost (0 also for one lost on level 0), its
+ * low eight bits where there are more than 127. Sums of squares of 32f pixels are formed in single precision: values
+ * beyond some 1e16 may lose points.
  * pError: root of the mean squared difference of the two windows over the pixels that both have; 0 for a lost point.
  * Any coordinate is allowed. The work buffer in the state is used: one call at a time for a state.
  *

@@ -13,7 +13,7 @@
  *   the order of the argument list, then the identifier of a state record (zebStsErrContextMatch).
  * - When a check fails nothing is written. No byte outside the described rows is read or written.
  * - A size query whose answer does not fit a signed 32-bit count returns zebStsErrOverflow; a function that has no
- * legal buffer for a size returns it itself, as the last of its checks.
+ *   legal buffer for a size returns it itself, as the last of its checks.
  * - Scratch buffers need no alignment and may hold anything; they are used only during the call.
  * - Calls may run in parallel as long as they share no destination, scratch buffer or state record that a call changes.
  * - A state record is used by functions of its kind, element type and channels only; another one, or memory that holds
@@ -21,12 +21,12 @@
  *   the text of each kind tells.
  * - No function takes more than 16 KB of stack; callers may keep it aligned to 4 bytes only. The largest is
  *   zebiInpaintInitAlloc_8u_C1R with 15 KB.
- * - Results are those of the default floating-point environment: round to nearest, denormals on. Other modes are left
- * as they are found and may change results. Images whose values are 0 or of ordinary magnitude raise no exception but
- *   inexact and, where results are tiny, underflow; infinities, values that are not numbers and huge ones may raise
- * any.
- * - Denormal values are computed with exactly, and slowly: float filters and pyramids of an image full of them take up
- * to 45 times as long.
+ * - Results are those of the default floating-point environment: round to nearest, denormals on. Other modes are
+ *   left as they are found and may change results. Images whose values are 0 or of ordinary magnitude raise no
+ *   exception but inexact and, where results are tiny, underflow; infinities, values that are not numbers and huge
+ *   ones may raise any.
+ * - Denormal values are computed with exactly, and slowly: float filters and pyramids of an image full of them take
+ *   up to 45 times as long.
  */
 #ifndef ZEBCV_TYPES_H
 #define ZEBCV_TYPES_H

@@ -59,12 +59,8 @@ void addGroup(const Lists<T>& in, bool tilted, Group takes, HaarClassifierRecord
   int first = 0;
   for (int i = 0; i < in.length; first += in.counts[i++]) {
     if (!takes(in.counts[i])) continue;
-    *classifier++ = {in.counts[i],
-                     rectangle,
-                     number(in.thresholds[i]),
-                     number(in.values1[i]),
-                     number(in.values2[i]),
-                     static_cast<int>(static_cast<unsigned>(i) << 8)};
+    *classifier++ = {in.counts[i],          rectangle,   number(in.thresholds[i]), number(in.values1[i]),
+                     number(in.values2[i]), indexWord(i)};
     for (int k = first; k < first + in.counts[i]; ++k, ++rectangle) {
       const ZebiRect& f = in.features[k];
       setCorners(*rectangle, f.x, f.y, f.width, f.height, tilted);
@@ -159,7 +155,7 @@ ZebStatus tilt(const Zeb8u* pMask, int flag, ZebiHaarClassifier* pState) {
   if (auto bad = isStage(pState)) return bad;
   for (int i = 0; i < pState->length; ++i) {
     HaarClassifierRecord& c = pState->classifiers[i];
-    const bool marked = pMask[c.index >> 8] != 0;
+    const bool marked = pMask[listIndex(c.index)] != 0;
     if (marked != (flag != 0) || (c.index & classifierTilted)) continue;
     for (int k = 0; k < c.count; ++k) {
       HaarRectangle& r = c.rectangles[k];

@@ -26,11 +26,18 @@ struct HaarClassifierRecord {
   int count;
   HaarRectangle* rectangles;
   HaarNumber threshold, value1, value2;
-  // Index in the caller's list shifted left by 8; bit 0 is set when a classifier of an upright stage was tilted later.
-  int index;
+  // Index in the caller's list shifted left by 8, its bits from 24 on in bits 1 to 7; bit 0 is set when a classifier of
+  // an upright stage was tilted later.
+  unsigned index;
 };
 
-constexpr int classifierTilted = 1;
+constexpr unsigned classifierTilted = 1;
+constexpr unsigned indexWord(int i) {
+  return static_cast<unsigned>(i) << 8 | static_cast<unsigned>(i) >> 24 << 1;
+}
+constexpr unsigned listIndex(unsigned word) {
+  return word >> 8 | (word & 0xFE) << 23;
+}
 constexpr int stateCreatedTilted = 1;
 constexpr int stateMixed = 2;
 

@@ -332,6 +332,15 @@ unsigned collect(Rows<const Zeb8u> src, ZebiSize roi, EdgeMask& mask, Anywhere<Z
   return count;
 }
 
+struct Sizes {
+  int64_t spec, buffer;
+
+  Sizes(ZebiSize roi, ZebiPoint_32f delta)
+      : spec(specSize(houghAngleSteps(delta.y))),
+        buffer(bufferSize(roi, houghCells(roi, delta.x), houghAngleSteps(delta.y) + 1)) {}
+  bool fit() const { return spec <= INT32_MAX && buffer <= INT32_MAX; }
+};
+
 template <class T>
 ZebStatus run(const Settings& s, const Layout& layout, EdgeMask& mask, Anywhere<Zeb32s>* list, unsigned count,
               Zeb8u* counts, ZebiRect* out, int most, int* stored) {
@@ -344,18 +353,17 @@ ZebStatus run(const Settings& s, const Layout& layout, EdgeMask& mask, Anywhere<
 
 ZEB_ENTRY(zebiHoughProbLineGetSize_8u_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int* pSpecSize, int* pBufSize) {
   if (auto bad = firstFailure(present(pSpecSize, pBufSize), hasArea(roiSize), positiveDeltas(delta))) return bad;
-  const int64_t steps = houghAngleSteps(delta.y);
-  const int64_t spec = specSize(steps), buffer = bufferSize(roiSize, houghCells(roiSize, delta.x), steps + 1);
-  if (spec > INT32_MAX || buffer > INT32_MAX) return zebStsErrOverflow;
-  *pSpecSize = static_cast<int>(spec);
-  *pBufSize = static_cast<int>(buffer);
+  const Sizes sizes(roiSize, delta);
+  if (!sizes.fit()) return zebStsErrOverflow;
+  *pSpecSize = static_cast<int>(sizes.spec);
+  *pBufSize = static_cast<int>(sizes.buffer);
   return zebStsOk;
 }
 
 ZEB_ENTRY(zebiHoughProbLineInit_8u32f_C1R)(ZebiSize roiSize, ZebiPoint_32f delta, int hint, ZebiHoughProbSpec* pSpec) {
   if (auto bad = firstFailure(hasArea(roiSize), positiveDeltas(delta), present(pSpec))) return bad;
+  if (!Sizes(roiSize, delta).fit()) return zebStsErrOverflow;
   const int64_t angles = houghAngleSteps(delta.y) + 1;
-  if (specSize(angles - 1) > INT32_MAX) return zebStsErrOverflow;
   *pSpec = {delta.x, delta.y, hint};
   Normal* out = normals(pSpec);
   Zeb32f theta = 0;

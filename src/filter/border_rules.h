@@ -87,4 +87,10 @@ constexpr int borderSource(int base, int p, int n) {
   }
 }
 
+// The same under the mirror rule for a position that may be no int: just beside a line of more than 2^30 pixels.
+constexpr int mirrorSource(int64_t p, int n) {
+  return p > INT_MAX ? static_cast<int>(2 * (int64_t{n} - 1) - p)
+                     : borderSource(zebBorderMirror, static_cast<int>(p), n);
+}
+
 }  // namespace zeb

@@ -320,7 +320,8 @@ namespace {
 
 ZebStatus plan(MorphKind kind, int roiWidth, const Mask& mask, ZebiPoint anchor, bool ownScratch, Analysis* a,
                Layout* l) {
-  if (morphStateSize(kind, roiWidth, mask.size) > INT32_MAX) return zebStsErrOverflow;
+  if (morphStateSize(kind, roiWidth, mask.size) > INT32_MAX || morphScratchSize(kind, roiWidth, mask.size) > INT32_MAX)
+    return zebStsErrOverflow;
   *a = analyse(kind, mask, anchor);
   *l = layoutOf(kind, roiWidth, mask, *a, ownScratch);
   return l->total > INT32_MAX || l->room > INT32_MAX ? zebStsErrOverflow : zebStsOk;

@@ -61,7 +61,8 @@ Stretch stretchAround(double centre, int window, int length) {
   const double whole = floor(corner);
   s.first = static_cast<int>(whole);
   s.fraction = static_cast<Zeb32f>(corner - whole);
-  s.inside = common({-s.first, s.fraction > 0 ? length - 1 - s.first : length - s.first}, {0, window});
+  const int64_t end = int64_t{length} - (s.fraction > 0) - s.first;
+  s.inside = common({-s.first, end < window ? static_cast<int>(end) : window}, {0, window});
   return s;
 }
 struct Frame {
@@ -103,13 +104,13 @@ struct Windows {
 // n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
 template <class T>
 void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
-  const auto clamped = [](int p, int end) { return p < 0 ? 0 : p < end ? p : end - 1; };
+  const auto clamped = [](int64_t p, int end) { return p < 0 ? 0 : p < end ? static_cast<int>(p) : end - 1; };
   // Columns from..to-1 come from the row, at least one of them.
-  const int from = clamped(-x, n), to = clamped(level.size.width - x - 1, n) + 1;
-  const int shift = clamped(x + from, level.size.width) - from;
+  const int from = clamped(-x, n), to = clamped(int64_t{level.size.width} - x - 1, n) + 1;
+  const int shift = clamped(int64_t{x} + from, level.size.width) - from;
   Zeb32f* lattice = w.lattice;
   for (int r = 0; r < n; ++r, lattice += w.stride) {
-    const T* const row = level.rows[clamped(y + r, level.size.height)];
+    const T* const row = level.rows[clamped(int64_t{y} + r, level.size.height)];
     const V32f left = splat(static_cast<Zeb32f>(row[shift + from]));
     const V32f right = splat(static_cast<Zeb32f>(row[shift + to - 1]));
     for (int c = 0; c < from; c += 8) store(lattice + c, left);

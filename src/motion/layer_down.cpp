@@ -31,9 +31,7 @@ struct DownRows {
 
 // Rates that differ from 2 by rounding only take every second sample.
 double exactRate(const LayerState& state) {
-  constexpr double rounding = 0.00002;
-  const auto rate = static_cast<double>(state.rate);
-  return fabs(rate - 2) <= rounding ? 2 : rate;
+  return state.rate >= 1.99998f && state.rate <= 2.00002f ? 2 : static_cast<double>(state.rate);
 }
 
 template <class T, int channels>

@@ -183,12 +183,17 @@ void averageRows(const Zeb32f* a, const Zeb32f* b, Zeb32f* out, int n) {
 
 // ---- The image ----
 
+// Rounded up.
+constexpr int halfOf(int n) {
+  return n / 2 + n % 2;
+}
+
 // Five rows of sums of the destination's width, each on a vector boundary, with room for the elements that a store of
 // three-channel sums writes beyond its last: less than the reported six rows of the source's width.
 template <class T, int channels>
 void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   using Sum = typename GaussType<T>::Sum;
-  const int outWidth = (size.width + 1) / 2, outHeight = (size.height + 1) / 2, n = outWidth * channels;
+  const int outWidth = halfOf(size.width), outHeight = halfOf(size.height), n = outWidth * channels;
   Scratch scratch(pBuffer, pyrDownBufferBytes(size.width, channels));
   const RowRing<Sum, 5> ring(scratch, n, 4);
   if (size.height <= 2) {
@@ -203,16 +208,17 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   int filtered = 0, next = 0;  // source rows so far, and the slot of the next one
   int first = 3;               // the slot of source row 2y - 2
   for (int y = 0; y < outHeight; ++y) {
-    const int last = 2 * y + 2 < size.height ? 2 * y + 2 : size.height - 1;
+    const bool inside = y < (size.height - 1) / 2;  // row 2y + 2 is
+    const int last = inside ? 2 * y + 2 : size.height - 1;
     for (; filtered <= last; ++filtered) {
       filterRow<channels>(src[filtered], size.width, slots[next]);
       next = next < 4 ? next + 1 : 0;
     }
-    if (y > 0 && 2 * y + 2 < size.height) {
+    if (y > 0 && inside) {
       filterColumns(slots + first, dst[y], n);
     } else {
       Sum* rows[5];
-      for (int k = 0; k < 5; ++k) rows[k] = ring[borderSource(zebBorderMirror, 2 * y - 2 + k, size.height)];
+      for (int k = 0; k < 5; ++k) rows[k] = ring[mirrorSource(int64_t{2} * y - 2 + k, size.height)];
       filterColumns(rows, dst[y], n);
     }
     first = first < 3 ? first + 2 : first - 3;
@@ -221,9 +227,9 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
 
 template <class T, int channels>
 ZebStatus pyrDown(const T* pSrc, int srcStep, T* pDst, int dstStep, ZebiSize roi, Zeb8u* pBuffer) {
-  const int dstWidth = roi.width / 2 + roi.width % 2;
   const auto src = image<channels>(pSrc, srcStep);
-  const auto dst = image<channels>(pDst, dstStep).wider((static_cast<int64_t>(dstWidth) - roi.width) * channels);
+  const auto dst =
+      image<channels>(pDst, dstStep).wider((static_cast<int64_t>(halfOf(roi.width)) - roi.width) * channels);
   if (auto bad = firstFailure(checked(roi, src, dst, also(pBuffer)),
                               require(pyrDownBufferBytes(roi.width, channels) <= INT32_MAX, zebStsErrOverflow)))
     return bad;

@@ -98,7 +98,7 @@ class Chamfer {
       row<Way::forward>(src[y], dst[y], y >= 1 ? dst[y - 1] : nullptr, y >= 2 ? dst[y - 2] : nullptr, roi.width);
     for (int y = roi.height - 1; y >= 0; --y)
       row<Way::backward>(nullptr, dst[y], y + 1 < roi.height ? dst[y + 1] : nullptr,
-                         y + 2 < roi.height ? dst[y + 2] : nullptr, roi.width);
+                         y < roi.height - 2 ? dst[y + 2] : nullptr, roi.width);
   }
 
  private:

@@ -26,6 +26,10 @@ TEST(Border, SourceOfAPosition) {
         const int source = zeb::borderSource(rule, p, n);
         EXPECT_TRUE(source >= 0 && source < n) << rule << " " << p << " " << n;
       }
+  for (int n : {3, INT32_MAX}) {
+    EXPECT_EQ(zeb::mirrorSource(int64_t{n} + 1, n), n - 3) << n;
+    EXPECT_EQ(zeb::mirrorSource(-2, n), 2) << n;
+  }
 }
 
 TEST(Border, KnownTypes) {

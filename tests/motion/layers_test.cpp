@@ -43,6 +43,18 @@ ref::Plane<T> layerOf(const Layer<T, K, S>& layer, const ref::Plane<T>& content,
   return dst.plane();
 }
 
+// Rates that are 2 but for rounding take every second sample, as 2 does.
+template <class T, class K, class S>
+void checkRatesOfTwo(const Layer<T, K, S>& layer) {
+  if (!layer.down) return;
+  Random random;
+  ref::Plane<T> noise(63, 31, layer.channels);
+  fillPlane(noise, Content::noise, random);
+  const std::vector<K> kernel = {1, 2, 1};
+  for (const float rate : {1.99998f, 2.00002f})
+    EXPECT_TRUE(agree(layerOf(layer, noise, kernel, rate), layerOf(layer, noise, kernel, 2))) << layer.name;
+}
+
 // Weights with a sum of 0, which are taken as they are, and weights that lead far beyond the values of the source.
 template <class T, class K, class S>
 void checkKernels(const Layer<T, K, S>& layer) {
@@ -79,6 +91,10 @@ void checkKernels(const Layer<T, K, S>& layer) {
 
 TEST(PyramidLayers, UnusualKernelsAndConstantImages) {
   forEachLayer([](const auto& layer) { checkKernels(layer); });
+}
+
+TEST(PyramidLayers, RatesOfTwo) {
+  forEachLayer([](const auto& layer) { checkRatesOfTwo(layer); });
 }
 
 // A lopsided kernel is the symmetric one of its first half.
