@@ -61,8 +61,9 @@ Stretch stretchAround(double centre, int window, int length) {
   const double whole = floor(corner);
   s.first = static_cast<int>(whole);
   s.fraction = static_cast<Zeb32f>(corner - whole);
-  const int64_t end = int64_t{length} - (s.fraction > 0) - s.first;
-  s.inside = common({-s.first, end < window ? static_cast<int>(end) : window}, {0, window});
+  // From the first pixel of the window to the last one of the image; with those before it that may be no int.
+  const unsigned end = static_cast<unsigned>(length) - (s.fraction > 0) - static_cast<unsigned>(s.first);
+  s.inside = common({-s.first, end < static_cast<unsigned>(window) ? static_cast<int>(end) : window}, {0, window});
   return s;
 }
 struct Frame {
@@ -101,16 +102,22 @@ struct Windows {
   Eight* eights;
 };
 
-// n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
+// n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge. (x, y) is not behind the last
+// pixel, but may lie before the first, so that there are more than 2^31 - 1 columns or rows from it on.
 template <class T>
 void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
-  const auto clamped = [](int64_t p, int end) { return p < 0 ? 0 : p < end ? static_cast<int>(p) : end - 1; };
+  const auto clamped = [](int p, int end) { return p < 0 ? 0 : p < end ? p : end - 1; };
+  const auto lastFrom = [n](int p, int length) {
+    const unsigned last = static_cast<unsigned>(length - 1) - static_cast<unsigned>(p);
+    return last < static_cast<unsigned>(n - 1) ? static_cast<int>(last) : n - 1;
+  };
   // Columns from..to-1 come from the row, at least one of them.
-  const int from = clamped(-x, n), to = clamped(int64_t{level.size.width} - x - 1, n) + 1;
-  const int shift = clamped(int64_t{x} + from, level.size.width) - from;
+  const int from = clamped(-x, n), to = lastFrom(x, level.size.width) + 1, lastRow = lastFrom(y, level.size.height);
+  const int shift = clamped(x + from, level.size.width) - from;
   Zeb32f* lattice = w.lattice;
   for (int r = 0; r < n; ++r, lattice += w.stride) {
-    const T* const row = level.rows[clamped(int64_t{y} + r, level.size.height)];
+    const int q = y + (r < lastRow ? r : lastRow);
+    const T* const row = level.rows[q > 0 ? q : 0];
     const V32f left = splat(static_cast<Zeb32f>(row[shift + from]));
     const V32f right = splat(static_cast<Zeb32f>(row[shift + to - 1]));
     for (int c = 0; c < from; c += 8) store(lattice + c, left);

@@ -205,10 +205,11 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   // The slots twice, so that any five rows that follow each other do so here.
   Sum* slots[10];
   for (int k = 0; k < 10; ++k) slots[k] = ring[k];
-  int filtered = 0, next = 0;  // source rows so far, and the slot of the next one
-  int first = 3;               // the slot of source row 2y - 2
+  const int whole = (size.height - 1) / 2;  // destination rows whose source row 2y + 2 is in the image
+  int filtered = 0, next = 0;               // source rows so far, and the slot of the next one
+  int first = 3;                            // the slot of source row 2y - 2
   for (int y = 0; y < outHeight; ++y) {
-    const bool inside = y < (size.height - 1) / 2;  // row 2y + 2 is
+    const bool inside = y < whole;
     const int last = inside ? 2 * y + 2 : size.height - 1;
     for (; filtered <= last; ++filtered) {
       filterRow<channels>(src[filtered], size.width, slots[next]);

@@ -107,10 +107,10 @@ class Chamfer {
     alignas(32) T copy[lanes + 2 * reach];
     ZEB_INLINE const T* of(const T* row, int x, int n) {
       if (x >= reach && x <= n - lanes - reach) return row + x;
-      for (int i = 0; i < lanes + 2 * reach; ++i) {
-        const int column = x - reach + i;
-        copy[i] = column >= 0 && column < n ? row[column] : std::numeric_limits<T>::max();
-      }
+      // Beside either end of the row; behind one of 2^31 - 1 pixels a column is no int.
+      const unsigned first = static_cast<unsigned>(x) - reach, end = static_cast<unsigned>(n);
+      for (unsigned i = 0; i < lanes + 2 * reach; ++i)
+        copy[i] = first + i < end ? row[first + i] : std::numeric_limits<T>::max();
       return copy + reach;
     }
   };
