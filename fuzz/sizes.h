@@ -34,6 +34,14 @@ inline int64_t anyBytes(int64_t) {
   return INT64_MAX;
 }
 
+// A size of so many columns with the least height that the query refuses; ask and most are of heights.
+template <class Ask, class Most>
+ZebiSize tooHigh(const Choice& c, int width, Ask ask, Most most) {
+  const int64_t height = leastRefused(c, ask, most);
+  require(height <= INT32_MAX, "a query refuses no height");
+  return {width, static_cast<int>(height)};
+}
+
 // Calls refused(n) for the least extent that a query refuses, if rows of so many bytes a pixel can be that long: the
 // function itself must refuse it, too.
 template <class Refused>

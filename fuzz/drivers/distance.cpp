@@ -123,10 +123,9 @@ Scratch scratchFor(Choice& c, const Query& query, ZebiSize size) {
   return c.scratch(bytes);
 }
 
-// No buffer is large enough for this size, and one is for the size before.
 ZebiSize tooHigh(const Choice& c, const Query& query) {
   const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
-  return {1, static_cast<int>(leastRefused(c, ask, anyBytes))};
+  return fuzz::tooHigh(c, 1, ask, anyBytes);
 }
 
 void euclid(Choice& c) {

@@ -53,7 +53,7 @@ void canny(Choice& c, Function<const T*, int, const T*, int, Zeb8u*, int, ZebiSi
   const Scratch scratch = c.scratch(bytes);
   const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
   f.refused(zebStsErrOverflow, dx.pixels(), dx.step(), dy.pixels(), dy.step(), dst.pixels(), dst.step(),
-            ZebiSize{1, static_cast<int>(leastRefused(c, ask, anyBytes))}, t.low, t.high, scratch.get());
+            tooHigh(c, 1, ask, anyBytes), t.low, t.high, scratch.get());
   f.ok(c, dx.pixels(), dx.step(), dy.pixels(), dy.step(), dst.pixels(), dst.step(), size, orElse(t.low, t.bad), t.high,
        scratch.get());
   require(agree(f.name(), dst, ref::canny(g, t.low, t.high, kind)),
@@ -89,9 +89,8 @@ void cannyBorder(Choice& c) {
   query.ok(c, size, filter, orElse(mask, 53, zebStsErrMaskSize), keep(zeb8u), &bytes);
   const Scratch scratch = c.scratch(bytes);
   const auto ask = [&](int height, int* told) { return query.bare({1, height}, filter, mask, zeb8u, told); };
-  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(),
-            ZebiSize{1, static_cast<int>(leastRefused(c, ask, anyBytes))}, filter, mask, border, value, t.low, t.high,
-            norm, scratch.get());
+  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(), tooHigh(c, 1, ask, anyBytes),
+            filter, mask, border, value, t.low, t.high, norm, scratch.get());
   // Its steps are taken as they are, so a region may be spoiled by sizes without an area only.
   const ZebiSize noArea = {size.width, c.within(-9, 0)};
   f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()),
@@ -177,21 +176,21 @@ void houghLine(Choice& c, bool inRegion) {
   query.ok(c, l.size, orElse(l.grid.delta, l.badDelta), orElse(l.most, INT32_MAX, zebStsErrOverflow, Check::state),
            &bytes);
   const auto ask = [&](int height, int* told) { return query.bare({1, height}, l.grid.delta, l.most, told); };
-  const ZebiSize tooHigh = {1, static_cast<int>(leastRefused(c, ask, anyBytes))};
+  const ZebiSize hopeless = tooHigh(c, 1, ask, anyBytes);
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint_32f> list(l.most);
   const auto size = orElse(l.size, l.noArea(c), zebStsErrSize);
   const auto delta = orElse(l.grid.delta, l.badDelta, zebStsErrBadArgument, Check::state);
   if (inRegion) {
     const auto f = FUNCTION(zebiHoughLine_Region_8u32f_C1R);
-    f.refused(zebStsErrOverflow, l.src.pixels(), l.src.step(), tooHigh, list.get(), region, l.most, &count,
+    f.refused(zebStsErrOverflow, l.src.pixels(), l.src.step(), hopeless, list.get(), region, l.most, &count,
               l.grid.delta, threshold, scratch.get());
     f.ok(c, l.src.pixels(), l.src.step(), size, list.get(), orElse(region, inverted, zebStsErrRange, Check::anywhere),
          orElse(l.most, 0, zebStsErrSize), &count, delta, orElse(threshold, 0, zebStsErrBadArgument, Check::state),
          scratch.get());
   } else {
     const auto f = FUNCTION(zebiHoughLine_8u32f_C1R);
-    f.refused(zebStsErrOverflow, l.src.pixels(), l.src.step(), tooHigh, l.grid.delta, threshold, list.get(), l.most,
+    f.refused(zebStsErrOverflow, l.src.pixels(), l.src.step(), hopeless, l.grid.delta, threshold, list.get(), l.most,
               &count, scratch.get());
     f.ok(c, l.src.pixels(), l.src.step(), size, delta, orElse(threshold, 0, zebStsErrBadArgument, Check::state),
          list.get(), orElse(l.most, 0, zebStsErrSize), &count, scratch.get());
@@ -215,8 +214,8 @@ void houghSegments(Choice& c) {
   auto* spec = reinterpret_cast<ZebiHoughProbSpec*>(specMemory.get());
   const auto init = FUNCTION(zebiHoughProbLineInit_8u32f_C1R);
   const auto ask = [&](int height, int* told) { return query.bare({1, height}, l.grid.delta, &specBytes, told); };
-  const ZebiSize tooHigh = {1, static_cast<int>(leastRefused(c, ask, anyBytes))};
-  init.refused(zebStsErrOverflow, tooHigh, l.grid.delta, 0, spec);
+  const ZebiSize hopeless = tooHigh(c, 1, ask, anyBytes);
+  init.refused(zebStsErrOverflow, hopeless, l.grid.delta, 0, spec);
   init.ok(c, l.size, delta, keep(c.within(0, 9)), spec);
   const List<ZebiRect> list(l.most);
   const auto want = ref::houghSegments(l.src.plane(), l.grid, threshold, length, gap, static_cast<size_t>(l.most));
@@ -246,7 +245,8 @@ void peaks(Choice& c, Function<int, int*> query,
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint> list(most);
   const auto ask = [&](int width, int* told) { return query.bare(width, told); };
-  atLeastRefused(leastRefused(c, ask, anyBytes), sizeof(T), [&](int wide) {
+  const auto told = [](int64_t width) { return (width + 5) / 4 * 128 | 32; };
+  atLeastRefused(leastRefused(c, ask, told), sizeof(T), [&](int wide) {
     f.refused(zebStsErrOverflow, src.pixels(), 4 * wide, ZebiSize{wide, 2}, threshold, list.get(), most, &count, norm,
               1, scratch.get());
   });

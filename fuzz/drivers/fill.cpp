@@ -64,9 +64,8 @@ struct FillCase {
     query.ok(c, size, &bytes);
     const Scratch scratch = c.scratch(bytes);
     auto* record = reinterpret_cast<ZebiConnectedComp*>(memory.data());
-    // No buffer is large enough for this size, and one is for the size before.
     const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
-    call(record, scratch.get(), ZebiSize{1, static_cast<int>(leastRefused(c, ask, anyBytes))});
+    call(record, scratch.get(), tooHigh(c, 1, ask, anyBytes));
     const std::string what = "seed " + std::to_string(seed.x) + ", " + std::to_string(seed.y);
     require(agree(name, image, expected), what);
     require(ref::sameComp(*record, want), what + ": record of area " + std::to_string(record->area) + ", not " +

@@ -236,7 +236,7 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   const auto ask = [&](int height, int* told) {
     return query.bare({stateSize.width, height}, maskSize, &specSize, told);
   };
-  const ZebiSize hopeless = {stateSize.width, static_cast<int>(leastRefused(c, ask, anyBytes))};
+  const ZebiSize hopeless = tooHigh(c, stateSize.width, ask, anyBytes);
   ZebiMorphAdvState* allocated = nullptr;
   init.refused(zebStsErrOverflow, stateIn<ZebiMorphAdvState>(spec), hopeless, e.mask.data(), maskSize, anchor);
   initAlloc.refused(zebStsErrOverflow, &allocated, hopeless, e.mask.data(), maskSize, anchor);

@@ -27,7 +27,10 @@ void resize(Choice& c, Function<int, ZebDataType, int, int*> query,
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
   const auto ask = [&](int width, int* told) { return query.bare(width, type, channels, told); };
   const int pixel = channels * static_cast<int>(sizeof(T));
-  atLeastRefused(leastRefused(c, ask, anyBytes), 2 * pixel, [&](int wide) {
+  const auto told = [&](int64_t width) {
+    return down ? (width * 4 * channels + 15) / 16 * 96 + 64 : (width * 8 * channels + 15) / 16 * 48 + 64;
+  };
+  atLeastRefused(leastRefused(c, ask, told), 2 * pixel, [&](int wide) {
     f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, dst.pixels(), 2 * wide * pixel,
               ZebiSize{wide, size.height}, scratch.get());
   });

@@ -20,12 +20,12 @@ ZebiNorm otherNorm(Choice& c) {
 
 using Query = Function<ZebiSize, int*>;
 
-// No buffer is large enough for this size, and one is for the size before. most(size): what the query may tell.
+// most(width, height): what the query may tell.
 template <class Q, class Most, class... Selector>
 ZebiSize tooHigh(const Choice& c, const Q& query, Most most, Selector... selector) {
   const auto ask = [&](int height, int* told) { return query.bare({1, height}, selector..., told); };
   const auto mostOf = [&](int64_t height) { return most(1, height); };
-  return {1, static_cast<int>(leastRefused(c, ask, mostOf))};
+  return fuzz::tooHigh(c, 1, ask, mostOf);
 }
 
 // Scratch of the reported size, which is at most what is promised.

@@ -187,7 +187,7 @@ ZebStatus zebiHoughLine_Region_8u32f_C1R(const Zeb8u* pSrc, int srcStep, ZebiSiz
 /**
  * Bytes of scratch for both forms: 16 nRho + (4 width + 48) height + 16 maxLineCount + 8 A + 264.
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize; zebStsErrBadArgument (a delta not above 0); zebStsErrOverflow
- * (also where a negative maxLineCount leaves no byte).
+ * (also where a negative maxLineCount makes the sum negative).
  */
 ZebStatus zebiHoughLineGetSize_8u_C1R(ZebiSize roiSize, ZebiPoint_32f delta, int maxLineCount, int* pBufSize);
 

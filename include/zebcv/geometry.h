@@ -117,9 +117,9 @@ ZebStatus zebiUndistortRadial_32f_C3R(const Zeb32f* pSrc, int srcStep, Zeb32f* p
  *   t = (x + x) y,  tx = fma(p2, fma(2, xx, r2), p1 t),  ty = fma(p1, fma(2, yy, r2), p2 t)
  *   mapX = fma(focal.x, tx, X),  mapY = fma(focal.y, ty, Y)
  *
- * The maps may not overlap. Status, in this order: zebStsErrNullPointer; zebStsErrSize; zebStsErrStep;
- * zebStsErrNotEvenStep; zebStsErrBadArgument (a focal length not above 0, or any of the numbers not finite);
- * zebStsErrOverflow (the query reports it); zebStsOk.
+ * With p1 = p2 = 0 it is (X, Y) wherever r2 is finite. The maps may not overlap. Status, in this order:
+ * zebStsErrNullPointer; zebStsErrSize; zebStsErrStep; zebStsErrNotEvenStep; zebStsErrBadArgument (a focal length not
+ * above 0, or any of the numbers not finite); zebStsErrOverflow (the query reports it); zebStsOk.
  */
 ZebStatus zebiCreateMapCameraUndistort_32f_C1R(Zeb32f* pMapX, int mapXStep, Zeb32f* pMapY, int mapYStep,
                                                ZebiSize roiSize, ZebiPoint_32f focal, ZebiPoint_32f centre, Zeb32f k1,

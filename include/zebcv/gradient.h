@@ -31,14 +31,14 @@ extern "C" {
  *   zebNormL1    |gx| + |gy|
  *   zebNormL2    8u: the integer nearest to the root of gx^2 + gy^2; 32f: sqrt(fma(gx, gx, gy gy))
  *
- * Angle, in radians in (-pi, pi], in single precision: with hi and lo the larger and the smaller of |gx| and |gy|, the
+ * Angle, in radians in [-pi, pi], in single precision: with hi and lo the larger and the smaller of |gx| and |gy|, the
  * arctangent of q = lo / hi (0 when hi is 0) is fma(q^3, P(q^2), q) with a polynomial P of degree 7, and taken from pi
  * / 2 if |gx| < |gy|, then from pi if gx < 0, then from 0 if gy < 0. Its relative error is below 2^-22. The angle is
- * NaN when a derivative is, or both are infinite; that of (0, 0) is 0. In single precision the angle of a 32f vector
- * just below the negative x axis may round to -pi.
+ * NaN when a derivative is, or both are infinite; that of (0, 0) is 0. It is -pi only of a 32f vector just below the
+ * negative x axis.
  *
- * C3C1: the derivatives are formed in every channel, and those of the channel with the largest magnitude in the norm,
- * in that of L2 with the largest gx^2 + gy^2, are the pixel's (the lowest of several).
+ * C3C1: the derivatives are formed in every channel, and those of the channel with the largest magnitude in the norm
+ * (L2: with the largest gx^2 + gy^2), the lowest of several, are the pixel's.
  *
  * Pixels outside the region, side flags and tiles are as for zebiFilterSobelHorizBorder. Sources and destinations may
  * not overlap. pBuffer holds as many bytes as zebiGradientVectorGetBufferSize reports.

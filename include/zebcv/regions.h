@@ -225,7 +225,7 @@ ZebStatus zebiInpaintFree_8u_C3R(ZebiInpaintState* pState);
  * A mask without a zero pixel leaves nothing to fill from: the source is copied. Values of the source under the mask
  * are not used otherwise. Source and destination may be the same image with the same step; they must not overlap in any
  * other way. A pixel without a known one about it becomes 0; there is none unless the first pixel of the image lies
- * more than 1000000 pixels inside the mask, where the distances begin with that number.
+ * more than 1000000 pixels inside the mask, since distances begin there with that number.
  *
  * Status: zebStsOk; zebStsErrNullPointer; zebStsErrSize (width or height below 1); zebStsErrStep (C3: below 3 x width);
  * zebStsErrContextMatch (no state, or one for another number of channels); zebStsErrSize (the region is not the

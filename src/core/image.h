@@ -18,9 +18,11 @@ class Rows {
   Rows(T* first, int step) : first_(first), step_(step) {}
 
   // Row y; y may be negative where rows above the region are known to be in memory.
-  T* operator[](int y) const {
+  T* operator[](int y) const { return row(y); }
+  // The same for a number that may be no int.
+  T* row(ptrdiff_t y) const {
     using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
-    return reinterpret_cast<T*>(reinterpret_cast<Byte*>(first_) + static_cast<ptrdiff_t>(y) * step_);
+    return reinterpret_cast<T*>(reinterpret_cast<Byte*>(first_) + y * step_);
   }
 
   // The same rows from a pixel further right and down.

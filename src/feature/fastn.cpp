@@ -199,14 +199,15 @@ class SegmentTest {
   }
 
   void run(Rows<Zeb8u> dst, Optional<Zeb8u, 1> orient) {
-    for (int y = 0; y <= size_.height; ++y) {
-      if (y < size_.height) form(y);
+    for (int y = 0; y < size_.height; ++y) {
+      form(y);
       if (y > 0) finish(y - 1, dst[y - 1], orient.row(y - 1));
     }
+    finish(size_.height - 1, dst[size_.height - 1], orient.row(size_.height - 1));
   }
 
  private:
-  const Lines& lines(int y) const { return ring_[(y + 3) % 3]; }
+  const Lines& lines(int y) const { return ring_[(static_cast<unsigned>(y) + 3) % 3]; }
 
   // The scores of row y.
   void form(int y) {

@@ -38,6 +38,7 @@ constexpr unsigned indexWord(int i) {
 constexpr unsigned listIndex(unsigned word) {
   return word >> 8 | (word & 0xFE) << 23;
 }
+static_assert(listIndex(indexWord(INT32_MAX) | classifierTilted) == INT32_MAX);
 constexpr int stateCreatedTilted = 1;
 constexpr int stateMixed = 2;
 

@@ -131,13 +131,13 @@ template <int reach>
 void suppress(const BorderedImage& source, Rows<Zeb8u> dst, ZebiSize size, Zeb8u tolerance, Scratch scratch) {
   const auto columns = source.columns(-reach, int64_t{size.width} + reach);
   const RowRing<Zeb8u, 2 * reach + 1> ring(scratch, stride(size.width), lanes);
-  for (int y = -reach; y < size.height + reach; ++y) {
+  for (int64_t y = -reach; y < int64_t{size.height} + reach; ++y) {
     source.fetch<1>(y, columns, ring[y] + lanes - reach);
     if (y < reach) continue;
     const Zeb8u* rows[2 * reach + 1];
     for (int i = 0; i <= 2 * reach; ++i) rows[i] = ring[y - 2 * reach + i] + lanes;
     suppressRow<reach>(rows, reinterpret_cast<const Zeb8u*>(source.row(y < size.height ? y : size.height - 1)),
-                       size.width, tolerance, dst[y - reach]);
+                       size.width, tolerance, dst[static_cast<int>(y) - reach]);
   }
 }
 

@@ -45,7 +45,7 @@ class TensorRows<Zeb8u> {
 
  private:
   static Width widthOf(TensorForm form);
-  void enter(int q);
+  void enter(int64_t q);
 
   TensorForm form_;
   Width width_;
@@ -55,7 +55,8 @@ class TensorRows<Zeb8u> {
   RowRing<Zeb16s> dx_, dy_;
   Zeb16s* none_;
   void* sums_[3];  // of columns; room and a 0 before the first
-  int entered_, x_ = 0;
+  int64_t entered_;
+  int x_ = 0;
   alignas(32) uint64_t carry_[3][4];  // the sum before the next pixel, in all lanes
 };
 
@@ -77,7 +78,8 @@ class TensorRows<Zeb32f> {
   DerivativeRows<Zeb32f> derivatives_;
   RowRing<Zeb32f> dx_, dy_;
   Zeb32f* sums_[3];
-  int entered_, y_ = -1, x_ = 0;
+  int64_t entered_, y_ = -1;
+  int x_ = 0;
 };
 
 }  // namespace zeb

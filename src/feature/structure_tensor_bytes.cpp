@@ -162,7 +162,7 @@ TensorRows<Zeb8u>::TensorRows(TensorForm form, const BorderedImage& source, Scra
   while (entered_ < form.after()) enter(entered_++);
 }
 
-void TensorRows<Zeb8u>::enter(int q) {
+void TensorRows<Zeb8u>::enter(int64_t q) {
   Zeb16s *const dx = dx_.enter(), *const dy = dy_.enter();
   derivatives_.form(q, dx, dy);
   const bool none = q - form_.window < -form_.before();

@@ -234,8 +234,8 @@ class RowRing {
   RowRing(Scratch& scratch, int64_t stride, unsigned alignment = 1)
       : first_(scratch.take<T>(count * stride, alignment)), stride_(static_cast<ptrdiff_t>(stride)) {}
 
-  T* operator[](int y) const {
-    return first_ + static_cast<ptrdiff_t>(static_cast<unsigned>(y + count) % count) * stride_;
+  T* operator[](int64_t y) const {
+    return first_ + static_cast<ptrdiff_t>((static_cast<unsigned>(y) + count) % count) * stride_;
   }
 
  private:

@@ -22,7 +22,7 @@ class RowWindow {
   Wanted move(int64_t from, int count);
 
   Zeb8u* slot(int64_t row) const {
-    // Neither below 0 nor above 2^32 - 1: kernels that have a buffer are no longer than 2^29.
+    // Neither below 0 nor above 2^32 - 1: a kernel that has a buffer is no longer than some 2^24.
     const auto shifted = static_cast<unsigned>(row + shift_);
     return first_ + static_cast<ptrdiff_t>(shifted % static_cast<unsigned>(kept_)) * stride_;
   }

@@ -196,15 +196,15 @@ class SmallWindows {
 
  private:
   // 3 x 3 pixels: pairs of rows as long as there are other rows below.
-  void three(int y, int rows, const typename Kernels<T>::Three* kernels) const {
-    T* out = output_.begin(y, 0);
+  void three(int64_t y, int rows, const typename Kernels<T>::Three* kernels) const {
+    T* out = output_.begin(static_cast<int>(y), 0);
     const ptrdiff_t outStep = output_.step();
     const int64_t below = last_ - y;
     const int pairs = static_cast<int>(below < rows ? below / 2 : rows / 2);
     for (int made = 0, count = pairs; made < rows; made += 2 * count, y += 2 * count, out += 2 * count * outStep) {
       if (made > 0 || pairs == 0) count = 1;
       const ptrdiff_t next = y + 1 <= last_ ? step_ : 0, second = y + 2 <= last_ ? next + step_ : next;
-      const T *const above = row(int64_t(y) - 1), *const own = row(y);
+      const T *const above = row(y - 1), *const own = row(y);
       // What no row is there for goes beside the image.
       alignas(32) T spare[2 * lanes];
       vectors(true, [&](int kernel, ptrdiff_t x) {

@@ -195,8 +195,8 @@ void columnRegion(const ColumnPlan& plan, ZebiPoint anchor, int channels, const 
   const int64_t above = int64_t(plan.top) - anchor.y;
   const int height = source.size().height;
   const ptrdiff_t step = height > 1 ? (source.row(1) - source.row(0)) / static_cast<ptrdiff_t>(sizeof(T)) : 0;
-  for (int y = output.firstRow; y < output.endRow; y += together) {
-    const int made = output.endRow - y < together ? output.endRow - y : together;
+  for (int y = output.firstRow, made; y < output.endRow; y += made) {
+    made = output.endRow - y < together ? output.endRow - y : together;
     const bool even = y + above >= 0 && y + made - 1 + above + maskRows <= height;
     const int alike = even ? made : 1;
     for (int r = 0; r < made; r += alike) {

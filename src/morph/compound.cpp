@@ -242,17 +242,17 @@ class Composition {
     const int height = source.size().height, most = static_cast<int>(room_.imageBytes / step) - above - below;
     const int count = (roi_.height - 1) / most + 1, rows = (roi_.height - 1) / count + 1;
     const size_t bytes = static_cast<size_t>(step);
-    const auto at = [&](int row) { return room_.image + static_cast<ptrdiff_t>(row) * step; };
+    const auto at = [&](int64_t row) { return room_.image + static_cast<ptrdiff_t>(row) * step; };
     int made = 0;
-    for (int y = 0; y < roi_.height; y += rows) {
-      const int n = rows < roi_.height - y ? rows : roi_.height - y;
-      const int first = y + margins_.top - above, end = y + n + margins_.top + below;
-      const int stop = end < height ? end : height;
+    for (int y = 0, n; y < roi_.height; y += n) {
+      n = rows < roi_.height - y ? rows : roi_.height - y;
+      const int64_t first = int64_t{y} + margins_.top - above, end = int64_t{y} + n + margins_.top + below;
+      const int stop = end < height ? static_cast<int>(end) : height;
       if (y > 0) memmove(at(0), at(rows), static_cast<size_t>(above + below) * bytes);
       if (made < stop) intermediate(source, made, stop, at(made - first), step);
       made = stop;
-      for (int row = first; row < 0; ++row) memcpy(at(row - first), at(-first), bytes);
-      for (int row = height; row < end; ++row) memcpy(at(row - first), at(height - 1 - first), bytes);
+      for (int64_t row = first; row < 0; ++row) memcpy(at(row - first), at(-first), bytes);
+      for (int64_t row = height; row < end; ++row) memcpy(at(row - first), at(height - 1 - first), bytes);
       RowOutput<T> part = output;
       part.dst = output.dst.from(0, y), part.endRow = n;
       if (output.finish != RowOutput<T>::store) part.other = output.other.from(0, y);

@@ -233,8 +233,8 @@ class CoverStrip {
     }
     const ptrdiff_t from = static_cast<ptrdiff_t>(x) * channels_, n = static_cast<ptrdiff_t>(columns) * channels_;
     const bool together = output_.together() >= rows_ && n <= shortResult * Vec<T>::lanes;
-    for (int y = output_.firstRow; y < output_.endRow; y += rows_) {
-      const int rows = output_.endRow - y < rows_ ? output_.endRow - y : rows_;
+    for (int y = output_.firstRow, rows; y < output_.endRow; y += rows) {
+      rows = output_.endRow - y < rows_ ? output_.endRow - y : rows_;
       advance(y, rows, y == output_.firstRow);
       if (together) combineLines<Op>(taps, plan_.taps, 0, output_.begin(y, from), n, {rows, stride_, output_.step()});
       for (int i = 0; i < rows; ++i) {

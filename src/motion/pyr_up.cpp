@@ -157,7 +157,8 @@ void expand(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
   for (int y = 0; y < size.height; ++y) {
     const int below = y + 1 < size.height ? y + 1 : y;
     if (below > y) expandRow<channels>(src[below], size.width, ring[below]);
-    expandColumns(ring[y > 0 ? y - 1 : below], ring[y], ring[below], dst[2 * y], dst[2 * y + 1], n);
+    expandColumns(ring[y > 0 ? y - 1 : below], ring[y], ring[below], dst.row(ptrdiff_t{2} * y),
+                  dst.row(ptrdiff_t{2} * y + 1), n);
   }
 }
 

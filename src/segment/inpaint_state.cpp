@@ -16,7 +16,7 @@ namespace {
 
 using namespace zeb;
 
-constexpr int64_t slack = 256;  // the header, the boundaries of the pieces, which the ends of the tables fill
+constexpr int64_t slack = 256;  // the header, the ends of the tables, the boundaries of the pieces
 static_assert(sizeof(InpaintState) + 5 * 32 <= slack);
 
 // Without the order of filling, whose length the mask tells.
@@ -84,7 +84,7 @@ void sortByDistance(Rows<const Zeb8u> mask, const InpaintState& state, Zeb8u* me
 
 // ---- The state ----
 
-// A table of weights with what whole vectors read behind its end, an odd square: 7 elements more.
+// A table of weights and what whole vectors read behind its end: the square of an odd number is 1 modulo 8.
 int64_t tableElements(int side) {
   return int64_t{side} * side + V32f::lanes - 1;
 }

@@ -69,7 +69,8 @@ struct Lens {
     const Zeb32f dx = i - centre.x, dy = j - centre.y, x = dx * ifx, y = dy * ify;
     const Zeb32f xx = x * x, yy = y * y, r2 = xx + yy, d = r2 * std::fma(k2, r2, k1);
     const ZebiPoint_32f at = {std::fma(dx, d, i), std::fma(dy, d, j)};
-    if (!tangential || (p1 == 0 && p2 == 0 && std::isfinite(r2))) return at;
+    if (!tangential) return at;
+    if (p1 == 0 && p2 == 0 && std::isfinite(r2)) return {at.x + 0.0f, at.y + 0.0f};
     const Zeb32f t = (x + x) * y;
     const Zeb32f tx = std::fma(p2, std::fma(2.0f, xx, r2), p1 * t), ty = std::fma(p1, std::fma(2.0f, yy, r2), p2 * t);
     return {std::fma(focal.x, tx, at.x), std::fma(focal.y, ty, at.y)};

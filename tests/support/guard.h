@@ -48,8 +48,8 @@ class GuardedBytes {
 
 Zeb8u junkByte(size_t position);
 
-// Fills memory that holds nothing yet with signalling values that are not numbers, floats and doubles on their own
-// boundaries, so that no arithmetic on them goes unnoticed.
+// Fills memory that holds nothing yet with values that are not numbers: signalling as floats in the even words, as
+// doubles in pairs.
 void fillWithSignals(void* start, size_t bytes);
 
 // A scratch buffer of exactly size bytes at an odd address, filled with signalling values.
