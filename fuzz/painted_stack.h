@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 
 #include "caller.h"
+#include "support/guard.h"
 #include "support/memcheck.h"
 
 namespace fuzz {
@@ -17,8 +18,7 @@ namespace fuzz {
 // The page behind that word cannot be accessed.
 constexpr size_t stackBytes = 1 << 18, page = 4096, lowest = 2 * page, roomForArguments = 512;
 
-// Half of an even double, and of an odd one: signalling as floats in the even words, as doubles in pairs.
-constexpr uint32_t junkWords[4] = {0x7FB5A5A5, 0x7FF5A5A5, 0x7FB5A5A5, 0x7FF5A5A5};
+constexpr uint32_t junkWords[4] = {test::signals[0], test::signals[1], test::signals[0], test::signals[1]};
 
 class PaintedStack {
  public:

@@ -34,12 +34,23 @@ inline int64_t anyBytes(int64_t) {
   return INT64_MAX;
 }
 
-// A size of so many columns with the least height that the query refuses; ask and most are of heights.
-template <class Ask, class Most>
-ZebiSize tooHigh(const Choice& c, int width, Ask ask, Most most) {
+// The same for a query that takes a size, here of one row, and what else it is told.
+template <class Query, class Most, class... Other>
+int64_t leastWidthRefused(const Choice& c, const Query& query, Most most, Other... other) {
+  return leastRefused(
+      c,
+      [&](int width, int* told) {
+        return query.bare({width, 1}, other..., told);
+      },
+      most);
+}
+// One column with the least height that the query refuses; most: of heights.
+template <class Query, class Most, class... Other>
+ZebiSize tooHigh(const Choice& c, const Query& query, Most most, Other... other) {
+  const auto ask = [&](int height, int* told) { return query.bare({1, height}, other..., told); };
   const int64_t height = leastRefused(c, ask, most);
   require(height <= INT32_MAX, "a query refuses no height");
-  return {width, static_cast<int>(height)};
+  return {1, static_cast<int>(height)};
 }
 
 // Calls refused(n) for the least extent that a query refuses, if rows of so many bytes a pixel can be that long: the

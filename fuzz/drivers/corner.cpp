@@ -100,9 +100,8 @@ void corners(Choice& c, const F& f, const Q& query, Corner kind, K... k) {
   const Scratch buffer = c.scratch(bytes);
   const int floats = kind == Corner::eigenValsVecs ? 6 : 1;
   const Image<Zeb32f> dst = c.empty<Zeb32f>(s.size, floats);
-  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, s.filter, s.mask, s.window, told); };
   const int pixel = 4 * floats, element = sizeof(S);
-  atLeastRefused(leastRefused(c, ask, most), pixel, [&](int wide) {
+  atLeastRefused(leastWidthRefused(c, query, most, s.filter, s.mask, s.window), pixel, [&](int wide) {
     f.refused(zebStsErrOverflow, s.pixels(), wide * element, dst.pixels(), wide * pixel, ZebiSize{wide, 1}, s.filter,
               s.mask, s.window, k..., s.border, s.value, buffer.get());
   });

@@ -123,11 +123,6 @@ Scratch scratchFor(Choice& c, const Query& query, ZebiSize size) {
   return c.scratch(bytes);
 }
 
-ZebiSize tooHigh(const Choice& c, const Query& query) {
-  const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
-  return fuzz::tooHigh(c, 1, ask, anyBytes);
-}
-
 void euclid(Choice& c) {
   const auto f = FUNCTION(zebiTrueDistanceTransform_8u32f_C1R);
   const auto query = FUNCTION(zebiTrueDistanceTransformGetBufferSize_8u32f_C1R);
@@ -135,7 +130,8 @@ void euclid(Choice& c) {
   const Image<Zeb8u> src = picture(c, size);
   const Image<Zeb32f> dst = c.empty<Zeb32f>(size);
   const Scratch scratch = scratchFor(c, query, size);
-  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh(c, query), scratch.get());
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh(c, query, anyBytes),
+            scratch.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, scratch.get());
   require(agree(f.name(), dst, ref::euclid(src.plane())), src.describe());
   require(src.intact() && scratch.intact(), "wrote outside");
@@ -151,7 +147,7 @@ void marching(Choice& c) {
   const Scratch scratch = scratchFor(c, query, size);
   Zeb32f radius = c.oneIn(4) ? c.value<Zeb32f>() : c.oneIn(4) ? static_cast<Zeb32f>(c.within(0, 9)) : c.real(0, 20);
   if (radius < 0) radius = -radius;
-  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh(c, query), radius,
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), dst.pixels(), dst.step(), tooHigh(c, query, anyBytes), radius,
             scratch.get());
   f.ok(c, src.pixels(), src.step(), dst.pixels(), dst.step(), size, orElse(radius, -1e-40f, zebStsErrBadArgument),
        scratch.get());

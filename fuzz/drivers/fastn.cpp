@@ -75,8 +75,7 @@ void fastN(Choice& c) {
   test.run(src.plane(), &map, &codes);
   const bool oriented = c.coin();
   const auto f = FUNCTION(zebiFastN_8u_C1R);
-  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, stateIn(spec), told); };
-  atLeastRefused(leastRefused(c, ask, mostBytes), 1, [&](int wide) {
+  atLeastRefused(leastWidthRefused(c, query, mostBytes, stateIn(spec)), 1, [&](int wide) {
     f.refused(zebStsErrOverflow, src.pixels(), wide, dst.pixels(), wide, nullptr, 0, ZebiSize{wide, 1}, stateIn(spec),
               buffer.get());
   });
@@ -161,9 +160,8 @@ void lineSuppression(Choice& c) {
   query.ok(c, size, orElse(mask, c.oneOf(badMasks), zebStsErrMaskSize), &bytes);
   const Scratch buffer = c.scratch(bytes);
   const auto f = FUNCTION(zebiLineSuppression_8u_C1R);
-  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, mask, told); };
   const auto most = [&](int64_t width) { return (2 * reach + 3) * (width + 512) + 1024; };
-  atLeastRefused(leastRefused(c, ask, most), 1, [&](int wide) {
+  atLeastRefused(leastWidthRefused(c, query, most, mask), 1, [&](int wide) {
     f.refused(zebStsErrOverflow, src.pixels(), wide, dst.pixels(), wide, ZebiSize{wide, 1}, mask, tolerance, border,
               value, buffer.get());
   });

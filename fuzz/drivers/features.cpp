@@ -51,9 +51,8 @@ void canny(Choice& c, Function<const T*, int, const T*, int, Zeb8u*, int, ZebiSi
   const auto query = FUNCTION(zebiCannyGetSize);
   query.ok(c, size, &bytes);
   const Scratch scratch = c.scratch(bytes);
-  const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
   f.refused(zebStsErrOverflow, dx.pixels(), dx.step(), dy.pixels(), dy.step(), dst.pixels(), dst.step(),
-            tooHigh(c, 1, ask, anyBytes), t.low, t.high, scratch.get());
+            tooHigh(c, query, anyBytes), t.low, t.high, scratch.get());
   f.ok(c, dx.pixels(), dx.step(), dy.pixels(), dy.step(), dst.pixels(), dst.step(), size, orElse(t.low, t.bad), t.high,
        scratch.get());
   require(agree(f.name(), dst, ref::canny(g, t.low, t.high, kind)),
@@ -88,9 +87,9 @@ void cannyBorder(Choice& c) {
   const auto query = FUNCTION(zebiCannyBorderGetSize);
   query.ok(c, size, filter, orElse(mask, 53, zebStsErrMaskSize), keep(zeb8u), &bytes);
   const Scratch scratch = c.scratch(bytes);
-  const auto ask = [&](int height, int* told) { return query.bare({1, height}, filter, mask, zeb8u, told); };
-  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(), tooHigh(c, 1, ask, anyBytes),
-            filter, mask, border, value, t.low, t.high, norm, scratch.get());
+  f.refused(zebStsErrOverflow, src.pixels(left, top), src.step(), pDst, src.step(),
+            tooHigh(c, query, anyBytes, filter, mask, zeb8u), filter, mask, border, value, t.low, t.high, norm,
+            scratch.get());
   // Its steps are taken as they are, so a region may be spoiled by sizes without an area only.
   const ZebiSize noArea = {size.width, c.within(-9, 0)};
   f.ok(c, src.pixels(left, top), keep(src.step()), pDst, keep(inPlace ? src.step() : own.step()),
@@ -175,8 +174,7 @@ void houghLine(Choice& c, bool inRegion) {
   const auto query = FUNCTION(zebiHoughLineGetSize_8u_C1R);
   query.ok(c, l.size, orElse(l.grid.delta, l.badDelta), orElse(l.most, INT32_MAX, zebStsErrOverflow, Check::state),
            &bytes);
-  const auto ask = [&](int height, int* told) { return query.bare({1, height}, l.grid.delta, l.most, told); };
-  const ZebiSize hopeless = tooHigh(c, 1, ask, anyBytes);
+  const ZebiSize hopeless = tooHigh(c, query, anyBytes, l.grid.delta, l.most);
   const Scratch scratch = c.scratch(bytes);
   const List<ZebiPoint_32f> list(l.most);
   const auto size = orElse(l.size, l.noArea(c), zebStsErrSize);
@@ -213,8 +211,7 @@ void houghSegments(Choice& c) {
   const Scratch specMemory = c.scratch(specBytes), scratch = c.scratch(bytes);
   auto* spec = reinterpret_cast<ZebiHoughProbSpec*>(specMemory.get());
   const auto init = FUNCTION(zebiHoughProbLineInit_8u32f_C1R);
-  const auto ask = [&](int height, int* told) { return query.bare({1, height}, l.grid.delta, &specBytes, told); };
-  const ZebiSize hopeless = tooHigh(c, 1, ask, anyBytes);
+  const ZebiSize hopeless = tooHigh(c, query, anyBytes, l.grid.delta, &specBytes);
   init.refused(zebStsErrOverflow, hopeless, l.grid.delta, 0, spec);
   init.ok(c, l.size, delta, keep(c.within(0, 9)), spec);
   const List<ZebiRect> list(l.most);

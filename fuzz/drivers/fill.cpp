@@ -64,8 +64,7 @@ struct FillCase {
     query.ok(c, size, &bytes);
     const Scratch scratch = c.scratch(bytes);
     auto* record = reinterpret_cast<ZebiConnectedComp*>(memory.data());
-    const auto ask = [&](int height, int* told) { return query.bare({1, height}, told); };
-    call(record, scratch.get(), tooHigh(c, 1, ask, anyBytes));
+    call(record, scratch.get(), tooHigh(c, query, anyBytes));
     const std::string what = "seed " + std::to_string(seed.x) + ", " + std::to_string(seed.y);
     require(agree(name, image, expected), what);
     require(ref::sameComp(*record, want), what + ": record of area " + std::to_string(record->area) + ", not " +

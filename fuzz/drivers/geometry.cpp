@@ -154,8 +154,7 @@ int lensBytes(Choice& c, ZebiSize size) {
   });
 }
 int64_t tooWideForLenses(const Choice& c) {
-  const auto ask = [](int width, int* told) { return zebiUndistortGetSize({width, 1}, told); };
-  return leastRefused(c, ask, mostLensBytes);
+  return leastWidthRefused(c, FUNCTION(zebiUndistortGetSize), mostLensBytes);
 }
 
 template <class T, int channels, class F>
@@ -294,13 +293,13 @@ void gradient(Choice& c, const F& f, ref::Taps smooth) {
   const int kind = c.within(0, 2);
   if (kind == 0) wanted = 15;
   if (kind == 2) wanted = 1;
-  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, plain(mask), type, channels, told); };
   constexpr int pixel = channels * sizeof(S), result = sizeof(D);
   const auto call = [&](auto value, auto types) {
-    atLeastRefused(leastRefused(c, ask, most), std::max(pixel, result), [&](int wide) {
-      f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, gx.pixels(), wide * result, nullptr, 0, nullptr, 0,
-                nullptr, 0, ZebiSize{wide, 1}, mask, choice, src.border, value, buffer.get());
-    });
+    atLeastRefused(
+        leastWidthRefused(c, query, most, plain(mask), type, channels), std::max(pixel, result), [&](int wide) {
+          f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, gx.pixels(), wide * result, nullptr, 0, nullptr, 0,
+                    nullptr, 0, ZebiSize{wide, 1}, mask, choice, src.border, value, buffer.get());
+        });
     const auto with = [&](auto... outputs) {
       f.ok(c, src.pixels(), src.image.step(), outputs..., size, mask, choice, types, value, buffer.get());
     };

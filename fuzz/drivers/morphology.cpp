@@ -233,10 +233,7 @@ void composed(Choice& c, const Function<ZebiSize, ZebiSize, int*, int*>& query,
   int specSize = 0, bufferSize = 0;
   query.ok(c, stateSize, maskSize, &specSize, &bufferSize);
   const Scratch spec = c.scratch(specSize), buffer = c.scratch(bufferSize);
-  const auto ask = [&](int height, int* told) {
-    return query.bare({stateSize.width, height}, maskSize, &specSize, told);
-  };
-  const ZebiSize hopeless = tooHigh(c, stateSize.width, ask, anyBytes);
+  const ZebiSize hopeless = tooHigh(c, query, anyBytes, maskSize, &specSize);
   ZebiMorphAdvState* allocated = nullptr;
   init.refused(zebStsErrOverflow, stateIn<ZebiMorphAdvState>(spec), hopeless, e.mask.data(), maskSize, anchor);
   initAlloc.refused(zebStsErrOverflow, &allocated, hopeless, e.mask.data(), maskSize, anchor);

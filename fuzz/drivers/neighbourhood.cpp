@@ -30,8 +30,7 @@ void fixed(Choice& c, const F& f, const Q& query, const Fixed& filter, int n, Ma
     return told;
   });
   const Scratch buffer = c.scratch(bytes);
-  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, plain(mask)..., told); };
-  atLeastRefused(leastRefused(c, ask, most), sizeof(D), [&](int wide) {
+  atLeastRefused(leastWidthRefused(c, query, most, plain(mask)...), sizeof(D), [&](int wide) {
     f.refused(zebStsErrOverflow, src.pixels(), wide * int(sizeof(S)), dst.pixels(), wide * int(sizeof(D)),
               ZebiSize{wide, 1}, mask..., src.border, src.value[0], buffer.get());
   });
@@ -133,10 +132,9 @@ void gaussian(Choice& c, const F& f, ZebDataType type) {
 
   // Where a width is spoiled, a step that was too small may hold it.
   const ZebiSize flat = {size.width, c.within(-9, 0)};
-  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, n, type, channels, &stateBytes, told); };
   constexpr int pixel = channels * sizeof(S);
   const auto call = [&](auto value, auto types) {
-    atLeastRefused(leastRefused(c, ask, most), pixel, [&](int wide) {
+    atLeastRefused(leastWidthRefused(c, query, most, n, type, channels, &stateBytes), pixel, [&](int wide) {
       f.refused(zebStsErrOverflow, src.pixels(), wide * pixel, dst.pixels(), wide * pixel, ZebiSize{wide, 1},
                 src.border, value, state(memory), buffer.get());
     });

@@ -20,12 +20,10 @@ ZebiNorm otherNorm(Choice& c) {
 
 using Query = Function<ZebiSize, int*>;
 
-// most(width, height): what the query may tell.
-template <class Q, class Most, class... Selector>
-ZebiSize tooHigh(const Choice& c, const Q& query, Most most, Selector... selector) {
-  const auto ask = [&](int height, int* told) { return query.bare({1, height}, selector..., told); };
-  const auto mostOf = [&](int64_t height) { return most(1, height); };
-  return fuzz::tooHigh(c, 1, ask, mostOf);
+// What a query may tell of a single column; most(width, height): of any size.
+template <class Most>
+auto ofColumn(Most most) {
+  return [=](int64_t height) { return most(1, height); };
 }
 
 // Scratch of the reported size, which is at most what is promised.
@@ -104,8 +102,8 @@ void segment(Choice& c, Function<const T*, int, T*, int, ZebiSize, ZebiNorm, int
     return gradient ? 10 * framed + 2112 : sizeof(T) == 1 ? 5 * framed + 2112 : 6 * framed + 532800;
   };
   const Scratch scratch = scratchFor(c, query, size, most);
-  f.refused(zebStsErrOverflow, src.pixels(), src.step(), marker.pixels(), marker.step(), tooHigh(c, query, most), norm,
-            flag, scratch.get());
+  f.refused(zebStsErrOverflow, src.pixels(), src.step(), marker.pixels(), marker.step(),
+            tooHigh(c, query, ofColumn(most)), norm, flag, scratch.get());
   f.ok(c, src.pixels(), src.step(), marker.pixels(), stepOf(marker, size.width), size, orElse(norm, bad, zebStsErrNorm),
        orElse(flag, 2, zebStsErrBadArgument, Check::state), scratch.get());
   const auto want = ref::segmented(src.plane(), before, norm, flag != 0, gradient);
@@ -150,8 +148,8 @@ void label(Choice& c, Function<T*, int, ZebiSize, int, int, ZebiNorm, int*, Zeb8
   const auto bytes = [](int64_t w, int64_t h) { return (w + 1) / 2 * (4 * h + 24) + 64; };
   const Scratch scratch = scratchFor(c, query, size, bytes);
   int number = -1;
-  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh(c, query, bytes), low, high, norm, &number,
-            scratch.get());
+  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh(c, query, ofColumn(bytes)), low, high, norm,
+            &number, scratch.get());
   f.refused(zebStsErrRange, image.pixels(), image.step(), size, 5, 4, bad, &number, scratch.get());
   const bool limited = most < INT32_MAX;
   f.ok(c, image.pixels(), image.step(), size, orElse(low, 0, zebStsErrOutOfRange),
@@ -188,7 +186,7 @@ void speckles(Choice& c, Function<T*, int, ZebiSize, T, int, D, ZebiNorm, Zeb8u*
   query.ok(c, size, orElse(type, zeb8s, zebStsErrDataType), &bytes);
   const auto mostBytes = [](int64_t w, int64_t h) { return (4 * h + 16) * w + 64; };
   const Scratch scratch = scratchOf(c, bytes, size, mostBytes);
-  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh(c, query, mostBytes, type), newVal, most,
+  f.refused(zebStsErrOverflow, image.pixels(), image.step(), tooHigh(c, query, ofColumn(mostBytes), type), newVal, most,
             difference, norm, scratch.get());
   f.ok(c, image.pixels(), image.step(), size, newVal, orElse(most, 0, zebStsErrSize),
        orElse(difference, badDifference, zebStsErrBadArgument, Check::state),

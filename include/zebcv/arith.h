@@ -79,9 +79,8 @@ ZebStatus zebiAddProduct_32f_C1IMR(const Zeb32f* pSrc1, int src1Step, const Zeb3
                                    const Zeb8u* pMask, int maskStep, Zeb32f* pSrcDst, int srcDstStep, ZebiSize roiSize);
 
 /**
- * Running average: acc = (src - acc) x alpha + acc; the difference is rounded, the rest is one fused step.
- * alpha may be any value: 0 keeps the accumulator, 1 replaces it by the source, where the difference of both is
- * exact.
+ * Running average: acc = (src - acc) x alpha + acc; the difference is rounded, the rest is one fused step. alpha may be
+ * any value: 0 keeps the accumulator, 1 replaces it by the source, where the difference of both is exact.
  */
 ZebStatus zebiAddWeighted_8u32f_C1IR(const Zeb8u* pSrc, int srcStep, Zeb32f* pSrcDst, int srcDstStep, ZebiSize roiSize,
                                      Zeb32f alpha);

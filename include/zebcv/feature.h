@@ -215,11 +215,11 @@ ZebStatus zebiHoughProbLineInit_8u32f_C1R(ZebiSize roiSize, ZebiPoint_32f delta,
  *
  * Edge pixels are drawn in a random order that is the same for every call. A drawn pixel that no segment has taken yet
  * votes for every angle; its cell is trunc(x cos / deltaRho + y sin / deltaRho) + (nRho - 1) / 2 in single precision,
- * kept within 0 .. nRho - 1; with no cell, nRho 0, nothing is found.
- * When its strongest cell (the smallest angle among equals) holds at least threshold votes, the line is followed from
- * the pixel in both directions over the edge pixels that are left, over gaps of at most lineGap pixels. A segment whose
- * larger extent in x or y is at least lineLength is stored; its pixels are taken, and the votes of a pixel are taken
- * back for each of them (drawn or not). Pixels of a shorter one are taken too, but their votes stay.
+ * kept within 0 .. nRho - 1; with no cell, nRho 0, nothing is found. When its strongest cell (the smallest angle among
+ * equals) holds at least threshold votes, the line is followed from the pixel in both directions over the edge pixels
+ * that are left, over gaps of at most lineGap pixels. A segment whose larger extent in x or y is at least lineLength is
+ * stored; its pixels are taken, and the votes of a pixel are taken back for each of them (drawn or not). Pixels of a
+ * shorter one are taken too, but their votes stay.
  *
  * pRect[i] holds the two end points of a segment: (x, y) and, in width and height, (x2, y2). *pLineCount receives the
  * number of segments. The rounding mode of float conversions is as before on return.

@@ -86,8 +86,8 @@ ZebStatus zebiMorphologyInit_32f_C4R(int roiWidth, const Zeb8u* pMask, ZebiSize 
                                      ZebiMorphState* pState);
 
 /**
- * Allocates a state of the size that its mask needs and builds it; release it with zebiMorphologyFree. A
- * failure leaves nothing allocated and *ppState as it was.
+ * Allocates a state of the size that its mask needs and builds it; release it with zebiMorphologyFree. A failure leaves
+ * nothing allocated and *ppState as it was.
  *
  * Status: zebStsOk; zebStsErrNullPointer (pMask or ppState); zebStsErrSize; zebStsErrAnchor; zebStsErrMemAlloc;
  * zebStsErrOverflow.

@@ -125,22 +125,22 @@ ZebStatus zebiPyramidFree(ZebiPyramid* pPyr);
  * Smoothing of a sample c with its neighbours a[j], b[j] at distance j on both sides, in single precision, each step
  * fused, from the nearest neighbour outwards: w[0] c + sum of w[j] x (a[j] + b[j]). Outside pixels are mirrored without
  * repeating the edge, as often as needed. Linear interpolation between neighbours s and t at the fraction f goes along
- * the rows, then down the columns; beyond the last pixel the last one is taken. Positions are
- * formed in double precision, their fractions rounded to single. Integer results are rounded to nearest
- * (0.5 added, truncated) and saturated. Sums and differences of two 32f pixels are formed, so values beyond 2^126, or
- * smaller ones under weights that magnify, may become infinite or NaN.
+ * the rows, then down the columns; beyond the last pixel the last one is taken. Positions are formed in double
+ * precision, their fractions rounded to single. Integer results are rounded to nearest (0.5 added, truncated) and
+ * saturated. Sums and differences of two 32f pixels are formed, so values beyond 2^126, or smaller ones under weights
+ * that magnify, may become infinite or NaN.
  *
- * Down: the source is smoothed, columns then rows, and read at (rate x, rate y) as fma(f, t, (1 - f) s), s itself
- * where f is 0; a rate from 1.99998 to 2.00002 counts as 2. The weights are taken as they were truncated, so an integer
- * image may come out a little darker (a white 16u image by as much as the weights lack), and an infinite pixel stays
- * infinite under weights above 0. The destination must have the size of the next level: where the largest source
- * exceeds the kernel in both dimensions the state holds the chain of level sizes, and a source that equals an entry, or
- * else is as high as one, requires the following entry (the last one, 1 x 1, has none: its height counts); all others
+ * Down: the source is smoothed, columns then rows, and read at (rate x, rate y) as fma(f, t, (1 - f) s), s itself where
+ * f is 0; a rate from 1.99998 to 2.00002 counts as 2. The weights are taken as they were truncated, so an integer image
+ * may come out a little darker (a white 16u image by as much as the weights lack), and an infinite pixel stays infinite
+ * under weights above 0. The destination must have the size of the next level: where the largest source exceeds the
+ * kernel in both dimensions the state holds the chain of level sizes, and a source that equals an entry, or else is as
+ * high as one, requires the following entry (the last one, 1 x 1, has none: its height counts); all others
  * zebiGetPyramidDownROI of the source. Nothing is allocated. The call uses work rows in the state.
  *
- * Up: the source is read at (x / rate, y / rate) as s + f (t - s), one fused step, and smoothed: both along
- * the rows, then both down the columns. A constant image stays exactly what it is, whatever the rounding of the
- * weights: where sum is not 0 a sample is c + sum of w[j] x ((a[j] - c) + (b[j] - c)). The destination must lie within
+ * Up: the source is read at (x / rate, y / rate) as s + f (t - s), one fused step, and smoothed: both along the rows,
+ * then both down the columns. A constant image stays exactly what it is, whatever the rounding of the weights: where
+ * sum is not 0 a sample is c + sum of w[j] x ((a[j] - c) + (b[j] - c)). The destination must lie within
  * zebiGetPyramidUpROI of the source. Each call allocates and frees one block.
  *
  * Steps are in bytes and need not be a multiple of the element. Source and destination may not overlap. A state may not

@@ -29,8 +29,8 @@ extern "C" {
  * a mask, and a channel that of the same plane as an image of its own, all bit for bit. A result that is not a number
  * has the bits 0x7FF8000000000000.
  *
- * The images are only read and may overlap; pValue may stand at any address outside them. Outputs must not
- * overlap each other.
+ * The images are only read and may overlap; pValue may stand at any address outside them. Outputs must not overlap each
+ * other.
  *
  * Steps are in bytes and at least the row (width x channels elements; the mask: width), even for 16u, a multiple of 4
  * for 32f.

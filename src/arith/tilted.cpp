@@ -117,7 +117,7 @@ ZebStatus tiltedTable(Image<const Zeb8u> src, Image<S> table, ZebiSize roi, S va
   const Rows<S> dst = table;
   fillRows(dst, roi.width + 2, val);
   for (int y = 0; y < roi.height; ++y)
-    tiltedRow<Plain, last, S>(src.rows()[y], dst.row(ptrdiff_t{y} + 1), dst[y], dst.row(ptrdiff_t{y} + 2), roi.width);
+    tiltedRow<Plain, last, S>(src.rows()[y], dst[y + 1], dst[y], dst.row(ptrdiff_t{y} + 2), roi.width);
   return zebStsOk;
 }
 
@@ -130,10 +130,8 @@ ZebStatus tiltedTables(Image<const Zeb8u> src, Image<S> sums, Image<Q> squares, 
   fillRows(sqr, roi.width + 2, valSqr);
   for (int y = 0; y < roi.height; ++y) {
     const Zeb8u* const row = src.rows()[y];
-    tiltedRow<Plain, LastColumn::store, S>(row, dst.row(ptrdiff_t{y} + 1), dst[y], dst.row(ptrdiff_t{y} + 2),
-                                           roi.width);
-    tiltedRow<Squared, LastColumn::store, Q>(row, sqr.row(ptrdiff_t{y} + 1), sqr[y], sqr.row(ptrdiff_t{y} + 2),
-                                             roi.width);
+    tiltedRow<Plain, LastColumn::store, S>(row, dst[y + 1], dst[y], dst.row(ptrdiff_t{y} + 2), roi.width);
+    tiltedRow<Squared, LastColumn::store, Q>(row, sqr[y + 1], sqr[y], sqr.row(ptrdiff_t{y} + 2), roi.width);
   }
   return zebStsOk;
 }

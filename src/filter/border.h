@@ -188,7 +188,7 @@ class BorderedImage {
   const Zeb8u* rowOutside(int64_t y) const {
     if (y < 0 ? sides_.top : sides_.bottom) return rowAt(static_cast<ptrdiff_t>(y));
     if (base_ == zebBorderRepl || base_ == zebBorderInMem) return rowAt(y < 0 ? 0 : size_.height - 1);
-    const int source = borderSource(base_, static_cast<int>(y), size_.height);
+    const int source = borderSource(base_, y, size_.height);
     return source == borderConstant ? nullptr : rowAt(source);
   }
 
@@ -203,7 +203,7 @@ class BorderedImage {
       return;
     }
     for (ptrdiff_t x = from; x < from + count; ++x, out += px)
-      memcpy(out, line + borderSource(base_, static_cast<int>(x), size_.width) * px, static_cast<size_t>(px));
+      memcpy(out, line + borderSource(base_, x, size_.width) * px, static_cast<size_t>(px));
   }
 
   const Zeb8u* first_;

@@ -59,38 +59,30 @@ constexpr int borderConstant = INT_MIN;
 
 // Which pixel of a line of n stands at position p, 0 <= p < n or outside, under a base rule: an index in 0..n-1, or
 // borderConstant, or p itself under the in-memory rule. Positions farther out than the line is long wrap or reflect as
-// often as needed; a line of one pixel is its own reflection.
-constexpr int borderSource(int base, int p, int n) {
-  if ((p >= 0 && p < n) || base == zebBorderInMem) return p;
+// often as needed; a line of one pixel is its own reflection. Beside a line of 2^31 - 1 pixels a position is no int.
+constexpr int borderSource(int base, int64_t p, int n) {
+  if ((p >= 0 && p < n) || base == zebBorderInMem) return static_cast<int>(p);
   switch (base) {
     case zebBorderRepl:
       return p < 0 ? 0 : n - 1;
     case zebBorderWrap: {
-      const int r = p % n;
+      const auto r = static_cast<int>(p % n);
       return r < 0 ? r + n : r;
     }
     case zebBorderMirror: {  // period 2(n - 1): 0 1 .. n-1 n-2 .. 1
       if (n == 1) return 0;
-      if (p < 0 ? p > -n : p - n < n - 1) return p < 0 ? -p : n - 2 - (p - n);  // the usual first reflection
-      const int64_t period = 2 * (static_cast<int64_t>(n) - 1);
-      const int64_t r = p < 0 ? -static_cast<int64_t>(p) % period : p % period;
+      const int64_t period = 2 * (int64_t{n} - 1), away = p < 0 ? -p : p;
+      const int64_t r = away < period ? away : away % period;  // the usual first reflection takes no division
       return static_cast<int>(r < n ? r : period - r);
     }
     case zebBorderMirrorR: {  // period 2n: 0 1 .. n-1 n-1 .. 1 0; p and -1-p are the same pixel
-      if (p < 0 ? p >= -n : p - n < n) return p < 0 ? -1 - p : n - 1 - (p - n);
-      const int64_t period = 2 * static_cast<int64_t>(n);
-      const int64_t r = (p < 0 ? -1 - static_cast<int64_t>(p) : p) % period;
+      const int64_t period = 2 * int64_t{n}, away = p < 0 ? -1 - p : p;
+      const int64_t r = away < period ? away : away % period;
       return static_cast<int>(r < n ? r : period - 1 - r);
     }
     default:
       return borderConstant;
   }
-}
-
-// The same under the mirror rule for a position that may be no int: just beside a line of more than 2^30 pixels.
-constexpr int mirrorSource(int64_t p, int n) {
-  return p > INT_MAX ? static_cast<int>(2 * (int64_t{n} - 1) - p)
-                     : borderSource(zebBorderMirror, static_cast<int>(p), n);
 }
 
 }  // namespace zeb

@@ -50,8 +50,8 @@ void smoothColumns(const SymmetricKernel& kernel, RowAt rowAt, int y, int height
   const V32f own = splat(kernel.weight(0));
   const bool unitSum = kernel.unitSum;
   for (int j = 1; j <= kernel.reach; ++j) {
-    const auto a = rowAt(mirrorSource(int64_t{y} - j, height));
-    const auto b = rowAt(mirrorSource(int64_t{y} + j, height));
+    const auto a = rowAt(borderSource(zebBorderMirror, int64_t{y} - j, height));
+    const auto b = rowAt(borderSource(zebBorderMirror, int64_t{y} + j, height));
     const V32f w = splat(kernel.weight(j));
     if (unitSum && j == 1) {
       forVectors<8>(0, n, [=](int i, auto part) ZEB_BODY {

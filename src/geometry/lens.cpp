@@ -66,12 +66,12 @@ class Positions {
   }
   ZEB_INLINE Eight withTangential(int i) const {
     const Eight at = radial(i);
-    const V32f x = load(offset_ + i) * splat(ifx_), r2 = radius(i), t = (x + x) * splat(y_);
+    const V32f r2 = radius(i);
     if (lens_.p1 == 0 && lens_.p2 == 0) {
-      // Nothing is added. Where there is a distance, a product beyond the floats does not count either.
-      const V32f none = r2 - r2;
+      const V32f none = r2 - r2;  // 0 also where a product that counts for nothing leaves the floats
       return {at.x + none, at.y + none};
     }
+    const V32f x = load(offset_ + i) * splat(ifx_), t = (x + x) * splat(y_);
     const V32f tx = fma(splat(lens_.p2), fma(splat(2.0f), load(squares_ + i), r2), splat(lens_.p1) * t);
     const V32f ty = fma(splat(lens_.p1), fma(splat(2.0f), splat(yy_), r2), splat(lens_.p2) * t);
     return {fma(splat(lens_.focal.x), tx, at.x), fma(splat(lens_.focal.y), ty, at.y)};

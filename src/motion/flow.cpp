@@ -48,6 +48,13 @@ Span common(Span a, Span b) {
   return {a.from > b.from ? a.from : b.from, a.to < b.to ? a.to : b.to};
 }
 
+// How many pixels of a line there are from pixel p on, at most so many. p is not behind the last one but may lie before
+// the first, where they may be more than 2^31 - 1.
+int pixelsFrom(int p, int length, int most) {
+  const unsigned left = static_cast<unsigned>(length) - static_cast<unsigned>(p);
+  return left < static_cast<unsigned>(most) ? static_cast<int>(left) : most;
+}
+
 // One dimension of a window: pixel k stands at first + k + fraction.
 struct Stretch {
   int first = 0;
@@ -61,9 +68,7 @@ Stretch stretchAround(double centre, int window, int length) {
   const double whole = floor(corner);
   s.first = static_cast<int>(whole);
   s.fraction = static_cast<Zeb32f>(corner - whole);
-  // From the first pixel of the window to the last one of the image; with those before it that may be no int.
-  const unsigned end = static_cast<unsigned>(length) - (s.fraction > 0) - static_cast<unsigned>(s.first);
-  s.inside = common({-s.first, end < static_cast<unsigned>(window) ? static_cast<int>(end) : window}, {0, window});
+  s.inside = {s.first < 0 ? -s.first : 0, pixelsFrom(s.first, s.fraction > 0 ? length - 1 : length, window)};
   return s;
 }
 struct Frame {
@@ -86,12 +91,15 @@ struct Eight {
 struct Windows {
   Windows(Zeb8u* buffer, int64_t bytes, int window) : size(window), stride(roundedUp(window + 3) + 8) {
     Scratch scratch(buffer, bytes);
-    const auto rows = [&](int count) { return scratch.take<Zeb32f>(static_cast<int64_t>(stride) * count); };
+    // Whole vectors are read of rows whose last elements nothing else may have written.
+    const auto rows = [&](int count) {
+      const int64_t elements = static_cast<int64_t>(stride) * count;
+      auto* const first = scratch.take<Zeb32f>(elements);
+      memset(first, 0, static_cast<size_t>(elements) * sizeof(Zeb32f));
+      return first;
+    };
     around = rows(window + 2);
     lattice = rows(window + 3);
-    // Whole vectors are read of both, whose last elements nothing else may have written.
-    memset(around, 0, static_cast<size_t>(stride) * static_cast<size_t>(window + 2) * sizeof(Zeb32f));
-    memset(lattice, 0, static_cast<size_t>(stride) * static_cast<size_t>(window + 3) * sizeof(Zeb32f));
     eights = scratch.take<Eight>(static_cast<int64_t>(roundedUp(window) / 8) * window);
   }
   Eight* column(int x) const { return eights + static_cast<ptrdiff_t>(x / 8) * size; }
@@ -102,21 +110,16 @@ struct Windows {
   Eight* eights;
 };
 
-// n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge. (x, y) is not behind the last
-// pixel, but may lie before the first, so that there are more than 2^31 - 1 columns or rows from it on.
+// n x n whole pixels x.., y.. of a level as floats; outside pixels repeat the edge.
 template <class T>
 void fillLattice(const Level<T>& level, int x, int y, int n, const Windows& w) {
   const auto clamped = [](int p, int end) { return p < 0 ? 0 : p < end ? p : end - 1; };
-  const auto lastFrom = [n](int p, int length) {
-    const unsigned last = static_cast<unsigned>(length - 1) - static_cast<unsigned>(p);
-    return last < static_cast<unsigned>(n - 1) ? static_cast<int>(last) : n - 1;
-  };
   // Columns from..to-1 come from the row, at least one of them.
-  const int from = clamped(-x, n), to = lastFrom(x, level.size.width) + 1, lastRow = lastFrom(y, level.size.height);
+  const int from = clamped(-x, n), to = pixelsFrom(x, level.size.width, n), rows = pixelsFrom(y, level.size.height, n);
   const int shift = clamped(x + from, level.size.width) - from;
   Zeb32f* lattice = w.lattice;
   for (int r = 0; r < n; ++r, lattice += w.stride) {
-    const int q = y + (r < lastRow ? r : lastRow);
+    const int q = y + (r < rows ? r : rows - 1);
     const T* const row = level.rows[q > 0 ? q : 0];
     const V32f left = splat(static_cast<Zeb32f>(row[shift + from]));
     const V32f right = splat(static_cast<Zeb32f>(row[shift + to - 1]));

@@ -219,7 +219,7 @@ void halve(Rows<const T> src, Rows<T> dst, ZebiSize size, Zeb8u* pBuffer) {
       filterColumns(slots + first, dst[y], n);
     } else {
       Sum* rows[5];
-      for (int k = 0; k < 5; ++k) rows[k] = ring[mirrorSource(int64_t{2} * y - 2 + k, size.height)];
+      for (int k = 0; k < 5; ++k) rows[k] = ring[borderSource(zebBorderMirror, int64_t{2} * y - 2 + k, size.height)];
       filterColumns(rows, dst[y], n);
     }
     first = first < 3 ? first + 2 : first - 3;

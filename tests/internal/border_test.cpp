@@ -22,14 +22,16 @@ TEST(Border, SourceOfAPosition) {
   for (int p : {-3, 0, 12}) EXPECT_EQ(zeb::borderSource(zebBorderInMem, p, 5), p);
   for (int rule : {zebBorderWrap, zebBorderMirror, zebBorderMirrorR})
     for (int n : {1, 2, 3, INT32_MAX - 1, INT32_MAX})
-      for (int p : {INT32_MIN, INT32_MIN + 1, INT32_MAX}) {
+      for (int64_t p : {int64_t{INT32_MIN}, int64_t{INT32_MIN} + 1, int64_t{INT32_MAX}, int64_t{INT32_MAX} + 7}) {
         const int source = zeb::borderSource(rule, p, n);
         EXPECT_TRUE(source >= 0 && source < n) << rule << " " << p << " " << n;
       }
-  for (int n : {3, INT32_MAX}) {
-    EXPECT_EQ(zeb::mirrorSource(int64_t{n} + 1, n), n - 3) << n;
-    EXPECT_EQ(zeb::mirrorSource(-2, n), 2) << n;
-  }
+  constexpr int most = INT32_MAX;
+  constexpr int64_t beyond = int64_t{most} + 1;
+  EXPECT_EQ(zeb::borderSource(zebBorderRepl, beyond, most), most - 1);
+  EXPECT_EQ(zeb::borderSource(zebBorderWrap, beyond, most), 1);
+  EXPECT_EQ(zeb::borderSource(zebBorderMirror, beyond, most), most - 3);
+  EXPECT_EQ(zeb::borderSource(zebBorderMirrorR, beyond, most), most - 2);
 }
 
 TEST(Border, KnownTypes) {

@@ -82,14 +82,12 @@ Zeb8u junkByte(size_t position) {
 }
 
 void fillWithSignals(void* start, size_t bytes) {
-  // A float that signals, and the upper half of a double that does.
-  constexpr uint32_t words[2] = {0x7FA00001, 0x7FF40001};
-  Zeb8u pattern[sizeof(words)];
-  memcpy(pattern, words, sizeof(words));
+  Zeb8u pattern[sizeof(signals)];
+  memcpy(pattern, signals, sizeof(signals));
   auto* const p = static_cast<Zeb8u*>(start);
   const uintptr_t phase = reinterpret_cast<uintptr_t>(start);
-  for (size_t i = 0; i < bytes && i < sizeof(words); ++i) p[i] = pattern[(phase + i) % sizeof(words)];
-  for (size_t done = sizeof(words), n; done < bytes; done += n) {
+  for (size_t i = 0; i < bytes && i < sizeof(signals); ++i) p[i] = pattern[(phase + i) % sizeof(signals)];
+  for (size_t done = sizeof(signals), n; done < bytes; done += n) {
     n = std::min(done, bytes - done);
     memcpy(p + done, p, n);
   }
