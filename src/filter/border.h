@@ -185,7 +185,8 @@ class BorderedImage {
 
  private:
   const Zeb8u* rowAt(ptrdiff_t y) const { return first_ + y * step_; }
-  const Zeb8u* rowOutside(int64_t y) const {
+  // Not inlined: it is rarely called, and would make every loop over rows larger.
+  __attribute__((noinline)) const Zeb8u* rowOutside(int64_t y) const {
     if (y < 0 ? sides_.top : sides_.bottom) return rowAt(static_cast<ptrdiff_t>(y));
     if (base_ == zebBorderRepl || base_ == zebBorderInMem) return rowAt(y < 0 ? 0 : size_.height - 1);
     const int source = borderSource(base_, y, size_.height);
