@@ -33,8 +33,9 @@ typedef struct ZebiHaarClassifier ZebiHaarClassifier;
 /**
  * Builds a stage: pFeature, pWeight all rectangles and their weights, classifier after classifier, relative to the
  * top-left corner of the window; pThreshold, pVal1, pVal2, pNum (rectangle count) one entry per classifier; length the
- * number of classifiers. A length of 0 gives a valid empty stage. The stage takes 48 + 24 length + 36 rectangles bytes
- * in one allocation, released by zebiHaarClassifierFree.
+ * number of classifiers. A length of 0 gives a valid empty stage. Corners are computed modulo 2^32: rectangles beyond
+ * 2^31 - 1 lie in no table. The stage takes 48 + 24 length + 36 rectangles bytes in one allocation, released by
+ * zebiHaarClassifierFree.
  *
  * The Tilted forms take rectangles tilted by 45 degrees: (x, y, w, h) has its top corner at column x, row y and its
  * other corners at (x + w, y + w), (x - h, y + h) and (x + w - h, y + w + h).
@@ -82,7 +83,8 @@ ZebStatus zebiTiltHaarFeatures_32s(const Zeb8u* pMask, int flag, ZebiHaarClassif
  * Evaluates a stage. pSrc is the summed-area table (upright, or tilted for a stage created tilted) whose element (r, c)
  * belongs to pixel (r, c) of the region; it must reach the window size beyond every evaluated pixel. Pixels whose mask
  * byte is 0 are neither evaluated nor counted, and nothing of the table or of pNorm is read for them. *pPositive
- * receives the number of pixels that passed; a sum equal to threshold passes.
+ * receives the number of pixels that passed; a sum equal to threshold passes. Tilted classifiers of a stage that mixes
+ * both are looked up in pSrc as well: such stages are for the Mixed functions.
  *
  * 32s32f: rectangle sums S[x + w, y + h] - S[x, y + h] - S[x + w, y] + S[x, y] modulo 2^32, converted to float; each
  * weighted sum is rounded, then added. 32f: the same in float from left to right.

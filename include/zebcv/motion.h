@@ -248,8 +248,8 @@ ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
  * Any coordinate is allowed. The work buffer in the state is used: one call at a time for a state.
  *
  * InitAlloc: roiSize and hint are stored; roiSize bounds the work buffer. Derivatives are formed per window on every
- * level, which gives what images of derivatives give. Status, in this order: zebStsErrNullPointer; zebStsErrSize
- * (roiSize or winSize below 1); zebStsErrMemAlloc; zebStsOk.
+ * level, which gives what images of the Scharr filters give, at whole pixels to the bit. Status, in this order:
+ * zebStsErrNullPointer; zebStsErrSize (roiSize or winSize below 1); zebStsErrMemAlloc; zebStsOk.
  *
  * Tracking, status in this order: zebStsErrNullPointer (a record, the state or an array); zebStsErrSize (numFeat or
  * winSize below 1, winSize not the state's); zebStsErrBadArgument (maxLev below 0, maxIter below 1, threshold below

@@ -18,6 +18,7 @@
 #include "core/sample.h"
 #include "core/scratch.h"
 #include "core/widen.h"
+#include "filter/taps.h"
 
 namespace {
 
@@ -179,21 +180,33 @@ ZEB_INLINE V32f lanesOf(Span span, int c) {
   return as<Zeb32f>(greater(column, splat(span.from - 1)) & less(column, splat(span.to)));
 }
 
-// Scharr derivatives per pixel, 3 10 3 across -1 0 1: the derivatives between pixels are those of the values there.
+// The Scharr filters give so many times the slope per pixel: a power of two, so that it may be taken out later.
+constexpr double slopeUnit = 32;
+
+// The derivatives of the window as the filters give them, to the bit: those between pixels are those of the values
+// there.
 void differentiate(const Windows& w, const Frame& frame) {
-  const V32f outer = splat(3.0f / 32), inner = splat(10.0f / 32);
+  struct RowSums {
+    V32f first, smooth;
+  };
   const int stride = w.stride, size = w.size;
   for (int x = 0; x < size; x += 8) {
     const V32f mask = lanesOf(frame.x.inside, x);
-    const Zeb32f* a = w.around + x;
+    const Zeb32f* row = w.around + x;
+    const auto next = [&]() ZEB_BODY {
+      const auto pixels = [row](int k) ZEB_BODY { return load(row + k); };
+      row += stride;
+      return RowSums{First3::floats(pixels), ScharrSmooth::floats(pixels)};
+    };
+    RowSums above = next(), here = next();
     Eight* out = w.column(x);
     for (Eight* const end = out + size; out != end; ++out) {
-      const Zeb32f *const b = a + stride, *const c = b + stride;
-      const V32f falling = load(c + 2) - load(a), rising = load(a + 2) - load(c);
-      store(out->gradientX, fma(inner, load(b + 2) - load(b), outer * (falling + rising)) & mask);
-      store(out->gradientY, fma(inner, load(c + 1) - load(a + 1), outer * (falling - rising)) & mask);
-      store(out->first, load(b + 1) & mask);
-      a = b;
+      store(out->first, load(row - stride + 1) & mask);
+      const RowSums below = next();
+      const V32f first[] = {above.first, here.first, below.first};
+      store(out->gradientX, ScharrSmoothDown::floats([&](int k) ZEB_BODY { return first[k]; }) & mask);
+      store(out->gradientY, (below.smooth - above.smooth) & mask);
+      above = here, here = below;
     }
   }
 }
@@ -236,13 +249,15 @@ Matrix matrixOf(const Windows& w, const Frame& frame) {
   Zeb64f sums[4], last[4];
   store(sums, sumsOfPairs(xx[0] + xx[1], yy[0] + yy[1]));
   store(last, xy[0] + xy[1]);
-  return {sums[0] + sums[2], (last[0] + last[1]) + (last[2] + last[3]), sums[1] + sums[3]};
+  constexpr double scale = 1 / (slopeUnit * slopeUnit);
+  return {scale * (sums[0] + sums[2]), scale * ((last[0] + last[1]) + (last[2] + last[3])),
+          scale * (sums[1] + sums[3])};
 }
 
-// The two windows compared where both lie in their images: b, or the sum of the squared differences as x. Columns are
-// lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds one
-// product per row in single precision; lanes are added in double precision. The derivatives are 0 in the lanes outside
-// the first image, and integers lie straight in the second one: they need no mask.
+// The two windows compared where both lie in their images: b times slopeUnit, or the sum of the squared differences as
+// x. Columns are lanes, rows follow each other, so that each row of the second image is interpolated once. A lane adds
+// one product per row in single precision; lanes are added in double precision. The derivatives are 0 in the lanes
+// outside the first image, and integers lie straight in the second one: they need no mask.
 template <bool squares, class T, class Blend>
 Point differenceTo(Rows<const T> second, Stretch x, Stretch y, Span columns, Span rows, const Windows& w, Blend blend) {
   const V32f fx = splat(x.fraction), fy = splat(y.fraction);
@@ -321,7 +336,7 @@ struct Interior {
   double reach, right, bottom;
 };
 
-// b for a guess anywhere; false when no pixel of the window lies in both images.
+// b times slopeUnit for a guess anywhere; false when no pixel of the window lies in both images.
 template <class T>
 __attribute__((noinline)) bool compareAcross(const Level<T>& second, const Frame& frame, Point v, const Windows& w,
                                              Point& b) {
@@ -358,13 +373,14 @@ bool trackLevel(const Level<T>& first, const Level<T>& second, Point u, Point& v
   const Matrix g = matrixOf(w, frame);
   const double determinant = g.determinant();
   if (!(determinant >= leastDeterminant)) return false;
+  const double divisor = slopeUnit * determinant;
   const Interior interior(w.size, second.size);
   Point before = {0, 0};
   Round round;
   for (int k = 1;; ++k) {
     Point b;
     if (!compareAt(second, interior, frame, v, w, b)) return false;
-    const Point step = {(g.yy * b.x - g.xy * b.y) / determinant, (g.xx * b.y - g.xy * b.x) / determinant};
+    const Point step = {(g.yy * b.x - g.xy * b.y) / divisor, (g.xx * b.y - g.xy * b.x) / divisor};
     v = {v.x + step.x, v.y + step.y};
     if (step.x * step.x + step.y * step.y < limits.squaredStep) return true;
     if (k > 1 && fabs(step.x + before.x) < swing && fabs(step.y + before.y) < swing) {

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <tuple>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -131,6 +132,56 @@ TEST(OpticalFlow, LeavesOutWhatAWholePositionDoesNotUse) {
     EXPECT_NEAR(found.next.y, prev.y, 0.3f);
     EXPECT_EQ(floats.release(state), zebStsOk);
   }
+}
+
+// The derivatives are those of the Scharr filters to the bit: where the contrast is next to nothing, what their sums
+// round to shows in every step.
+TEST(OpticalFlow, TakesTheDerivativesOfTheFilters) {
+  Random random;
+  constexpr int side = 24, window = 5, reach = window / 2;
+  constexpr ZebiSize size = {side, side};
+  Pair<Zeb32f> pair(side, side, 0, 0, 0, random);
+  const auto pixel = [&](int image, int x, int y) -> Zeb32f& {
+    return *pair.images[static_cast<size_t>(image)]->pixels(x, y);
+  };
+  for (int y = 0; y < side; ++y)
+    for (int x = 0; x < side; ++x) {
+      pixel(0, x, y) = 120 + random.real(-0.001f, 0.001f);
+      pixel(1, x, y) = pixel(0, x, y) + random.real(-0.002f, 0.002f);
+    }
+  int bytes = 0;
+  ASSERT_EQ(zebiFilterScharrHorizGetBufferSize_32f_C1R(size, &bytes), zebStsOk);
+  std::vector<Zeb8u> buffer(static_cast<size_t>(bytes));
+  std::vector<Zeb32f> slopes[2];
+  for (const bool down : {false, true}) {
+    slopes[down].resize(side * side);
+    const auto filter = down ? zebiFilterScharrVertBorder_32f_C1R : zebiFilterScharrHorizBorder_32f_C1R;
+    ASSERT_EQ(filter(pair.images[0]->pixels(), pair.images[0]->step(), slopes[down].data(), side * 4, size,
+                     zebBorderRepl, 0, buffer.data()),
+              zebStsOk);
+  }
+  ZebiOptFlowPyrLKState* state = nullptr;
+  ASSERT_EQ(floats.make(&state, size, window, 0), zebStsOk);
+  for (int py = reach; py < side - reach; ++py)
+    for (int px = reach; px < side - reach; ++px) {
+      double xx = 0, xy = 0, yy = 0, bx = 0, by = 0;
+      for (int y = py - reach; y <= py + reach; ++y)
+        for (int x = px - reach; x <= px + reach; ++x) {
+          const double difference = static_cast<double>(pixel(0, x, y)) - static_cast<double>(pixel(1, x, y));
+          const double dx = static_cast<double>(slopes[0][static_cast<size_t>(y * side + x)]) / 32;
+          const double dy = static_cast<double>(slopes[1][static_cast<size_t>(y * side + x)]) / 32;
+          xx += dx * dx, xy += dx * dy, yy += dy * dy;
+          bx += difference * dx, by += difference * dy;
+        }
+      const double determinant = xx * yy - xy * xy;
+      const auto stepped = [](int from, double step) { return static_cast<Zeb32f>(from + step); };
+      const ZebiPoint_32f prev = {stepped(px, 0), stepped(py, 0)};
+      const Tracked found(floats, state, pair.pyramids[0], pair.pyramids[1], prev, prev, window, 0, 1, 0);
+      ASSERT_EQ(found.status, 0);
+      ASSERT_NEAR(found.next.x, stepped(px, (yy * bx - xy * by) / determinant), 1e-4f) << px << " " << py;
+      ASSERT_NEAR(found.next.y, stepped(py, (xx * by - xy * bx) / determinant), 1e-4f) << px << " " << py;
+    }
+  EXPECT_EQ(floats.release(state), zebStsOk);
 }
 
 // However badly a direction is told: two equal images differ nowhere, also between their pixels.
