@@ -237,8 +237,8 @@ ZebStatus zebiPyramidLayerUpFree_32f_C3R(ZebiPyramidUpState* pState);
  *   b = sum (I1 - I2)(Ix, Iy),  d = G^-1 b,  v += d
  *
  * until |d|^2 < threshold^2; or d takes the step before back within 2^-11.5 per coordinate (then v -= d / 2); or
- * maxIter steps are made. A point is lost on the level where det G is below 2^-52, a window has no pixel, or v is no
- * number.
+ * maxIter steps are made. A point is lost on the level where det G is below 2^-52, the windows have no pixel in
+ * common, or v is no number.
  *
  * pNext holds the guesses on entry and the places found on return (a lost point's last guess), both in level 0.
  * pStatus: 0 for a point tracked to level 0, else the level on which it was lost (0 also for one lost on level 0), its
