@@ -37,12 +37,8 @@ inline int64_t anyBytes(int64_t) {
 // The same for a query that takes a size, here of one row, and what else it is told.
 template <class Query, class Most, class... Other>
 int64_t leastWidthRefused(const Choice& c, const Query& query, Most most, Other... other) {
-  return leastRefused(
-      c,
-      [&](int width, int* told) {
-        return query.bare({width, 1}, other..., told);
-      },
-      most);
+  const auto ask = [&](int width, int* told) { return query.bare({width, 1}, other..., told); };
+  return leastRefused(c, ask, most);
 }
 // One column with the least height that the query refuses; most: of heights.
 template <class Query, class Most, class... Other>

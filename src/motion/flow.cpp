@@ -202,11 +202,10 @@ void differentiate(const Windows& w, const Frame& frame) {
     Eight* out = w.column(x);
     for (Eight* const end = out + size; out != end; ++out) {
       store(out->first, load(row - stride + 1) & mask);
-      const RowSums below = next();
-      const V32f first[] = {above.first, here.first, below.first};
-      store(out->gradientX, ScharrSmoothDown::floats([&](int k) ZEB_BODY { return first[k]; }) & mask);
-      store(out->gradientY, (below.smooth - above.smooth) & mask);
-      above = here, here = below;
+      const RowSums rows[] = {above, here, next()};
+      store(out->gradientX, ScharrSmoothDown::floats([&](int k) ZEB_BODY { return rows[k].first; }) & mask);
+      store(out->gradientY, First3::floats([&](int k) ZEB_BODY { return rows[k].smooth; }) & mask);
+      above = here, here = rows[2];
     }
   }
 }

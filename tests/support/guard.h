@@ -48,9 +48,9 @@ class GuardedBytes {
 
 Zeb8u junkByte(size_t position);
 
-// Half of an even double, and of an odd one: signalling as floats in the even words, as doubles in pairs.
+// A float that signals, and the upper half of a double that does.
 constexpr uint32_t signals[2] = {0x7FB5A5A5, 0x7FF5A5A5};
-// Fills memory that holds nothing yet with them, on their own boundaries.
+// Fills memory that holds nothing yet with both in turn, on their own boundaries.
 void fillWithSignals(void* start, size_t bytes);
 
 // A scratch buffer of exactly size bytes at an odd address, filled with signalling values.
